@@ -1,0 +1,1 @@
+#include "CvBase/common/common_char.h"

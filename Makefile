@@ -1,0 +1,26 @@
+# The commands of everyday work, over CMake. PRESET chooses the build: release (default), debug, asan, tsan.
+
+PRESET ?= release
+BUILD := build/$(PRESET)
+TEST_FLAGS ?=
+
+.PHONY: all build run test bench clean install-deps
+
+all: build
+
+install-deps:
+	@tools/install-deps
+
+build: install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET)
+	@cmake --build --preset $(PRESET)
+
+run: build
+	@tools/run-sample $(BUILD)
+
+test: build
+	@ctest --preset $(PRESET) $(TEST_FLAGS)
+
+clean:
+	rm -rf build

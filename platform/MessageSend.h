@@ -1,0 +1,43 @@
+#pragma once
+
+// Typed Objective-C message sending from C++, the one header of this folder that a build on a Mac uses too.
+//
+//     const id panel = cv::send<id>(cv::classNamed("NSAlert"), "alloc");
+//     cv::send<void>(panel, "setAlertStyle:", cv::UInteger{2});
+//     const auto button = cv::send<cv::Integer>(panel, "runModal");
+
+#include <objc/objc.h>
+#include <objc/runtime.h>
+
+#include <objc/message.h>
+
+namespace cv {
+
+/// NSInteger and NSUInteger, as wide as a pointer.
+using Integer = long;
+using UInteger = unsigned long;
+
+/// The class object of `name`, or null when the process knows no such class.
+inline id classNamed(const char* name) {
+    return reinterpret_cast<id>(objc_getClass(name));
+}
+
+/// Sends `selector` to `receiver` and returns the method's result as `Result`. The arguments must have exactly the
+/// method's parameter types, and `Result` must be void, a pointer, a Boolean or an integer. A null receiver gives
+/// `Result()`. An Objective-C exception travels on as a foreign C++ exception.
+template <typename Result, typename... Args>
+Result send(id receiver, const char* selector, Args... args) {
+    if (receiver == nullptr) {
+        return Result();
+    }
+    using Method = Result (*)(id, SEL, Args...);
+    const SEL name = sel_registerName(selector);
+#ifdef __GNU_LIBOBJC__
+    const auto method = reinterpret_cast<Method>(objc_msg_lookup(receiver, name));
+#else
+    const auto method = reinterpret_cast<Method>(objc_msgSend);
+#endif
+    return method(receiver, name, args...);
+}
+
+}  // namespace cv

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <CoreFoundation/CFBase.h>
+
+CF_EXTERN_C_BEGIN
+
+typedef FourCharCode DescType;
+typedef FourCharCode AEKeyword;
+typedef FourCharCode AEEventClass;
+typedef FourCharCode AEEventID;
+typedef SInt16 AEReturnID;
+typedef SInt32 AETransactionID;
+typedef SInt32 AESendMode;
+typedef SInt16 AESendPriority;
+typedef struct OpaqueAEDataStorage* AEDataStorage;
+
+/// A piece of data with its type, a record or an event. Owned by whoever made it, until AEDisposeDesc.
+typedef struct {
+    DescType descriptorType;
+    AEDataStorage dataHandle;
+} AEDesc;
+typedef AEDesc AEAddressDesc;
+typedef AEDesc AERecord;
+typedef AERecord AppleEvent;
+
+typedef struct OpaqueAEIdleUPP* AEIdleUPP;
+typedef struct OpaqueAEFilterUPP* AEFilterUPP;
+
+enum {
+    typeNull = CV_FOUR_CHAR_CODE('n', 'u', 'l', 'l'),
+    typeType = CV_FOUR_CHAR_CODE('t', 'y', 'p', 'e'),
+    typeProperty = CV_FOUR_CHAR_CODE('p', 'r', 'o', 'p'),
+    typeFSRef = CV_FOUR_CHAR_CODE('f', 's', 'r', 'f'),
+    typeApplSignature = CV_FOUR_CHAR_CODE('s', 'i', 'g', 'n'),
+    typeObjectSpecifier = CV_FOUR_CHAR_CODE('o', 'b', 'j', ' '),
+    typeAppleEvent = CV_FOUR_CHAR_CODE('a', 'e', 'v', 't'),
+    keyDirectObject = CV_FOUR_CHAR_CODE('-', '-', '-', '-'),
+    keyAEInsertHere = CV_FOUR_CHAR_CODE('i', 'n', 's', 'h'),
+    kAECoreSuite = CV_FOUR_CHAR_CODE('c', 'o', 'r', 'e'),
+    kAEMove = CV_FOUR_CHAR_CODE('m', 'o', 'v', 'e'),
+    cObject = CV_FOUR_CHAR_CODE('c', 'o', 'b', 'j'),
+    formPropertyID = CV_FOUR_CHAR_CODE('p', 'r', 'o', 'p'),
+    kTrashFolderType = CV_FOUR_CHAR_CODE('t', 'r', 's', 'h')
+};
+
+enum { kAutoGenerateReturnID = -1, kAnyTransactionID = 0 };
+enum { kAENoReply = 0x00000001, kAEQueueReply = 0x00000002, kAEWaitReply = 0x00000003 };
+enum { kAENormalPriority = 0 };
+enum { kAEDefaultTimeout = -1, kNoTimeOut = -2 };
+enum { errAECoercionFail = -1700, errAEDescNotFound = -1701, errAEEventNotHandled = -1708, errAETimeout = -1712 };
+
+/// A new descriptor with a copy of `byteCount` bytes.
+CF_EXPORT OSErr AECreateDesc(DescType type, const void* data, Size byteCount, AEDesc* result);
+
+/// Frees what a descriptor owns and makes it the null descriptor; doing it twice is harmless.
+CF_EXPORT OSErr AEDisposeDesc(AEDesc* desc);
+
+/// A new event for the application that `target` names.
+CF_EXPORT OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAddressDesc* target,
+                                   AEReturnID returnID, AETransactionID transactionID, AppleEvent* result);
+
+/// Put a copy of bytes, or of a descriptor, into an event as the parameter `keyword`, in place of an earlier one.
+CF_EXPORT OSErr AEPutParamPtr(AppleEvent* event, AEKeyword keyword, DescType type, const void* data, Size byteCount);
+CF_EXPORT OSErr AEPutParamDesc(AppleEvent* event, AEKeyword keyword, const AEDesc* desc);
+
+/// A new object specifier: the object of class `desiredClass` in `container` that `keyData` names in the way `keyForm`
+/// says. `disposeInputs` frees `container` and `keyData` as well, whatever the result.
+CF_EXPORT OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, DescType keyForm, AEDesc* keyData,
+                                   Boolean disposeInputs, AEDesc* result);
+
+/// Sends an event and, with kAEWaitReply, waits for the reply at most `timeoutTicks` (sixtieths of a second;
+/// kAEDefaultTimeout is one minute). The one application here is the Finder ('MACS'), and the one thing it does is to
+/// move an item to the Trash (class 'core', identifier 'move', a direct object of type 'fsrf', the insertion location
+/// 'insh' = property 'trsh' of the null container): the freedesktop.org Trash. A symbolic link is moved itself.
+/// Errors: procNotFound (another application), errAEEventNotHandled (another event), errAEDescNotFound (a parameter is
+/// missing), errAECoercionFail (a parameter is wrongly made), errAETimeout, or what kept the item from being moved.
+CF_EXPORT OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESendPriority priority,
+                       SInt32 timeoutTicks, AEIdleUPP idle, AEFilterUPP filter);
+
+CF_EXTERN_C_END

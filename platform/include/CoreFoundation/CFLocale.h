@@ -1,0 +1,18 @@
+#pragma once
+
+#include <CoreFoundation/CFBase.h>
+
+CF_EXTERN_C_BEGIN
+
+typedef CFStringRef CFLocaleKey;
+
+/// The key of the text between the whole and the fractional digits of a number.
+CF_EXPORT const CFLocaleKey kCFLocaleDecimalSeparator;
+
+/// The user's locale, from the environment (LC_ALL, LC_NUMERIC, LANG); never null.
+CF_EXPORT CFLocaleRef CFLocaleCopyCurrent(void);
+
+/// The value at `key`, owned by the locale; null when the locale has none.
+CF_EXPORT CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFLocaleKey key);
+
+CF_EXTERN_C_END

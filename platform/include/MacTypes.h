@@ -1,0 +1,52 @@
+#pragma once
+
+// The fixed-width names and the common result codes of the Mac's MacTypes.h and MacErrors.h.
+
+#include <stdint.h>
+
+typedef uint8_t UInt8;
+typedef int8_t SInt8;
+typedef uint16_t UInt16;
+typedef int16_t SInt16;
+typedef uint32_t UInt32;
+typedef int32_t SInt32;
+typedef uint64_t UInt64;
+typedef int64_t SInt64;
+
+typedef UInt8 Boolean;
+typedef UInt16 UniChar;
+typedef unsigned long UniCharCount;
+typedef UInt32 FourCharCode;
+typedef FourCharCode OSType;
+typedef FourCharCode ResType;
+typedef SInt16 OSErr;
+typedef SInt32 OSStatus;
+typedef unsigned long ByteCount;
+typedef UInt32 ItemCount;
+typedef UInt32 OptionBits;
+typedef char* Ptr;
+typedef Ptr* Handle;
+typedef long Size;
+typedef unsigned char Str255[256];
+typedef unsigned char* StringPtr;
+
+/// A four-character code as the 32-bit number whose most significant byte is the first character.
+#define CV_FOUR_CHAR_CODE(a, b, c, d) \
+    (((UInt32)(UInt8)(a) << 24) | ((UInt32)(UInt8)(b) << 16) | ((UInt32)(UInt8)(c) << 8) | (UInt32)(UInt8)(d))
+
+enum {
+    noErr = 0,
+    paramErr = -50,
+    memFullErr = -108,
+    dskFulErr = -34,
+    ioErr = -36,
+    fnfErr = -43,
+    wPrErr = -44,
+    afpAccessDenied = -5000,
+    dirNFErr = -120,
+    diffVolErr = -1303,
+    errFSBadFSRef = -1401,
+    errFSNotAFile = -1406,
+    errFSUnknownCall = -1400,
+    procNotFound = -600
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <CoreFoundation/CFBase.h>
+
+CF_EXTERN_C_BEGIN
+
+typedef int kern_return_t;
+
+enum { KERN_SUCCESS = 0, KERN_INVALID_ARGUMENT = 4 };
+
+/// What a count of mach_absolute_time is multiplied by (numer / denom) to give nanoseconds; 1/1 here.
+struct mach_timebase_info {
+    uint32_t numer;
+    uint32_t denom;
+};
+typedef struct mach_timebase_info mach_timebase_info_data_t;
+typedef struct mach_timebase_info* mach_timebase_info_t;
+
+CF_EXPORT kern_return_t mach_timebase_info(mach_timebase_info_t info);
+
+/// A count that only grows, from an unspecified start (CLOCK_MONOTONIC: it stands still while the machine sleeps).
+CF_EXPORT uint64_t mach_absolute_time(void);
+
+CF_EXTERN_C_END
