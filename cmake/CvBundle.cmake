@@ -1,0 +1,35 @@
+# cv_add_bundle(target SOURCES file... INFO_PLIST file.in EXPORTS file [DESTINATION folder])
+#
+# Adds the loadable bundle TARGET.bundle in DESTINATION (default: the build folder). INFO_PLIST is configured with the
+# caller's variables (@NAME@). EXPORTS lists the symbols that the code shows, one a line, and no other is shown: hidden
+# visibility alone leaks the weak symbols of the standard library.
+function(cv_add_bundle target)
+    cmake_parse_arguments(arg "" "INFO_PLIST;EXPORTS;DESTINATION" "SOURCES" ${ARGN})
+    if(NOT arg_DESTINATION)
+        set(arg_DESTINATION ${PROJECT_BINARY_DIR})
+    endif()
+    set(contents ${arg_DESTINATION}/${target}.bundle/Contents)
+    add_library(${target} MODULE ${arg_SOURCES})
+    configure_file(${arg_INFO_PLIST} ${contents}/Info.plist @ONLY)
+
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${arg_EXPORTS})
+    file(STRINGS ${arg_EXPORTS} symbols)
+    if(APPLE)
+        set(code_folder MacOS)
+        set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.exports)
+        list(TRANSFORM symbols PREPEND "_")
+        list(JOIN symbols "\n" text)
+        file(CONFIGURE OUTPUT ${list} CONTENT "@text@\n" @ONLY)
+        target_link_options(${target} PRIVATE -Wl,-exported_symbols_list,${list})
+    else()
+        set(code_folder Linux)
+        set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
+        list(JOIN symbols "; " text)
+        file(CONFIGURE OUTPUT ${list} CONTENT "{ global: @text@; local: *; };\n" @ONLY)
+        target_link_options(${target} PRIVATE -Wl,--version-script=${list})
+    endif()
+    set_target_properties(${target} PROPERTIES
+        PREFIX "" SUFFIX ""
+        LINK_DEPENDS ${list}
+        LIBRARY_OUTPUT_DIRECTORY ${contents}/${code_folder})
+endfunction()
