@@ -16,7 +16,11 @@ struct mach_timebase_info {
 typedef struct mach_timebase_info mach_timebase_info_data_t;
 typedef struct mach_timebase_info* mach_timebase_info_t;
 
+// The Mac gives the structure and the function one name.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
 CF_EXPORT kern_return_t mach_timebase_info(mach_timebase_info_t info);
+#pragma GCC diagnostic pop
 
 /// A count that only grows, from an unspecified start (CLOCK_MONOTONIC: it stands still while the machine sleeps).
 CF_EXPORT uint64_t mach_absolute_time(void);
