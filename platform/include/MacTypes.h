@@ -40,6 +40,7 @@ enum {
     memFullErr = -108,
     dskFulErr = -34,
     ioErr = -36,
+    bdNamErr = -37,
     fnfErr = -43,
     wPrErr = -44,
     afpAccessDenied = -5000,

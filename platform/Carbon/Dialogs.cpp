@@ -1,0 +1,5 @@
+#include <Carbon/Dialogs.h>
+
+DialogItemIndex StopAlert(SInt16, ModalFilterUPP) {
+    return -1;
+}

@@ -1,0 +1,132 @@
+#include "platform/Carbon/FileReference.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+static_assert(sizeof(FSRef::path) == PATH_MAX, "a reference has room for every path that realpath gives");
+
+namespace port {
+
+OSErr fileError(int errnoValue) {
+    switch (errnoValue) {
+        case ENOENT:
+            return fnfErr;
+        case ENOTDIR:
+            return dirNFErr;
+        case EACCES:
+        case EPERM:
+            return afpAccessDenied;
+        case EROFS:
+            return wPrErr;
+        case ENOSPC:
+        case EDQUOT:
+            return dskFulErr;
+        case EXDEV:
+            return diffVolErr;
+        case ENAMETOOLONG:
+            return bdNamErr;
+        case ENOTSUP:
+        case ENOSYS:
+            return errFSUnknownCall;
+        case ENOMEM:
+            return memFullErr;
+        default:
+            return ioErr;
+    }
+}
+
+OpenReference::OpenReference(const FSRef* ref) {
+    if (ref == nullptr) {
+        error_ = paramErr;
+        return;
+    }
+    if (ref->path[0] != '/' || std::memchr(ref->path, '\0', sizeof ref->path) == nullptr) {
+        error_ = errFSBadFSRef;
+        return;
+    }
+    descriptor_ = open(ref->path, O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor_ < 0 || fstat(descriptor_, &status_) != 0) {
+        error_ = errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? OSErr{errFSBadFSRef} : fileError(errno);
+    } else if (status_.st_dev != ref->device || status_.st_ino != ref->inode) {
+        error_ = errFSBadFSRef;
+    }
+}
+
+OpenReference::~OpenReference() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+}
+
+namespace {
+
+std::string withoutTrailingSlashes(const char* path) {
+    std::string text = path;
+    text.erase(text.find_last_not_of('/') + 1);
+    return text.empty() ? "/" : text;
+}
+
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+/// Writes the absolute path without links into `resolved` (PATH_MAX bytes); false with errno when there is none.
+bool resolve(const std::string& path, bool followLeaf, char* resolved) {
+    struct stat status {};
+    if (followLeaf || lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return realpath(path.c_str(), resolved) != nullptr;
+    }
+    if (realpath(folderOf(path).c_str(), resolved) == nullptr) {
+        return false;
+    }
+    std::string whole = withoutTrailingSlashes(resolved);
+    whole += whole == "/" ? "" : "/";
+    whole += path.substr(path.rfind('/') + 1);
+    if (whole.size() >= PATH_MAX) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    std::memcpy(resolved, whole.c_str(), whole.size() + 1);
+    return true;
+}
+
+OSStatus resolveError(const std::string& path) {
+    const int error = errno;
+    const bool folderIsMissing = error == ENOENT && access(folderOf(path).c_str(), F_OK) != 0;
+    return folderIsMissing ? OSErr{dirNFErr} : fileError(error);
+}
+
+}  // namespace
+
+}  // namespace port
+
+OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits options, FSRef* ref, Boolean* isDirectory) {
+    if (path == nullptr || path[0] != '/' || ref == nullptr ||
+        (options & ~UInt32{kFSPathMakeRefDoNotFollowLeafSymlink})) {
+        return paramErr;
+    }
+    const std::string wanted = port::withoutTrailingSlashes(reinterpret_cast<const char*>(path));
+    const bool followLeaf = (options & kFSPathMakeRefDoNotFollowLeafSymlink) == 0;
+    FSRef found{};
+    struct stat status {};
+    if (!port::resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
+        return port::resolveError(wanted);
+    }
+    found.device = status.st_dev;
+    found.inode = status.st_ino;
+    *ref = found;
+    if (isDirectory != nullptr) {
+        *isDirectory = S_ISDIR(status.st_mode);
+    }
+    return noErr;
+}
+
+OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {
+    return FSPathMakeRefWithOptions(path, kFSPathMakeRefDefaultOptions, ref, isDirectory);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+// What the calls that take a file reference share.
+
+#include <Carbon/Files.h>
+#include <sys/stat.h>
+
+namespace port {
+
+/// The Mac's result code for an `errno` value of a file system call.
+OSErr fileError(int errnoValue);
+
+/// The object that a reference names, held open (O_PATH: its contents are not) for as long as this lives, so that what
+/// is looked at and what is changed is one object even when the path is given to another one meanwhile.
+class OpenReference {
+public:
+    /// Opens `ref`, which may be null (paramErr).
+    explicit OpenReference(const FSRef* ref);
+    ~OpenReference();
+    OpenReference(const OpenReference&) = delete;
+    OpenReference& operator=(const OpenReference&) = delete;
+
+    /// noErr when the reference's path still leads to its object; only then do the others mean something.
+    OSErr error() const { return error_; }
+    int descriptor() const { return descriptor_; }
+    bool isFolder() const { return S_ISDIR(status_.st_mode); }
+    bool isRegularFile() const { return S_ISREG(status_.st_mode); }
+
+private:
+    int descriptor_ = -1;
+    OSErr error_ = noErr;
+    struct stat status_ {};
+};
+
+}  // namespace port

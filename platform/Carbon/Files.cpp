@@ -1,0 +1,133 @@
+#include <Carbon/Files.h>
+#include <endian.h>
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "platform/Carbon/FileReference.h"
+
+namespace {
+
+constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
+
+/// The attribute's value: the 16 bytes of FSCatalogInfo, then 16 of extended Finder information; big-endian on the
+/// disk.
+using FinderInfo = std::array<UInt8, 32>;
+
+static_assert(sizeof(FileInfo) == 16 && sizeof(FolderInfo) == 16 && sizeof(FSCatalogInfo::finderInfo) == 16);
+static_assert(offsetof(FileInfo, finderFlags) == 8 && offsetof(FolderInfo, finderFlags) == 8);
+
+template <typename Word>
+void swapWord(UInt8* bytes) {
+    Word word;
+    std::memcpy(&word, bytes, sizeof word);
+    if constexpr (sizeof word == 4) {
+        word = be32toh(word);
+    } else {
+        word = be16toh(word);
+    }
+    std::memcpy(bytes, &word, sizeof word);
+}
+
+/// Turns FSCatalogInfo's 16 bytes from the disk's order to the processor's, or back. A file begins with two 32-bit
+/// codes; all else, in files and folders, is 16-bit words.
+void swapFinderInfo(UInt8* bytes, bool isFolder) {
+    std::size_t offset = 0;
+    for (; !isFolder && offset < offsetof(FileInfo, finderFlags); offset += sizeof(UInt32)) {
+        swapWord<UInt32>(bytes + offset);
+    }
+    for (; offset < sizeof(FileInfo); offset += sizeof(UInt16)) {
+        swapWord<UInt16>(bytes + offset);
+    }
+}
+
+/// A path that leads to the opened object itself: attributes cannot be reached through an O_PATH descriptor, and
+/// opening the object for real would ask for the right to read its contents.
+std::string pathOf(const port::OpenReference& object) {
+    return "/proc/self/fd/" + std::to_string(object.descriptor());
+}
+
+OSErr readFinderInfo(const port::OpenReference& object, FinderInfo& info) {
+    const ssize_t size = getxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size());
+    if (size == static_cast<ssize_t>(info.size())) {
+        return noErr;
+    }
+    if (size >= 0) {
+        return ioErr;
+    }
+    info.fill(0);
+    return errno == ENODATA || errno == ENOTSUP ? OSErr{noErr} : port::fileError(errno);
+}
+
+/// Checks what reading and storing have in common.
+OSErr checkRequest(const port::OpenReference& object, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
+    if ((whichInfo & ~FSCatalogInfoBitmap{kFSCatInfoFinderInfo}) != 0 || (whichInfo != 0 && catalogInfo == nullptr)) {
+        return paramErr;
+    }
+    return object.error();
+}
+
+}  // namespace
+
+OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
+                       struct HFSUniStr255* name, struct FSSpec* spec, FSRef* parent) {
+    if (name != nullptr || spec != nullptr || parent != nullptr) {
+        return paramErr;
+    }
+    const port::OpenReference object(ref);
+    OSErr error = checkRequest(object, whichInfo, catalogInfo);
+    if (error != noErr || whichInfo == 0) {
+        return error;
+    }
+    FinderInfo info{};
+    error = readFinderInfo(object, info);
+    if (error == noErr) {
+        swapFinderInfo(info.data(), object.isFolder());
+        std::memcpy(catalogInfo->finderInfo, info.data(), sizeof catalogInfo->finderInfo);
+    }
+    return error;
+}
+
+OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
+    const port::OpenReference object(ref);
+    OSErr error = checkRequest(object, whichInfo, catalogInfo);
+    if (error != noErr || whichInfo == 0) {
+        return error;
+    }
+    FinderInfo info{};
+    error = readFinderInfo(object, info);
+    if (error != noErr) {
+        return error;
+    }
+    std::memcpy(info.data(), catalogInfo->finderInfo, sizeof catalogInfo->finderInfo);
+    swapFinderInfo(info.data(), object.isFolder());
+    const int stored = setxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0);
+    return stored == 0 ? OSErr{noErr} : port::fileError(errno);
+}
+
+OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {
+    const port::OpenReference first(a);
+    const port::OpenReference second(b);
+    for (const port::OpenReference* object : {&first, &second}) {
+        if (object->error() != noErr) {
+            return object->error();
+        }
+        if (!object->isRegularFile()) {
+            return errFSNotAFile;
+        }
+    }
+    if (a->device == b->device && a->inode == b->inode) {
+        return noErr;
+    }
+    if (renameat2(AT_FDCWD, a->path, AT_FDCWD, b->path, RENAME_EXCHANGE) == 0) {
+        return noErr;
+    }
+    // EINVAL is how a file system says that it knows no exchange.
+    return errno == EINVAL ? OSErr{errFSUnknownCall} : port::fileError(errno);
+}
