@@ -1,1 +1,57 @@
 #pragma once
+
+/// The general category of each Latin-1 code point, numbered as in Category, indexed by the byte's unsigned value. The
+/// soft hyphen 0xAD is a dash here.
+extern const unsigned char _CHAR_CATEGORIES[256];
+
+/// One byte of a String: an 8-bit code unit, which for ASCII and Latin-1 text is the character itself. Converts from
+/// and to char freely.
+class Char {
+public:
+    /// The categories that occur in Latin-1, by their Unicode names; the numbers between them are the other categories
+    /// of Unicode.
+    enum Category : unsigned char {
+        DECIMAL_DIGIT = 4,
+        OTHER_NUMBER = 6,
+        SPACE_SEPARATOR = 7,
+        LINE_SEPARATOR = 8,
+        PARAGRAPH_SEPARATOR = 9,
+        CONTROL = 10,
+        UPPER_CASE_LETTER = 15,
+        LOWER_CASE_LETTER = 16,
+        CONNECTOR_PUNCTUATION = 20,
+        DASH_PUNCTUATION = 21,
+        OPEN_PUNCTUATION = 22,
+        CLOSE_PUNCTUATION = 23,
+        INITIAL_QUOTE = 24,
+        FINAL_QUOTE = 25,
+        OTHER_PUNCTUATION = 26,
+        MATH_SYMBOL = 27,
+        CURRENCY_SYMBOL = 28,
+        MODIFIER_SYMBOL = 29,
+        OTHER_SYMBOL = 30
+    };
+
+    constexpr Char(char c = '\0') : c_(c) {}
+    constexpr operator char() const { return c_; }
+
+    /// The byte's entry in _CHAR_CATEGORIES.
+    unsigned char GetCategory() const { return _CHAR_CATEGORIES[static_cast<unsigned char>(c_)]; }
+
+    /// Whether the byte is 0x20, 0x09 to 0x0D, or a separator by its category. Bytes are looked at one by one: 0xA0 is
+    /// white space even as the second byte of a UTF-8 sequence.
+    bool IsWhiteSpace() const {
+        const unsigned char category = GetCategory();
+        return (c_ >= '\t' && c_ <= '\r') || (category >= SPACE_SEPARATOR && category <= PARAGRAPH_SEPARATOR);
+    }
+
+    /// Whether the byte is one of '0' to '9'.
+    bool IsDigit() const { return GetCategory() == DECIMAL_DIGIT; }
+
+    /// The letter of the other case for an ASCII letter; every other byte is itself.
+    constexpr char ToLower() const { return c_ >= 'A' && c_ <= 'Z' ? static_cast<char>(c_ + 32) : c_; }
+    constexpr char ToUpper() const { return c_ >= 'a' && c_ <= 'z' ? static_cast<char>(c_ - 32) : c_; }
+
+private:
+    char c_;
+};

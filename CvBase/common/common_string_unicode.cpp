@@ -1,0 +1,89 @@
+// From and to UTF-16 and UTF-32, through CoreFoundation.
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+#include "CvBase/common/common_string_bytes.h"
+
+static_assert(sizeof(wchar_t) == 4, "wide text is UTF-32");
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "wide text is handed to CoreFoundation as little-endian");
+
+namespace {
+
+/// Longer text is refused rather than allocated for.
+constexpr unsigned int MOST_UNITS = 100000;
+
+struct Releaser {
+    void operator()(CFStringRef string) const { CFRelease(string); }
+};
+using StringRef = std::unique_ptr<std::remove_pointer_t<CFStringRef>, Releaser>;
+
+CFStringEncoding platformEncoding(unsigned int selector) {
+    return selector == 2 ? CFStringEncoding{kCFStringEncodingMacRoman} : CFStringEncoding{kCFStringEncodingUTF8};
+}
+
+/// The number of units before the terminating 0; MOST_UNITS when there are as many or more, and then nothing behind
+/// them was read.
+template <typename Unit>
+unsigned int countUnits(Unit const* units) {
+    unsigned int count = 0;
+    while (count < MOST_UNITS && units[count] != 0) {
+        ++count;
+    }
+    return count;
+}
+
+/// The text up to its first NUL; null when it does not convert or needs more than `capacity` bytes with its NUL.
+String encode(CFStringRef string, CFStringEncoding encoding, CFIndex capacity) {
+    if (string == nullptr) {
+        return {};
+    }
+    std::vector<char> buffer(static_cast<std::size_t>(capacity));
+    if (!CFStringGetCString(string, buffer.data(), capacity, encoding)) {
+        return {};
+    }
+    buffer.back() = '\0';
+    return String(buffer.data());
+}
+
+}  // namespace
+
+String::String(unsigned short const* utf16, unsigned int encoding) {
+    const unsigned int units = utf16 != nullptr ? countUnits(utf16) : MOST_UNITS;
+    if (units == 0) {
+        *this = "";
+    } else if (units < MOST_UNITS) {
+        const StringRef string(CFStringCreateWithCharacters(kCFAllocatorDefault, utf16, units));
+        *this = encode(string.get(), platformEncoding(encoding), CFIndex{5} * units + 5);
+    }
+}
+
+String::String(wchar_t const* s) {
+    const unsigned int units = countUnits(s);
+    if (units < MOST_UNITS) {
+        const StringRef string(CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<UInt8 const*>(s),
+                                                             CFIndex{4} * units, kCFStringEncodingUTF32LE, false,
+                                                             kCFAllocatorNull));
+        *this = encode(string.get(), kCFStringEncodingUTF8,
+                       CFStringGetMaximumSizeForEncoding(units, kCFStringEncodingUTF8) + 1);
+    }
+}
+
+shared_array<unsigned short> String::Unicode(unsigned int encoding) const {
+    const StringRef string(CFStringCreateWithCString(kCFAllocatorDefault, CStr(), platformEncoding(encoding)));
+    if (string == nullptr) {
+        return {};
+    }
+    const CFIndex units = CFStringGetLength(string.get());
+    if (units > CFIndex{MOST_UNITS}) {
+        return {};
+    }
+    shared_array<unsigned short> utf16(new unsigned short[static_cast<std::size_t>(units) + 1]());
+    if (units > 0) {
+        CFStringGetCharacters(string.get(), CFRangeMake(0, units), utf16.get());
+    }
+    return utf16;
+}
