@@ -1,0 +1,58 @@
+#pragma once
+
+#include "CvBase/common/common_string.h"
+
+/// \file
+/// The root of the library's exceptions and the one way to throw them.
+///
+/// Every failure of a file, folder or stream operation is thrown by value as one of the concrete kinds derived from
+/// Exception::Base. Inside namespace Util, where Util::Exception hides this namespace, the root is ::Exception::Base.
+/// The classes are visible to other images, so that a program that loads a library built on this one can catch them.
+
+namespace Exception {
+
+/// What every exception of the library carries. Copies share their texts, so copying one is cheap.
+class __attribute__((visibility("default"))) Base {
+public:
+    /// `message` says in words what failed.
+    explicit Base(const String& message);
+    Base(const Base&) = default;
+    Base& operator=(const Base&) = default;
+    virtual ~Base();
+
+    /// Several lines for a log: the kind, the message and where it was thrown, ending with a line feed. The source file
+    /// and the message are filled into templates, so a placeholder such as "%1" in the source file's name takes what
+    /// belongs to a later one.
+    virtual String ToString() const;
+
+    /// The message alone.
+    const String& GetMessage() const { return message_; }
+
+    /// The source unit that threw, such as "Util/File"; null before SetThrowSite().
+    const String& GetSourceFile() const { return sourceFile_; }
+
+    /// The line in that unit; -1 before SetThrowSite().
+    int GetLine() const { return line_; }
+
+    /// The last-error value of platforms that have one: 0 once thrown, -1 before SetThrowSite().
+    int GetOSErrorAtThrow() const { return osErrorAtThrow_; }
+
+    /// Records where the exception is thrown. Called once, by Throw(); nothing changes an exception after that.
+    void SetThrowSite(const char* unit, int line);
+
+private:
+    String message_;
+    String sourceFile_;
+    int line_ = -1;
+    int osErrorAtThrow_ = -1;
+};
+
+/// Throws `exception` by value as coming from `line` of the source unit `unit` ("Util/File"). The type thrown is the
+/// type passed. What `exception` is made from must hold a saved errno: making texts can change errno.
+template <class E>
+[[noreturn]] void Throw(E exception, const char* unit, int line) {
+    exception.SetThrowSite(unit, line);
+    throw exception;
+}
+
+}  // namespace Exception
