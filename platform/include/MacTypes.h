@@ -30,9 +30,8 @@ typedef long Size;
 typedef unsigned char Str255[256];
 typedef unsigned char* StringPtr;
 
-/// A four-character code as the 32-bit number whose most significant byte is the first character.
-#define CV_FOUR_CHAR_CODE(a, b, c, d) \
-    (((UInt32)(UInt8)(a) << 24) | ((UInt32)(UInt8)(b) << 16) | ((UInt32)(UInt8)(c) << 8) | (UInt32)(UInt8)(d))
+/// Four ASCII characters as the 32-bit number whose most significant byte is the first of them.
+#define CV_FOUR_CHAR_CODE(a, b, c, d) ((a) * 0x1000000u + (b) * 0x10000u + (c) * 0x100u + (d) * 1u)
 
 enum {
     noErr = 0,

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "platform/Carbon/AppleEventData.h"
+
+namespace port {
+
+/// Does what `event` asks the Finder for, as AESend promises, and waits for it at most `timeout` (none: for ever).
+OSErr handleFinderEvent(const OpaqueAEDataStorage& event, std::optional<std::chrono::milliseconds> timeout);
+
+}  // namespace port

@@ -1,0 +1,275 @@
+#include <Carbon/Carbon.h>
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::atomic<bool> g_trashIsStuck{false};
+
+}  // namespace
+
+/// Stands before GIO's own, to play a volume that does not answer.
+extern "C" __attribute__((visibility("default"))) int g_file_trash(void* file, void* cancellable, void** error) {
+    while (g_trashIsStuck) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    using Function = int (*)(void*, void*, void**);
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, "g_file_trash"))(file, cancellable, error);
+}
+
+namespace {
+
+constexpr OSType FINDER = CV_FOUR_CHAR_CODE('M', 'A', 'C', 'S');
+
+/// What goes into the event, each part to be spoilt by a test.
+struct MoveEvent {
+    DescType targetType = typeApplSignature;
+    OSType target = FINDER;
+    AEEventClass eventClass = kAECoreSuite;
+    AEEventID eventID = kAEMove;
+    AEKeyword itemKey = keyDirectObject;
+    DescType itemType = typeFSRef;
+    Size itemSize = sizeof(FSRef);
+    AEKeyword locationKey = keyAEInsertHere;
+    DescType desiredClass = cObject;
+    DescType keyForm = formPropertyID;
+    DescType keyDataType = typeType;
+    DescType keyData = kTrashFolderType;
+    DescType container = typeNull;
+    AESendMode mode = kAEWaitReply;
+    SInt32 timeout = kAEDefaultTimeout;
+    bool locationIsPlain = false;
+
+    OSErr send(const FSRef& item) const {
+        AEDesc address, key, specifier, from;
+        AppleEvent event, reply;
+        EXPECT_EQ(AECreateDesc(targetType, &target, sizeof target, &address), noErr);
+        EXPECT_EQ(AECreateAppleEvent(eventClass, eventID, &address, kAutoGenerateReturnID, kAnyTransactionID, &event),
+                  noErr);
+        EXPECT_EQ(AEPutParamPtr(&event, itemKey, itemType, &item, itemSize), noErr);
+        EXPECT_EQ(AECreateDesc(container, nullptr, 0, &from), noErr);
+        EXPECT_EQ(AECreateDesc(keyDataType, &keyData, sizeof keyData, &key), noErr);
+        EXPECT_EQ(CreateObjSpecifier(desiredClass, &from, keyForm, &key, true, &specifier), noErr);
+        EXPECT_EQ(key.dataHandle, nullptr);
+        if (locationIsPlain) {
+            AEDisposeDesc(&specifier);
+            AECreateDesc(typeType, &keyData, sizeof keyData, &specifier);
+        }
+        EXPECT_EQ(AEPutParamDesc(&event, locationKey, &specifier), noErr);
+
+        const OSErr result = AESend(&event, &reply, mode, kAENormalPriority, timeout, nullptr, nullptr);
+        EXPECT_EQ(reply.descriptorType, result == noErr ? DescType{typeAppleEvent} : DescType{typeNull});
+        for (AEDesc* desc : {&address, &specifier, &event, &reply, &reply}) {
+            EXPECT_EQ(AEDisposeDesc(desc), noErr);
+        }
+        return result;
+    }
+};
+
+FSRef refTo(const std::string& path) {
+    FSRef ref{};
+    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8*>(path.c_str()),
+                                       kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr),
+              noErr)
+        << path;
+    return ref;
+}
+
+/// GIO asks for the home folder once in a process, so all cases share one.
+class Trash : public testing::Test {
+protected:
+    Trash() {
+        setenv("HOME", home().path().c_str(), 1);
+        unsetenv("XDG_DATA_HOME");
+        fs::remove_all(trash_);
+        fs::remove_all(home() / "work");
+    }
+
+    static const test::TempDir& home() {
+        static const test::TempDir folder;
+        return folder;
+    }
+
+    static std::string newFile(const std::string& name, const std::string& text) {
+        const std::string path = home() / ("work/" + name);
+        test::writeFile(path, text);
+        return path;
+    }
+
+    std::vector<std::string> trashed() const {
+        std::vector<std::string> names;
+        if (fs::exists(trash_ + "/files")) {
+            for (const auto& entry : fs::directory_iterator(trash_ + "/files")) {
+                names.push_back(entry.path().filename());
+            }
+        }
+        return names;
+    }
+
+    const std::string trash_ = home() / ".local/share/Trash";
+};
+
+TEST_F(Trash, TakesAFileWithWhereItCameFromAndWhen) {
+    const std::string path = newFile("100% na\xC3\xAFve.txt", "contents");
+    ASSERT_EQ(MoveEvent().send(refTo(path)), noErr);
+
+    EXPECT_FALSE(fs::exists(path));
+    EXPECT_EQ(test::readFile(trash_ + "/files/100% na\xC3\xAFve.txt"), "contents");
+    const std::string info = test::readFile(trash_ + "/info/100% na\xC3\xAFve.txt.trashinfo");
+    EXPECT_THAT(info, testing::StartsWith("[Trash Info]\nPath=" + (home() / "work/100%25%20na%C3%AFve.txt") + "\n"));
+    EXPECT_THAT(info, testing::ContainsRegex("\nDeletionDate=20[0-9-]+T[0-9:]+\n"));
+}
+
+TEST_F(Trash, KeepsEveryItemOfOneName) {
+    for (const char* text : {"one", "two", "three"}) {
+        ASSERT_EQ(MoveEvent().send(refTo(newFile("same.txt", text))), noErr);
+    }
+    std::vector<std::string> texts;
+    for (const std::string& name : trashed()) {
+        texts.push_back(test::readFile(trash_ + "/files/" + name));
+    }
+    EXPECT_THAT(texts, testing::UnorderedElementsAre("one", "two", "three"));
+}
+
+TEST_F(Trash, TakesAFolderWhole) {
+    newFile("folder/inner/file", "deep");
+    ASSERT_EQ(MoveEvent().send(refTo(home() / "work/folder")), noErr);
+    EXPECT_EQ(test::readFile(trash_ + "/files/folder/inner/file"), "deep");
+    EXPECT_FALSE(fs::exists(home() / "work/folder"));
+}
+
+TEST_F(Trash, TakesALinkAndNotWhatItLeadsTo) {
+    const std::string target = newFile("target", "kept");
+    fs::create_symlink(target, home() / "work/link");
+    fs::create_symlink("nowhere", home() / "work/dangling");
+    EXPECT_EQ(MoveEvent().send(refTo(home() / "work/link")), noErr);
+    EXPECT_EQ(MoveEvent().send(refTo(home() / "work/dangling")), noErr);
+    EXPECT_EQ(test::readFile(target), "kept");
+    EXPECT_EQ(fs::read_symlink(trash_ + "/files/link"), target);
+    EXPECT_EQ(fs::read_symlink(trash_ + "/files/dangling"), "nowhere");
+}
+
+TEST_F(Trash, RefusesAnEventWronglyMade) {
+    struct Case {
+        const char* what;
+        void (*spoil)(MoveEvent&);
+        OSErr error;
+    };
+    static constexpr OSType OTHER = CV_FOUR_CHAR_CODE('x', 'x', 'x', 'x');
+    const Case cases[] = {
+        {"another application", [](MoveEvent& e) { e.target = OTHER; }, procNotFound},
+        {"an address of another type", [](MoveEvent& e) { e.targetType = typeType; }, procNotFound},
+        {"another class", [](MoveEvent& e) { e.eventClass = OTHER; }, errAEEventNotHandled},
+        {"another identifier", [](MoveEvent& e) { e.eventID = OTHER; }, errAEEventNotHandled},
+        {"no item", [](MoveEvent& e) { e.itemKey = OTHER; }, errAEDescNotFound},
+        {"no location", [](MoveEvent& e) { e.locationKey = OTHER; }, errAEDescNotFound},
+        {"an item of another type", [](MoveEvent& e) { e.itemType = typeType; }, errAECoercionFail},
+        {"half a reference", [](MoveEvent& e) { e.itemSize = 80; }, errAECoercionFail},
+        {"a location that is no specifier", [](MoveEvent& e) { e.locationIsPlain = true; }, errAECoercionFail},
+        {"another class of object", [](MoveEvent& e) { e.desiredClass = OTHER; }, errAECoercionFail},
+        {"another key form", [](MoveEvent& e) { e.keyForm = OTHER; }, errAECoercionFail},
+        {"a key of another type", [](MoveEvent& e) { e.keyDataType = OTHER; }, errAECoercionFail},
+        {"another property", [](MoveEvent& e) { e.keyData = OTHER; }, errAECoercionFail},
+        {"another container", [](MoveEvent& e) { e.container = OTHER; }, errAECoercionFail},
+        {"no wait for a reply", [](MoveEvent& e) { e.mode = kAENoReply; }, paramErr},
+        {"a meaningless time-out", [](MoveEvent& e) { e.timeout = -3; }, paramErr},
+    };
+    const std::string path = newFile("item", "kept");
+    for (const Case& one : cases) {
+        MoveEvent event;
+        one.spoil(event);
+        EXPECT_EQ(event.send(refTo(path)), one.error) << one.what;
+    }
+    EXPECT_EQ(test::readFile(path), "kept");
+    EXPECT_TRUE(trashed().empty());
+}
+
+TEST_F(Trash, LeavesTheItemWhereItCannotGo) {
+    const std::string path = newFile("item", "kept");
+    const FSRef ref = refTo(path);
+
+    unsetenv("HOME");
+    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
+    setenv("HOME", "relative", 1);
+    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
+    setenv("HOME", home().path().c_str(), 1);
+
+    fs::remove_all(home() / ".local");
+    test::writeFile(home() / ".local", "in the way");
+    EXPECT_NE(MoveEvent().send(ref), noErr);
+    fs::remove(home() / ".local");
+
+    EXPECT_EQ(MoveEvent().send(refTo("/proc/version")), errFSUnknownCall);
+    EXPECT_EQ(test::readFile(path), "kept");
+}
+
+TEST_F(Trash, NeverTakesWhatWasPutInPlaceOfTheItem) {
+    const std::string path = newFile("item", "first");
+    const FSRef ref = refTo(path);
+    fs::rename(newFile("other", "second"), path);
+    EXPECT_EQ(MoveEvent().send(ref), errFSBadFSRef);
+    EXPECT_EQ(test::readFile(path), "second");
+    fs::remove(path);
+    EXPECT_EQ(MoveEvent().send(ref), errFSBadFSRef);
+}
+
+TEST_F(Trash, WaitsNoLongerThanTheTimeOut) {
+    const FSRef ref = refTo(newFile("item", "late"));
+    MoveEvent event;
+    event.timeout = 12;  // a fifth of a second
+    g_trashIsStuck = true;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(event.send(ref), errAETimeout);
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::milliseconds(200));
+    EXPECT_LT(waited, std::chrono::seconds(5));
+
+    // Whoever says to wait for ever gets the answer, however late.
+    event.timeout = kNoTimeOut;
+    auto release = std::async(std::launch::async, [] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        g_trashIsStuck = false;
+    });
+    EXPECT_EQ(event.send(ref), noErr);
+    EXPECT_EQ(trashed(), std::vector<std::string>{"item"});
+}
+
+TEST(AppleEvents, RefuseWhatIsNoEventAndNoMemoryBlock) {
+    AEDesc desc{typeType, nullptr};
+    EXPECT_EQ(AECreateDesc(typeType, nullptr, 4, &desc), paramErr);
+    EXPECT_EQ(desc.descriptorType, DescType{typeNull});
+    EXPECT_EQ(AECreateDesc(typeType, "abcd", -1, &desc), paramErr);
+    ASSERT_EQ(AECreateDesc(typeAppleEvent, "abcd", 4, &desc), noErr);
+    EXPECT_EQ(AEPutParamPtr(&desc, keyDirectObject, typeType, "abcd", 4), errAENotAppleEvent);
+    AppleEvent reply;
+    EXPECT_EQ(AESend(&desc, &reply, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr),
+              errAENotAppleEvent);
+    AEDisposeDesc(&desc);
+}
+
+TEST(AppleEvents, KeepTheInputsOfASpecifierUnlessToldToFreeThem) {
+    AEDesc container{typeNull, nullptr}, key, specifier;
+    ASSERT_EQ(AECreateDesc(typeType, "abcd", 4, &key), noErr);
+    ASSERT_EQ(CreateObjSpecifier(cObject, &container, formPropertyID, &key, false, &specifier), noErr);
+    EXPECT_NE(key.dataHandle, nullptr);
+    AEDisposeDesc(&specifier);
+    EXPECT_EQ(CreateObjSpecifier(cObject, nullptr, formPropertyID, &key, true, &specifier), paramErr);
+    EXPECT_EQ(key.dataHandle, nullptr);
+    EXPECT_EQ(specifier.descriptorType, DescType{typeNull});
+}
+
+}  // namespace
