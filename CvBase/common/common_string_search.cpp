@@ -1,0 +1,97 @@
+// Searching and taking pieces.
+
+#include <algorithm>
+#include <cstring>
+
+#include "CvBase/common/common_string_bytes.h"
+
+namespace {
+
+bool sameByte(char a, char b) {
+    return a == b;
+}
+
+bool sameByteFolded(char a, char b) {
+    return Char(a).ToLower() == Char(b).ToLower();
+}
+
+/// Whether the bytes and the text are equal, as far as their first NUL bytes.
+bool equalViews(std::string_view bytes, String const& text, bool caseSensitive) {
+    const std::string_view a = viewOf(bytes);
+    const std::string_view b = viewOf(bytesOf(text));
+    return caseSensitive ? a == b : std::equal(a.begin(), a.end(), b.begin(), b.end(), sameByteFolded);
+}
+
+}  // namespace
+
+checked_value<unsigned int> String::Find(char c, unsigned int start, bool caseSensitive) const {
+    if (start >= Length()) {
+        return {};
+    }
+    const std::string_view bytes = bytesOf(*this);
+    if (caseSensitive) {
+        const void* const hit = std::memchr(bytes.data() + start, c, bytes.size() - start);
+        return hit != nullptr ? checked_value<unsigned int>(
+                                    static_cast<unsigned int>(static_cast<char const*>(hit) - bytes.data()))
+                              : checked_value<unsigned int>();
+    }
+    for (unsigned int i = start; i < bytes.size(); ++i) {
+        if (sameByteFolded(bytes[i], c)) {
+            return i;
+        }
+    }
+    return {};
+}
+
+checked_value<unsigned int> String::FindRev(char c, checked_value<unsigned int> const& start,
+                                            bool caseSensitive) const {
+    const std::string_view bytes = bytesOf(*this);
+    if (bytes.empty() || start.ValueOr(0) >= bytes.size()) {
+        return {};
+    }
+    const auto same = caseSensitive ? sameByte : sameByteFolded;
+    for (std::size_t end = start.ValueOr(Length() - 1) + std::size_t{1}; end > 0; --end) {
+        if (same(bytes[end - 1], c)) {
+            return static_cast<unsigned int>(end - 1);
+        }
+    }
+    return {};
+}
+
+checked_value<unsigned int> String::Find(char const* needle, unsigned int start, bool caseSensitive) const {
+    if (start >= Length()) {
+        return {};
+    }
+    if (caseSensitive) {
+        char const* const hit = std::strstr(CStr() + start, needle);
+        return hit != nullptr ? checked_value<unsigned int>(static_cast<unsigned int>(hit - CStr()))
+                              : checked_value<unsigned int>();
+    }
+    // Folding drops what is behind a NUL byte, so the folded text may end before `start`; find() then finds nothing.
+    const String folded = ToLower();
+    const String foldedNeedle = String(needle).ToLower();
+    const std::size_t hit = bytesOf(folded).find(bytesOf(foldedNeedle), start);
+    return hit != std::string_view::npos ? checked_value<unsigned int>(static_cast<unsigned int>(hit))
+                                         : checked_value<unsigned int>();
+}
+
+bool String::BeginsWith(String const& prefix, bool caseSensitive) const {
+    return Length() >= prefix.Length() && equalViews(bytesOf(*this).substr(0, prefix.Length()), prefix, caseSensitive);
+}
+
+bool String::EndsWith(String const& suffix, bool caseSensitive) const {
+    return Length() >= suffix.Length() &&
+           equalViews(bytesOf(*this).substr(Length() - suffix.Length()), suffix, caseSensitive);
+}
+
+String String::Left(unsigned int n) const {
+    return IsNull() ? String() : fromBytes(std::string(bytesOf(*this).substr(0, n)));
+}
+
+String String::Right(unsigned int n) const {
+    return IsNull() ? String() : fromBytes(std::string(bytesOf(*this).substr(Length() - std::min(n, Length()))));
+}
+
+String String::Mid(unsigned int pos, checked_value<unsigned int> const& count) const {
+    return pos >= Length() ? String() : fromBytes(std::string(bytesOf(*this).substr(pos, count.ValueOr(Length()))));
+}

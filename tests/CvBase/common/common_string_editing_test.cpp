@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "CvBase/common/common_string.h"
+#include "tests/support/Text.h"
+
+using namespace std::string_literals;
+using test::bytesOf;
+using test::makeText;
+
+using Bytes = std::optional<std::string>;
+using Count = checked_value<unsigned int>;
+
+namespace {
+
+const Bytes NONE;
+
+TEST(StringInsert, AtEveryPlace) {
+    // clang-format off
+    const struct { Bytes text; unsigned int pos; Bytes inserted, result; } rows[] = {
+        {"ab", 0, "x", "xab"}, {"ab", 1, "x", "axb"}, {"ab", 2, "x", "abx"}, {"ab", 10, "x", "abx"},
+        {"ab", 0xFFFFFFFF, "x", "abx"}, {"a\0b"s, 2, "\0"s, "a\0\0b"s}, {"ab", 1, "", "ab"}, {"ab", 1, NONE, "ab"},
+        {NONE, 0, "x", "x"}, {NONE, 5, NONE, NONE}, {"", 0, NONE, ""}, {"", 3, "x", "x"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        String text = makeText(row.text);
+        EXPECT_EQ(&text.Insert(row.pos, makeText(row.inserted)), &text);
+        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+    }
+}
+
+TEST(StringRemove, ClampsAndWrapsAt32Bits) {
+    // clang-format off
+    const struct { Bytes text; unsigned int pos; Count count; Bytes result; } rows[] = {
+        {"abc", 1, {}, "a"}, {"abc", 1, 1, "ac"}, {"abc", 5, 1, "abc"}, {"abc", 3, {}, "abc"}, {"abc", 1, 0, "abc"},
+        {"abc", 0, {}, ""}, {"abc", 0, 3, ""}, {"abc", 1, 2, "a"}, {"abc", 1, 100, "a"}, {"a\0bc"s, 1, 2, "ac"},
+        {"abcde", 2, 0xFFFFFFFF, "abbcde"}, {"abcde", 3, 0xFFFFFFFD, "abcabcde"}, {"abcde", 4, 0xFFFFFFFB, "abcd"},
+        {NONE, 0, {}, NONE}, {NONE, 0, 3, NONE}, {"", 0, {}, ""},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        String text = makeText(row.text);
+        EXPECT_EQ(&text.Remove(row.pos, row.count), &text);
+        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+    }
+}
+
+TEST(StringEditing, TakesItselfAsTheArgument) {
+    String text("ab");
+    text.Insert(1, text);
+    EXPECT_EQ(text, "aabb");
+    text += text;
+    EXPECT_EQ(text, "aabbaabb");
+    EXPECT_EQ(text.Replace(text, text + text), "aabbaabbaabbaabb");
+    EXPECT_EQ(String::Join(text, {text, text}), "aabbaabbaabbaabbaabbaabb");
+}
+
+TEST(StringEditing, NeverChangesACopy) {
+    String text("abc");
+    const String copy(text);
+    text.Insert(0, "x");
+    text.Remove(1, 1);
+    text += 'y';
+    text.Truncate(2);
+    EXPECT_EQ(text, "xb");
+    EXPECT_EQ(copy, "abc");
+    EXPECT_EQ(copy.UseCount(), 1U);
+}
+
+TEST(StringCase, MapsAsciiOnly) {
+    // clang-format off
+    const struct { Bytes text, upper, lower; } rows[] = {
+        {"aZ@[`{09", "AZ@[`{09", "az@[`{09"}, {"\xC3\xA9\xC9", "\xC3\xA9\xC9", "\xC3\xA9\xC9"}, {"aB\0cD"s, "AB", "ab"},
+        {"\0ab"s, NONE, NONE}, {"", "", ""}, {NONE, NONE, NONE},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytesOf(makeText(row.text).ToUpper()), row.upper);
+        EXPECT_EQ(bytesOf(makeText(row.text).ToLower()), row.lower);
+    }
+}
+
+TEST(StringCase, UpperSharesNothingToMapAndLowerDoesNot) {
+    for (const String& text : {String(), String("")}) {
+        EXPECT_TRUE(text.ToUpper().SharesTextWith(text));
+        EXPECT_FALSE(text.ToLower().SharesTextWith(text));
+    }
+    EXPECT_FALSE(String("A").ToUpper().SharesTextWith("A"));
+}
+
+TEST(StringWhiteSpace, StripAndSimplify) {
+    // clang-format off
+    const struct { Bytes text, stripped, simplified; } rows[] = {
+        {NONE, NONE, NONE}, {"", "", ""}, {"   ", "", ""}, {"\t a b \n", "a b", "a b"}, {"  a \tb  ", "a \tb", "a b"},
+        {"a b", "a b", "a b"}, {"a\tb", "a\tb", "a b"}, {" a", "a", "a"}, {"a ", "a", "a"}, {"\xA0", "", ""},
+        {"a\0 "s, "a\0"s, "a\0"s}, {" \0 "s, "\0"s, "\0"s}, {"\v\f\r\x1F", "\x1F", "\x1F"}, {"a\x85 b", "a\x85 b", "a\x85 b"},
+        // The last byte of a-grave is taken for white space; simplifying then blanks the byte that is left of it.
+        {"voil\xC3\xA0", "voil\xC3", "voil\0"s}, {"\xC3\xA0", "\xC3", "\0"s}, {"\xC3\xA0 t", "\xC3\xA0 t", "\xC3 t"},
+        {"\xE2\x82\xA0 ", "\xE2\x82", "\0\0"s},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytesOf(makeText(row.text).StripWhiteSpace()), row.stripped);
+        EXPECT_EQ(bytesOf(makeText(row.text).SimplifyWhiteSpace()), row.simplified);
+    }
+    for (const String& text : {String(), String(""), String("a b")}) {
+        EXPECT_TRUE(text.StripWhiteSpace().SharesTextWith(text));
+        EXPECT_EQ(text.SimplifyWhiteSpace().SharesTextWith(text), text.IsEmpty());
+    }
+}
+
+TEST(StringSplit, KeepsEmptyFields) {
+    // clang-format off
+    const struct { Bytes text; std::vector<Bytes> fields; } rows[] = {
+        {"a,,b,", {"a", "", "b", NONE}}, {",a", {"", "a"}}, {"abc", {"abc"}}, {",", {"", NONE}}, {"a,b", {"a", "b"}},
+        {"", {""}}, {NONE, {NONE}}, {"a\0,b"s, {"a\0"s, "b"}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        std::vector<String> out{String("old")};
+        makeText(row.text).Split(',', out);
+        std::vector<Bytes> fields;
+        for (const String& field : out) {
+            fields.push_back(bytesOf(field));
+        }
+        EXPECT_EQ(fields, row.fields);
+    }
+}
+
+TEST(StringSplit, SharesAWholeTextAndTakesAnElementOfTheResult) {
+    const String text("abc");
+    std::vector<String> out;
+    text.Split(',', out);
+    EXPECT_TRUE(out[0].SharesTextWith(text));
+
+    out = {String("a,b")};
+    out[0].Split(',', out);
+    EXPECT_EQ(out, (std::vector<String>{String("a"), String("b")}));
+}
+
+TEST(StringJoin, LeavesOutNothingButEmptyPieces) {
+    const String a("a");
+    const String comma(",");
+    // clang-format off
+    const struct { String separator; std::vector<String> parts; Bytes joined; } rows[] = {
+        {",", {}, NONE}, {",", {a}, "a"}, {",", {a, "b"}, "a,b"}, {",", {a, "", String(), "b"}, "a,,,b"},
+        {String(), {a, "b"}, "ab"}, {",", {""}, NONE}, {"", {"", String()}, NONE}, {",", {String(), ""}, ","},
+        {makeText("\0"s), {a, a}, "a\0a"s},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytesOf(String::Join(row.separator, row.parts)), row.joined);
+    }
+    EXPECT_TRUE(String::Join(comma, {a}).SharesTextWith(a));
+    EXPECT_TRUE(String::Join("", {String(), a, ""}).SharesTextWith(a));
+    EXPECT_TRUE(String::Join(comma, {"", ""}).SharesTextWith(comma));
+}
+
+/// Replacing as its definition says, one piece after another.
+String replaceByDefinition(String const& source, String const& from, String const& to) {
+    if (source.IsEmpty()) {
+        return source;
+    }
+    if (from.IsEmpty()) {
+        return source;
+    }
+    const unsigned int n = from.Length();
+    String result;
+    for (unsigned int i = 0; i < source.Length();) {
+        if (i < source.Length() + 1 - n && source.Mid(i, n) == from) {
+            result += to;
+            i += n;
+        } else {
+            result += source.CStr()[i++];
+        }
+    }
+    return result;
+}
+
+TEST(StringReplace, Cases) {
+    // clang-format off
+    const struct { Bytes text, from, to, result; } rows[] = {
+        {"aaa", "aa", "b", "ba"}, {"banana", "a", "", "bnn"}, {"banana", "a", NONE, "bnn"}, {"aa", "a", "", NONE},
+        {"abc", "abcd", "x", "abc"}, {"abc", "abc", "x", "x"}, {"abc", "c", "ccc", "abccc"}, {NONE, "a", "b", NONE},
+        {"", "a", "b", ""}, {"abab", "ab", "a\0"s, "a\0a\0"s}, {"a\0b"s, "\0"s, "-", "a-b"},
+        {"a", "a\0b"s, "x", "x"},   // the comparison ends at the NUL, before the length is noticed
+        {"ba", "a\0"s, "x", "ba"},  // the same at the last place, where no room for the whole pattern is left
+        {"a\0cd"s, "a\0b"s, "x", "xd"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        const String text = makeText(row.text);
+        const String replaced = text.Replace(makeText(row.from), makeText(row.to));
+        EXPECT_EQ(bytesOf(replaced), row.result);
+        EXPECT_EQ(bytesOf(replaceByDefinition(text, makeText(row.from), makeText(row.to))), row.result);
+        EXPECT_FALSE(replaced.SharesTextWith(text));
+    }
+    const String text("abc");
+    EXPECT_TRUE(text.Replace("", "x").SharesTextWith(text));
+    EXPECT_TRUE(text.Replace(String(), "x").SharesTextWith(text));
+}
+
+TEST(StringReplace, EqualsItsDefinitionOnRandomBytes) {
+    std::mt19937 random(20091);
+    const auto randomText = [&random](unsigned int longest) {
+        std::string bytes(random() % (longest + 1), '\0');
+        for (char& c : bytes) {
+            c = "\0ab"[random() % 3];
+        }
+        return random() % 20 == 0 ? String() : makeText(bytes);
+    };
+    for (int i = 0; i < 30000; ++i) {
+        const String text = randomText(12);
+        const String from = randomText(i % 2 == 0 ? 2 : 14);
+        const String to = randomText(3);
+        ASSERT_EQ(bytesOf(text.Replace(from, to)), bytesOf(replaceByDefinition(text, from, to)))
+            << testing::PrintToString(text) << ' ' << testing::PrintToString(from) << ' ' << testing::PrintToString(to);
+    }
+}
+
+TEST(StringReplaceChar, ReachesBehindANul) {
+    // clang-format off
+    const struct { Bytes text; char from, to; Bytes result; } rows[] = {
+        {"abca", 'a', 'x', "xbcx"}, {"abc", 'x', 'y', "abc"}, {"a\0a"s, 'a', 'b', "b\0b"s}, {"a\0b"s, 'x', 'y', "a"},
+        {"ab\0cab"s, 'a', 'x', "xb\0\0x"s}, {"a\0b\0"s, '\0', 'x', "ax\0x"s}, {"aa", 'a', '\0', "\0\0"s}, {"\0a"s, 'b', 'c', ""},
+        {"", 'a', 'b', ""}, {NONE, 'a', 'b', ""},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytesOf(makeText(row.text).ReplaceChar(row.from, row.to)), row.result);
+    }
+    const String text("aaa");
+    EXPECT_EQ(text.ReplaceChar('a', 'b'), "bbb");
+    EXPECT_EQ(text, "aaa");
+}
+
+TEST(StringEditing, StaysLinearOnLongTexts) {
+    const std::string megabyte(1 << 20, 'a');
+    const String text(megabyte.c_str());
+    std::vector<String> fields;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(text.Replace("a", "bb").Length(), 2U << 20);
+    text.Split('a', fields);
+    EXPECT_EQ(fields.size(), megabyte.size() + 1);
+    EXPECT_EQ(String::Join("--", fields).Length(), 2U << 20);
+    EXPECT_EQ((String('\0') + text).ReplaceChar('a', 'b').Length(), megabyte.size() + 1);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30)) << "a quadratic pass takes hours";
+}
+
+}  // namespace

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "CvBase/common/common_checked_types.h"
+#include "CvBase/common/common_string.h"
+
+namespace test {
+
+/// The bytes of the text; without a value when it is null. Checks the NUL behind them.
+inline std::optional<std::string> bytesOf(String const& text) {
+    EXPECT_EQ(text.CStr()[text.Length()], '\0');
+    return text.IsNull() ? std::nullopt : std::make_optional<std::string>(text.CStr(), text.Length());
+}
+
+/// A text of these bytes, NUL bytes too; null without a value.
+inline String makeText(std::optional<std::string_view> bytes) {
+    if (!bytes) {
+        return String();
+    }
+    String text("");
+    for (std::size_t nul; (nul = bytes->find('\0')) != std::string_view::npos; bytes->remove_prefix(nul + 1)) {
+        text += String(bytes->data());
+        text += '\0';
+    }
+    return text += String(bytes->data(), static_cast<unsigned int>(bytes->size()));
+}
+
+}  // namespace test
+
+/// How googletest shows a text and an optional value.
+inline void PrintTo(String const& text, std::ostream* out) {
+    *out << ::testing::PrintToString(test::bytesOf(text));
+}
+template <typename T>
+void PrintTo(checked_value<T> const& value, std::ostream* out) {
+    *out << (value.IsSet() ? ::testing::PrintToString(value.Value()) : "(unset)");
+}
