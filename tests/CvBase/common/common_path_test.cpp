@@ -1,0 +1,386 @@
+#include "CvBase/common/common_path.h"
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/TempDir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string str(const String& text) {
+    return std::string(text.CStr(), text.Length());
+}
+
+FilePath file(const std::string& path) {
+    return FilePath(String(path.c_str()), false);
+}
+
+FolderPath folder(const std::string& path) {
+    return FolderPath(String(path.c_str()), false);
+}
+
+/// Gives each test a HOME and a working folder of its own to change.
+class PathTest : public testing::Test {
+protected:
+    PathTest() : workingFolder_(fs::current_path()) {
+        if (const char* home = std::getenv("HOME")) {
+            home_ = home;
+        }
+    }
+    ~PathTest() override {
+        setHome(home_);
+        fs::current_path(workingFolder_);
+    }
+
+    static void setHome(const std::optional<std::string>& home) {
+        if (home) {
+            setenv("HOME", home->c_str(), 1);
+        } else {
+            unsetenv("HOME");
+        }
+    }
+
+private:
+    fs::path workingFolder_;
+    std::optional<std::string> home_;
+};
+
+TEST_F(PathTest, HomeAndWorkingFolderMakeAPathAbsolute) {
+    struct Row {
+        std::optional<std::string> home;
+        std::string text, stored;
+    };
+    const Row rows[] = {
+        {"/Users/u", "~", "/Users/u/"},
+        {"/Users/u", "~/Music", "/Users/u/Music"},
+        {"/Users/u", "~\\Music", "/Users/u/Music"},
+        {"/Users/u/", "~/Music", "/Users/u//Music"},
+        {"/Users/u", "~user", "/tmp/~user"},
+        {"/Users/u", "/~/x", "/~/x"},
+        {"/Users/u", " ~", "/tmp/ ~"},
+        {std::nullopt, "~/Music", "/Music"},
+        {"", "~/Music", "/Music"},
+        {"relative", "~/Music", "relative/Music"},
+        {"/Users/u", "docs/a.txt", "/tmp/docs/a.txt"},
+        {"/Users/u", " a ", "/tmp/ a "},
+        {"/Users/u", "C:\\x", "/tmp/C:\\x"},
+        {"/Users/u", "/etc/x", "/etc/x"},
+        {"/Users/u", "\\etc\\x", "\\etc\\x"},
+        {"/Users/u", "/a/../b//c/", "/a/../b//c/"},
+    };
+    fs::current_path("/tmp");
+    for (const Row& row : rows) {
+        setHome(row.home);
+        EXPECT_EQ(str(file(row.text).GetInternal()), row.stored) << row.text;
+        EXPECT_EQ(str(FilePath(row.text.c_str(), true).GetInternal()), row.stored) << row.text;
+    }
+}
+
+TEST_F(PathTest, BlankTextIsNoPath) {
+    for (const char* text : {static_cast<const char*>(nullptr), "", " ", " \t\n ", "\xA0\xA0"}) {
+        EXPECT_TRUE(FilePath(text, false).IsEmpty());
+        EXPECT_TRUE(FolderPath(text, false).IsEmpty());
+    }
+    EXPECT_FALSE(file("\xC3\xA0").IsEmpty()) << "a letter whose second byte alone would be a blank";
+
+    FilePath reused = file("/a");
+    reused.construct(" ", false);
+    EXPECT_TRUE(reused.IsEmpty());
+}
+
+TEST_F(PathTest, AWorkingFolderThatCannotBeReadGivesTheRoot) {
+    const test::TempDir temp;
+    const std::string name(200, 'd');
+    fs::current_path(temp.path());
+    for (int depth = 0; depth < 8; ++depth) {
+        fs::create_directory(name);
+        fs::current_path(name);
+    }
+    EXPECT_EQ(str(file("docs/a").GetInternal()), "/docs/a") << "a working folder of more than 1600 characters";
+
+    fs::create_directory(temp / "gone");
+    fs::current_path(temp / "gone");
+    fs::remove(temp / "gone");
+    EXPECT_EQ(str(file("docs/a").GetInternal()), "/docs/a") << "a removed working folder";
+}
+
+TEST_F(PathTest, RelativeTextBeginsWithNoSeparator) {
+    for (const char* text : {"a", "~", "~/x", "C:\\x", " /a", "."}) {
+        EXPECT_TRUE(FilePath::IsRelative(text)) << text;
+        EXPECT_TRUE(FolderPath::IsRelative(text)) << text;
+    }
+    for (const char* text : {"", "/", "\\", "/a", "\\a"}) {
+        EXPECT_FALSE(FilePath::IsRelative(text)) << text;
+        EXPECT_FALSE(FolderPath::IsRelative(text)) << text;
+    }
+}
+
+TEST_F(PathTest, FolderTextEndsWithASeparator) {
+    EXPECT_EQ(str(folder("/a").GetInternal()), "/a/");
+    EXPECT_EQ(str(folder("/a/").GetInternal()), "/a/");
+    EXPECT_EQ(str(folder("/a\\").GetInternal()), "/a\\");
+    EXPECT_EQ(str(folder("/a\\").ToString()), "/a/");
+    EXPECT_EQ(str(folder("//").GetInternal()), "//");
+}
+
+TEST_F(PathTest, FoldedText) {
+    struct Row {
+        std::string text, folded;
+    };
+    const Row rows[] = {
+        {"/a//b/../c/", "/a/c/"},
+        {"/a/b/../../c", "/a/../c/"},
+        {"/a/b/../x/../c", "/a/c/"},
+        {"/a/b/../../../etc", "/a/etc/"},
+        {"/../a", "a/"},
+        {"/..", "/"},
+        {"//../etc", "/etc/"},
+        {"//server//share", "//server/share/"},
+        {"///a", "///a/"},
+        {"////a", "///a/"},
+        {"//", "/"},
+        {"/", "/"},
+        {"/a/./b", "/a/./b/"},
+        {"/a\\b\\\\c", "/a/b/c/"},
+        {"/a/...", "/a/.../"},
+        {"/a/..b", "/a/..b/"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(str(folder(row.text).ToString()), row.folded) << row.text;
+        EXPECT_EQ(str(file(row.text).ToString()), row.folded.substr(0, row.folded.size() - 1)) << row.text;
+    }
+    EXPECT_EQ(str(FolderPath().ToString()), "/");
+    EXPECT_EQ(str(FilePath().ToString()), "");
+
+    setHome("..");
+    EXPECT_EQ(str(folder("~/a").ToString()), "../a/");
+    EXPECT_EQ(str(folder("~/../a").ToString()), "a/");
+}
+
+TEST_F(PathTest, FoldingALongPathTakesLinearTime) {
+    std::string text;
+    for (int i = 0; i < 400000; ++i) {
+        text += "/a/..";
+    }
+    EXPECT_EQ(str(file(text + "/b").ToString()), "/b");
+}
+
+/// The same rules written down another way: by erasing from the text and from the list of components.
+namespace model {
+
+bool isSeparator(char c) {
+    return c == '/' || c == '\\';
+}
+
+std::string folded(std::string text) {
+    std::replace(text.begin(), text.end(), '\\', '/');
+    while (text.size() > 1 && text.back() == '/') {
+        text.pop_back();
+    }
+    for (std::size_t at = text.substr(0, 2) == "//" ? 2 : 0; (at = text.find("//", at)) != std::string::npos;) {
+        text.erase(at, 1);
+    }
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c == '/') {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
+    }
+    for (std::size_t i = 0; i < parts.size();) {
+        if (parts[i] == ".." && i != 0) {
+            const auto at = parts.begin() + static_cast<std::ptrdiff_t>(i);
+            parts.erase(at - 1, at + 1);
+        } else {
+            ++i;
+        }
+    }
+    std::string joined;
+    for (const std::string& part : parts) {
+        joined += (&part == parts.data() ? "" : "/") + part;
+    }
+    joined += '/';
+    while (joined.size() > 1 && joined[joined.size() - 2] == '/') {
+        joined.pop_back();
+    }
+    return joined;
+}
+
+std::string name(std::string text) {
+    while (!text.empty() && isSeparator(text.back())) {
+        text.pop_back();
+    }
+    return {std::find_if(text.rbegin(), text.rend(), isSeparator).base(), text.end()};
+}
+
+/// The stored text of the folder that holds the absolute path `text`.
+std::string folderOf(std::string text, const std::string& workingFolder) {
+    while (!text.empty() && isSeparator(text.back())) {
+        text.pop_back();
+    }
+    if (text.empty()) {
+        return workingFolder + "/./";
+    }
+    while (!isSeparator(text.back())) {
+        text.pop_back();
+    }
+    const bool isInRoot = text.size() == 1;
+    if (isInRoot) {
+        return "/";
+    }
+    text.pop_back();
+    return isSeparator(text.back()) ? text : text + "/";
+}
+
+std::string lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return c == 'A' ? 'a' : c; });
+    return text;
+}
+
+}  // namespace model
+
+/// Calls `use` with every text of at most `length` characters out of `letters`.
+void forEachText(const std::string& letters, std::size_t length, const std::function<void(const std::string&)>& use,
+                 const std::string& begin = {}) {
+    use(begin);
+    if (length == 0) {
+        return;
+    }
+    for (const char letter : letters) {
+        forEachText(letters, length - 1, use, begin + letter);
+    }
+}
+
+TEST_F(PathTest, EveryShortPathFoldsAsTheModelSays) {
+    fs::current_path("/tmp");
+    for (const std::string home : {"a", "..", ".", "\\"}) {
+        setHome(home);
+        forEachText("a./\\", 7, [&](const std::string& rest) {
+            ASSERT_EQ(str(folder("~/" + rest).ToString()), model::folded(home + "/" + rest));
+        });
+    }
+    for (const std::string root : {"/", "\\"}) {
+        forEachText("a./\\", 8, [&](const std::string& rest) {
+            const std::string text = root + rest;
+            const FilePath path = file(text);
+            const std::string folded = model::folded(text);
+            ASSERT_EQ(str(path.ToString()), folded.substr(0, folded.size() - 1)) << text;
+            ASSERT_EQ(folder(text).IsTopLevel(), folded == "/" || folded == "./") << text;
+        });
+    }
+}
+
+TEST_F(PathTest, EveryShortPathHasTheModelsParts) {
+    fs::current_path("/tmp");
+    forEachText("a./\\", 7, [](const std::string& rest) {
+        const std::string text = "/" + rest;
+        const FilePath path = file(text);
+        const std::string name = model::name(text);
+        const std::size_t dot = name.rfind('.');
+        ASSERT_EQ(str(path.GetFilename()), name) << text;
+        ASSERT_EQ(str(path.GetBaseName()), name.substr(0, dot)) << text;
+        ASSERT_EQ(str(path.GetExtension()), dot == std::string::npos ? "" : name.substr(dot + 1)) << text;
+        ASSERT_EQ(str(path.GetFolder().GetInternal()), model::folderOf(text, "/tmp")) << text;
+
+        const FolderPath asFolder = folder(text);
+        ASSERT_EQ(str(asFolder.GetFolderName()), asFolder.IsTopLevel() ? "" : name) << text;
+        ASSERT_EQ(str(asFolder.GetParent().GetInternal()), asFolder.IsTopLevel() ? "" : model::folderOf(text, "/tmp"))
+            << text;
+    });
+}
+
+TEST_F(PathTest, PartsOfAFileName) {
+    struct Row {
+        std::string path, name, base, extension;
+    };
+    const Row rows[] = {
+        {"/x/archive.tar.gz", "archive.tar.gz", "archive.tar", "gz"},
+        {"/x/.profile", ".profile", "", "profile"},
+        {"/x/name.", "name.", "name", ""},
+        {"/x.y/name", "name", "name", ""},
+        {"/x/dir.d/\\", "dir.d", "dir", "d"},
+        {"/", "", "", ""},
+    };
+    for (const Row& row : rows) {
+        const FilePath path = file(row.path);
+        EXPECT_EQ(str(path.GetFilename()), row.name) << row.path;
+        EXPECT_EQ(str(path.GetBaseName()), row.base) << row.path;
+        EXPECT_EQ(str(path.GetExtension()), row.extension) << row.path;
+    }
+    EXPECT_EQ(str(FilePath().GetFilename()), "");
+}
+
+TEST_F(PathTest, ContainingFolder) {
+    EXPECT_EQ(str(file("/a/b.txt").GetFolder().GetInternal()), "/a/");
+    EXPECT_EQ(str(file("/b.txt").GetFolder().GetInternal()), "/");
+    EXPECT_EQ(str(folder("/a/b/").GetParent().GetInternal()), "/a/");
+    EXPECT_TRUE(folder("/").GetParent().IsEmpty());
+    EXPECT_TRUE(FilePath().GetFolder().IsEmpty());
+    EXPECT_TRUE(FolderPath().GetParent().IsEmpty());
+    EXPECT_EQ(str(folder("/a/b\\").GetFolderName()), "b");
+}
+
+TEST_F(PathTest, DriveLettersCountWhereTheyComeFirst) {
+    fs::current_path("/tmp");
+    setHome("C:");
+    EXPECT_EQ(str(file("~/x").GetInternal()), "C:/x");
+    EXPECT_EQ(str(file("~/x").GetFolder().GetInternal()), "/tmp/C:/");
+    EXPECT_EQ(str(file("~").GetFolder().GetInternal()), "/tmp/C:/");
+    EXPECT_EQ(str(file("~").GetFilename()), "");
+    EXPECT_EQ(str(file("/x/C:y").GetFilename()), "C:y");
+}
+
+TEST_F(PathTest, AFolderAndANameMakeAFilePath) {
+    fs::current_path("/tmp");
+    EXPECT_EQ(str((folder("/x") + "a.txt").GetInternal()), "/x/a.txt");
+    EXPECT_EQ(str((folder("/x") + "/a.txt").GetInternal()), "/x//a.txt");
+    EXPECT_EQ(str((folder("/x") + "").GetInternal()), "/x/");
+    EXPECT_EQ(str((FolderPath() + "a.txt").GetInternal()), "/tmp/a.txt");
+    EXPECT_TRUE((FolderPath() + String()).IsEmpty());
+}
+
+TEST_F(PathTest, ComparisonsFoldCaseAndSeparators) {
+    EXPECT_TRUE(folder("/Users/X/") == folder("/users/x"));
+    EXPECT_TRUE(file("/a\\B//c/") == file("/A/b/C"));
+    EXPECT_TRUE(file("/a/x/../b") == file("/a/b"));
+    EXPECT_FALSE(file("/a/./b") == file("/a/b"));
+    EXPECT_FALSE(file("/\xC3\x89") == file("/\xC3\xA9")) << "only A to Z fold";
+    EXPECT_TRUE(FilePath() == file("/"));
+    EXPECT_TRUE(FolderPath() == folder("/"));
+
+    EXPECT_TRUE(file("/a") < file("/B"));
+    EXPECT_FALSE(file("/B") < file("/a"));
+    EXPECT_TRUE(file("/A") <= file("/a"));
+    EXPECT_FALSE(file("/A") < file("/a"));
+    EXPECT_TRUE(file("/a.b") < file("/a/b")) << "'.' comes before '/'";
+}
+
+TEST_F(PathTest, OrderAgreesWithTheFoldedTexts) {
+    std::vector<std::string> texts;
+    forEachText("aA./", 3, [&](const std::string& rest) { texts.push_back("/" + rest); });
+    for (const std::string& a : texts) {
+        for (const std::string& b : texts) {
+            const int order = model::lower(model::folded(a)).compare(model::lower(model::folded(b)));
+            ASSERT_EQ(file(a) == file(b), order == 0) << a << " " << b;
+            ASSERT_EQ(file(a) < file(b), order < 0) << a << " " << b;
+            ASSERT_EQ(file(a) <= file(b), order <= 0) << a << " " << b;
+            ASSERT_EQ(folder(a) == folder(b), order == 0) << a << " " << b;
+            ASSERT_EQ(folder(a) < folder(b), order < 0) << a << " " << b;
+            ASSERT_EQ(folder(a) <= folder(b), order <= 0) << a << " " << b;
+        }
+    }
+}
+
+}  // namespace
