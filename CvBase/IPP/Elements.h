@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 /// One element of each conversion. The plain loops consist of these, and the vector loops finish with them.
 ///
@@ -72,14 +73,50 @@ struct FloatToInt {
     }
 };
 
-/// Applies a conversion to `n` elements, one by one from the first.
+/// Applies a conversion to `n` elements, one by one from the first. The elements go through memcpy, so that neither
+/// their alignment nor a destination that is the source matters.
 template <typename Operation>
 [[maybe_unused, gnu::always_inline]] inline void convertEach(Operation const& operation, std::size_t n,
                                                              typename Operation::Source const* src,
                                                              typename Operation::Result* dst) {
     for (std::size_t i = 0; i < n; ++i) {
-        dst[i] = operation(src[i]);
+        typename Operation::Source element;
+        std::memcpy(&element, src + i, sizeof element);
+        typename Operation::Result const result = operation(element);
+        std::memcpy(dst + i, &result, sizeof result);
     }
+}
+
+/// Fills `size` bytes with the eight bytes of `pattern`, in memory order, over and over.
+[[maybe_unused, gnu::always_inline]] inline void fillEach(std::size_t size, unsigned char* dst, std::uint64_t pattern) {
+    std::size_t done = 0;
+    for (; size - done >= sizeof pattern; done += sizeof pattern) {
+        std::memcpy(dst + done, &pattern, sizeof pattern);
+    }
+    for (unsigned char const* from = reinterpret_cast<unsigned char const*>(&pattern); done < size; ++done) {
+        dst[done] = *from++;
+    }
+}
+
+/// Compares byte by byte from the first on, eight at a time.
+[[maybe_unused, gnu::always_inline]] inline bool equalEach(std::size_t size, unsigned char const* a,
+                                                           unsigned char const* b) {
+    std::size_t done = 0;
+    for (; size - done >= sizeof(std::uint64_t); done += sizeof(std::uint64_t)) {
+        std::uint64_t left;
+        std::uint64_t right;
+        std::memcpy(&left, a + done, sizeof left);
+        std::memcpy(&right, b + done, sizeof right);
+        if (left != right) {
+            return false;
+        }
+    }
+    for (; done < size; ++done) {
+        if (a[done] != b[done]) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace

@@ -4,15 +4,13 @@
 #include <cmath>
 #include <cstdint>
 
-#include "CvBase/IPP/Kernels.h"
+#include "CvBase/IPP/Dispatch.h"
 
 namespace IPP {
 namespace {
 
-using Detail::Kernels;
-
-Kernels const& kernels() {
-    return Detail::PLAIN_KERNELS;
+Detail::Kernels const& kernels() {
+    return Detail::ActiveKernels();
 }
 
 /// The 32-bit integer 1 shifted left by `bits` mod 32: the shift by 31 gives the smallest integer.

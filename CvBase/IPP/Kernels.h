@@ -31,4 +31,9 @@ struct Kernels {
 
 extern Kernels const PLAIN_KERNELS;
 
+/// On processors of the x86 family only.
+extern Kernels const SSE2_KERNELS;
+extern Kernels const AVX2_KERNELS;
+extern Kernels const AVX512_KERNELS;
+
 }  // namespace IPP::Detail

@@ -1,30 +1,10 @@
 // The element-by-element loops, for processors of which the library knows no vector instructions.
 
-#include <cstring>
-
 #include "CvBase/IPP/Elements.h"
 #include "CvBase/IPP/Kernels.h"
 
 namespace IPP::Detail {
 namespace {
-
-void fillEach(std::size_t size, void* dst, std::uint64_t pattern) {
-    auto* const bytes = static_cast<unsigned char*>(dst);
-    std::size_t done = 0;
-    for (; size - done >= sizeof pattern; done += sizeof pattern) {
-        std::memcpy(bytes + done, &pattern, sizeof pattern);
-    }
-    std::memcpy(bytes + done, &pattern, size - done);
-}
-
-bool equalEach(std::size_t size, unsigned char const* a, unsigned char const* b) {
-    for (std::size_t i = 0; i < size; ++i) {
-        if (a[i] != b[i]) {
-            return false;
-        }
-    }
-    return true;
-}
 
 template <typename Operation>
 void convert(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst) {
@@ -35,6 +15,14 @@ template <typename Operation, typename Multiplier>
 void convertScaled(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst,
                    Multiplier multiplier) {
     convertEach(Operation{multiplier}, n, src, dst);
+}
+
+void fill(std::size_t size, void* dst, std::uint64_t pattern) {
+    fillEach(size, static_cast<unsigned char*>(dst), pattern);
+}
+
+bool equal(std::size_t size, unsigned char const* a, unsigned char const* b) {
+    return equalEach(size, a, b);
 }
 
 }  // namespace
@@ -53,8 +41,8 @@ Kernels const PLAIN_KERNELS = {
     convertScaled<FloatToInt<true, false>, float>,
     convertScaled<FloatToInt<false, true>, float>,
     convertScaled<FloatToInt<true, true>, float>,
-    fillEach,
-    equalEach,
+    fill,
+    equal,
 };
 
 }  // namespace IPP::Detail

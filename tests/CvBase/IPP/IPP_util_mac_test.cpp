@@ -1,5 +1,6 @@
 #include "CvBase/IPP/IPP_util_mac.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -108,6 +109,82 @@ TEST(ConvertToFloatingPoint, Scales) {
     EXPECT_EQ(floats[1], 0.0F);
     IPP::Convert(2, ints, floats, INT_MIN);
     EXPECT_EQ(floats[0], -INF);
+}
+
+TEST(ConvertFloatToBytesAndDoubleToInt, LeavesTheDestinationAsItWas) {
+    float const floats[] = {1.0F, 2.0F};
+    double const doubles[] = {1.0, 2.0};
+    unsigned char bytes[] = {17, 18};
+    int ints[] = {19, 20};
+    IPP::Convert(2, floats, bytes, 0, true);
+    IPP::Convert(2, doubles, ints, 0, false);
+    EXPECT_THAT(bytes, testing::ElementsAre(17, 18));
+    EXPECT_THAT(ints, testing::ElementsAre(19, 20));
+}
+
+template <typename T>
+T* const NOWHERE = nullptr;
+
+TEST(EveryRoutine, ReadsNoPointerForNoElements) {
+    IPP::Convert(0, NOWHERE<unsigned char>, NOWHERE<float>);
+    IPP::Convert(0, NOWHERE<short>, NOWHERE<float>, 15);
+    IPP::Convert(0, NOWHERE<short>, NOWHERE<double>, 15);
+    IPP::Convert(0, NOWHERE<int>, NOWHERE<float>, 31);
+    IPP::Convert(0, NOWHERE<int>, NOWHERE<double>, 31);
+    IPP::Convert(0, NOWHERE<float>, NOWHERE<short>, -15, true);
+    IPP::Convert(0, NOWHERE<float>, NOWHERE<int>, -31, false);
+    IPP::Convert(0, NOWHERE<float>, NOWHERE<double>);
+    IPP::Convert(0, NOWHERE<double>, NOWHERE<float>);
+    IPP::Copy(0, NOWHERE<char>, NOWHERE<char>);
+    IPP::Copy(0, NOWHERE<double>, NOWHERE<double>);
+    IPP::Move(0, NOWHERE<float>, NOWHERE<float>);
+    IPP::Set(0, NOWHERE<unsigned char>, static_cast<unsigned char>(1));
+    IPP::Set(0, NOWHERE<double>, 1.0);
+    IPP::Zero(0, NOWHERE<short>);
+    EXPECT_TRUE(IPP::Equal(0, nullptr, nullptr));
+}
+
+template <typename T>
+class Arrays : public testing::Test {};
+
+template <typename T>
+class OverlappingArrays : public testing::Test {};
+
+using ElementTypes = testing::Types<unsigned char, short, int, unsigned int, float, double>;
+using MovedTypes = testing::Types<unsigned char, short, unsigned int, float, double>;
+TYPED_TEST_SUITE(Arrays, ElementTypes);
+TYPED_TEST_SUITE(OverlappingArrays, MovedTypes);
+
+TYPED_TEST(Arrays, AreCopiedZeroedAndFilledElementByElement) {
+    TypeParam const source[] = {1, 2, 3, 4};
+    TypeParam values[] = {9, 9, 9, 9};
+    IPP::Copy(3, source, values);
+    EXPECT_THAT(values, testing::ElementsAre(1, 2, 3, 9));
+    IPP::Zero(2, values + 1);
+    EXPECT_THAT(values, testing::ElementsAre(1, 0, 0, 9));
+    IPP::Set(2, values, TypeParam{5});
+    EXPECT_THAT(values, testing::ElementsAre(5, 5, 0, 9));
+}
+
+TYPED_TEST(OverlappingArrays, AreMovedEitherWay) {
+    TypeParam values[] = {1, 2, 3, 4, 5};
+    IPP::Move(4, values, values + 1);
+    EXPECT_THAT(values, testing::ElementsAre(1, 1, 2, 3, 4));
+    IPP::Move(3, values + 2, values);
+    EXPECT_THAT(values, testing::ElementsAre(2, 3, 4, 3, 4));
+}
+
+TEST(Set, StoresMinusZeroAsZeroBytes) {
+    double value = 1.0;
+    IPP::Set(1, &value, -0.0);
+    EXPECT_FALSE(std::signbit(value));
+}
+
+TEST(Copy, CountsInBytesOfItsElements) {
+    char const text[] = "abc";
+    char copied[sizeof text];
+    IPP::Copy(sizeof text, text, copied);
+    EXPECT_STREQ(copied, "abc");
 }
 
 }  // namespace

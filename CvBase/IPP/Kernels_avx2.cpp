@@ -1,0 +1,76 @@
+// The vector loops with AVX2. Only this file is compiled for it, and only processors that have it come here.
+
+#include <immintrin.h>
+
+#include "CvBase/IPP/VectorLoops.h"
+
+namespace IPP::Detail {
+namespace {
+
+struct Avx2 {
+    using Floats = __m256;
+    using Doubles = __m256d;
+    using Ints = __m256i;
+    static constexpr std::size_t WIDTH = 32;
+    static constexpr std::size_t LANES = 8;
+
+    static Floats loadFloats(float const* src) { return _mm256_loadu_ps(src); }
+    static Ints loadInts(void const* src) { return _mm256_loadu_si256(static_cast<Ints const*>(src)); }
+    static Ints widenBytes(unsigned char const* src) { return _mm256_cvtepu8_epi32(load8Bytes(src)); }
+    static Ints widenShorts(short const* src) { return _mm256_cvtepi16_epi32(load16Bytes(src)); }
+    static Doubles widenShortsToDoubles(short const* src) {
+        return _mm256_cvtepi32_pd(_mm_cvtepi16_epi32(load8Bytes(src)));
+    }
+    static Doubles widenIntsToDoubles(int const* src) { return _mm256_cvtepi32_pd(load16Bytes(src)); }
+    static Doubles widenFloats(float const* src) { return _mm256_cvtps_pd(_mm_loadu_ps(src)); }
+    static Floats narrowDoubles(double const* src) {
+        return _mm256_set_m128(_mm256_cvtpd_ps(_mm256_loadu_pd(src + 4)), _mm256_cvtpd_ps(_mm256_loadu_pd(src)));
+    }
+
+    static Floats broadcast(float x) { return _mm256_set1_ps(x); }
+    static Doubles broadcast(double x) { return _mm256_set1_pd(x); }
+    static Ints broadcast(std::uint64_t x) { return _mm256_set1_epi64x(static_cast<long long>(x)); }
+    static Floats multiply(Floats a, Floats b) { return _mm256_mul_ps(a, b); }
+    static Doubles multiply(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
+    static Floats add(Floats a, Floats b) { return _mm256_add_ps(a, b); }
+    /// 0.5 with the sign bit of x. That -0.0 gives -0.5 here does not show: the sum truncates to 0 either way.
+    static Floats halfLike(Floats x) { return _mm256_or_ps(_mm256_and_ps(x, broadcast(-0.0F)), broadcast(0.5F)); }
+    /// Holds x to -1.0 .. 1.0. With x as the second operand a NaN stays.
+    static Floats clamp(Floats x) { return _mm256_min_ps(broadcast(1.0F), _mm256_max_ps(broadcast(-1.0F), x)); }
+    static Floats toFloats(Ints x) { return _mm256_cvtepi32_ps(x); }
+    static Ints truncate(Floats x) { return _mm256_cvttps_epi32(x); }
+    /// The instruction packs each 16-byte half by itself; the permutation puts their quarters into order.
+    static Ints packShorts(Ints low, Ints high) {
+        return _mm256_permute4x64_epi64(_mm256_packs_epi32(low, high), _MM_SHUFFLE(3, 1, 2, 0));
+    }
+
+    static void store(void* dst, Ints x) { _mm256_storeu_si256(static_cast<Ints*>(dst), x); }
+    static void store(void* dst, Floats x) { store(dst, _mm256_castps_si256(x)); }
+    static void store(void* dst, Doubles x) { store(dst, _mm256_castpd_si256(x)); }
+    static void stream(void* dst, Ints x) { _mm256_stream_si256(static_cast<Ints*>(dst), x); }
+    static void stream(void* dst, Floats x) { stream(dst, _mm256_castps_si256(x)); }
+    static void stream(void* dst, Doubles x) { stream(dst, _mm256_castpd_si256(x)); }
+    static void fence() { _mm_sfence(); }
+
+    static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allZero(difference(a, b)); }
+    static bool sameBytes4(unsigned char const* a, unsigned char const* b) {
+        Ints const low = _mm256_or_si256(difference(a, b), difference(a + WIDTH, b + WIDTH));
+        Ints const high =
+            _mm256_or_si256(difference(a + 2 * WIDTH, b + 2 * WIDTH), difference(a + 3 * WIDTH, b + 3 * WIDTH));
+        return allZero(_mm256_or_si256(low, high));
+    }
+
+private:
+    static __m128i load8Bytes(void const* src) { return _mm_loadl_epi64(static_cast<__m128i const*>(src)); }
+    static __m128i load16Bytes(void const* src) { return _mm_loadu_si128(static_cast<__m128i const*>(src)); }
+    static Ints difference(unsigned char const* a, unsigned char const* b) {
+        return _mm256_xor_si256(loadInts(a), loadInts(b));
+    }
+    static bool allZero(Ints x) { return _mm256_testz_si256(x, x) != 0; }
+};
+
+}  // namespace
+
+Kernels const AVX2_KERNELS = makeKernels<Avx2>();
+
+}  // namespace IPP::Detail

@@ -1,0 +1,82 @@
+// The vector loops with AVX-512 (F and BW). Only this file is compiled for it, and only processors that have it come
+// here.
+
+#include <immintrin.h>
+
+#include "CvBase/IPP/VectorLoops.h"
+
+namespace IPP::Detail {
+namespace {
+
+struct Avx512 {
+    using Floats = __m512;
+    using Doubles = __m512d;
+    using Ints = __m512i;
+    static constexpr std::size_t WIDTH = 64;
+    static constexpr std::size_t LANES = 16;
+
+    static Floats loadFloats(float const* src) { return _mm512_loadu_ps(src); }
+    static Ints loadInts(void const* src) { return _mm512_loadu_si512(src); }
+    static Ints widenBytes(unsigned char const* src) { return _mm512_cvtepu8_epi32(load16Bytes(src)); }
+    static Ints widenShorts(short const* src) { return _mm512_cvtepi16_epi32(load32Bytes(src)); }
+    static Doubles widenShortsToDoubles(short const* src) {
+        return _mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(load16Bytes(src)));
+    }
+    static Doubles widenIntsToDoubles(int const* src) { return _mm512_cvtepi32_pd(load32Bytes(src)); }
+    static Doubles widenFloats(float const* src) { return _mm512_cvtps_pd(_mm256_loadu_ps(src)); }
+    static Floats narrowDoubles(double const* src) {
+        __m256d const low = _mm256_castps_pd(_mm512_cvtpd_ps(_mm512_loadu_pd(src)));
+        __m256d const high = _mm256_castps_pd(_mm512_cvtpd_ps(_mm512_loadu_pd(src + 8)));
+        return _mm512_castpd_ps(_mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1));
+    }
+
+    static Floats broadcast(float x) { return _mm512_set1_ps(x); }
+    static Doubles broadcast(double x) { return _mm512_set1_pd(x); }
+    static Ints broadcast(std::uint64_t x) { return _mm512_set1_epi64(static_cast<long long>(x)); }
+    static Floats multiply(Floats a, Floats b) { return _mm512_mul_ps(a, b); }
+    static Doubles multiply(Doubles a, Doubles b) { return _mm512_mul_pd(a, b); }
+    static Floats add(Floats a, Floats b) { return _mm512_add_ps(a, b); }
+    /// 0.5 with the sign bit of x. That -0.0 gives -0.5 here does not show: the sum truncates to 0 either way.
+    static Floats halfLike(Floats x) {
+        Ints const sign = _mm512_and_si512(_mm512_castps_si512(x), _mm512_castps_si512(broadcast(-0.0F)));
+        return _mm512_castsi512_ps(_mm512_or_si512(sign, _mm512_castps_si512(broadcast(0.5F))));
+    }
+    /// Holds x to -1.0 .. 1.0. With x as the second operand a NaN stays.
+    static Floats clamp(Floats x) { return _mm512_min_ps(broadcast(1.0F), _mm512_max_ps(broadcast(-1.0F), x)); }
+    static Floats toFloats(Ints x) { return _mm512_cvtepi32_ps(x); }
+    static Ints truncate(Floats x) { return _mm512_cvttps_epi32(x); }
+    /// The instruction packs each 16-byte quarter by itself; the permutation puts their halves into order.
+    static Ints packShorts(Ints low, Ints high) {
+        return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), _mm512_packs_epi32(low, high));
+    }
+
+    static void store(void* dst, Ints x) { _mm512_storeu_si512(dst, x); }
+    static void store(void* dst, Floats x) { store(dst, _mm512_castps_si512(x)); }
+    static void store(void* dst, Doubles x) { store(dst, _mm512_castpd_si512(x)); }
+    static void stream(void* dst, Ints x) { _mm512_stream_si512(static_cast<Ints*>(dst), x); }
+    static void stream(void* dst, Floats x) { stream(dst, _mm512_castps_si512(x)); }
+    static void stream(void* dst, Doubles x) { stream(dst, _mm512_castpd_si512(x)); }
+    static void fence() { _mm_sfence(); }
+
+    static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allZero(difference(a, b)); }
+    static bool sameBytes4(unsigned char const* a, unsigned char const* b) {
+        Ints const low = _mm512_or_si512(difference(a, b), difference(a + WIDTH, b + WIDTH));
+        Ints const high =
+            _mm512_or_si512(difference(a + 2 * WIDTH, b + 2 * WIDTH), difference(a + 3 * WIDTH, b + 3 * WIDTH));
+        return allZero(_mm512_or_si512(low, high));
+    }
+
+private:
+    static __m128i load16Bytes(void const* src) { return _mm_loadu_si128(static_cast<__m128i const*>(src)); }
+    static __m256i load32Bytes(void const* src) { return _mm256_loadu_si256(static_cast<__m256i const*>(src)); }
+    static Ints difference(unsigned char const* a, unsigned char const* b) {
+        return _mm512_xor_si512(loadInts(a), loadInts(b));
+    }
+    static bool allZero(Ints x) { return _mm512_test_epi32_mask(x, x) == 0; }
+};
+
+}  // namespace
+
+Kernels const AVX512_KERNELS = makeKernels<Avx512>();
+
+}  // namespace IPP::Detail

@@ -1,0 +1,241 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "CvBase/IPP/Elements.h"
+#include "CvBase/IPP/Kernels.h"
+
+/// The loops of the vector paths, written once over the operations that an instruction set (`Isa`) offers:
+///
+/// - `WIDTH`, the bytes of a vector, and `LANES`, the floats in it;
+/// - loads that need no alignment: `loadFloats`, `loadInts`, and those that widen to a whole vector of ints
+/// (`widenBytes`,
+///   `widenShorts`) or of doubles (`widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats`), and `narrowDoubles`,
+///   which makes a vector of floats from two of doubles;
+/// - arithmetic: `broadcast`, `multiply`, `add`, `halfLike`, `clamp`, `toFloats`, `truncate`, `packShorts`;
+/// - `store` (no alignment needed), `stream` (aligned, past the caches), `fence` after streaming;
+/// - `sameBytes` and `sameBytes4`: whether one or four vectors of memory agree.
+///
+/// As in Elements.h, everything has internal linkage.
+namespace IPP::Detail {
+namespace {
+
+/// The unit in which memory and caches exchange bytes.
+constexpr std::size_t LINE = 64;
+
+/// A call that reads and writes this many bytes leaves nothing in the caches that its caller can still use, so its
+/// stores go past them: that saves reading the destination's lines first.
+constexpr std::size_t STREAMING_BYTES = std::size_t{32} << 20;
+
+/// From this many bytes of destination on, reaching an aligned address element by element pays.
+constexpr std::size_t ALIGNING_BYTES = 2048;
+
+/// Makes one vector of results from as many elements as it takes.
+template <typename Isa, typename Operation>
+struct Block;
+
+template <typename Isa>
+struct Block<Isa, ByteToFloat> {
+    explicit Block(ByteToFloat) {}
+    auto operator()(unsigned char const* src) const { return Isa::toFloats(Isa::widenBytes(src)); }
+};
+
+template <typename Isa>
+struct Block<Isa, Scale<short, float>> {
+    explicit Block(Scale<short, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(short const* src) const { return Isa::multiply(Isa::toFloats(Isa::widenShorts(src)), multiplier); }
+    typename Isa::Floats multiplier;
+};
+
+template <typename Isa>
+struct Block<Isa, Scale<short, double>> {
+    explicit Block(Scale<short, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(short const* src) const { return Isa::multiply(Isa::widenShortsToDoubles(src), multiplier); }
+    typename Isa::Doubles multiplier;
+};
+
+template <typename Isa>
+struct Block<Isa, Scale<int, float>> {
+    explicit Block(Scale<int, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(int const* src) const { return Isa::multiply(Isa::toFloats(Isa::loadInts(src)), multiplier); }
+    typename Isa::Floats multiplier;
+};
+
+template <typename Isa>
+struct Block<Isa, Scale<int, double>> {
+    explicit Block(Scale<int, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(int const* src) const { return Isa::multiply(Isa::widenIntsToDoubles(src), multiplier); }
+    typename Isa::Doubles multiplier;
+};
+
+template <typename Isa>
+struct Block<Isa, FloatToDouble> {
+    explicit Block(FloatToDouble) {}
+    auto operator()(float const* src) const { return Isa::widenFloats(src); }
+};
+
+template <typename Isa>
+struct Block<Isa, DoubleToFloat> {
+    explicit Block(DoubleToFloat) {}
+    auto operator()(double const* src) const { return Isa::narrowDoubles(src); }
+};
+
+template <typename Isa, bool rounded>
+struct Block<Isa, FloatToShort<rounded>> {
+    explicit Block(FloatToShort<rounded> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(float const* src) const { return Isa::packShorts(scaled(src), scaled(src + Isa::LANES)); }
+    typename Isa::Ints scaled(float const* src) const {
+        typename Isa::Floats const x = Isa::loadFloats(src);
+        typename Isa::Floats const product = Isa::multiply(x, multiplier);
+        return Isa::truncate(rounded ? Isa::add(product, Isa::halfLike(x)) : product);
+    }
+    typename Isa::Floats multiplier;
+};
+
+template <typename Isa, bool rounded, bool clamped>
+struct Block<Isa, FloatToInt<rounded, clamped>> {
+    explicit Block(FloatToInt<rounded, clamped> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(float const* src) const {
+        typename Isa::Floats const x = Isa::loadFloats(src);
+        typename Isa::Floats const product = Isa::multiply(clamped ? Isa::clamp(x) : x, multiplier);
+        return Isa::truncate(rounded ? Isa::add(product, Isa::halfLike(product)) : product);
+    }
+    typename Isa::Floats multiplier;
+};
+
+/// The bytes from `address` to the next multiple of `alignment`.
+inline std::size_t bytesToAlignment(void const* address, std::size_t alignment) {
+    return (std::size_t{0} - reinterpret_cast<std::uintptr_t>(address)) & (alignment - 1);
+}
+
+template <typename Isa, typename Operation>
+void convertAll(Operation const& operation, std::size_t n, typename Operation::Source const* src,
+                typename Operation::Result* dst) {
+    using Result = typename Operation::Result;
+    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(Result);
+    constexpr std::size_t COUNT_IN_LINE = LINE / sizeof(Result);
+    Block<Isa, Operation> const block(operation);
+    std::size_t done = 0;
+
+    std::size_t const misalignment = bytesToAlignment(dst, LINE);
+    if (n >= ALIGNING_BYTES / sizeof(Result) && misalignment % sizeof(Result) == 0) {
+        done = misalignment / sizeof(Result);
+        convertEach(operation, done, src, dst);
+        if (n >= STREAMING_BYTES / (sizeof(typename Operation::Source) + sizeof(Result))) {
+            for (; n - done >= COUNT_IN_LINE; done += COUNT_IN_LINE) {
+                for (std::size_t i = 0; i < COUNT_IN_LINE; i += COUNT) {
+                    Isa::stream(dst + done + i, block(src + done + i));
+                }
+            }
+            Isa::fence();
+        }
+    }
+    for (; n - done >= 4 * COUNT; done += 4 * COUNT) {
+        auto const first = block(src + done);
+        auto const second = block(src + done + COUNT);
+        auto const third = block(src + done + 2 * COUNT);
+        auto const fourth = block(src + done + 3 * COUNT);
+        Isa::store(dst + done, first);
+        Isa::store(dst + done + COUNT, second);
+        Isa::store(dst + done + 2 * COUNT, third);
+        Isa::store(dst + done + 3 * COUNT, fourth);
+    }
+    for (; n - done >= COUNT; done += COUNT) {
+        Isa::store(dst + done, block(src + done));
+    }
+    convertEach(operation, n - done, src + done, dst + done);
+}
+
+template <typename Isa, typename Operation>
+void convert(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst) {
+    convertAll<Isa>(Operation{}, n, src, dst);
+}
+
+template <typename Isa, typename Operation, typename Multiplier>
+void convertScaled(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst,
+                   Multiplier multiplier) {
+    convertAll<Isa>(Operation{multiplier}, n, src, dst);
+}
+
+/// The pattern as it continues `offset` bytes further on, on a little-endian processor.
+inline std::uint64_t continued(std::uint64_t pattern, std::size_t offset) {
+    unsigned int const bits = offset % sizeof pattern * 8;
+    return bits == 0 ? pattern : pattern >> bits | pattern << (64 - bits);
+}
+
+template <typename Isa>
+void fill(std::size_t size, void* dst, std::uint64_t pattern) {
+    auto* const bytes = static_cast<unsigned char*>(dst);
+    if (size < Isa::WIDTH) {
+        fillEach(size, bytes, pattern);
+        return;
+    }
+    // The first and the last vector need no alignment and overlap the aligned ones between them.
+    auto const start = Isa::broadcast(pattern);
+    Isa::store(bytes, start);
+    std::size_t done = bytesToAlignment(bytes, Isa::WIDTH);
+    auto const middle = Isa::broadcast(continued(pattern, done));
+    if (size >= STREAMING_BYTES) {
+        for (; size - done >= 4 * Isa::WIDTH; done += 4 * Isa::WIDTH) {
+            Isa::stream(bytes + done, middle);
+            Isa::stream(bytes + done + Isa::WIDTH, middle);
+            Isa::stream(bytes + done + 2 * Isa::WIDTH, middle);
+            Isa::stream(bytes + done + 3 * Isa::WIDTH, middle);
+        }
+        Isa::fence();
+    }
+    for (; size - done >= 4 * Isa::WIDTH; done += 4 * Isa::WIDTH) {
+        Isa::store(bytes + done, middle);
+        Isa::store(bytes + done + Isa::WIDTH, middle);
+        Isa::store(bytes + done + 2 * Isa::WIDTH, middle);
+        Isa::store(bytes + done + 3 * Isa::WIDTH, middle);
+    }
+    for (; size - done >= Isa::WIDTH; done += Isa::WIDTH) {
+        Isa::store(bytes + done, middle);
+    }
+    Isa::store(bytes + size - Isa::WIDTH, Isa::broadcast(continued(pattern, size - Isa::WIDTH)));
+}
+
+template <typename Isa>
+bool equal(std::size_t size, unsigned char const* a, unsigned char const* b) {
+    if (size < Isa::WIDTH) {
+        return equalEach(size, a, b);
+    }
+    std::size_t done = 0;
+    for (; size - done >= 4 * Isa::WIDTH; done += 4 * Isa::WIDTH) {
+        if (!Isa::sameBytes4(a + done, b + done)) {
+            return false;
+        }
+    }
+    for (; size - done >= Isa::WIDTH; done += Isa::WIDTH) {
+        if (!Isa::sameBytes(a + done, b + done)) {
+            return false;
+        }
+    }
+    return Isa::sameBytes(a + size - Isa::WIDTH, b + size - Isa::WIDTH);
+}
+
+template <typename Isa>
+constexpr Kernels makeKernels() {
+    return {
+        convert<Isa, ByteToFloat>,
+        convertScaled<Isa, Scale<short, float>, float>,
+        convertScaled<Isa, Scale<short, double>, double>,
+        convertScaled<Isa, Scale<int, float>, float>,
+        convertScaled<Isa, Scale<int, double>, double>,
+        convert<Isa, FloatToDouble>,
+        convert<Isa, DoubleToFloat>,
+        convertScaled<Isa, FloatToShort<false>, float>,
+        convertScaled<Isa, FloatToShort<true>, float>,
+        convertScaled<Isa, FloatToInt<false, false>, float>,
+        convertScaled<Isa, FloatToInt<true, false>, float>,
+        convertScaled<Isa, FloatToInt<false, true>, float>,
+        convertScaled<Isa, FloatToInt<true, true>, float>,
+        fill<Isa>,
+        equal<Isa>,
+    };
+}
+
+}  // namespace
+}  // namespace IPP::Detail
