@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <utility>
 
 #include "CvBase/Atomic/AtomicOperations.h"
@@ -94,12 +95,10 @@ public:
 private:
     /// A new count of 1; deletes `object` when memory runs out.
     static unsigned int volatile* newCount(T* object) {
-        try {
-            return new unsigned int volatile(1);
-        } catch (...) {
-            checked_delete(object);
-            throw;
-        }
+        std::unique_ptr<T> guard(object);
+        unsigned int volatile* const count = new unsigned int volatile(1);
+        static_cast<void>(guard.release());
+        return count;
     }
 
     T* pointer_;
@@ -163,12 +162,10 @@ public:
 private:
     /// A new count of 1; deletes `array` when memory runs out.
     static unsigned int volatile* newCount(T* array) {
-        try {
-            return new unsigned int volatile(1);
-        } catch (...) {
-            delete[] array;
-            throw;
-        }
+        std::unique_ptr<T[]> guard(array);
+        unsigned int volatile* const count = new unsigned int volatile(1);
+        static_cast<void>(guard.release());
+        return count;
     }
 
     T* pointer_;
