@@ -1,0 +1,23 @@
+#include "CvBase/common/common_string_decimal_point.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <array>
+
+char g_chDecimalPoint = '.';
+
+namespace {
+
+char readDecimalPoint() {
+    std::array<char, 50> separator{};
+    const CFLocaleRef locale = CFLocaleCopyCurrent();
+    const CFTypeRef value = CFLocaleGetValue(locale, kCFLocaleDecimalSeparator);
+    const bool isAscii = value != nullptr && CFStringGetCString(static_cast<CFStringRef>(value), separator.data(),
+                                                                CFIndex{separator.size()}, kCFStringEncodingASCII);
+    CFRelease(locale);
+    return isAscii && separator[0] != '\0' ? separator[0] : '.';
+}
+
+[[maybe_unused]] const bool g_decimalPointIsRead = (g_chDecimalPoint = readDecimalPoint(), true);
+
+}  // namespace
