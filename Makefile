@@ -4,7 +4,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test bench clean install-deps
+.PHONY: all build run test bench docs clean install-deps
 
 all: build
 
@@ -21,6 +21,12 @@ run: build
 
 test: build
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
+
+docs:
+	@tools/install-deps docs
+	@mkdir -p build
+	@doxygen docs/Doxyfile
+	@echo build/docs/html/index.html
 
 clean:
 	rm -rf build
