@@ -1,5 +1,7 @@
 #include <Carbon/Files.h>
 #include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -60,6 +62,31 @@ std::string attribute(const std::string& path) {
 void setAttribute(const std::string& path, const std::string& hex) {
     const auto result = test::run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "0x" + hex, path});
     ASSERT_EQ(result.exitStatus, 0) << result.err;
+}
+
+/// Whether `work` answers true in a child process, which may change what holds for the whole process.
+template <typename Work>
+bool inChild(Work work) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(work() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool becomeNobody() {
+    return geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
+}
+
+/// Makes a folder a read-only volume, for this process alone.
+bool makeReadOnly(const std::string& folder) {
+    const char* path = folder.c_str();
+    return unshare(geteuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) == 0 &&
+           mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount(path, path, nullptr, MS_BIND, nullptr) == 0 &&
+           mount(nullptr, path, nullptr, MS_BIND | MS_REMOUNT | MS_RDONLY | MS_NOSUID | MS_NODEV, nullptr) == 0;
 }
 
 const std::string EXTENDED = "101112131415161718191a1b1c1d1e1f";
@@ -232,24 +259,29 @@ TEST(FinderInfo, NeedsTheRightAccess) {
     test::writeFile(file, "x");
     chmod(folder.path().c_str(), 0755);
     const FSRef ref = refTo(file);
-    // In a process of its own, without the administrator's rights.
-    const auto asNobody = [&](mode_t mode, auto work) {
+    const auto refusesNobody = [&](mode_t mode, auto work) {
         chmod(file.c_str(), mode);
-        const pid_t child = fork();
-        if (child == 0) {
-            const bool ready = geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
-            const OSErr error = work();
-            _exit(ready && error == afpAccessDenied ? 0 : 1);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return inChild([&] { return becomeNobody() && work() == afpAccessDenied; });
     };
     FSCatalogInfo info{};
-    EXPECT_TRUE(asNobody(0444, [&] { return setInfo(ref, info); }));
-    EXPECT_TRUE(asNobody(0, [&] { return getInfo(ref, info); }));
+    EXPECT_TRUE(refusesNobody(0444, [&] { return setInfo(ref, info); }));
+    EXPECT_TRUE(refusesNobody(0, [&] { return getInfo(ref, info); }));
     EXPECT_EQ(attribute(file), "");
-    EXPECT_EQ(setInfo(refTo("/proc/version"), info), errFSUnknownCall);
+    EXPECT_EQ(setInfo(refTo("/proc/self/comm"), info), errFSUnknownCall);
+}
+
+TEST(FinderInfo, StaysOnAReadOnlyVolume) {
+    const test::TempDir folder;
+    test::writeFile(folder / "file", "x");
+    test::writeFile(folder / "other", "y");
+    EXPECT_TRUE(inChild([&] {
+        FSCatalogInfo info{};
+        const bool ready = makeReadOnly(folder.path());
+        const FSRef ref = refTo(folder / "file"), other = refTo(folder / "other");
+        return ready && getInfo(ref, info) == noErr && setInfo(ref, info) == wPrErr &&
+               FSExchangeObjects(&ref, &other) == wPrErr;
+    }));
+    EXPECT_EQ(test::readFile(folder / "file"), "x");
 }
 
 TEST(FinderInfo, NeverGoesToAnotherObjectOfTheSamePath) {
