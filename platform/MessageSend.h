@@ -31,11 +31,12 @@ Result send(id receiver, const char* selector, Args... args) {
         return Result();
     }
     using Method = Result (*)(id, SEL, Args...);
+    using AnyFunction = void (*)();  // what compilers let every function type be cast to and from
     const SEL name = sel_registerName(selector);
 #ifdef __GNU_LIBOBJC__
-    const auto method = reinterpret_cast<Method>(objc_msg_lookup(receiver, name));
+    const auto method = reinterpret_cast<Method>(reinterpret_cast<AnyFunction>(objc_msg_lookup(receiver, name)));
 #else
-    const auto method = reinterpret_cast<Method>(objc_msgSend);
+    const auto method = reinterpret_cast<Method>(reinterpret_cast<AnyFunction>(objc_msgSend));
 #endif
     return method(receiver, name, args...);
 }

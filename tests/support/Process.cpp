@@ -57,11 +57,11 @@ struct Pipe {
 };
 
 [[noreturn]] void runChild(const std::vector<std::string>& command, const ProcessOptions& options) {
-    for (const auto& [name, value] : options.set) {
-        setenv(name.c_str(), value.c_str(), 1);
-    }
     for (const std::string& name : options.unset) {
         unsetenv(name.c_str());
+    }
+    for (const auto& [name, value] : options.set) {
+        setenv(name.c_str(), value.c_str(), 1);
     }
     const bool ready = (options.workingFolder.empty() || chdir(options.workingFolder.c_str()) == 0) &&
                        (options.user == 0 || (setgid(options.user) == 0 && setuid(options.user) == 0));

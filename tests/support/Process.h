@@ -17,7 +17,7 @@ struct ProcessResult {
 struct ProcessOptions {
     std::string in;                                           ///< what it reads from standard input
     std::string workingFolder;                                ///< empty: this process's
-    std::vector<std::pair<std::string, std::string>> set;     ///< environment variables to set
+    std::vector<std::pair<std::string, std::string>> set;     ///< environment variables to set, after removing
     std::vector<std::string> unset;                           ///< environment variables to remove
     unsigned user = 0;                                        ///< the user id to run as, when not 0
 };

@@ -1,0 +1,92 @@
+#include <Carbon/Files.h>
+#include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/CFSupport.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+using test::Owned;
+
+Owned<CFURLRef> fromBytes(const std::string& path, bool isDirectory = false) {
+    return Owned<CFURLRef>(CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault,
+                                                                   reinterpret_cast<const UInt8*>(path.data()),
+                                                                   static_cast<CFIndex>(path.size()), isDirectory));
+}
+
+Owned<CFURLRef> fromString(CFStringRef path, bool isDirectory = false) {
+    return Owned<CFURLRef>(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, isDirectory));
+}
+
+std::optional<std::string> pathOf(const Owned<CFURLRef>& url, CFIndex size = 5000) {
+    std::vector<UInt8> buffer(static_cast<std::size_t>(size));
+    if (!CFURLGetFileSystemRepresentation(url.get(), true, buffer.data(), size)) {
+        return std::nullopt;
+    }
+    return reinterpret_cast<const char*>(buffer.data());
+}
+
+TEST(CFURL, GivesBackThePath) {
+    for (const bool isDirectory : {false, true}) {
+        for (const char* path : {"/", "/Applications/Corvane", "/Applications/Corvane/Icon\r",
+                                 "/a b/%41/#?;=&+@:!$'()*,[]", "/caf\xC3\xA9", "/\xFF\xFE no text", "/a/../b/./c",
+                                 "//double//slash", "/back\\slash", "/\x01\x7F\t\n\"<>|^`{}~"}) {
+            const auto url = fromBytes(path, isDirectory);
+            ASSERT_TRUE(url) << path;
+            EXPECT_EQ(pathOf(url), path);
+        }
+    }
+    EXPECT_EQ(pathOf(fromString(CFSTR("/caf\xC3\xA9/\xE2\x82\xAC"))), "/caf\xC3\xA9/\xE2\x82\xAC");
+    const std::string deep = "/" + std::string(4000, 'd');
+    EXPECT_EQ(pathOf(fromBytes(deep)), deep);
+}
+
+TEST(CFURL, DropsTrailingSlashesOnly) {
+    EXPECT_EQ(pathOf(fromBytes("/tmp/", true)), "/tmp");
+    EXPECT_EQ(pathOf(fromBytes("/tmp//", false)), "/tmp");
+    EXPECT_EQ(pathOf(fromBytes("///", true)), "/");
+}
+
+TEST(CFURL, ARelativePathIsTheWorkingFolders) {
+    char folder[4096];
+    ASSERT_NE(getcwd(folder, sizeof folder), nullptr);
+    EXPECT_EQ(pathOf(fromBytes("some/file")), std::string(folder) + "/some/file");
+}
+
+TEST(CFURL, RefusesWhatIsNoPath) {
+    EXPECT_FALSE(fromBytes(""));
+    EXPECT_FALSE(fromBytes(std::string("/a\0b", 4)));
+    EXPECT_FALSE(fromString(nullptr));
+    EXPECT_FALSE(fromString(CFSTR("")));
+    EXPECT_FALSE(fromString(test::makeString({u"/a\xD800", 3}).get()));
+    EXPECT_EQ(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, CFSTR("a:b"), 1, false), nullptr);
+}
+
+TEST(CFURL, NeedsRoomForThePathAndItsEnd) {
+    EXPECT_EQ(pathOf(fromBytes("/abc", true), 5), "/abc");
+    EXPECT_EQ(pathOf(fromBytes("/abc", true), 4), std::nullopt);
+    EXPECT_EQ(pathOf(fromBytes("/abc", true), 0), std::nullopt);
+}
+
+TEST(CFURL, FindsFilesAndFoldersHoweverItIsWritten) {
+    const test::TempDir folder;
+    test::writeFile(folder / "Icon\r", "icon");
+    ASSERT_EQ(symlink("Icon\r", (folder / "link").c_str()), 0);
+    ASSERT_EQ(symlink("nowhere", (folder / "dangling").c_str()), 0);
+    for (const bool isDirectory : {false, true}) {
+        FSRef ref;
+        EXPECT_TRUE(CFURLGetFSRef(fromBytes(folder / "Icon\r", isDirectory).get(), &ref));
+        EXPECT_TRUE(CFURLGetFSRef(fromBytes(folder / "link", isDirectory).get(), &ref));
+        EXPECT_TRUE(CFURLGetFSRef(fromBytes(folder.path(), isDirectory).get(), &ref));
+        EXPECT_FALSE(CFURLGetFSRef(fromBytes(folder / "dangling", isDirectory).get(), &ref));
+        EXPECT_FALSE(CFURLGetFSRef(fromBytes(folder / "missing", isDirectory).get(), &ref));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,65 @@
+#include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "tests/support/CFSupport.h"
+
+namespace {
+
+using test::Owned;
+
+constexpr CFUUIDBytes BYTES = {0x5C, 0xD9, 0x48, 0x4B, 0x4A, 0x86, 0x11, 0xEF,
+                               0x80, 0x00, 0xAB, 0xCD, 0xEF, 0x01, 0x23, 0x45};
+constexpr char TEXT[] = "5CD9484B-4A86-11EF-8000-ABCDEF012345";
+
+CFUUIDRef constantUUID(UInt8 last) {
+    return CFUUIDGetConstantUUIDWithBytes(kCFAllocatorDefault, 0x5C, 0xD9, 0x48, 0x4B, 0x4A, 0x86, 0x11, 0xEF, 0x80,
+                                          0x00, 0xAB, 0xCD, 0xEF, 0x01, 0x23, last);
+}
+
+Owned<CFUUIDRef> fromText(const char* text) {
+    const Owned<CFStringRef> string(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8));
+    return Owned<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, string.get()));
+}
+
+TEST(CFUUID, BytesAndTextAreTheSameIdentifier) {
+    const Owned<CFUUIDRef> fromBytes(CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, BYTES));
+    const Owned<CFStringRef> text(CFUUIDCreateString(kCFAllocatorDefault, fromBytes.get()));
+    EXPECT_EQ(test::text(text.get()), TEXT);
+    for (const char* spelling : {TEXT, "5cd9484b-4a86-11ef-8000-abcdef012345"}) {
+        const auto uuid = fromText(spelling);
+        ASSERT_TRUE(uuid) << spelling;
+        EXPECT_TRUE(CFEqual(uuid.get(), fromBytes.get()));
+        const CFUUIDBytes bytes = CFUUIDGetUUIDBytes(uuid.get());
+        EXPECT_EQ(std::memcmp(&bytes, &BYTES, sizeof bytes), 0);
+    }
+}
+
+TEST(CFUUID, RefusesEveryOtherText) {
+    for (const char* text :
+         {"", "5CD9484B", "5CD9484B-4A86-11EF-8000-ABCDEF01234", "5CD9484B-4A86-11EF-8000-ABCDEF0123456",
+          "5CD9484B-4A86-11EF-8000-ABCDEF01234G", "5CD9484B+4A86-11EF-8000-ABCDEF012345",
+          "5CD9484B4-A86-11EF-8000-ABCDEF012345", "{5CD9484B-4A86-11EF-8000-ABCDEF01234}",
+          "5CD9484B-4A86-11EF-8000- BCDEF012345", "5CD9484B-4A86-11EF-8000-0xCDEF012345"}) {
+        EXPECT_FALSE(fromText(text)) << text;
+    }
+    EXPECT_EQ(CFUUIDCreateFromString(kCFAllocatorDefault, nullptr), nullptr);
+}
+
+TEST(CFUUID, ConstantsAreOneObjectAndOutliveEveryRelease) {
+    const CFUUIDRef constant = constantUUID(0x45);
+    EXPECT_EQ(constantUUID(0x45), constant);
+    EXPECT_NE(constantUUID(0x46), constant);
+    for (int i = 0; i < 5; ++i) {
+        CFRelease(constant);
+    }
+    const Owned<CFUUIDRef> made(CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, BYTES));
+    EXPECT_TRUE(CFEqual(constant, made.get()));
+    EXPECT_TRUE(CFEqual(made.get(), constant));
+    EXPECT_FALSE(CFEqual(constantUUID(0x46), made.get()));
+    EXPECT_EQ(CFGetTypeID(constant), CFUUIDGetTypeID());
+    EXPECT_EQ(CFGetTypeID(made.get()), CFUUIDGetTypeID());
+}
+
+}  // namespace
