@@ -9,20 +9,20 @@
 #include <optional>
 #include <vector>
 
-namespace port {
+namespace cv {
 struct AppleEventParameter;
 }
 
 /// Bytes, for a simple descriptor; parameters by keyword, for an event or an object specifier.
 struct OpaqueAEDataStorage {
     std::vector<UInt8> bytes;
-    std::vector<port::AppleEventParameter> parameters;
+    std::vector<cv::AppleEventParameter> parameters;
     AEEventClass eventClass = 0;
     AEEventID eventID = 0;
-    std::vector<port::AppleEventParameter> target;  // one, in an event
+    std::vector<cv::AppleEventParameter> target;  // one, in an event
 };
 
-namespace port {
+namespace cv {
 
 struct AppleEventParameter {
     AEKeyword keyword;
@@ -48,4 +48,4 @@ inline const AppleEventParameter* findParameter(const OpaqueAEDataStorage& recor
     return found == record.parameters.end() ? nullptr : &*found;
 }
 
-}  // namespace port
+}  // namespace cv

@@ -8,7 +8,7 @@
 
 namespace {
 
-using port::AppleEventParameter;
+using cv::AppleEventParameter;
 using Storage = OpaqueAEDataStorage;
 
 constexpr OSType FINDER_SIGNATURE = CV_FOUR_CHAR_CODE('M', 'A', 'C', 'S');
@@ -192,7 +192,7 @@ OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESend
     return guarded([&] {
         // Made beforehand: an item that was moved is never reported as one that was not.
         auto answer = std::make_unique<Storage>(newEvent(kCoreEventClass, kAEAnswer, {typeNull, nullptr}));
-        const OSErr error = port::handleFinderEvent(*event->dataHandle, timeout);
+        const OSErr error = cv::handleFinderEvent(*event->dataHandle, timeout);
         if (error == noErr) {
             *reply = {typeAppleEvent, answer.release()};
         }

@@ -11,7 +11,7 @@
 
 static_assert(sizeof(FSRef::path) == PATH_MAX, "a reference has room for every path that realpath gives");
 
-namespace port {
+namespace cv {
 
 OSErr fileError(int errnoValue) {
     switch (errnoValue) {
@@ -104,19 +104,19 @@ OSStatus resolveError(const std::string& path) {
 
 }  // namespace
 
-}  // namespace port
+}  // namespace cv
 
 OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits options, FSRef* ref, Boolean* isDirectory) {
     if (path == nullptr || path[0] != '/' || ref == nullptr ||
         (options & ~UInt32{kFSPathMakeRefDoNotFollowLeafSymlink})) {
         return paramErr;
     }
-    const std::string wanted = port::withoutTrailingSlashes(reinterpret_cast<const char*>(path));
+    const std::string wanted = cv::withoutTrailingSlashes(reinterpret_cast<const char*>(path));
     const bool followLeaf = (options & kFSPathMakeRefDoNotFollowLeafSymlink) == 0;
     FSRef found{};
     struct stat status {};
-    if (!port::resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
-        return port::resolveError(wanted);
+    if (!cv::resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
+        return cv::resolveError(wanted);
     }
     found.device = status.st_dev;
     found.inode = status.st_ino;

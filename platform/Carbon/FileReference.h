@@ -5,7 +5,7 @@
 #include <Carbon/Files.h>
 #include <sys/stat.h>
 
-namespace port {
+namespace cv {
 
 /// The Mac's result code for an `errno` value of a file system call.
 OSErr fileError(int errnoValue);
@@ -32,4 +32,4 @@ private:
     struct stat status_ {};
 };
 
-}  // namespace port
+}  // namespace cv

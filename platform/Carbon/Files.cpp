@@ -49,11 +49,11 @@ void swapFinderInfo(UInt8* bytes, bool isFolder) {
 
 /// A path that leads to the opened object itself: attributes cannot be reached through an O_PATH descriptor, and
 /// opening the object for real would ask for the right to read its contents.
-std::string pathOf(const port::OpenReference& object) {
+std::string pathOf(const cv::OpenReference& object) {
     return "/proc/self/fd/" + std::to_string(object.descriptor());
 }
 
-OSErr readFinderInfo(const port::OpenReference& object, FinderInfo& info) {
+OSErr readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
     const ssize_t size = getxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size());
     if (size == static_cast<ssize_t>(info.size())) {
         return noErr;
@@ -62,11 +62,11 @@ OSErr readFinderInfo(const port::OpenReference& object, FinderInfo& info) {
         return ioErr;
     }
     info.fill(0);
-    return errno == ENODATA || errno == ENOTSUP ? OSErr{noErr} : port::fileError(errno);
+    return errno == ENODATA || errno == ENOTSUP ? OSErr{noErr} : cv::fileError(errno);
 }
 
 /// Checks what reading and storing have in common.
-OSErr checkRequest(const port::OpenReference& object, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
+OSErr checkRequest(const cv::OpenReference& object, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
     if ((whichInfo & ~FSCatalogInfoBitmap{kFSCatInfoFinderInfo}) != 0 || (whichInfo != 0 && catalogInfo == nullptr)) {
         return paramErr;
     }
@@ -80,7 +80,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
     if (name != nullptr || spec != nullptr || parent != nullptr) {
         return paramErr;
     }
-    const port::OpenReference object(ref);
+    const cv::OpenReference object(ref);
     OSErr error = checkRequest(object, whichInfo, catalogInfo);
     if (error != noErr || whichInfo == 0) {
         return error;
@@ -95,7 +95,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
 }
 
 OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
-    const port::OpenReference object(ref);
+    const cv::OpenReference object(ref);
     OSErr error = checkRequest(object, whichInfo, catalogInfo);
     if (error != noErr || whichInfo == 0) {
         return error;
@@ -108,13 +108,13 @@ OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FS
     std::memcpy(info.data(), catalogInfo->finderInfo, sizeof catalogInfo->finderInfo);
     swapFinderInfo(info.data(), object.isFolder());
     const int stored = setxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0);
-    return stored == 0 ? OSErr{noErr} : port::fileError(errno);
+    return stored == 0 ? OSErr{noErr} : cv::fileError(errno);
 }
 
 OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {
-    const port::OpenReference first(a);
-    const port::OpenReference second(b);
-    for (const port::OpenReference* object : {&first, &second}) {
+    const cv::OpenReference first(a);
+    const cv::OpenReference second(b);
+    for (const cv::OpenReference* object : {&first, &second}) {
         if (object->error() != noErr) {
             return object->error();
         }
@@ -129,5 +129,5 @@ OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {
         return noErr;
     }
     // EINVAL is how a file system says that it knows no exchange.
-    return errno == EINVAL ? OSErr{errFSUnknownCall} : port::fileError(errno);
+    return errno == EINVAL ? OSErr{errFSUnknownCall} : cv::fileError(errno);
 }

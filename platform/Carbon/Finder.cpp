@@ -10,7 +10,7 @@
 
 #include "platform/Carbon/FileReference.h"
 
-namespace port {
+namespace cv {
 
 namespace {
 
@@ -118,4 +118,4 @@ OSErr handleFinderEvent(const OpaqueAEDataStorage& event, std::optional<std::chr
     }
 }
 
-}  // namespace port
+}  // namespace cv

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace port {
+namespace cv {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::optional<std::uint64_t> processorRate(const std::string& root) {
     return fromProcessorList(root + "/proc/cpuinfo");
 }
 
-}  // namespace port
+}  // namespace cv

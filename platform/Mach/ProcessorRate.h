@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-namespace port {
+namespace cv {
 
 /// The rate of the first processor in hertz, by what Linux tells below `root` ("" for the machine itself): the rate it
 /// was sold with, else the highest that it reaches, else the one it runs at now. Nothing when Linux tells none of them.
 std::optional<std::uint64_t> processorRate(const std::string& root);
 
-}  // namespace port
+}  // namespace cv

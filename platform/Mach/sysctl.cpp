@@ -38,7 +38,7 @@ int sysctl(const int* mib, unsigned int count, void* oldValue, size_t* oldLength
     if (newValue != nullptr) {
         return fail(EPERM);
     }
-    const auto rate = port::processorRate("");
+    const auto rate = cv::processorRate("");
     if (!rate) {
         return fail(ENOENT);
     }

@@ -33,24 +33,24 @@ TEST(MachTime, CountsNanosecondsOfTheSteadyClock) {
 TEST(ProcessorRate, PrefersTheRateSoldThenTheHighestThenTheCurrent) {
     const test::TempDir root;
     const std::string scaling = root / "sys/devices/system/cpu/cpu0/cpufreq/";
-    EXPECT_EQ(port::processorRate(root.path()), std::nullopt);
+    EXPECT_EQ(cv::processorRate(root.path()), std::nullopt);
 
     test::writeFile(root / "proc/cpuinfo", "processor\t: 0\nmodel name\t: cpu MHz\n");
-    EXPECT_EQ(port::processorRate(root.path()), std::nullopt);
+    EXPECT_EQ(cv::processorRate(root.path()), std::nullopt);
     test::writeFile(root / "proc/cpuinfo",
                     "processor\t: 0\ncpu MHz\t\t: 2445.428\n\nprocessor\t: 1\ncpu MHz\t\t: 9.5\n");
-    EXPECT_EQ(port::processorRate(root.path()), 2'445'428'000u);
+    EXPECT_EQ(cv::processorRate(root.path()), 2'445'428'000u);
     test::writeFile(scaling + "cpuinfo_max_freq", "5700000\n");
-    EXPECT_EQ(port::processorRate(root.path()), 5'700'000'000u);
+    EXPECT_EQ(cv::processorRate(root.path()), 5'700'000'000u);
     test::writeFile(scaling + "base_frequency", "0\n");
-    EXPECT_EQ(port::processorRate(root.path()), 5'700'000'000u);
+    EXPECT_EQ(cv::processorRate(root.path()), 5'700'000'000u);
     test::writeFile(scaling + "base_frequency", "3100000\n");
-    EXPECT_EQ(port::processorRate(root.path()), 3'100'000'000u);
+    EXPECT_EQ(cv::processorRate(root.path()), 3'100'000'000u);
 
     for (const char* nonsense : {"", "fast", "-1", "0.0", "inf", "1e300"}) {
         const test::TempDir other;
         test::writeFile(other / "proc/cpuinfo", std::string("cpu MHz : ") + nonsense + "\n");
-        EXPECT_EQ(port::processorRate(other.path()), std::nullopt) << nonsense;
+        EXPECT_EQ(cv::processorRate(other.path()), std::nullopt) << nonsense;
     }
 }
 
@@ -60,7 +60,7 @@ TEST(Sysctl, KnowsTheProcessorsRateWhereLinuxTellsIt) {
     ASSERT_EQ(sysctlnametomib("hw.cpufrequency", mib.data(), &count), 0);
     EXPECT_EQ(count, 2u);
 
-    const auto expected = port::processorRate("");
+    const auto expected = cv::processorRate("");
     uint64_t value = 0;
     size_t length = sizeof value;
     const int result = sysctl(mib.data(), 2, &value, &length, nullptr, 0);
