@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "CvBase/common/common_string.h"
+
+class FilePath;
+
+/// \file
+/// What a program can ask about the process that it runs in. No function here fails: what the platform does not tell is
+/// the empty text or the value named.
+
+namespace Util {
+
+/// The name of the running program as the Process Manager knows it, at most 255 bytes.
+String GetCurrentProcessName();
+
+/// The name to show to the user: CFBundleDisplayName of the main bundle, else its CFBundleName, else the process name.
+/// A value that is empty, or no text, counts as missing. Needs an autorelease pool of the caller's, as the next one
+/// does.
+String GetCurrentProcessDisplayName();
+
+/// CFBundleVersion of the main bundle; empty when it has none.
+String GetCurrentProcessDisplayVersion();
+
+std::int32_t GetCurrentProcessID();
+
+/// At least 1.
+std::int32_t GetNumLogicalProcessors();
+
+/// Whether a dialog may stop the user's other work: always true on this platform.
+bool IsModalDialogAllowed();
+
+/// The bytes that the heap has given out: always 0, "not known", on this platform.
+std::uint64_t GetTotalHeapAllocatedBytes();
+
+/// A function of a map file, at its address.
+struct MapFileFunctionInfo {
+    String name;
+    unsigned int size = 0;  ///< bytes
+};
+
+/// The place that a return address leads to.
+struct ReturnAddressInfo {
+    String functionName;
+    unsigned int offset = 0;  ///< bytes from the function's start
+};
+
+/// Call stacks and map files are for the platforms that have them. Here there are no frames: `*frameCount` becomes 0;
+/// and the two others are always false and change nothing.
+void GetCallStack(unsigned int maxFrames, unsigned int* frameCount);
+bool ParseMapFile(std::map<unsigned int, MapFileFunctionInfo>& functions, const FilePath& path,
+                  unsigned int baseAddress);
+bool MapFileLookupReturnAddress(ReturnAddressInfo& info, unsigned int address,
+                                const std::map<unsigned int, MapFileFunctionInfo>& functions);
+
+}  // namespace Util

@@ -1,0 +1,96 @@
+#include "CvBase/Util/CFString.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <type_traits>
+
+#include "tests/support/CFSupport.h"
+#include "tests/support/Text.h"
+
+namespace {
+
+using Util::CFString;
+
+static_assert(!std::is_copy_constructible_v<CFString> && !std::is_copy_assignable_v<CFString>);
+static_assert(sizeof(CFString::ReleaseBehavior) == 4);
+
+std::string roundTrip(const char* text) {
+    const CFString string(text, CFString::ReleaseOnDestroy);
+    EXPECT_NE(string.Get(), nullptr);
+    EXPECT_EQ(string.ToString(), String(test::text(string.Get()).c_str()));
+    return string.ToString().CStr();
+}
+
+TEST(UtilCFString, KeepsTextThatIsUTF8) {
+    for (const char* text : {"", "InstalledProducts/Ambrel/CurrentVersion", "caf\xC3\xA9", "\xE2\x82\xAC",
+                             "\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF", "a\xEF\xBB\xBF"}) {
+        EXPECT_EQ(roundTrip(text), text);
+    }
+}
+
+TEST(UtilCFString, HoldsTheEmptyStringForOtherText) {
+    for (const char* text : {"a\xFF", "\xC3", "\xED\xA0\x80", "\xC0\x80", static_cast<const char*>(nullptr)}) {
+        EXPECT_EQ(roundTrip(text), "");
+    }
+    EXPECT_EQ(CFString(String(), CFString::ReleaseOnDestroy).ToString(), "");
+    EXPECT_EQ(CFString(String("a\xFF"), CFString::ReleaseOnDestroy).ToString(), "");
+}
+
+TEST(UtilCFString, SeesTheTextBeforeTheFirstNUL) {
+    EXPECT_EQ(test::units(CFString(test::makeText(std::string_view("a\0b", 3)), CFString::ReleaseOnDestroy).Get()),
+              u"a");
+    const auto withNUL = test::makeString({u"a\0b", 3});
+    EXPECT_EQ(test::bytesOf(CFString(withNUL.get(), CFString::DoNotRelease).ToString()), "a");
+}
+
+TEST(UtilCFString, TextWithoutAUTF8FormIsEmpty) {
+    const auto unpaired = test::makeString({u"a\xD800", 2});
+    EXPECT_EQ(CFString(unpaired.get(), CFString::DoNotRelease).ToString(), "");
+}
+
+TEST(UtilCFString, ConvertsUpToAMillionUnits) {
+    const struct {
+        std::u16string units;
+        std::string expected;
+    } cases[] = {
+        {std::u16string(1'000'000, u'a'), std::string(1'000'000, 'a')},
+        {std::u16string(1'000'001, u'a'), ""},
+        {std::u16string(999'999, u'a') + u'\u20AC', std::string(999'999, 'a') + "\xE2\x82\xAC"},
+    };
+    for (const auto& c : cases) {
+        const auto string = test::makeString(c.units);
+        EXPECT_TRUE(CFString(string.get(), CFString::DoNotRelease).ToString() == c.expected.c_str());
+    }
+}
+
+TEST(UtilCFString, ReleasesOnlyWhatItWasToldTo) {
+    const auto string = test::makeString(u"counted");
+    const CFIndex before = CFGetRetainCount(string.get());
+    for (const int behavior : {1, 2, -1, INT_MIN}) {
+        { const CFString adopted(string.get(), static_cast<CFString::ReleaseBehavior>(behavior)); }
+        EXPECT_EQ(CFGetRetainCount(string.get()), before) << behavior;
+    }
+    CFRetain(string.get());
+    {
+        const CFString adopted(string.get(), CFString::ReleaseOnDestroy);
+        EXPECT_EQ(adopted.Get(), string.get());
+        EXPECT_EQ(CFGetRetainCount(string.get()), before + 1);
+    }
+    EXPECT_EQ(CFGetRetainCount(string.get()), before);
+}
+
+TEST(UtilCFString, StandsAnEmptyStringForANullReference) {
+    EXPECT_EQ(CFString(CFStringRef{}, CFString::ReleaseOnDestroy).ToString(), "");
+    CFStringRef kept = nullptr;
+    {
+        const CFString string(CFStringRef{}, CFString::DoNotRelease);
+        kept = string.Get();
+    }
+    ASSERT_NE(kept, nullptr);
+    EXPECT_EQ(CFStringGetLength(kept), 0);
+    CFRelease(kept);
+}
+
+}  // namespace
