@@ -113,6 +113,14 @@ void exchange(Pipe& in, Pipe& out, Pipe& err, const std::string& input, ProcessR
     }
 }
 
+/// Waits for the end of `child`: its exit status, or 128 + the signal that ended it.
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 }  // namespace
 
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options) {
@@ -135,11 +143,26 @@ ProcessResult run(const std::vector<std::string>& command, const ProcessOptions&
 
     ProcessResult result;
     exchange(in, out, err, options.in, result);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.exitStatus = waitFor(child);
     return result;
+}
+
+bool holdsForOrdinaryUser(const std::function<bool()>& check) {
+    constexpr unsigned NOBODY = 65534;
+    const pid_t child = fork();
+    if (child < 0) {
+        fail("fork");
+    }
+    if (child == 0) {
+        bool holds = false;
+        try {
+            const bool isOrdinary = geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);
+            holds = isOrdinary && check();
+        } catch (...) {  // the caller sees a check that does not hold
+        }
+        _exit(holds ? 0 : 1);
+    }
+    return waitFor(child) == 0;
 }
 
 }  // namespace test
