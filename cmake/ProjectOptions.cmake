@@ -27,6 +27,9 @@ endif()
 # a * b + c keeps its two roundings on every processor: number formatting and the sample conversions promise exact bits.
 add_compile_options(-ffp-contract=off)
 
+# Sizes and positions of files are 64-bit on 32-bit Linux too, as they always are on a Mac.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
 if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${CVBASE_SANITIZERS})

@@ -1,0 +1,160 @@
+// What a file does through the File Manager and the Finder.
+
+#include <Carbon/Carbon.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "CvBase/Util/File.h"
+
+namespace Util {
+
+using Exception::FileIO;
+
+namespace {
+
+constexpr OSType FINDER_SIGNATURE = 0x4D414353;  // 'MACS'
+
+/// A descriptor of an Apple event or of a part of one, null until it is made.
+class Descriptor {
+public:
+    Descriptor() = default;
+    ~Descriptor() { AEDisposeDesc(&desc_); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    AEDesc* get() { return &desc_; }
+
+    /// Makes it hold `value`.
+    OSErr set(DescType type, OSType value) { return AECreateDesc(type, &value, sizeof value, &desc_); }
+
+private:
+    AEDesc desc_ = {typeNull, nullptr};
+};
+
+bool makeReference(const String& path, OptionBits options, FSRef& ref) {
+    const UInt8* text = reinterpret_cast<const UInt8*>(path.CStr());
+    return FSPathMakeRefWithOptions(text, options, &ref, nullptr) == noErr;
+}
+
+/// Sends the Finder the event that moves `item` to the Trash; false when that failed.
+bool sendToTrash(const FSRef& item) {
+    Descriptor finder, event, container, property, trash, reply;
+    return finder.set(typeApplSignature, FINDER_SIGNATURE) == noErr &&
+           AECreateAppleEvent(kAECoreSuite, kAEMove, finder.get(), kAutoGenerateReturnID, kAnyTransactionID,
+                              event.get()) == noErr &&
+           AEPutParamPtr(event.get(), keyDirectObject, typeFSRef, &item, sizeof item) == noErr &&
+           property.set(typeType, kTrashFolderType) == noErr &&
+           CreateObjSpecifier(cObject, container.get(), formPropertyID, property.get(), false, trash.get()) == noErr &&
+           AEPutParamDesc(event.get(), keyAEInsertHere, trash.get()) == noErr &&
+           AESend(event.get(), reply.get(), kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr) ==
+               noErr;
+}
+
+/// Exchanges the contents of two files in place. False, with nothing moved, when they are no two regular files or their
+/// volume cannot do it.
+bool exchange(const String& a, const String& b) {
+    FSRef first, second;
+    return makeReference(a, kFSPathMakeRefDefaultOptions, first) &&
+           makeReference(b, kFSPathMakeRefDefaultOptions, second) && FSExchangeObjects(&first, &second) == noErr;
+}
+
+bool isOneObject(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// Whether two paths are one name in one folder, however the folder is written.
+bool isOneName(const String& a, const String& b) {
+    const FilePath pathA(a, false);
+    const FilePath pathB(b, false);
+    struct stat folderA {
+    }, folderB{};
+    return pathA.GetFilename() == pathB.GetFilename() && stat(pathA.GetFolder().ToString().CStr(), &folderA) == 0 &&
+           stat(pathB.GetFolder().ToString().CStr(), &folderB) == 0 && isOneObject(folderA, folderB);
+}
+
+/// How `from` and `to` relate where both lead to one object.
+enum class Names {
+    OF_TWO_OBJECTS,  ///< they do not
+    SAME,            ///< one entry of one folder
+    REDUNDANT,       ///< `to` leads to the object without `from`: `from` is a link to it, or a second name
+    DEPENDENT        ///< `to` is a link to `from`, or `from` written in another case
+};
+
+Names compareNames(const FilePath& from, const FilePath& to) {
+    const String source = from.ToString();
+    const String target = to.ToString();
+    struct stat a {
+    }, b{};
+    if (stat(source.CStr(), &a) != 0 || stat(target.CStr(), &b) != 0 || !isOneObject(a, b)) {
+        return Names::OF_TWO_OBJECTS;
+    }
+    if (isOneName(source, target)) {
+        return Names::SAME;
+    }
+    if (lstat(source.CStr(), &a) != 0 || lstat(target.CStr(), &b) != 0) {
+        return Names::OF_TWO_OBJECTS;
+    }
+    const bool areTwoNames = S_ISREG(a.st_mode) && S_ISREG(b.st_mode) && a.st_nlink > 1;
+    return S_ISLNK(a.st_mode) || areTwoNames ? Names::REDUNDANT : Names::DEPENDENT;
+}
+
+/// Renames as the system does, which replaces a link at `to` itself.
+void renameEntry(const FilePath& from, const FilePath& to) {
+    const String source = from.ToString();
+    const String target = to.ToString();
+    if (std::rename(source.CStr(), target.CStr()) != 0) {
+        const int error = errno;
+        ::Exception::Throw(FileIO("Rename failed", from, FileIO::RenameError, error), "Util/File", __LINE__);
+    }
+}
+
+}  // namespace
+
+std::uint32_t File::GetOSXFileType() const {
+    FSRef ref;
+    FSCatalogInfo info;
+    if (!makeReference(path_.ToString(), kFSPathMakeRefDefaultOptions, ref) ||
+        FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info, nullptr, nullptr, nullptr) != noErr) {
+        return 0;
+    }
+    FileInfo finderInfo;
+    static_assert(sizeof finderInfo == sizeof info.finderInfo);
+    std::memcpy(&finderInfo, info.finderInfo, sizeof finderInfo);
+    return finderInfo.fileType;
+}
+
+void File::Rename(const FilePath& from, const FilePath& to) {
+    switch (compareNames(from, to)) {
+        case Names::SAME:
+            return;
+        case Names::REDUNDANT:
+            File(from).Remove(false);
+            return;
+        case Names::DEPENDENT:
+            renameEntry(from, to);
+            return;
+        case Names::OF_TWO_OBJECTS:
+            break;
+    }
+    // Only after an exchange that took place is the old file what lies at `from`.
+    if (File(to).Exists() && exchange(from.ToString(), to.ToString())) {
+        File(from).Remove(false);
+    } else {
+        renameEntry(from, to);
+    }
+}
+
+void File::Recycle(const String& path) {
+    try {
+        FSRef item;
+        if (makeReference(path, kFSPathMakeRefDoNotFollowLeafSymlink, item)) {
+            sendToTrash(item);
+        }
+    } catch (...) {  // no memory: the item stays where it is
+    }
+}
+
+}  // namespace Util

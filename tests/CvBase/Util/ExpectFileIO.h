@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "CvBase/Util/Exception/FileIO.h"
+
+namespace test {
+
+inline std::string str(const String& text) {
+    return std::string(text.CStr(), text.Length());
+}
+
+/// The FileIO that `action` throws; none, and a failed test, when it throws nothing. Other exceptions pass.
+template <class Action>
+std::optional<Util::Exception::FileIO> thrownBy(const Action& action) {
+    try {
+        action();
+    } catch (const Util::Exception::FileIO& caught) {
+        return caught;
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return std::nullopt;
+}
+
+/// Expects that `action` throws a FileIO with these fields, out of Util/File.
+template <class Action>
+void expectFileFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
+                       int osError, const std::string& path) {
+    SCOPED_TRACE(message);
+    if (const auto caught = thrownBy(action)) {
+        EXPECT_EQ(str(caught->GetMessage()), message);
+        EXPECT_EQ(caught->GetErrorType(), kind);
+        EXPECT_EQ(caught->GetOSError(), osError);
+        EXPECT_EQ(str(caught->GetFile().GetInternal()), path);
+        EXPECT_TRUE(caught->GetFolder().IsEmpty());
+        EXPECT_EQ(str(caught->GetSourceFile()), "Util/File");
+        EXPECT_GT(caught->GetLine(), 0);
+        EXPECT_EQ(caught->GetOSErrorAtThrow(), 0);
+    }
+}
+
+}  // namespace test
