@@ -8,6 +8,7 @@
 #include <CoreFoundation/CFBase.h>
 
 #include <exception>
+#include <vector>
 
 namespace cv {
 
@@ -25,6 +26,15 @@ Reference reference(id object) {
 
 /// The type ID of every object whose class is `type` or below it: the class right under NSObject.
 CFTypeID typeID(Class type);
+
+/// The objects that are left in `enumerator`, to loop over: GCC knows no `for (id item in items)` in Objective-C++.
+inline std::vector<id> each(NSEnumerator* enumerator) {
+    std::vector<id> items;
+    while (const id item = [enumerator nextObject]) {
+        items.push_back(item);
+    }
+    return items;
+}
 
 /// Ends the process with a message on standard error, where a Mac would end it too.
 [[noreturn]] void fail(const char* function, const char* reason);
