@@ -1,0 +1,92 @@
+// The user's decimal separator is read once, at the start of the process: each case is a process of its own.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+using Environment = std::vector<std::pair<std::string, std::string>>;
+
+std::string probe(Environment environment, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), NUMBER_PROBE);
+    test::ProcessOptions options;
+    options.set = std::move(environment);
+    for (char const* variable : {"LC_ALL", "LC_NUMERIC", "LANG", "LANGUAGE"}) {
+        bool isSet = false;
+        for (const auto& [name, value] : options.set) {
+            isSet = isSet || name == variable;
+        }
+        if (!isSet) {
+            options.unset.emplace_back(variable);
+        }
+    }
+    const test::ProcessResult result = test::run(arguments, options);
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    return result.out;
+}
+
+TEST(DecimalSeparator, IsTheUsers) {
+    // clang-format off
+    const struct { Environment environment; char const* number; } rows[] = {
+        {{}, "1234.50"}, {{{"LC_ALL", "C"}}, "1234.50"}, {{{"LC_ALL", "en_US.UTF-8"}}, "1234.50"},
+        {{{"LC_ALL", "de_DE.UTF-8"}}, "1234,50"}, {{{"LANG", "de_DE"}}, "1234,50"}, {{{"LC_NUMERIC", "fr_FR.UTF-8"}, {"LANG", "C"}}, "1234,50"},
+        {{{"LC_ALL", "C"}, {"LANG", "de_DE.UTF-8"}}, "1234.50"},
+        {{{"LC_ALL", "fa_IR.UTF-8"}}, "1234.50"},  // U+066B, which is not ASCII
+        {{{"LC_ALL", "bogus"}}, "1234.50"},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(probe(row.environment, {}), row.number + std::string("\n"))
+            << testing::PrintToString(row.environment);
+    }
+}
+
+TEST(DecimalSeparator, IsReadBackBesideThePointAndTheComma) {
+    for (char const* locale : {"C", "de_DE.UTF-8"}) {
+        const std::string out =
+            probe({{"LC_ALL", locale}}, {"1.5", "1,5", " 1,5 ", "12", " 12", "1.5.5", "\xE9", "  "});
+        EXPECT_EQ(out.substr(out.find('\n')),
+                  "\n1500 failed\n1500 failed\n1500 failed\n12000 12\n12000 12\nfailed failed\n0 failed\n0 failed\n");
+    }
+}
+
+/// What the probe prints when the C library, too, has a locale whose decimal separator is the character `separator`.
+std::string probeWithSystemSeparator(std::string const& locale, std::string const& separator,
+                                     std::vector<std::string> arguments) {
+    const test::TempDir folder;
+    test::writeFile(folder / "source", "escape_char /\nLC_NUMERIC\ndecimal_point \"" + separator +
+                                           "\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    const test::ProcessResult made =
+        test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / locale});
+    EXPECT_EQ(made.exitStatus, 1) << made.err;  // with warnings: it has this one category
+    arguments.insert(arguments.begin(), "--setlocale");
+    return probe({{"LC_ALL", locale}, {"LOCPATH", folder.path()}}, std::move(arguments));
+}
+
+TEST(SystemSeparator, AsACommaReadsAndWritesAllSeparators) {
+    for (char const* users : {"de_DE.UTF-8", "en_US.UTF-8"}) {
+        const char usersSeparator = users[0] == 'd' ? ',' : '.';
+        EXPECT_EQ(probeWithSystemSeparator(users, "<U002C>",
+                                           {"1.5", "1,5", " 1.5", "12",
+                                            "1\xEF\xBC\x8E"
+                                            "5"}),
+                  std::string("1234") + usersSeparator +
+                      "50\n1500 failed\n1500 failed\n1500 failed\n12000 12\n1500 failed\n");
+    }
+}
+
+TEST(SystemSeparator, AsTwoBytesReadsNoPoint) {
+    // Only the first byte of D9 AB takes the point's place, which leaves no UTF-8: a 0 that succeeds.
+    EXPECT_EQ(probeWithSystemSeparator("ps_AF.UTF-8", "<U066B>", {"1.5", "1,5", "12"}),
+              "1234\xD9\xAB"
+              "50\n0 failed\n0 failed\n12000 12\n");
+}
+
+}  // namespace

@@ -1,0 +1,265 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <string>
+
+#include "CvBase/common/common_string.h"
+#include "tests/support/Text.h"
+
+using namespace std::string_literals;
+using test::makeText;
+
+namespace {
+
+template <typename R>
+using Parser = R (String::*)(bool*, unsigned int) const;
+
+template <typename R>
+struct Row {
+    std::string text;
+    unsigned int base;
+    checked_value<R> value;  // unset: the text is refused
+};
+
+template <typename R>
+void expect(Parser<R> parse, std::initializer_list<Row<R>> rows) {
+    for (const Row<R>& row : rows) {
+        const String text = makeText(row.text);
+        bool ok = !row.value.IsSet();
+        EXPECT_EQ((text.*parse)(&ok, row.base), row.value.Value()) << testing::PrintToString(row.text);
+        EXPECT_EQ(ok, row.value.IsSet()) << testing::PrintToString(row.text) << " in base " << row.base;
+        EXPECT_EQ((text.*parse)(nullptr, row.base), row.value.Value());
+    }
+}
+
+TEST(StringToInt, WhiteSpaceSignsAndRange) {
+    expect<int>(&String::ToInt, {
+                                    {"42", 10, 42},
+                                    {"  42  ", 10, 42},
+                                    {"\t\n42\v\f\r", 10, 42},
+                                    {"\xA0"
+                                     "42\xA0",
+                                     10, 42},
+                                    {"4 2", 10, {}},
+                                    {"+7", 10, 7},
+                                    {"-7", 10, -7},
+                                    {"- 7", 10, {}},
+                                    {"+-7", 10, {}},
+                                    {"--7", 10, {}},
+                                    {"-", 10, {}},
+                                    {"+", 10, {}},
+                                    {"", 10, {}},
+                                    {" ", 10, {}},
+                                    {"7-", 10, {}},
+                                    {"7x", 10, {}},
+                                    {"007", 10, 7},
+                                    {"-0", 10, 0},
+                                    {"00000000000000000000000000000001", 10, 1},
+                                    {"2147483647", 10, INT_MAX},
+                                    {"2147483648", 10, {}},
+                                    {"-2147483648", 10, INT_MIN},
+                                    {"-2147483649", 10, {}},
+                                    {"4294967296", 10, {}},
+                                    {"4294967297", 10, {}},
+                                    {"99999999999999999999", 10, {}},
+                                    {" 4294967297 ", 10, {}},
+                                    {"1,5", 10, {}},
+                                    {"1.", 10, {}},
+                                    {",", 10, {}},
+                                });
+    EXPECT_EQ(String().ToInt(), 0);
+}
+
+TEST(StringToInt, Bases) {
+    expect<int>(&String::ToInt, {
+                                    {"ff", 16, 255},
+                                    {"FF", 16, 255},
+                                    {"fF", 16, 255},
+                                    {"g", 16, {}},
+                                    {"G", 16, {}},
+                                    {"0x1F", 16, {}},
+                                    {"-7fffffff", 16, -INT_MAX},
+                                    {"9", 8, {}},
+                                    {"8", 8, {}},
+                                    {"777", 8, 511},
+                                    {"a", 10, {}},
+                                    {"a", 11, 10},
+                                    {"b", 11, {}},
+                                    {"z", 36, 35},
+                                    {"Zz", 36, 35 * 36 + 35},
+                                    {"2", 2, {}},
+                                    {"-101", 2, -5},
+                                    {"80000000", 16, {}},
+                                    {"-80000000", 16, INT_MIN},
+                                    {"@", 16, {}},
+                                    {"`", 16, {}},
+                                    {"[", 36, {}},
+                                    {"{", 36, {}},
+                                    {"0", 1, 0},
+                                    {"000", 1, 0},
+                                    {"1", 1, {}},
+                                    {"0", 0, {}},
+                                    {"7", 0, {}},
+                                    {"", 0, {}},
+                                    // Beyond 36, the bytes behind the letters go on as digits.
+                                    {"a", 100, 'a' - 55},
+                                    {"~", 1000, '~' - 55},
+                                    {"\x7F", 0xFFFFFFFF, 0x7F - 55},
+                                    {"\xC3\xA9", 255, {}},
+                                    {"10", 70000, 70000},
+                                    {"11", 0x80000000, {}},
+                                });
+    EXPECT_EQ(String("0").ToShort(nullptr, 70000), 0);
+    EXPECT_EQ(String("10").ToUShort(nullptr, 65536), 0);
+}
+
+TEST(StringToInt, OtherWritings) {
+    expect<int>(&String::ToInt,
+                {
+                    {"\xEF\xBC\x91\xEF\xBC\x92", 10, 12},  // full-width 12
+                    {" \xEF\xBC\x90\xEF\xBC\x99 ", 10, 9},
+                    {"\xE2\x88\x92"
+                     "5",
+                     10, -5},
+                    {"\xEF\xBC\x8D\xEF\xBC\x95", 10, -5},  // minus signs
+                    {"\xEF\xBC\xA1", 16, {}},              // a full-width A is no digit
+                    {"1\xE3\x80\x82", 10, {}},
+                    {"1\xEF\xBC\x8E", 10, {}},  // full-width stops are decimal points
+                    {"\xEF\xBC\x8B"
+                     "5",
+                     10,
+                     {}},  // a full-width plus is no sign
+                    {"\xC2\xA0"
+                     "5",
+                     10,
+                     {}},  // C2 is no white space
+                    {"12\xE9", 10, {}},
+                    {"\xE9"
+                     "12",
+                     10,
+                     {}},
+                    {"12\xEF\xBC", 10, {}},
+                    // What is behind a NUL byte is dropped with the commas' replacement, unless a comma brings it back.
+                    {"12\0"s, 10, 12},
+                    {"12\0x"s, 10, 12},
+                    {"12\0,"s, 10, {}},
+                    {"\0"
+                     "12"s,
+                     10,
+                     {}},
+                    {"12\0\xEF\xBC\x91"s, 10, 12},
+                });
+}
+
+TEST(StringToInt, TooLongForConversion) {
+    // Normalising takes bytes beyond ASCII through UTF-16, which accepts 100000 units one way and refuses them back.
+    for (const unsigned int units : {99999U, 100000U, 100001U}) {
+        const String text = makeText(std::string(units - 1, '0') + "\xEF\xBC\x95");
+        bool ok = false;
+        EXPECT_EQ(text.ToInt(&ok), units < 100000 ? 5 : 0);
+        EXPECT_EQ(ok, units < 100000);
+        EXPECT_EQ(text.ToDouble(&ok), units < 100000 ? 5.0 : 0.0);
+        EXPECT_TRUE(ok);
+    }
+}
+
+TEST(StringToInt, OtherTypes) {
+    expect<short>(&String::ToShort, {
+                                        {"32767", 10, 32767},
+                                        {"32768", 10, {}},
+                                        {"40000", 10, {}},
+                                        {"-32768", 10, SHRT_MIN},
+                                        {"-40000", 10, 25536},
+                                        {"-65535", 10, 1},
+                                        {"-65536", 10, {}},
+                                        {"65536", 10, {}},
+                                        {"655360", 10, {}},
+                                        {"-FFFF", 16, 1},
+                                    });
+    expect<unsigned short>(&String::ToUShort, {
+                                                  {"65535", 10, 65535},
+                                                  {"65536", 10, {}},
+                                                  {"+1", 10, 1},
+                                                  {"-1", 10, {}},
+                                                  {"-0", 10, {}},
+                                                  {"131073", 10, {}},
+                                                  {"FFFF", 16, 65535},
+                                              });
+    expect<unsigned int>(&String::ToUInt, {
+                                              {"4294967295", 10, UINT_MAX},
+                                              {"4294967296", 10, {}},
+                                              {"-1", 10, {}},
+                                              {"-0", 10, {}},
+                                              {"+0", 10, 0U},
+                                              {"8589934593", 10, {}},
+                                          });
+    expect<long long>(&String::ToInt64, {
+                                            {"2147483647", 10, INT_MAX},
+                                            {"2147483648", 10, INT_MIN},
+                                            {"3000000000", 10, -1294967296},
+                                            {"4294967295", 10, -1},
+                                            {"4294967296", 10, {}},
+                                            {"5000000000", 10, {}},
+                                            {"-5", 10, {}},
+                                            {"-0", 10, 0},
+                                            {"+5", 10, 5},
+                                            {"18446744073709551616", 10, {}},
+                                        });
+    expect<unsigned long long>(&String::ToUInt64, {
+                                                      {"18446744073709551615", 10, ULLONG_MAX},
+                                                      {"18446744073709551616", 10, {}},
+                                                      {"-1", 10, {}},
+                                                      {"5000000000", 10, 5000000000ULL},
+                                                      {"184467440737095516160", 10, {}},
+                                                      {"FFFFFFFFFFFFFFFF", 16, ULLONG_MAX},
+                                                      {"10000000000000000", 16, {}},
+                                                  });
+}
+
+TEST(StringToInt, ReadsWhatNumberWrites) {
+    for (unsigned int base = 2; base <= 36; ++base) {
+        for (const int value : {0, 1, -1, 35, -36, 123456789, -987654321, INT_MAX, INT_MIN}) {
+            bool ok = false;
+            EXPECT_EQ(String::Number(value, base).ToInt(&ok, base), value);
+            EXPECT_TRUE(ok);
+        }
+    }
+}
+
+TEST(StringToDouble, TakesWhateverStrtodTakesWhole) {
+    // clang-format off
+    const struct { std::string text; checked_value<double> value; } rows[] = {
+        {"1.5", 1.5}, {"1,5", 1.5}, {" \t1.5\n", 1.5}, {"-1.5e3", -1500.0}, {"+.5", 0.5}, {"5.", 5.0}, {",5", 0.5}, {"1e999", HUGE_VAL}, {"-1e999", -HUGE_VAL},
+        {"0x1p4", 16.0}, {"inf", HUGE_VAL}, {"-INFINITY", -HUGE_VAL}, {"1e-999", 0.0}, {"4.9e-324", 4.9e-324},
+        {"1.5x", {}}, {"", {}}, {"x", {}}, {"1.5 2", {}}, {"1.000,5", {}}, {"1,000.5", {}}, {"- 1", {}}, {"e5", {}},
+        // Texts that normalise to nothing are a 0 that succeeds.
+        {" ", 0.0}, {"\xA0\n", 0.0}, {"\xE9", 0.0}, {"12\xE9", 0.0}, {"\xC3", 0.0},
+        {"\xEF\xBC\x91\xEF\xBC\x8E\xEF\xBC\x95", 1.5}, {"1\xE3\x80\x82" "5", 1.5}, {"\xE2\x88\x92" "1.5", -1.5}, {"\xC3\xA9", {}},
+        {"1.5\0"s, 1.5}, {"1\0" ",5"s, {}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        bool ok = !row.value.IsSet();
+        EXPECT_EQ(makeText(row.text).ToDouble(&ok), row.value.Value()) << testing::PrintToString(row.text);
+        EXPECT_EQ(ok, row.value.IsSet()) << testing::PrintToString(row.text);
+        EXPECT_EQ(makeText(row.text).ToDouble(), row.value.Value());
+    }
+    bool ok = false;
+    EXPECT_TRUE(std::isnan(String("nan").ToDouble(&ok)) && ok);
+    EXPECT_FALSE(std::signbit(String().ToDouble(&ok)) || ok);
+}
+
+TEST(StringToDouble, ToFloatNarrows) {
+    bool ok = false;
+    EXPECT_EQ(String("0.1").ToFloat(&ok), 0.1F);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(String("-1e300").ToFloat(&ok), -HUGE_VALF);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(String("1e-300").ToFloat(&ok), 0.0F);
+    EXPECT_EQ(String("0.1f").ToFloat(&ok), 0.0F);
+    EXPECT_FALSE(ok);
+}
+
+}  // namespace
