@@ -1,9 +1,9 @@
 #include <Carbon/AppleEvents.h>
 
 #include <memory>
-#include <new>
 
 #include "platform/Carbon/AppleEventData.h"
+#include "platform/Carbon/Errors.h"
 #include "platform/Carbon/Finder.h"
 
 namespace {
@@ -12,15 +12,6 @@ using cv::AppleEventParameter;
 using Storage = OpaqueAEDataStorage;
 
 constexpr OSType FINDER_SIGNATURE = CV_FOUR_CHAR_CODE('M', 'A', 'C', 'S');
-
-template <typename Work>
-OSErr guarded(Work work) {
-    try {
-        return work();
-    } catch (const std::bad_alloc&) {
-        return memFullErr;
-    }
-}
 
 Storage storageOfBytes(const void* data, Size byteCount) {
     Storage storage;
@@ -93,7 +84,7 @@ OSErr AECreateDesc(DescType type, const void* data, Size byteCount, AEDesc* resu
     if (isBadBlock(data, byteCount)) {
         return paramErr;
     }
-    return guarded([&] {
+    return cv::orMemoryError([&] {
         giveOut(type, storageOfBytes(data, byteCount), result);
         return noErr;
     });
@@ -117,7 +108,7 @@ OSErr AECreateAppleEvent(AEEventClass eventClass, AEEventID eventID, const AEAdd
     if (target == nullptr) {
         return paramErr;
     }
-    return guarded([&] {
+    return cv::orMemoryError([&] {
         giveOut(typeAppleEvent, newEvent(eventClass, eventID, *target), result);
         return noErr;
     });
@@ -130,7 +121,7 @@ OSErr AEPutParamPtr(AppleEvent* event, AEKeyword keyword, DescType type, const v
     if (!isEvent(event)) {
         return errAENotAppleEvent;
     }
-    return guarded([&] {
+    return cv::orMemoryError([&] {
         putParameter(*event->dataHandle, {keyword, type, storageOfBytes(data, byteCount)});
         return noErr;
     });
@@ -143,7 +134,7 @@ OSErr AEPutParamDesc(AppleEvent* event, AEKeyword keyword, const AEDesc* desc) {
     if (!isEvent(event)) {
         return errAENotAppleEvent;
     }
-    return guarded([&] {
+    return cv::orMemoryError([&] {
         putParameter(*event->dataHandle, descParameter(keyword, *desc));
         return noErr;
     });
@@ -154,7 +145,7 @@ OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, DescType keyF
     AEDesc specifier{typeNull, nullptr};
     OSErr error = paramErr;
     if (container != nullptr && keyData != nullptr && result != nullptr) {
-        error = guarded([&] {
+        error = cv::orMemoryError([&] {
             Storage parts;
             parts.parameters = {
                 codeParameter(keyAEDesiredClass, typeType, desiredClass), descParameter(keyAEContainer, *container),
@@ -189,7 +180,7 @@ OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESend
     if (target.as<OSType>(typeApplSignature) != FINDER_SIGNATURE) {
         return procNotFound;
     }
-    return guarded([&] {
+    return cv::orMemoryError([&] {
         // Made beforehand: an item that was moved is never reported as one that was not.
         auto answer = std::make_unique<Storage>(newEvent(kCoreEventClass, kAEAnswer, {typeNull, nullptr}));
         const OSErr error = cv::handleFinderEvent(*event->dataHandle, timeout);

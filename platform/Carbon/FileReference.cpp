@@ -9,37 +9,11 @@
 #include <cstring>
 #include <string>
 
+#include "platform/Carbon/Errors.h"
+
 static_assert(sizeof(FSRef::path) == PATH_MAX, "a reference has room for every path that realpath gives");
 
 namespace cv {
-
-OSErr fileError(int errnoValue) {
-    switch (errnoValue) {
-        case ENOENT:
-            return fnfErr;
-        case ENOTDIR:
-            return dirNFErr;
-        case EACCES:
-        case EPERM:
-            return afpAccessDenied;
-        case EROFS:
-            return wPrErr;
-        case ENOSPC:
-        case EDQUOT:
-            return dskFulErr;
-        case EXDEV:
-            return diffVolErr;
-        case ENAMETOOLONG:
-            return bdNamErr;
-        case ENOTSUP:
-        case ENOSYS:
-            return errFSUnknownCall;
-        case ENOMEM:
-            return memFullErr;
-        default:
-            return ioErr;
-    }
-}
 
 OpenReference::OpenReference(const FSRef* ref) {
     if (ref == nullptr) {
@@ -96,10 +70,27 @@ bool resolve(const std::string& path, bool followLeaf, char* resolved) {
     return true;
 }
 
-OSStatus resolveError(const std::string& path) {
+/// Why resolving `path` failed, by errno.
+OSErr resolveError(const std::string& path) {
     const int error = errno;
     const bool folderIsMissing = error == ENOENT && access(folderOf(path).c_str(), F_OK) != 0;
     return folderIsMissing ? OSErr{dirNFErr} : fileError(error);
+}
+
+OSErr findObject(const char* path, bool followLeaf, FSRef& ref, Boolean* isDirectory) {
+    const std::string wanted = withoutTrailingSlashes(path);
+    FSRef found{};
+    struct stat status {};
+    if (!resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
+        return resolveError(wanted);
+    }
+    found.device = status.st_dev;
+    found.inode = status.st_ino;
+    ref = found;
+    if (isDirectory != nullptr) {
+        *isDirectory = S_ISDIR(status.st_mode);
+    }
+    return noErr;
 }
 
 }  // namespace
@@ -111,20 +102,9 @@ OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits options, FSRef* 
         (options & ~UInt32{kFSPathMakeRefDoNotFollowLeafSymlink})) {
         return paramErr;
     }
-    const std::string wanted = cv::withoutTrailingSlashes(reinterpret_cast<const char*>(path));
     const bool followLeaf = (options & kFSPathMakeRefDoNotFollowLeafSymlink) == 0;
-    FSRef found{};
-    struct stat status {};
-    if (!cv::resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
-        return cv::resolveError(wanted);
-    }
-    found.device = status.st_dev;
-    found.inode = status.st_ino;
-    *ref = found;
-    if (isDirectory != nullptr) {
-        *isDirectory = S_ISDIR(status.st_mode);
-    }
-    return noErr;
+    return cv::orMemoryError(
+        [&] { return cv::findObject(reinterpret_cast<const char*>(path), followLeaf, *ref, isDirectory); });
 }
 
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {

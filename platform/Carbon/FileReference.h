@@ -7,9 +7,6 @@
 
 namespace cv {
 
-/// The Mac's result code for an `errno` value of a file system call.
-OSErr fileError(int errnoValue);
-
 /// The object that a reference names, held open (O_PATH: its contents are not) for as long as this lives, so that what
 /// is looked at and what is changed is one object even when the path is given to another one meanwhile.
 class OpenReference {

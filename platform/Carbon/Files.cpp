@@ -8,16 +8,15 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
-#include <string>
 
+#include "platform/Carbon/Errors.h"
 #include "platform/Carbon/FileReference.h"
 
 namespace {
 
 constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
 
-/// The attribute's value: the 16 bytes of FSCatalogInfo, then 16 of extended Finder information; big-endian on the
-/// disk.
+/// The attribute's value: the 16 bytes of FSCatalogInfo, then 16 of extended Finder information, big-endian.
 using FinderInfo = std::array<UInt8, 32>;
 
 static_assert(sizeof(FileInfo) == 16 && sizeof(FolderInfo) == 16 && sizeof(FSCatalogInfo::finderInfo) == 16);
@@ -49,20 +48,26 @@ void swapFinderInfo(UInt8* bytes, bool isFolder) {
 
 /// A path that leads to the opened object itself: attributes cannot be reached through an O_PATH descriptor, and
 /// opening the object for real would ask for the right to read its contents.
-std::string pathOf(const cv::OpenReference& object) {
-    return "/proc/self/fd/" + std::to_string(object.descriptor());
-}
+struct PathOf {
+    explicit PathOf(const cv::OpenReference& object) {
+        std::snprintf(text, sizeof text, "/proc/self/fd/%d", object.descriptor());
+    }
+    char text[32];
+};
 
 OSErr readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
-    const ssize_t size = getxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size());
+    const ssize_t size = getxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size());
     if (size == static_cast<ssize_t>(info.size())) {
         return noErr;
     }
     if (size >= 0) {
         return ioErr;
     }
-    info.fill(0);
-    return errno == ENODATA || errno == ENOTSUP ? OSErr{noErr} : cv::fileError(errno);
+    if (errno == ENODATA || errno == ENOTSUP) {
+        info.fill(0);
+        return noErr;
+    }
+    return errno == EACCES || errno == EPERM ? afpAccessDenied : ioErr;
 }
 
 /// Checks what reading and storing have in common.
@@ -107,7 +112,7 @@ OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FS
     }
     std::memcpy(info.data(), catalogInfo->finderInfo, sizeof catalogInfo->finderInfo);
     swapFinderInfo(info.data(), object.isFolder());
-    const int stored = setxattr(pathOf(object).c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0);
+    const int stored = setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0);
     return stored == 0 ? OSErr{noErr} : cv::fileError(errno);
 }
 

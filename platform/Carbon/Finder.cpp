@@ -57,8 +57,7 @@ OSErr moveToTrash(const FSRef& item, GCancellable* cancellable) {
     return result;
 }
 
-/// In a thread of its own, since a volume that does not answer holds up whoever asks it, and nothing can interrupt
-/// that.
+/// In a thread of its own: a volume that does not answer holds up whoever asks it, and nothing can interrupt that.
 OSErr moveToTrashWithin(std::optional<std::chrono::milliseconds> timeout, const FSRef& item) {
     const auto cancellable = adopt(g_cancellable_new());
     std::packaged_task<OSErr()> task([item, cancellable] { return moveToTrash(item, cancellable.get()); });

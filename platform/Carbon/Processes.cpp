@@ -2,10 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <string>
 
 namespace {
@@ -55,7 +55,7 @@ OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info
     if (nameBuffer != nullptr) {
         const std::string name = cutToBytes(programName(), sizeof(Str255) - 1);
         nameBuffer[0] = static_cast<unsigned char>(name.size());
-        std::memcpy(nameBuffer + 1, name.data(), name.size());
+        std::copy(name.begin(), name.end(), nameBuffer + 1);
     }
     return noErr;
 }

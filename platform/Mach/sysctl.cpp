@@ -32,7 +32,7 @@ int sysctlnametomib(const char* name, int* mib, size_t* count) {
 
 int sysctl(const int* mib, unsigned int count, void* oldValue, size_t* oldLength, const void* newValue, size_t) {
     if (mib == nullptr || count != CPU_FREQUENCY.size() ||
-        std::memcmp(mib, CPU_FREQUENCY.data(), sizeof CPU_FREQUENCY)) {
+        std::memcmp(mib, CPU_FREQUENCY.data(), sizeof CPU_FREQUENCY) != 0) {
         return fail(ENOENT);
     }
     if (newValue != nullptr) {

@@ -105,7 +105,7 @@ protected:
     }
 
     static std::string newFile(const std::string& name, const std::string& text) {
-        const std::string path = home() / ("work/" + name);
+        std::string path = home() / ("work/" + name);
         test::writeFile(path, text);
         return path;
     }

@@ -102,25 +102,25 @@ TEST(FSPathMakeRef, FindsTheObjectItself) {
     constexpr OptionBits LINK = kFSPathMakeRefDoNotFollowLeafSymlink;
     const struct {
         const char* path;
-        OptionBits options;
         const char* found;
+        OptionBits options;
         bool isFolder;
     } cases[] = {
-        {"/sub/file", 0, "/sub/file", false},
-        {"/sub/file///", 0, "/sub/file", false},
-        {"//sub/./../sub//file", 0, "/sub/file", false},
-        {"/sub", 0, "/sub", true},
-        {"/sub/", 0, "/sub", true},
-        {"/way/link", 0, "/sub/file", false},
-        {"/way/link/", 0, "/sub/file", false},
-        {"/way", 0, "/sub", true},
-        {"/way/link", LINK, "/sub/link", false},
-        {"/way/link/", LINK, "/sub/link", false},
-        {"/way", LINK, "/way", false},
-        {"/way/file", LINK, "/sub/file", false},
-        {"/dangling", LINK, "/dangling", false},
-        {"/way/.", LINK, "/sub", true},
-        {"/sub/..", LINK, "", true},
+        {"/sub/file", "/sub/file", 0, false},
+        {"/sub/file///", "/sub/file", 0, false},
+        {"//sub/./../sub//file", "/sub/file", 0, false},
+        {"/sub", "/sub", 0, true},
+        {"/sub/", "/sub", 0, true},
+        {"/way/link", "/sub/file", 0, false},
+        {"/way/link/", "/sub/file", 0, false},
+        {"/way", "/sub", 0, true},
+        {"/way/link", "/sub/link", LINK, false},
+        {"/way/link/", "/sub/link", LINK, false},
+        {"/way", "/way", LINK, false},
+        {"/way/file", "/sub/file", LINK, false},
+        {"/dangling", "/dangling", LINK, false},
+        {"/way/.", "/sub", LINK, true},
+        {"/sub/..", "", LINK, true},
     };
     for (const auto& one : cases) {
         FSRef ref{};
@@ -139,7 +139,7 @@ TEST(FSPathMakeRef, TellsWhyThereIsNoObject) {
     test::writeFile(folder / "file", "x");
     fs::create_symlink("nowhere", folder / "dangling");
     fs::create_symlink("loop", folder / "loop");
-    const std::string here = folder.path();
+    const std::string& here = folder.path();
     const struct {
         std::string path;
         OptionBits options;

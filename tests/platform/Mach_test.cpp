@@ -8,7 +8,6 @@
 #include <chrono>
 #include <climits>
 #include <thread>
-#include <vector>
 
 #include "platform/Mach/ProcessorRate.h"
 #include "tests/support/TempDir.h"
@@ -98,9 +97,9 @@ TEST(Sysctl, RefusesTheRest) {
 
 TEST(OSAtomic, AddsWithoutLosingAnyAndWraps) {
     int32_t value = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 4> threads;
+    for (std::thread& thread : threads) {
+        thread = std::thread([&] {
             for (int n = 0; n < 50'000; ++n) {
                 OSAtomicAdd32(1, &value);
             }
