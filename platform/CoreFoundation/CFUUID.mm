@@ -2,7 +2,6 @@
 #include <CoreFoundation/CFUUID.h>
 
 #include <array>
-#include <climits>
 #include <map>
 #include <mutex>
 
@@ -26,7 +25,7 @@
 }
 
 - (NSUInteger)retainCount {
-    return UINT_MAX;
+    return NSIntegerMax;
 }
 
 @end

@@ -1,6 +1,5 @@
 #import "platform/CoreFoundation/UnitString.h"
 
-#include <climits>
 #include <cstring>
 
 @implementation CvUnitString
@@ -74,7 +73,7 @@
 }
 
 - (NSUInteger)retainCount {
-    return immortal_ ? UINT_MAX : [super retainCount];
+    return immortal_ ? NSIntegerMax : [super retainCount];
 }
 
 @end
