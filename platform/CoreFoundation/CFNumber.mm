@@ -13,6 +13,14 @@ bool isFloating(NSNumber* number) {
     return type == 'd' || type == 'f';
 }
 
+/// The value that `source` points to, at whatever address it lies.
+template <typename Value>
+Value load(const void* source) {
+    Value value;
+    std::memcpy(&value, source, sizeof value);
+    return value;
+}
+
 /// Stores the integer `value` as an Integer, and says whether it fits.
 template <typename Integer>
 bool store(long long value, void* target) {
@@ -71,12 +79,11 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void* value)
         switch (type) {
             case kCFNumberSInt32Type:
             case kCFNumberIntType:
-                return cv::reference<CFNumberRef>([[NSNumber alloc] initWithInt:*static_cast<const SInt32*>(value)]);
+                return cv::reference<CFNumberRef>([[NSNumber alloc] initWithInt:load<SInt32>(value)]);
             case kCFNumberSInt64Type:
-                return cv::reference<CFNumberRef>(
-                    [[NSNumber alloc] initWithLongLong:*static_cast<const SInt64*>(value)]);
+                return cv::reference<CFNumberRef>([[NSNumber alloc] initWithLongLong:load<SInt64>(value)]);
             case kCFNumberFloat64Type:
-                return cv::reference<CFNumberRef>([[NSNumber alloc] initWithDouble:*static_cast<const double*>(value)]);
+                return cv::reference<CFNumberRef>([[NSNumber alloc] initWithDouble:load<double>(value)]);
             default:
                 return nullptr;
         }

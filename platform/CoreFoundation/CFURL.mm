@@ -20,7 +20,8 @@
 
 namespace {
 
-constexpr std::string_view PREFIX = "file://localhost";
+constexpr std::string_view SCHEME = "file://";
+constexpr std::string_view HOST = "localhost";
 
 bool isPlain(char character) {
     const auto byte = static_cast<unsigned char>(character);
@@ -86,17 +87,19 @@ CFURLRef newURL(std::string_view path, bool isDirectory) {
         *target += '/';
     }
     return cv::guarded<CFURLRef>(nullptr, [&] {
-        const std::string text = std::string(PREFIX) + escaped(*target);
+        const std::string text = std::string(SCHEME).append(HOST) + escaped(*target);
         return cv::reference<CFURLRef>([[NSURL alloc] initWithString:[NSString stringWithUTF8String:text.c_str()]]);
     });
 }
 
-/// The path of `url`, without a trailing slash; empty when it has none.
+/// The path of `url`, without a trailing slash; empty when it is no file URL.
 std::string pathOf(CFURLRef url) {
     return cv::guarded<std::string>("", [=] {
-        const std::string text = [[cv::object<NSURL*>(url) absoluteString] UTF8String];
-        return text.compare(0, PREFIX.size(), PREFIX) == 0
-                   ? withoutTrailingSlashes(unescaped(std::string_view(text).substr(PREFIX.size())))
+        const char* characters = [[cv::object<NSURL*>(url) absoluteString] UTF8String];
+        const std::string_view text = characters != nullptr ? characters : "";
+        const std::size_t start = text.find('/', SCHEME.size());
+        return text.substr(0, SCHEME.size()) == SCHEME && start != std::string_view::npos
+                   ? withoutTrailingSlashes(unescaped(text.substr(start)))
                    : std::string();
     });
 }

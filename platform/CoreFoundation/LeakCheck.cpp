@@ -1,5 +1,5 @@
-// For builds with the address sanitizer: looks for leaks before Foundation's own handlers run at exit, since these forget
-// objects that they do not free.
+// For builds with the address sanitizer: looks for leaks before Foundation's own handlers run at exit, since these
+// forget objects that they do not free.
 
 #include <sanitizer/lsan_interface.h>
 

@@ -43,6 +43,13 @@ TEST(CFNumber, KeepsTheValueOfEachType) {
     }
 }
 
+TEST(CFNumber, TakesAndGivesAValueAtAnyAddress) {
+    alignas(8) char memory[] = "\0\x2A\0\0\0\0\0\0";
+    const Owned<CFNumberRef> made(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, memory + 1));
+    EXPECT_TRUE(CFNumberGetValue(made.get(), kCFNumberSInt32Type, memory + 3));
+    EXPECT_EQ(memory[3], 42);
+}
+
 TEST(CFNumber, SaysWhenAnIntegerLosesSomething) {
     const struct {
         Owned<CFNumberRef> number;

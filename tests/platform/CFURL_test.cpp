@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/MessageSend.h"
 #include "tests/support/CFSupport.h"
 #include "tests/support/TempDir.h"
 
@@ -66,6 +67,19 @@ TEST(CFURL, RefusesWhatIsNoPath) {
     EXPECT_FALSE(fromString(CFSTR("")));
     EXPECT_FALSE(fromString(test::makeString({u"/a\xD800", 3}).get()));
     EXPECT_EQ(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, CFSTR("a:b"), 1, false), nullptr);
+}
+
+TEST(CFURL, ReadsTheURLsThatFoundationMakes) {
+    const id pool = cv::send<id>(cv::classNamed("NSAutoreleasePool"), "new");
+    const auto urlOf = [](const char* selector, CFStringRef text) {
+        const id object = reinterpret_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(text)));
+        const id url = cv::send<id>(cv::classNamed("NSURL"), selector, object);
+        return Owned<CFURLRef>(static_cast<CFURLRef>(CFRetain(url)));
+    };
+    EXPECT_EQ(pathOf(urlOf("fileURLWithPath:", CFSTR("/tmp/a b%"))), "/tmp/a b%");
+    EXPECT_EQ(pathOf(urlOf("URLWithString:", CFSTR("file:///tmp/a%20b"))), "/tmp/a b");
+    EXPECT_EQ(pathOf(urlOf("URLWithString:", CFSTR("http://localhost/tmp"))), std::nullopt);
+    cv::send<void>(pool, "release");
 }
 
 TEST(CFURL, NeedsRoomForThePathAndItsEnd) {
