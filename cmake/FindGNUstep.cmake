@@ -1,7 +1,6 @@
-# Finds GNUstep's Foundation and the Objective-C runtime of GCC.
+# Finds GNUstep's Foundation over the Objective-C runtime of GCC.
 #
-# GNUstep::objc  the runtime (message sending from C++)
-# GNUstep::base  Foundation, with the flags that Objective-C++ sources need
+# GNUstep::base  Foundation and the runtime, with the flags that Objective-C++ sources need
 
 find_path(GNUSTEP_INCLUDE_DIR Foundation/Foundation.h PATH_SUFFIXES GNUstep)
 find_library(GNUSTEP_BASE_LIBRARY gnustep-base)
@@ -12,9 +11,6 @@ find_package_handle_standard_args(GNUstep
     REASON_FAILURE_MESSAGE "tools/install-deps installs it (Debian's libgnustep-base-dev and gobjc++)")
 
 if(GNUstep_FOUND AND NOT TARGET GNUstep::base)
-    add_library(GNUstep::objc INTERFACE IMPORTED)
-    target_link_libraries(GNUstep::objc INTERFACE objc)
-
     add_library(GNUstep::base INTERFACE IMPORTED)
     target_include_directories(GNUstep::base SYSTEM INTERFACE ${GNUSTEP_INCLUDE_DIR})
     target_compile_definitions(GNUstep::base INTERFACE
@@ -23,6 +19,6 @@ if(GNUstep_FOUND AND NOT TARGET GNUstep::base)
         $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-exceptions>
         $<$<COMPILE_LANGUAGE:OBJCXX>:-fgnu-runtime>
         $<$<COMPILE_LANGUAGE:OBJCXX>:-fconstant-string-class=NSConstantString>)
-    target_link_libraries(GNUstep::base INTERFACE ${GNUSTEP_BASE_LIBRARY} GNUstep::objc)
+    target_link_libraries(GNUstep::base INTERFACE ${GNUSTEP_BASE_LIBRARY} objc)
 endif()
 mark_as_advanced(GNUSTEP_INCLUDE_DIR GNUSTEP_BASE_LIBRARY)
