@@ -9,8 +9,8 @@ typedef UInt32 ULONG;
 typedef void* LPVOID;
 typedef CFUUIDBytes REFIID;
 
-#define S_OK ((HRESULT)0x00000000)
-#define E_NOINTERFACE ((HRESULT)0x80000004)
+#define S_OK (static_cast<HRESULT>(0x00000000))
+#define E_NOINTERFACE (static_cast<HRESULT>(0x80000004))
 
 /// The head of every interface table; the reserved pointer keeps the layout of the Component Object Model.
 #define IUNKNOWN_C_GUTS                                             \
