@@ -24,17 +24,11 @@ OpenReference::OpenReference(const FSRef* ref) {
         error_ = errFSBadFSRef;
         return;
     }
-    descriptor_ = open(ref->path, O_PATH | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor_ < 0 || fstat(descriptor_, &status_) != 0) {
+    descriptor_ = Descriptor(open(ref->path, O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (!descriptor_.isOpen() || fstat(descriptor_.get(), &status_) != 0) {
         error_ = errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? OSErr{errFSBadFSRef} : fileError(errno);
     } else if (status_.st_dev != ref->device || status_.st_ino != ref->inode) {
         error_ = errFSBadFSRef;
-    }
-}
-
-OpenReference::~OpenReference() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
     }
 }
 

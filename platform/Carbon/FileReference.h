@@ -5,6 +5,8 @@
 #include <Carbon/Files.h>
 #include <sys/stat.h>
 
+#include "platform/CoreFoundation/Descriptor.h"
+
 namespace cv {
 
 /// The object that a reference names, held open (O_PATH: its contents are not) for as long as this lives, so that what
@@ -13,18 +15,15 @@ class OpenReference {
 public:
     /// Opens `ref`, which may be null (paramErr).
     explicit OpenReference(const FSRef* ref);
-    ~OpenReference();
-    OpenReference(const OpenReference&) = delete;
-    OpenReference& operator=(const OpenReference&) = delete;
 
     /// noErr when the reference's path still leads to its object; only then do the others mean something.
     OSErr error() const { return error_; }
-    int descriptor() const { return descriptor_; }
+    int descriptor() const { return descriptor_.get(); }
     bool isFolder() const { return S_ISDIR(status_.st_mode); }
     bool isRegularFile() const { return S_ISREG(status_.st_mode); }
 
 private:
-    int descriptor_ = -1;
+    Descriptor descriptor_;
     OSErr error_ = noErr;
     struct stat status_ {};
 };

@@ -3,7 +3,6 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -62,22 +61,6 @@ std::string attribute(const std::string& path) {
 void setAttribute(const std::string& path, const std::string& hex) {
     const auto result = test::run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "0x" + hex, path});
     ASSERT_EQ(result.exitStatus, 0) << result.err;
-}
-
-/// Whether `work` answers true in a child process, which may change what holds for the whole process.
-template <typename Work>
-bool inChild(Work work) {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(work() ? 0 : 1);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-bool becomeNobody() {
-    return geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
 }
 
 /// Makes a folder a read-only volume, for this process alone.
@@ -261,7 +244,7 @@ TEST(FinderInfo, NeedsTheRightAccess) {
     const FSRef ref = refTo(file);
     const auto refusesNobody = [&](mode_t mode, auto work) {
         chmod(file.c_str(), mode);
-        return inChild([&] { return becomeNobody() && work() == afpAccessDenied; });
+        return test::holdsForOrdinaryUser([&] { return work() == afpAccessDenied; });
     };
     FSCatalogInfo info{};
     EXPECT_TRUE(refusesNobody(0444, [&] { return setInfo(ref, info); }));
@@ -274,7 +257,7 @@ TEST(FinderInfo, StaysOnAReadOnlyVolume) {
     const test::TempDir folder;
     test::writeFile(folder / "file", "x");
     test::writeFile(folder / "other", "y");
-    EXPECT_TRUE(inChild([&] {
+    EXPECT_TRUE(test::holdsInACopy([&] {
         FSCatalogInfo info{};
         const bool ready = makeReadOnly(folder.path());
         const FSRef ref = refTo(folder / "file"), other = refTo(folder / "other");

@@ -147,8 +147,7 @@ ProcessResult run(const std::vector<std::string>& command, const ProcessOptions&
     return result;
 }
 
-bool holdsForOrdinaryUser(const std::function<bool()>& check) {
-    constexpr unsigned NOBODY = 65534;
+bool holdsInACopy(const std::function<bool()>& check) {
     const pid_t child = fork();
     if (child < 0) {
         fail("fork");
@@ -156,13 +155,20 @@ bool holdsForOrdinaryUser(const std::function<bool()>& check) {
     if (child == 0) {
         bool holds = false;
         try {
-            const bool isOrdinary = geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);
-            holds = isOrdinary && check();
+            holds = check();
         } catch (...) {  // the caller sees a check that does not hold
         }
         _exit(holds ? 0 : 1);
     }
     return waitFor(child) == 0;
+}
+
+bool holdsForOrdinaryUser(const std::function<bool()>& check) {
+    constexpr unsigned NOBODY = 65534;
+    return holdsInACopy([&] {
+        const bool isOrdinary = geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);
+        return isOrdinary && check();
+    });
 }
 
 }  // namespace test

@@ -27,8 +27,11 @@ struct ProcessOptions {
 /// started.
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options = {});
 
-/// Whether `check` answers true in a copy of this process that is not root: files without permissions are closed to it.
-/// What `check` changes in memory is lost; an exception in it counts as false.
+/// Whether `check` answers true in a copy of this process, where it may change what holds for a whole process. What it
+/// changes in memory is lost; an exception in it counts as false.
+bool holdsInACopy(const std::function<bool()>& check);
+
+/// The same in a copy that is not root: files without permissions are closed to it.
 bool holdsForOrdinaryUser(const std::function<bool()>& check);
 
 }  // namespace test
