@@ -8,16 +8,19 @@ CF_EXTERN_C_BEGIN
 ///   any user, current host      /Library/Preferences/DOMAIN.plist
 ///   current user, any host      ~/Library/Preferences/DOMAIN.plist
 ///   current user, current host  ~/Library/Preferences/ByHost/DOMAIN.HOSTID.plist
-/// Any user on any host is refused, as on a Mac that has no network preferences.
+/// `~` is HOME or, when that is not an absolute path, the home folder of the user database; HOSTID is the machine's
+/// identifier (/etc/machine-id), written like a UUID. Any user on any host is refused, as on a Mac that has no network
+/// preferences, and so is any other user or host, and a domain that is empty or has a slash or a NUL: each call then
+/// does nothing but write one line to standard error (and answers false or null).
 CF_EXPORT const CFStringRef kCFPreferencesAnyUser;
 CF_EXPORT const CFStringRef kCFPreferencesCurrentUser;
 CF_EXPORT const CFStringRef kCFPreferencesAnyHost;
 CF_EXPORT const CFStringRef kCFPreferencesCurrentHost;
 
 /// Collects one change for the next CFPreferencesSynchronize of the same domain and scopes; nothing is written yet.
-/// `key` is one literal key, whatever characters it has. A null `value` removes the key. A value that is no property
-/// list (string, number, boolean, date, data, array, dictionary) is refused with a line on standard error. The key and
-/// the value are retained until they are stored.
+/// `key` is one literal key, whatever characters it has. A null `value` removes the key. The value is copied. Refused
+/// with a line on standard error: a value that is no property list (string, number, boolean, date, data, array,
+/// dictionary with strings for keys, 512 levels at most), and text or a key that has a NUL or half a surrogate pair.
 CF_EXPORT void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
                                      CFStringRef host);
 
@@ -29,7 +32,11 @@ CF_EXPORT CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef 
 /// Stores the collected changes of the domain in its file, a binary property list, and nothing else: other keys keep
 /// their values. True when everything collected is on the disk (also when nothing was collected). When false, one line
 /// on standard error says which file and why, the old file is as it was, and the changes stay collected for the next
-/// call.
+/// call. Waits while another program writes in the same folder.
+///
+/// The file is replaced as a whole, readable by everyone, and belongs to its folder's owner; a missing folder is made.
+/// A file that is no dictionary, and a symbolic link, are kept beside it as DOMAIN.plist.corrupt-1 (-2, ...), which a
+/// line on standard error says; a link's target is neither read nor written.
 CF_EXPORT Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host);
 
 CF_EXTERN_C_END

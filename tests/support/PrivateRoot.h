@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/TempDir.h"
+
+namespace test {
+
+/// A machine of its own for one test: a /Library and an /Applications folder that only programs run through wrap() see,
+/// and that the test looks into from outside.
+class PrivateRoot {
+public:
+    PrivateRoot();
+
+    /// Where the root's file `name` ("Library/Preferences/x.plist") is for the test.
+    std::string operator/(std::string_view name) const { return folder_ / name; }
+
+    /// The command line that runs `command` in the root: the rest of the machine can be read only, and the home folder
+    /// is an empty one. `arguments` go to bubblewrap after all others.
+    std::vector<std::string> wrap(const std::vector<std::string>& command,
+                                  const std::vector<std::string>& arguments = {}) const;
+
+private:
+    TempDir folder_;
+};
+
+}  // namespace test
