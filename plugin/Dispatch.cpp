@@ -1,0 +1,17 @@
+#include "plugin/Dispatch.h"
+
+#include "plugin/Steps.h"
+
+void XCodMain(XCodParamBlock* block) {
+    if (block->version != XCOD_BLOCK_VERSION) {
+        block->resultFlags |= XCOD_RESULT_FAILED;
+        return;
+    }
+    // Two tests, not a choice: whoever changes the selector during the first step gets the second one too.
+    if (block->selector == XCOD_SELECTOR_PRE_INSTALL) {
+        PreInstall(block);
+    }
+    if (block->selector == XCOD_SELECTOR_POST_INSTALL) {
+        PostInstall(block);
+    }
+}
