@@ -11,6 +11,7 @@
 
 #include "platform/Carbon/Errors.h"
 #include "platform/Carbon/FileReference.h"
+#include "platform/StoreFailures.h"
 
 namespace {
 
@@ -112,8 +113,13 @@ OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FS
     }
     std::memcpy(info.data(), catalogInfo->finderInfo, sizeof catalogInfo->finderInfo);
     swapFinderInfo(info.data(), object.isFolder());
-    const int stored = setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0);
-    return stored == 0 ? OSErr{noErr} : cv::fileError(errno);
+    if (setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0) != 0) {
+        const int reason = errno;
+        cv::storeFailed(ref->path, std::strerror(reason));
+        return cv::fileError(reason);
+    }
+    cv::storeSucceeded(ref->path);
+    return noErr;
 }
 
 OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {
