@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/installer-host/Snapshot.h"
+
+namespace host {
+
+enum class Change { Added, Changed, Removed, Unchanged };
+
+struct PreferenceChange {
+    std::string domain;
+    std::string key;
+    Change change;
+    Value before;  ///< a null JSON value for a key that was not there
+    Value after;   ///< the same for one that is not there now
+};
+
+/// A file among the preferences that is no property list and came or went.
+struct FileChange {
+    std::string path;
+    Change change;
+};
+
+struct FinderChange {
+    FinderObject before;
+    FinderObject after;
+};
+
+/// What differs between two looks at the same machine.
+struct Changes {
+    std::vector<PreferenceChange> preferences;  ///< by domain, then by key
+    std::vector<FileChange> files;              ///< by path
+    std::vector<FinderChange> finder;           ///< every object, changed or not
+    std::vector<std::string> unreadable;        ///< one sentence for each domain or object that cannot be read now
+};
+
+/// Compares two snapshots. Of the preferences that stayed as they were it lists those of the domains that were stored
+/// anew, where a key that an earlier run left can be mistaken for one of this run; with `all`, all of them.
+Changes compare(const Snapshot& before, const Snapshot& after, bool all);
+
+}  // namespace host

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/installer-host/ExitStatus.h"
+
+namespace host {
+
+enum class Command { Run, Check, Show };
+enum class Format { Text, Json };
+
+/// The steps of an installation, in the order they run in.
+enum class Step { PreInstall, PostInstall };
+
+/// What the command line asks for. The fields that a command does not have keep their defaults.
+struct Options {
+    Command command = Command::Run;
+    std::string bundle;  ///< as given
+    std::int32_t product = 0;
+    std::int32_t language = 0;  ///< a classic Mac OS language code
+    std::vector<Step> steps{Step::PreInstall, Step::PostInstall};
+    std::uint16_t blockVersion = 1000;
+    bool direct = false;  ///< call PreInstall and PostInstall themselves, not through the interface table
+    std::string root;     ///< empty: the machine itself
+    bool dryRun = false;
+    Format format = Format::Text;
+    unsigned timeout = 60;  ///< seconds; 0: none
+    bool verbose = false;
+
+    /// Where the worker process, which this program starts to run the bundle's code in, writes its events; -1 in the
+    /// process that the user started.
+    int eventFd = -1;
+};
+
+/// What the command line came to: options to work with, or a text for the user and the end.
+struct ParsedOptions {
+    bool proceed = false;
+    Options options;
+    ExitStatus status = ExitStatus::Done;  ///< when there is nothing to do
+    std::string text;                      ///< then: for standard output with Done, for standard error otherwise
+};
+
+ParsedOptions parseOptions(int argc, const char* const* argv);
+
+/// The options as arguments that give them again, from the command's name on; the worker reads them.
+std::vector<std::string> toArguments(const Options& options);
+
+/// The step's name in options and reports, "pre" or "post".
+const char* shortName(Step step);
+
+/// "pre-install step" or "post-install step".
+const char* longName(Step step);
+
+}  // namespace host
