@@ -42,4 +42,21 @@ void expectFileFailure(const Action& action, const std::string& message, Util::E
     }
 }
 
+/// Expects that `action` throws a FileIO that concerns `folder` (its stored text), out of `line` of Util/Dir_mac.
+template <class Action>
+void expectFolderFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
+                         int line, const std::string& folder) {
+    SCOPED_TRACE(message);
+    if (const auto caught = thrownBy(action)) {
+        EXPECT_EQ(str(caught->GetMessage()), message);
+        EXPECT_EQ(caught->GetErrorType(), kind);
+        EXPECT_EQ(caught->GetOSError(), 0);
+        EXPECT_TRUE(caught->GetFile().IsEmpty());
+        EXPECT_EQ(str(caught->GetFolder().GetInternal()), folder);
+        EXPECT_EQ(str(caught->GetSourceFile()), "Util/Dir_mac");
+        EXPECT_EQ(caught->GetLine(), line);
+        EXPECT_EQ(caught->GetOSErrorAtThrow(), 0);
+    }
+}
+
 }  // namespace test

@@ -1,0 +1,97 @@
+#include "CvBase/Util/FileSearch.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Util {
+
+namespace {
+
+constexpr unsigned int VISITED_LIMIT = 5000;
+
+String entryPath(const String& folder, const char* name) {
+    return folder + "/" + name;
+}
+
+/// How many of the NUL-terminated texts in `names` come before `name`.
+unsigned int countBefore(const std::string& names, const std::string& name) {
+    unsigned int count = 0;
+    for (const char* text = names.data(); text != names.data() + names.size(); text += std::strlen(text) + 1) {
+        count += name.compare(text) > 0 ? 1U : 0U;
+    }
+    return count;
+}
+
+}  // namespace
+
+FileSearch::FileSearch(const String& name, bool recursive, unsigned int& visited)
+    : name_(name),
+      filter_(String("*.") + FilePath(name, true).GetExtension()),
+      recursive_(recursive),
+      visited_(visited) {}
+
+bool FileSearch::isWanted(const char* entry) const {
+    if (std::strchr(entry, '\\') == nullptr) {
+        return name_ == entry;
+    }
+    return FilePath(entry, true).GetFilename() == name_;
+}
+
+FileSearch::Contents FileSearch::read(const String& folder) {
+    Contents contents;
+    FolderScan scan(folder, [&folder](const String& name) { return entryPath(folder, name.CStr()); });
+    // Whatever lies in a folder that was entered before, through a link, was compared already.
+    if (!scan.isOpen() || !entered_.insert(scan.identity()).second) {
+        return contents;
+    }
+    std::string files;  // each with a NUL behind it; only their number before the match counts, so they need no sorting
+    while (scan.next()) {
+        const bool isCandidate = filter_.matches(scan.name(), scan.nameLength());
+        if (!isCandidate && !recursive_) {
+            continue;
+        }
+        const FolderScan::Kind kind = scan.likelyKind();
+        if (kind == FolderScan::Kind::FOLDER && recursive_) {
+            contents.folders.emplace_back(scan.name());
+        } else if (kind == FolderScan::Kind::FILE && isCandidate) {
+            ++contents.mismatches;
+            files.append(scan.name(), scan.nameLength() + 1);
+            if (isWanted(scan.name()) && (contents.match.empty() || contents.match.compare(scan.name()) > 0)) {
+                contents.match = scan.name();
+            }
+        }
+    }
+    if (!contents.match.empty()) {
+        contents.mismatches = countBefore(files, contents.match);
+    }
+    std::sort(contents.folders.begin(), contents.folders.end());
+    return contents;
+}
+
+bool FileSearch::count(unsigned int mismatches) {
+    for (; mismatches > 0; --mismatches) {
+        if (++visited_ > VISITED_LIMIT) {
+            return false;
+        }
+    }
+    return true;
+}
+
+FilePath FileSearch::in(const String& folder) {
+    const Contents contents = read(folder);
+    if (!count(contents.mismatches)) {
+        return {};
+    }
+    if (!contents.match.empty()) {
+        return {entryPath(folder, contents.match.c_str()), false};
+    }
+    for (const std::string& name : contents.folders) {
+        const FilePath found = in(entryPath(folder, name.c_str()));
+        if (!found.IsEmpty() || visited_ > VISITED_LIMIT) {
+            return found;
+        }
+    }
+    return {};
+}
+
+}  // namespace Util

@@ -1,0 +1,394 @@
+// The listings of a folder and the search for a file, most of them against plain models of what they promise.
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "CvBase/Util/Dir.h"
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::writeFile;
+using testing::ElementsAre;
+using Util::Dir;
+
+using Names = std::vector<std::string>;
+
+Names strings(const std::vector<String>& names) {
+    Names result;
+    std::transform(names.begin(), names.end(), std::back_inserter(result),
+                   [](const String& name) { return std::string(name.CStr(), name.Length()); });
+    return result;
+}
+
+Dir dirAt(const std::string& path) {
+    return Dir(FolderPath(path.c_str(), false));
+}
+
+/// The files (or all entries) of `folder` that match, by the member and by the static listing, which must agree.
+Names files(const std::string& folder, const std::string& filter, bool includeNonFiles = false) {
+    std::vector<String> member, text;
+    dirAt(folder).GetFilenames(member, filter.c_str(), false, includeNonFiles);
+    Dir::GetFilenames(folder.c_str(), text, filter.c_str(), false, includeNonFiles);
+    EXPECT_EQ(strings(member), strings(text));
+    return strings(member);
+}
+
+Names folders(const std::string& folder, const std::string& filter) {
+    std::vector<String> member, text;
+    dirAt(folder).GetFoldernames(member, filter.c_str(), false);
+    Dir::GetFoldernames(folder.c_str(), text, filter.c_str(), false);
+    EXPECT_EQ(strings(member), strings(text));
+    return strings(member);
+}
+
+void touch(const std::string& path) {
+    ASSERT_TRUE(std::ofstream(path).good()) << path;
+}
+
+class DirListingTest : public testing::Test {
+protected:
+    void make(const Names& names) const {
+        for (const std::string& name : names) {
+            touch(temp_ / name);
+        }
+    }
+
+    const test::TempDir temp_;
+};
+
+TEST_F(DirListingTest, Filters) {
+    make({"a.txt", "B.Txt", "ab", "abab", "abxab", "a", ".hidden", "a*b", "c"});
+    struct Row {
+        const char* filter;
+        Names expected;
+    };
+    const Names all = {".hidden", "B.Txt", "a", "a*b", "a.txt", "ab", "abab", "abxab", "c"};
+    const Row rows[] = {
+        {"", all},
+        {"*", all},
+        {"*.TXT", {"B.Txt", "a.txt"}},
+        {"ab*ab", {"ab", "abab", "abxab"}},
+        {"a*a", {"a"}},
+        {"AB", {"ab", "abab", "abxab"}},
+        {"a**b", {"a*b"}},
+        {"**b", {"a*b"}},
+        {"*a*", {}},
+        {"?", {}},
+        {".*", {".hidden"}},
+        {"abxabx", {}},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(files(temp_.path(), row.filter), row.expected) << row.filter;
+    }
+}
+
+TEST_F(DirListingTest, KindsOfEntries) {
+    make({"file"});
+    fs::create_directory(temp_ / "folder");
+    ASSERT_EQ(mkfifo((temp_ / "pipe").c_str(), 0600), 0);
+    fs::create_symlink("file", temp_ / "to file");
+    fs::create_symlink("folder", temp_ / "to folder");
+    fs::create_symlink("/dev/null", temp_ / "to device");
+    fs::create_symlink("nowhere", temp_ / "to nothing");
+    EXPECT_THAT(files(temp_.path(), ""), ElementsAre("file", "to file"));
+    EXPECT_THAT(folders(temp_.path(), ""), ElementsAre("folder", "pipe", "to device", "to folder"));
+    EXPECT_THAT(files(temp_.path(), "", true),
+                ElementsAre("file", "folder", "pipe", "to device", "to file", "to folder"));
+    EXPECT_THAT(folders(temp_.path(), "*O*"), ElementsAre());
+}
+
+TEST_F(DirListingTest, AppendingSortsAllNames) {
+    make({"b", "d"});
+    for (const bool isStatic : {false, true}) {
+        std::vector<String> names{"z", "c", "b", String()};
+        if (isStatic) {
+            Dir::GetFilenames(temp_.path().c_str(), names, "", true, false);
+        } else {
+            dirAt(temp_.path()).GetFilenames(names, "", true, false);
+        }
+        EXPECT_THAT(strings(names), ElementsAre("", "b", "b", "c", "d", "z"));
+        dirAt(temp_.path()).GetFoldernames(names, "", false);
+        EXPECT_TRUE(names.empty());
+    }
+}
+
+TEST_F(DirListingTest, AFolderThatCannotBeReadGivesNothing) {
+    make({"file"});
+    std::vector<String> names{"z", "a"};
+    Dir::GetFilenames((temp_ / "file").c_str(), names, "", true, true);
+    dirAt(temp_ / "missing").GetFoldernames(names, "", true);
+    EXPECT_THAT(strings(names), ElementsAre("z", "a")) << "not even sorted";
+    dirAt(temp_ / "missing").GetFilenames(names, "", false, true);
+    EXPECT_TRUE(names.empty());
+}
+
+TEST_F(DirListingTest, TheArgumentsMayBeNamesOfTheList) {
+    make({"a.txt", "b"});
+    std::vector<String> names{temp_.path().c_str(), "*.txt"};
+    Dir::GetFilenames(names[0], names, names[1], false, false);
+    EXPECT_THAT(strings(names), ElementsAre("a.txt"));
+}
+
+TEST_F(DirListingTest, ABackslashInANameCannotBeAddressedByAPath) {
+    make({"a\\b", "c"});
+    writeFile(temp_ / "a/c", "x");
+    std::vector<String> names;
+    dirAt(temp_.path()).GetFilenames(names, "", false, true);
+    EXPECT_THAT(strings(names), ElementsAre("a", "c"));
+    Dir::GetFilenames(temp_.path().c_str(), names, "", false, true);
+    EXPECT_THAT(strings(names), ElementsAre("a", "a\\b", "c"));
+    touch(temp_ / "a/b");
+    dirAt(temp_.path()).GetFilenames(names, "", false, true);
+    EXPECT_THAT(strings(names), ElementsAre("a", "a\\b", "c")) << "its path is that of another file now";
+}
+
+TEST_F(DirListingTest, WhereTheRootIsFoldedAwayEntriesAreSoughtInTheWorkingFolder) {
+    const fs::path before = fs::current_path();
+    fs::current_path(temp_.path());
+    make({"etc"});
+    std::vector<String> names;
+    dirAt("/..").GetFilenames(names, "", false, false);
+    EXPECT_THAT(strings(names), ElementsAre("etc")) << "a name of the root, but the file is here";
+    fs::current_path(before);
+}
+
+TEST_F(DirListingTest, AFolderThatMayNotBeSearchedListsNothing) {
+    make({"file"});
+    fs::create_directory(temp_ / "folder");
+    fs::permissions(temp_.path(), fs::perms(0744));
+    EXPECT_TRUE(test::holdsForOrdinaryUser([&] {
+                    unsigned int visited = 0;
+                    std::vector<String> names;
+                    dirAt(temp_.path()).GetFilenames(names, "", false, true);
+                    Dir::GetFoldernames(temp_.path().c_str(), names, "", true);
+                    return names.empty() && Dir::FindFile("file.", temp_.path().c_str(), true, visited).IsEmpty() &&
+                           visited == 0;
+                }) ||
+                geteuid() != 0)
+        << "whoever made the folder may search it";
+}
+
+TEST_F(DirListingTest, EntriesWhosePathIsTooLongAreLeftOut) {
+    const fs::path before = fs::current_path();
+    std::string path = temp_.path();
+    fs::current_path(path);
+    const auto descend = [&path](std::size_t length) {
+        const std::string name(length, 'd');
+        ASSERT_EQ(mkdir(name.c_str(), 0755), 0);
+        ASSERT_EQ(chdir(name.c_str()), 0);
+        path += "/" + name;
+    };
+    while (path.size() < 3800) {
+        descend(200);
+    }
+    descend(4090 - path.size() - 1);
+    ASSERT_EQ(path.size(), 4090U);
+    for (const char* name : {"1", "1234", "12345"}) {
+        touch(name);
+    }
+    EXPECT_THAT(files(path, ""), ElementsAre("1", "1234"));
+    EXPECT_THAT(files(path, "", true), ElementsAre("1", "1234"));
+    fs::current_path(before);
+}
+
+/// A name of up to `length` bytes, any but "/" and NUL.
+std::string randomName(std::mt19937& random, const std::string& letters, std::size_t length) {
+    std::string name(1 + random() % length, '\0');
+    std::generate(name.begin(), name.end(), [&] { return letters[random() % letters.size()]; });
+    return name;
+}
+
+bool matches(const std::string& name, const std::string& filter) {
+    const auto lower = [](std::string text) {
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+        return text;
+    };
+    const std::size_t star = filter.find('*');
+    const std::string prefix = lower(filter.substr(0, star));
+    const std::string suffix = star == std::string::npos ? "" : lower(filter.substr(star + 1));
+    const std::string lowered = lower(name);
+    return lowered.size() >= prefix.size() && lowered.size() >= suffix.size() && lowered.rfind(prefix, 0) == 0 &&
+           lowered.substr(lowered.size() - suffix.size()) == suffix;
+}
+
+TEST_F(DirListingTest, ManyNamesAreSortedByteByByte) {
+    std::mt19937 random(1);
+    for (const std::string& start : {std::string(), std::string("common-"), std::string("\xC3\xA9")}) {
+        const std::string folder = temp_ / std::to_string(start.size());
+        fs::create_directory(folder);
+        Names names;
+        for (int i = 0; i < 400; ++i) {
+            names.push_back(start + randomName(random, "aAbB\x01\x7F\x80\xFF *", i % 2 == 0 ? 3 : 30));
+            touch(folder + "/" + names.back());
+        }
+        std::sort(names.begin(), names.end());
+        names.erase(std::unique(names.begin(), names.end()), names.end());
+        for (const std::string filter : {"", "*", "A*", "*b", "a*B", "common-a*a", "a"}) {
+            Names expected;
+            std::copy_if(names.begin(), names.end(), std::back_inserter(expected),
+                         [&](const std::string& name) { return matches(name, filter); });
+            EXPECT_EQ(files(folder, filter), expected) << filter;
+        }
+    }
+}
+
+TEST_F(DirListingTest, NoDescriptorStaysOpen) {
+    make({"a.txt"});
+    fs::create_directory(temp_ / "folder");
+    const auto countOpen = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = countOpen();
+    unsigned int visited = 0;
+    files(temp_.path(), "");
+    folders(temp_ / "a.txt", "");
+    EXPECT_TRUE(Dir::FindFile("no.txt", temp_.path().c_str(), true, visited).IsEmpty());
+    EXPECT_EQ(countOpen(), before);
+}
+
+std::string find(const std::string& name, const std::string& folder, bool recursive = true, unsigned int visited = 0) {
+    return Dir::FindFile(name.c_str(), folder.c_str(), recursive, visited).GetInternal().CStr();
+}
+
+class DirFindFileTest : public DirListingTest {};
+
+TEST_F(DirFindFileTest, FilesComeBeforeFoldersAndNamesMatchLetterByLetter) {
+    for (const char* name : {"a/x.txt", "b/x.txt", "a/z/y.txt", "z.TXT", "plain", "dot."}) {
+        writeFile(temp_ / name, "");
+    }
+    EXPECT_EQ(find("x.txt", temp_.path()), temp_ / "a/x.txt");
+    EXPECT_EQ(find("x.txt", temp_.path(), false), "");
+    EXPECT_EQ(find("x.txt", temp_ / "b/"), temp_ / "b//x.txt");
+    EXPECT_EQ(find("z.TXT", temp_.path()), temp_ / "z.TXT");
+    EXPECT_EQ(find("z.txt", temp_.path()), "");
+    EXPECT_EQ(find("plain", temp_.path()), "") << "a name without extension";
+    EXPECT_EQ(find("dot.", temp_.path()), temp_ / "dot.");
+    EXPECT_EQ(find("a/x.txt", temp_.path()), "");
+    EXPECT_EQ(find("", temp_.path()), "");
+    EXPECT_EQ(find("x.txt", temp_ / "missing"), "");
+
+    touch(temp_ / "b/0\\x.txt");
+    EXPECT_EQ(find("x.txt", temp_ / "b"), temp_ / "b/0\\x.txt") << "the last component of that name";
+}
+
+TEST_F(DirFindFileTest, StopsAfter5000OtherFiles) {
+    for (int i = 0; i < 6000; ++i) {
+        touch(temp_ / ("f" + std::to_string(i) + ".txt"));
+    }
+    writeFile(temp_ / "z/last.txt", "");
+    touch(temp_ / "z.txt");
+    touch(temp_ / "a.TXT");
+    for (const char* name : {"z.txt", "last.txt"}) {
+        unsigned int visited = 0;
+        EXPECT_TRUE(Dir::FindFile(name, temp_.path().c_str(), true, visited).IsEmpty());
+        EXPECT_EQ(visited, 5001U);
+    }
+    unsigned int visited = 4999;
+    EXPECT_FALSE(Dir::FindFile("f0.txt", temp_.path().c_str(), true, visited).IsEmpty());
+    EXPECT_EQ(visited, 5000U) << "only a.TXT comes before it";
+    EXPECT_TRUE(Dir::FindFile("f0.txt", temp_.path().c_str(), true, visited).IsEmpty());
+    EXPECT_EQ(visited, 5001U);
+    visited = 6000;
+    EXPECT_FALSE(Dir::FindFile("a.TXT", temp_.path().c_str(), true, visited).IsEmpty())
+        << "the first one needs no count";
+    EXPECT_EQ(visited, 6000U);
+}
+
+TEST_F(DirFindFileTest, LinksToTheFolderItselfEndTheSearchAtOnce) {
+    fs::create_directory_symlink(temp_.path(), temp_ / "self 1");
+    fs::create_directory_symlink(".", temp_ / "self 2");
+    writeFile(temp_ / "z/other.txt", "");
+    unsigned int visited = 0;
+    EXPECT_TRUE(Dir::FindFile("x.txt", temp_.path().c_str(), true, visited).IsEmpty());
+    EXPECT_EQ(visited, 1U);
+}
+
+TEST_F(DirFindFileTest, LinksAreFollowed) {
+    const test::TempDir elsewhere;
+    writeFile(elsewhere / "x.txt", "");
+    fs::create_directory_symlink(elsewhere.path(), temp_ / "folder");
+    fs::create_symlink(elsewhere / "x.txt", temp_ / "y.txt");
+    EXPECT_EQ(find("x.txt", temp_.path()), temp_ / "folder/x.txt");
+    EXPECT_EQ(find("y.txt", temp_.path()), temp_ / "y.txt");
+}
+
+/// The search as it is promised, written down plainly.
+std::string findPlainly(const std::string& name, const std::string& folder, bool recursive, unsigned int& visited) {
+    const std::size_t dot = name.rfind('.');
+    const std::string filter = "*." + (dot == std::string::npos ? "" : name.substr(dot + 1));
+    Names fileNames, folderNames;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        const std::string entryName = entry.path().filename();
+        if (entry.is_regular_file() && matches(entryName, filter)) {
+            fileNames.push_back(entryName);
+        } else if (!entry.is_regular_file()) {
+            folderNames.push_back(entryName);
+        }
+    }
+    std::sort(fileNames.begin(), fileNames.end());
+    std::sort(folderNames.begin(), folderNames.end());
+    for (const std::string& file : fileNames) {
+        if (file == name) {
+            return folder + "/" + file;
+        }
+        if (++visited > 5000) {
+            return "";
+        }
+    }
+    for (const std::string& sub : recursive ? folderNames : Names()) {
+        const std::string found = findPlainly(name, folder + "/" + sub, true, visited);
+        if (!found.empty() || visited > 5000) {
+            return found;
+        }
+    }
+    return "";
+}
+
+void makeRandomTree(std::mt19937& random, const std::string& folder, int depth) {
+    const unsigned long entries = random() % 7;
+    for (unsigned long i = 0; i < entries; ++i) {
+        const std::string path = folder + "/" + randomName(random, "aA.", 4);
+        if (fs::exists(path)) {
+            continue;
+        }
+        if (depth > 0 && random() % 3 == 0) {
+            fs::create_directory(path);
+            makeRandomTree(random, path, depth - 1);
+        } else {
+            touch(path);
+        }
+    }
+}
+
+TEST_F(DirFindFileTest, RandomTreesGiveWhatThePlainSearchGives) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 1000; ++i) {
+        const std::string tree = temp_ / std::to_string(i);
+        fs::create_directory(tree);
+        makeRandomTree(random, tree, 3);
+        for (int attempt = 0; attempt < 5; ++attempt) {
+            const std::string name = randomName(random, "aA.", 4);
+            const bool recursive = attempt != 0;
+            const unsigned int start = random() % 3 == 0 ? 4995 + static_cast<unsigned int>(random() % 8) : 0;
+            unsigned int visited = start;
+            unsigned int expectedVisited = start;
+            const std::string expected = findPlainly(name, tree, recursive, expectedVisited);
+            const FilePath found = Dir::FindFile(name.c_str(), tree.c_str(), recursive, visited);
+            ASSERT_EQ(std::string(found.GetInternal().CStr()), expected) << tree << " " << name;
+            ASSERT_EQ(visited, expectedVisited) << tree << " " << name;
+        }
+    }
+}
+
+}  // namespace
