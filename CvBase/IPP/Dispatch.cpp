@@ -16,7 +16,7 @@ Kernels const* supportedKernels(Path path) {
         case Path::SSE2:
             return __builtin_cpu_supports("sse2") ? &SSE2_KERNELS : nullptr;
         case Path::AVX2:
-            return __builtin_cpu_supports("avx2") ? &AVX2_KERNELS : nullptr;
+            return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? &AVX2_KERNELS : nullptr;
         case Path::AVX512:
             return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") ? &AVX512_KERNELS : nullptr;
     }

@@ -73,13 +73,15 @@ void Convert(unsigned int n, float const* src, short* dst, int scale, bool round
 }
 
 void Convert(unsigned int n, float const* src, int* dst, int scale, bool round) {
-    if (scale == 0) {
+    auto const multiplier = powerOfTwo<float>(scale);
+    // From 2^31 on, inputs of full scale and beyond leave the range of 32 bits, and their answer is the same unclamped.
+    if (scale == 0 || multiplier >= 2147483648.0F) {
         auto const convert = round ? kernels().floatToIntRounded : kernels().floatToInt;
-        convert(n, src, dst, 1.0F);
-        return;
+        convert(n, src, dst, multiplier);
+    } else {
+        auto const convert = round ? kernels().clampedFloatToIntRounded : kernels().clampedFloatToInt;
+        convert(n, src, dst, multiplier);
     }
-    auto const convert = round ? kernels().clampedFloatToIntRounded : kernels().clampedFloatToInt;
-    convert(n, src, dst, powerOfTwo<float>(scale));
 }
 
 void Convert(unsigned int, float const*, unsigned char*, int, bool) {}

@@ -1,4 +1,5 @@
-// The vector loops with AVX2. Only this file is compiled for it, and only processors that have it come here.
+// The vector loops with AVX2 and FMA. Only this file is compiled for them, and only processors that have both come
+// here.
 
 #include <immintrin.h>
 
@@ -32,10 +33,9 @@ struct Avx2 {
     static Ints broadcast(std::uint64_t x) { return _mm256_set1_epi64x(static_cast<long long>(x)); }
     static Floats multiply(Floats a, Floats b) { return _mm256_mul_ps(a, b); }
     static Doubles multiply(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
-    static Floats add(Floats a, Floats b) { return _mm256_add_ps(a, b); }
-    /// 0.5 with the sign bit of x. That -0.0 gives -0.5 here does not show: the sum truncates to 0 either way.
+    static Floats multiplyAdd(Floats x, Floats multiplier, Floats y) { return _mm256_fmadd_ps(x, multiplier, y); }
     static Floats halfLike(Floats x) { return _mm256_or_ps(_mm256_and_ps(x, broadcast(-0.0F)), broadcast(0.5F)); }
-    /// Holds x to -1.0 .. 1.0. With x as the second operand a NaN stays.
+    /// With x as the second operand a NaN stays.
     static Floats clamp(Floats x) { return _mm256_min_ps(broadcast(1.0F), _mm256_max_ps(broadcast(-1.0F), x)); }
     static Floats toFloats(Ints x) { return _mm256_cvtepi32_ps(x); }
     static Ints truncate(Floats x) { return _mm256_cvttps_epi32(x); }

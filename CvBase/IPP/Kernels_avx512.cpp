@@ -35,13 +35,14 @@ struct Avx512 {
     static Ints broadcast(std::uint64_t x) { return _mm512_set1_epi64(static_cast<long long>(x)); }
     static Floats multiply(Floats a, Floats b) { return _mm512_mul_ps(a, b); }
     static Doubles multiply(Doubles a, Doubles b) { return _mm512_mul_pd(a, b); }
-    static Floats add(Floats a, Floats b) { return _mm512_add_ps(a, b); }
-    /// 0.5 with the sign bit of x. That -0.0 gives -0.5 here does not show: the sum truncates to 0 either way.
+    static Floats multiplyAdd(Floats x, Floats multiplier, Floats y) { return _mm512_fmadd_ps(x, multiplier, y); }
     static Floats halfLike(Floats x) {
-        Ints const sign = _mm512_and_si512(_mm512_castps_si512(x), _mm512_castps_si512(broadcast(-0.0F)));
-        return _mm512_castsi512_ps(_mm512_or_si512(sign, _mm512_castps_si512(broadcast(0.5F))));
+        constexpr int BITS_OF_X_WHERE_MASKED = 0xCA;
+        return _mm512_castsi512_ps(_mm512_ternarylogic_epi32(_mm512_set1_epi32(INT32_MIN), _mm512_castps_si512(x),
+                                                             _mm512_castps_si512(broadcast(0.5F)),
+                                                             BITS_OF_X_WHERE_MASKED));
     }
-    /// Holds x to -1.0 .. 1.0. With x as the second operand a NaN stays.
+    /// With x as the second operand a NaN stays.
     static Floats clamp(Floats x) { return _mm512_min_ps(broadcast(1.0F), _mm512_max_ps(broadcast(-1.0F), x)); }
     static Floats toFloats(Ints x) { return _mm512_cvtepi32_ps(x); }
     static Ints truncate(Floats x) { return _mm512_cvttps_epi32(x); }

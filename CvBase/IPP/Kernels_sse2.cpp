@@ -33,10 +33,11 @@ struct Sse2 {
     static Ints broadcast(std::uint64_t x) { return _mm_set1_epi64x(static_cast<long long>(x)); }
     static Floats multiply(Floats a, Floats b) { return _mm_mul_ps(a, b); }
     static Doubles multiply(Doubles a, Doubles b) { return _mm_mul_pd(a, b); }
-    static Floats add(Floats a, Floats b) { return _mm_add_ps(a, b); }
-    /// 0.5 with the sign bit of x. That -0.0 gives -0.5 here does not show: the sum truncates to 0 either way.
+    static Floats multiplyAdd(Floats x, Floats multiplier, Floats y) {
+        return _mm_add_ps(_mm_mul_ps(x, multiplier), y);
+    }
     static Floats halfLike(Floats x) { return _mm_or_ps(_mm_and_ps(x, broadcast(-0.0F)), broadcast(0.5F)); }
-    /// Holds x to -1.0 .. 1.0. With x as the second operand a NaN stays.
+    /// With x as the second operand a NaN stays.
     static Floats clamp(Floats x) { return _mm_min_ps(broadcast(1.0F), _mm_max_ps(broadcast(-1.0F), x)); }
     static Floats toFloats(Ints x) { return _mm_cvtepi32_ps(x); }
     static Ints truncate(Floats x) { return _mm_cvttps_epi32(x); }

@@ -13,7 +13,10 @@
 /// (`widenBytes`,
 ///   `widenShorts`) or of doubles (`widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats`), and `narrowDoubles`,
 ///   which makes a vector of floats from two of doubles;
-/// - arithmetic: `broadcast`, `multiply`, `add`, `halfLike`, `clamp`, `toFloats`, `truncate`, `packShorts`;
+/// - arithmetic: `broadcast`, `multiply`, `halfLike` (0.5 with the sign bit of x), `clamp` (to -1.0 .. 1.0, where a NaN
+/// stays),
+///   `toFloats`, `truncate`, `packShorts`, and `multiplyAdd`, which may round once: the multiplier is a power of two,
+///   so that the product is exact, or so small that the half added to it does not notice its rounding;
 /// - `store` (no alignment needed), `stream` (aligned, past the caches), `fence` after streaming;
 /// - `sameBytes` and `sameBytes4`: whether one or four vectors of memory agree.
 ///
@@ -81,14 +84,20 @@ struct Block<Isa, DoubleToFloat> {
     auto operator()(double const* src) const { return Isa::narrowDoubles(src); }
 };
 
+/// The sign of x serves for that of the product too: to 32 bits the multiplier is never negative. And -0.0, whose half
+/// is -0.5 here, gives 0 either way.
+template <typename Isa, bool rounded>
+[[gnu::always_inline]] inline typename Isa::Ints scaledAndTruncated(typename Isa::Floats x,
+                                                                    typename Isa::Floats multiplier) {
+    return Isa::truncate(rounded ? Isa::multiplyAdd(x, multiplier, Isa::halfLike(x)) : Isa::multiply(x, multiplier));
+}
+
 template <typename Isa, bool rounded>
 struct Block<Isa, FloatToShort<rounded>> {
     explicit Block(FloatToShort<rounded> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
     auto operator()(float const* src) const { return Isa::packShorts(scaled(src), scaled(src + Isa::LANES)); }
     typename Isa::Ints scaled(float const* src) const {
-        typename Isa::Floats const x = Isa::loadFloats(src);
-        typename Isa::Floats const product = Isa::multiply(x, multiplier);
-        return Isa::truncate(rounded ? Isa::add(product, Isa::halfLike(x)) : product);
+        return scaledAndTruncated<Isa, rounded>(Isa::loadFloats(src), multiplier);
     }
     typename Isa::Floats multiplier;
 };
@@ -98,39 +107,51 @@ struct Block<Isa, FloatToInt<rounded, clamped>> {
     explicit Block(FloatToInt<rounded, clamped> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
     auto operator()(float const* src) const {
         typename Isa::Floats const x = Isa::loadFloats(src);
-        typename Isa::Floats const product = Isa::multiply(clamped ? Isa::clamp(x) : x, multiplier);
-        return Isa::truncate(rounded ? Isa::add(product, Isa::halfLike(product)) : product);
+        return scaledAndTruncated<Isa, rounded>(clamped ? Isa::clamp(x) : x, multiplier);
     }
     typename Isa::Floats multiplier;
 };
+
+/// Asks for the `size` bytes that come some way after `address`, past the end of the array too: that is no access.
+template <std::size_t size>
+[[gnu::always_inline]] inline void prefetch(void const* address) {
+    constexpr std::uintptr_t AHEAD = 1024;
+    for (std::uintptr_t at = 0; at < size; at += LINE) {
+        __builtin_prefetch(reinterpret_cast<void const*>(reinterpret_cast<std::uintptr_t>(address) + AHEAD + at), 0, 0);
+    }
+}
 
 /// The bytes from `address` to the next multiple of `alignment`.
 inline std::size_t bytesToAlignment(void const* address, std::size_t alignment) {
     return (std::size_t{0} - reinterpret_cast<std::uintptr_t>(address)) & (alignment - 1);
 }
 
+/// Converts whole lines of an aligned destination with stores past the caches; gives the number of elements converted.
 template <typename Isa, typename Operation>
-void convertAll(Operation const& operation, std::size_t n, typename Operation::Source const* src,
-                typename Operation::Result* dst) {
-    using Result = typename Operation::Result;
-    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(Result);
-    constexpr std::size_t COUNT_IN_LINE = LINE / sizeof(Result);
-    Block<Isa, Operation> const block(operation);
+[[gnu::always_inline]] inline std::size_t streamLines(Block<Isa, Operation> const& block, std::size_t n,
+                                                      typename Operation::Source const* src,
+                                                      typename Operation::Result* dst) {
+    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(typename Operation::Result);
+    constexpr std::size_t COUNT_IN_LINE = LINE / sizeof(typename Operation::Result);
     std::size_t done = 0;
-
-    std::size_t const misalignment = bytesToAlignment(dst, LINE);
-    if (n >= ALIGNING_BYTES / sizeof(Result) && misalignment % sizeof(Result) == 0) {
-        done = misalignment / sizeof(Result);
-        convertEach(operation, done, src, dst);
-        if (n >= STREAMING_BYTES / (sizeof(typename Operation::Source) + sizeof(Result))) {
-            for (; n - done >= COUNT_IN_LINE; done += COUNT_IN_LINE) {
-                for (std::size_t i = 0; i < COUNT_IN_LINE; i += COUNT) {
-                    Isa::stream(dst + done + i, block(src + done + i));
-                }
-            }
-            Isa::fence();
+    for (; n - done >= COUNT_IN_LINE; done += COUNT_IN_LINE) {
+        prefetch<COUNT_IN_LINE * sizeof(typename Operation::Source)>(src + done);
+        for (std::size_t i = 0; i < COUNT_IN_LINE; i += COUNT) {
+            Isa::stream(dst + done + i, block(src + done + i));
         }
     }
+    Isa::fence();
+    return done;
+}
+
+/// Converts whole vectors; gives the number of elements converted. All of a step is read before any of it is stored, so
+/// that the destination may be the source.
+template <typename Isa, typename Operation>
+[[gnu::always_inline]] inline std::size_t storeVectors(Block<Isa, Operation> const& block, std::size_t n,
+                                                       typename Operation::Source const* src,
+                                                       typename Operation::Result* dst) {
+    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(typename Operation::Result);
+    std::size_t done = 0;
     for (; n - done >= 4 * COUNT; done += 4 * COUNT) {
         auto const first = block(src + done);
         auto const second = block(src + done + COUNT);
@@ -144,6 +165,24 @@ void convertAll(Operation const& operation, std::size_t n, typename Operation::S
     for (; n - done >= COUNT; done += COUNT) {
         Isa::store(dst + done, block(src + done));
     }
+    return done;
+}
+
+template <typename Isa, typename Operation>
+void convertAll(Operation const& operation, std::size_t n, typename Operation::Source const* src,
+                typename Operation::Result* dst) {
+    using Result = typename Operation::Result;
+    Block<Isa, Operation> const block(operation);
+    std::size_t const misalignment = bytesToAlignment(dst, LINE);
+    std::size_t done = 0;
+    if (n >= ALIGNING_BYTES / sizeof(Result) && misalignment % sizeof(Result) == 0) {
+        done = misalignment / sizeof(Result);
+        convertEach(operation, done, src, dst);
+        if (n >= STREAMING_BYTES / (sizeof(typename Operation::Source) + sizeof(Result))) {
+            done += streamLines(block, n - done, src + done, dst + done);
+        }
+    }
+    done += storeVectors(block, n - done, src + done, dst + done);
     convertEach(operation, n - done, src + done, dst + done);
 }
 
