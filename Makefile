@@ -22,6 +22,13 @@ run: build
 test: build
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
+bench:
+	@tools/install-deps bench
+	@mkdir -p build
+	@cmake --preset bench
+	@cmake --build --preset bench
+	@tools/run-benchmarks build/bench
+
 docs:
 	@tools/install-deps docs
 	@mkdir -p build

@@ -1,0 +1,85 @@
+// Copying, moving, filling and comparing, beside the C library's own block operations.
+
+#include <algorithm>
+#include <cstring>
+
+#include "CvBase/IPP/IPP_util_mac.h"
+#include "benchmarks/support/Buffers.h"
+#include "benchmarks/support/Main.h"
+
+namespace {
+
+using bench::add;
+using bench::destinationOf;
+using bench::source;
+using Byte = unsigned char;
+
+std::string workName(std::string const& name, std::size_t n) {
+    return "IPP/" + name + "/" + std::to_string(n);
+}
+
+void addCopying(std::size_t n) {
+    auto const count = static_cast<unsigned int>(n);
+    std::size_t const size = n * sizeof(float);
+    auto const correct = [size] { return std::memcmp(destinationOf<float>(), source<float>(), size) == 0; };
+    add(workName("copy", n),
+        {"CvBase", [count] { IPP::Copy(count, source<float>(), destinationOf<float>()); }, correct, {}});
+    add(workName("copy", n),
+        {"memcpy", [size] { std::memcpy(destinationOf<float>(), source<float>(), size); }, correct, {}});
+    add(workName("move", n),
+        {"CvBase", [count] { IPP::Move(count, source<float>(), destinationOf<float>()); }, correct, {}});
+    add(workName("move", n),
+        {"memmove", [size] { std::memmove(destinationOf<float>(), source<float>(), size); }, correct, {}});
+}
+
+template <typename T>
+void addSetting(std::string const& name, std::size_t n, T value) {
+    auto const count = static_cast<unsigned int>(n);
+    std::size_t const size = n * sizeof(T);
+    add(workName(name, n), {"CvBase",
+                            [count, value] { IPP::Set(count, destinationOf<T>(), value); },
+                            [n, value] {
+                                T const* const dst = destinationOf<T>();
+                                return std::all_of(dst, dst + n, [value](T element) { return element == value; });
+                            },
+                            {}});
+    add(workName(name, n), {"memset",
+                            [size] { std::memset(destinationOf<T>(), 0x5A, size); },
+                            [size] { return destinationOf<Byte>()[size - 1] == 0x5A; },
+                            {}});
+}
+
+void addZeroing(std::size_t n) {
+    auto const count = static_cast<unsigned int>(n);
+    std::size_t const size = n * sizeof(double);
+    auto const correct = [n] { return destinationOf<double>()[0] == 0.0 && destinationOf<double>()[n - 1] == 0.0; };
+    add(workName("zero", n), {"CvBase", [count] { IPP::Zero(count, destinationOf<double>()); }, correct, {}});
+    add(workName("zero", n), {"memset", [size] { std::memset(destinationOf<double>(), 0, size); }, correct, {}});
+}
+
+void addComparing(std::size_t n) {
+    static bool same = false;
+    auto const prepare = [n] { std::memcpy(destinationOf<Byte>(), source<Byte>(), n); };
+    auto const correct = [] { return same; };
+    add(workName("equal", n),
+        {"CvBase", [n] { same = IPP::Equal(static_cast<unsigned int>(n), source<Byte>(), destinationOf<Byte>()); },
+         correct, prepare});
+    add(workName("equal", n),
+        {"memcmp", [n] { same = std::memcmp(source<Byte>(), destinationOf<Byte>(), n) == 0; }, correct, prepare});
+}
+
+[[maybe_unused]] bool const added = [] {
+    for (std::size_t const n : {bench::IN_CACHE, bench::IN_MEMORY}) {
+        addCopying(n);
+        addZeroing(n);
+        addSetting<Byte>("set-byte", n, 0x5A);
+        addSetting<short>("set-short", n, 0x1234);
+        addSetting<int>("set-int", n, 0x12345678);
+        addSetting<float>("set-float", n, 0.1F);
+        addSetting<double>("set-double", n, 0.1);
+        addComparing(n);
+    }
+    return true;
+}();
+
+}  // namespace

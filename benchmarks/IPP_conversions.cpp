@@ -1,0 +1,86 @@
+// Every sample conversion, in cache and from memory, beside other libraries and a copy of as many bytes.
+
+#include <cmath>
+#include <cstring>
+
+#include "CvBase/IPP/IPP_util_mac.h"
+#include "benchmarks/IPP_peers.h"
+#include "benchmarks/support/Buffers.h"
+#include "benchmarks/support/Main.h"
+#include "benchmarks/support/VectorCopy.h"
+
+namespace {
+
+using bench::add;
+using bench::destinationOf;
+using bench::source;
+
+/// Whether each result is the source times `factor`, give or take one step of an integer and a float's precision.
+template <typename From, typename To>
+bool isScaled(std::size_t n, double factor) {
+    From const* const src = source<From>();
+    To const* const dst = destinationOf<To>();
+    for (std::size_t i = 0; i < n; ++i) {
+        double const wanted = static_cast<double>(src[i]) * factor;
+        double const step = std::is_integral_v<To> ? 1.0 : 0.0;
+        if (!(std::abs(static_cast<double>(dst[i]) - wanted) <= step + std::abs(wanted) * 1e-6)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <typename From, typename To, typename Convert>
+void addConversion(std::string const& name, double factor, Convert convert) {
+    for (std::size_t const n : {bench::IN_CACHE, bench::IN_MEMORY}) {
+        std::string const work = "IPP/" + name + "/" + std::to_string(n);
+        auto const correct = [n, factor] { return isScaled<From, To>(n, factor); };
+        add(work, {"CvBase",
+                   [n, convert] { convert(static_cast<unsigned int>(n), source<From>(), destinationOf<To>()); },
+                   correct,
+                   {}});
+        for (auto const& peer : bench::peerConversions<From, To>()) {
+            add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(), destinationOf<To>()); }, correct, {}});
+        }
+        auto const copy = n == bench::IN_CACHE ? bench::vectorCopy : bench::streamingCopy;
+        add(work, {"copy",
+                   [n, copy] { copy(source<From>(), n * sizeof(From), destinationOf<To>(), n * sizeof(To)); },
+                   [] { return true; },
+                   {}});
+    }
+}
+
+template <typename To>
+void addRounding(std::string const& name, double factor, int scale) {
+    for (bool const round : {false, true}) {
+        addConversion<float, To>(
+            name + (round ? "-rounded" : "-truncated"), factor,
+            [scale, round](unsigned int n, float const* src, To* dst) { IPP::Convert(n, src, dst, scale, round); });
+    }
+}
+
+template <typename From, typename To>
+void addPlain(std::string const& name) {
+    addConversion<From, To>(name, 1.0, [](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst); });
+}
+
+template <typename From, typename To>
+void addScaled(std::string const& name, int scale) {
+    addConversion<From, To>(name, std::ldexp(1.0, -scale),
+                            [scale](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst, scale); });
+}
+
+[[maybe_unused]] bool const added = [] {
+    addPlain<unsigned char, float>("byte-to-float");
+    addScaled<short, float>("short-to-float", 15);
+    addScaled<short, double>("short-to-double", 15);
+    addScaled<int, float>("int-to-float", 31);
+    addScaled<int, double>("int-to-double", 31);
+    addRounding<short>("float-to-short", 32768.0, -15);
+    addRounding<int>("float-to-int", 2147483648.0, -31);
+    addPlain<float, double>("float-to-double");
+    addPlain<double, float>("double-to-float");
+    return true;
+}();
+
+}  // namespace

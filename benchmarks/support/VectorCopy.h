@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+
+/// Copies with the widest vectors that the processor has: what a conversion would take if converting cost nothing. The
+/// two sizes may differ: all of the source is read, and what is written is made of it.
+namespace bench {
+
+/// `readSize` is `writeSize`, or 2, 4 or a half, a quarter of it; both are multiples of 512 bytes, and the memory is
+/// aligned to 64 bytes.
+void vectorCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize);
+
+/// The same with stores that go past the caches.
+void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize);
+
+}  // namespace bench
