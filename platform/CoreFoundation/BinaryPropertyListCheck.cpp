@@ -75,9 +75,6 @@ private:
         if (index >= objectCount_) {
             return malformed("it refers to an object that it does not hold");
         }
-        if (depth > MAX_DEPTH) {
-            return unsupported("it is nested too deeply");
-        }
         const std::uint64_t position = numberAt(table_ + index * offsetSize_, offsetSize_);
         if (position < HEADER_SIZE || position >= table_) {
             return malformed("an object lies outside");
@@ -188,6 +185,9 @@ private:
     }
 
     bool checkItems(std::uint64_t position, std::uint64_t count, unsigned depth) {
+        if (depth == MAX_DEPTH) {
+            return unsupported("it is nested too deeply");
+        }
         for (std::uint64_t i = 0; i < count; ++i) {
             if (!checkObject(numberAt(position + i * referenceSize_, referenceSize_), depth + 1)) {
                 return false;

@@ -135,11 +135,11 @@ private:
     /// Temporary files are made under the lock that is held now, so their makers are dead.
     void removeLeftovers() {
         const int fd = openat(folder_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(fd), closedir);
-        if (entries == nullptr) {
+        if (fd < 0) {
             fail(location_.folder, errno);
         }
-        while (const dirent* entry = readdir(entries.get())) {
+        const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(fd), closedir);
+        while (const dirent* entry = entries != nullptr ? readdir(entries.get()) : nullptr) {
             if (isTemporaryName(entry->d_name)) {
                 unlinkat(folder_.get(), entry->d_name, 0);
             }
@@ -200,6 +200,9 @@ private:
     }
 
     void store(const std::string& bytes) {
+        if (const plist::Parsed again = plist::parse(bytes); again.root == nullptr) {
+            throw PreferenceFault{path_, "it could not be read again: " + again.reason};
+        }
         const std::string temporary = randomName(path_);
         try {
             writeTemporary(temporary, bytes);

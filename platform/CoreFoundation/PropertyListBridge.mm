@@ -95,9 +95,6 @@ Tree fromString(NSString* string, std::string& reason) {
 }
 
 Tree fromObject(id value, unsigned depth, std::string& reason) {
-    if (depth > MAX_DEPTH) {
-        return refuse(reason, "it is nested too deeply");
-    }
     if ([value isKindOfClass:[NSString class]]) {
         return fromString(value, reason);
     }
@@ -111,19 +108,20 @@ Tree fromObject(id value, unsigned depth, std::string& reason) {
     if ([value isKindOfClass:[NSData class]]) {
         return Tree(plist_new_data(static_cast<const char*>([value bytes]), [value length]));
     }
-    if ([value isKindOfClass:[NSArray class]]) {
-        return fromArray(value, depth, reason);
+    const bool isArray = [value isKindOfClass:[NSArray class]];
+    if (!isArray && ![value isKindOfClass:[NSDictionary class]]) {
+        return refuse(reason, "it is no property list");
     }
-    if ([value isKindOfClass:[NSDictionary class]]) {
-        return fromDictionary(value, depth, reason);
+    if (depth == MAX_DEPTH) {
+        return refuse(reason, "it is nested too deeply");
     }
-    return refuse(reason, "it is no property list");
+    return isArray ? fromArray(value, depth, reason) : fromDictionary(value, depth, reason);
 }
 
 id newInteger(plist_t node) {
     const Integer value = integerOf(node);
     return value.negative ? [[NSNumber alloc] initWithLongLong:static_cast<long long>(value.bits)]
-                            : [[NSNumber alloc] initWithUnsignedLongLong:value.bits];
+                          : [[NSNumber alloc] initWithUnsignedLongLong:value.bits];
 }
 
 id newObject(plist_t node);
@@ -211,7 +209,7 @@ id newObject(plist_t node) {
 }  // namespace
 
 Tree fromReference(CFPropertyListRef value, std::string& reason) {
-    return fromObject(object(value), 0, reason);
+    return fromObject(object(value), 1, reason);
 }
 
 CFPropertyListRef createReference(plist_t node) {
