@@ -1,6 +1,7 @@
 #include "benchmarks/support/Main.h"
 
 #include <fstream>
+#include <memory>
 #include <utility>
 
 #include "CvBase/IPP/Dispatch.h"
@@ -41,6 +42,15 @@ void add(std::string const& work, Subject subject) {
         }
     };
     benchmark::RegisterBenchmark(name.c_str(), run);
+}
+
+void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
+                  std::uint64_t wanted) {
+    auto const answer = std::make_shared<std::uint64_t>();
+    add(work, {name,
+               [body = std::move(body), answer] { *answer = body(); },
+               [answer, wanted] { return *answer == wanted; },
+               {}});
 }
 
 }  // namespace bench

@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -21,5 +22,9 @@ struct Subject {
 /// Adds the benchmark `work`/`subject.name`. Its answer is checked once before anything is measured; a wrong one ends
 /// it with an error. The table compares the subjects of one work.
 void add(std::string const& work, Subject subject);
+
+/// The same for a body that gives a number made of all its results, which must be `wanted`.
+void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
+                  std::uint64_t wanted);
 
 }  // namespace bench

@@ -1,0 +1,284 @@
+// Copying, appending, searching, splitting, joining and replacing text.
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "CvBase/common/common_string.h"
+#include "benchmarks/support/Main.h"
+
+#if CV_PEER_QT
+#include <QByteArray>
+#include <QByteArrayList>
+#include <QString>
+#include <QVector>
+#endif
+#if CV_PEER_ABSEIL
+#include <absl/strings/ascii.h>
+#include <absl/strings/str_join.h>
+#include <absl/strings/str_replace.h>
+#include <absl/strings/str_split.h>
+#endif
+#if CV_PEER_FMT
+#include <fmt/format.h>
+#endif
+
+namespace {
+
+using bench::addAnswering;
+
+constexpr unsigned int FIELDS = 1000;
+constexpr char SEPARATOR = ',';
+
+std::string makeField(unsigned int i) {
+    return "Field number " + std::to_string(i * 7919U);
+}
+
+/// FIELDS fields with commas between them, about 18 KB.
+std::string const& line() {
+    static std::string const made = [] {
+        std::string text = makeField(0);
+        for (unsigned int i = 1; i < FIELDS; ++i) {
+            text += SEPARATOR + makeField(i);
+        }
+        return text;
+    }();
+    return made;
+}
+
+template <typename T>
+std::vector<T> makeFields() {
+    std::vector<T> fields;
+    for (unsigned int i = 0; i < FIELDS; ++i) {
+        fields.push_back(T(makeField(i).c_str()));
+    }
+    return fields;
+}
+
+std::size_t lengthOf(String const& text) {
+    return text.Length();
+}
+std::size_t lengthOf(std::string_view text) {
+    return text.size();
+}
+#if CV_PEER_QT
+std::size_t lengthOf(QByteArray const& text) {
+    return static_cast<std::size_t>(text.size());
+}
+std::size_t lengthOf(QString const& text) {
+    return static_cast<std::size_t>(text.size());
+}
+#endif
+
+template <typename Texts>
+std::uint64_t totalLength(Texts const& texts) {
+    std::uint64_t total = 0;
+    for (auto const& text : texts) {
+        total += lengthOf(text);
+    }
+    return total;
+}
+
+std::uint64_t fieldsLength() {
+    return line().size() - (FIELDS - 1);
+}
+
+template <typename T>
+void addCopying(std::string const& name) {
+    addAnswering(
+        "Text/copy-1000-texts", name, [fields = makeFields<T>()] { return totalLength(std::vector<T>(fields)); },
+        fieldsLength());
+}
+
+template <typename T>
+void addAppending(std::string const& name) {
+    addAnswering(
+        "Text/append-1000-pieces", name,
+        [fields = makeFields<T>()] {
+            T all = fields[0];
+            for (unsigned int i = 1; i < FIELDS; ++i) {
+                all += fields[i];
+            }
+            return lengthOf(all);
+        },
+        fieldsLength());
+}
+
+template <typename T, typename Find>
+void addFinding(std::string const& work, std::string const& name, std::size_t wanted, Find find) {
+    addAnswering(
+        "Text/" + work, name, [text = T(line().c_str()), find] { return static_cast<std::uint64_t>(find(text)); },
+        wanted);
+}
+
+void addFindings() {
+    // The last field, and a byte that comes nowhere: the whole line is read.
+    std::string const last = makeField(FIELDS - 1);
+    std::size_t const at = line().size() - last.size();
+    addFinding<String>("find-text", "CvBase", at,
+                       [last](String const& text) { return text.Find(last.c_str()).Value(); });
+    addFinding<std::string>("find-text", "std::string", at,
+                            [last](std::string const& text) { return text.find(last); });
+    addFinding<String>("find-byte", "CvBase", 0, [](String const& text) { return text.Find('~').IsSet(); });
+    addFinding<std::string>("find-byte", "std::string", 0,
+                            [](std::string const& text) { return text.find('~') != std::string::npos; });
+#if CV_PEER_QT
+    addFinding<QByteArray>("find-text", "QByteArray", at,
+                           [last](QByteArray const& text) { return text.indexOf(last.c_str()); });
+    addFinding<QByteArray>("find-byte", "QByteArray", 0, [](QByteArray const& text) { return text.contains('~'); });
+    addFinding<QString>("find-text", "QString", at,
+                        [needle = QString(last.c_str())](QString const& text) { return text.indexOf(needle); });
+#endif
+}
+
+std::uint64_t splitByHand(std::string const& text) {
+    std::vector<std::string> fields;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find(SEPARATOR, start)) != std::string::npos; start = end + 1) {
+        fields.push_back(text.substr(start, end - start));
+    }
+    fields.push_back(text.substr(start));
+    return totalLength(fields);
+}
+
+void addSplitting() {
+    std::string const work = "Text/split-1000-fields";
+    addAnswering(
+        work, "CvBase",
+        [text = String(line().c_str())] {
+            std::vector<String> fields;
+            text.Split(SEPARATOR, fields);
+            return totalLength(fields);
+        },
+        fieldsLength());
+    addAnswering(
+        work, "std::string", [] { return splitByHand(line()); }, fieldsLength());
+#if CV_PEER_QT
+    addAnswering(
+        work, "QByteArray", [text = QByteArray(line().c_str())] { return totalLength(text.split(SEPARATOR)); },
+        fieldsLength());
+#endif
+#if CV_PEER_ABSEIL
+    addAnswering(
+        work, "Abseil",
+        [] {
+            std::vector<std::string> const fields = absl::StrSplit(line(), SEPARATOR);
+            return totalLength(fields);
+        },
+        fieldsLength());
+#endif
+}
+
+void addJoining() {
+    std::string const work = "Text/join-1000-fields";
+    addAnswering(
+        work, "CvBase", [fields = makeFields<String>()] { return String::Join(",", fields).Length(); }, line().size());
+#if CV_PEER_QT
+    auto const made = makeFields<QByteArray>();
+    addAnswering(
+        work, "QByteArray", [fields = QByteArrayList(made.begin(), made.end())] { return lengthOf(fields.join(',')); },
+        line().size());
+#endif
+#if CV_PEER_ABSEIL
+    addAnswering(
+        work, "Abseil", [fields = makeFields<std::string>()] { return absl::StrJoin(fields, ",").size(); },
+        line().size());
+#endif
+#if CV_PEER_FMT
+    addAnswering(
+        work, "fmt", [fields = makeFields<std::string>()] { return fmt::format("{}", fmt::join(fields, ",")).size(); },
+        line().size());
+#endif
+}
+
+std::uint64_t replaceByHand(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text.size();
+}
+
+void addReplacing() {
+    std::string const work = "Text/replace-1000-places";
+    std::size_t const wanted = line().size() - FIELDS * 2;  // "number" becomes "no. "
+    addAnswering(
+        work, "CvBase", [text = String(line().c_str())] { return text.Replace("number", "no. ").Length(); }, wanted);
+    addAnswering(
+        work, "std::string", [] { return replaceByHand(line(), "number", "no. "); }, wanted);
+#if CV_PEER_QT
+    addAnswering(
+        work, "QByteArray",
+        [text = QByteArray(line().c_str())] {
+            QByteArray changed = text;
+            return lengthOf(changed.replace("number", "no. "));
+        },
+        wanted);
+#endif
+#if CV_PEER_ABSEIL
+    addAnswering(
+        work, "Abseil",
+        [] {
+            return absl::StrReplaceAll(line(), {{"number", "no. "}}).size();
+        },
+        wanted);
+#endif
+}
+
+void addUpperCase() {
+    std::string const work = "Text/to-upper-18-KB";
+    addAnswering(
+        work, "CvBase", [text = String(line().c_str())] { return text.ToUpper().BeginsWith("FIELD NUMBER 0"); }, 1);
+    addAnswering(
+        work, "std::string",
+        [] {
+            std::string text = line();
+            std::transform(text.begin(), text.end(), text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+            return text.compare(0, 5, "FIELD") == 0;
+        },
+        1);
+#if CV_PEER_QT
+    addAnswering(
+        work, "QByteArray", [text = QByteArray(line().c_str())] { return text.toUpper().startsWith("FIELD"); }, 1);
+#endif
+#if CV_PEER_ABSEIL
+    addAnswering(
+        work, "Abseil", [] { return absl::AsciiStrToUpper(line()).compare(0, 5, "FIELD") == 0; }, 1);
+#endif
+}
+
+void addUtf16() {
+    std::string const work = "Text/utf16-there-and-back";
+    addAnswering(
+        work, "CvBase", [text = String(line().c_str())] { return String(text.Unicode().get()).Length(); },
+        line().size());
+#if CV_PEER_QT
+    addAnswering(
+        work, "QString", [text = QByteArray(line().c_str())] { return lengthOf(QString::fromUtf8(text).toUtf8()); },
+        line().size());
+#endif
+}
+
+[[maybe_unused]] bool const added = [] {
+    addCopying<String>("CvBase");
+    addCopying<std::string>("std::string");
+    addAppending<String>("CvBase");
+    addAppending<std::string>("std::string");
+#if CV_PEER_QT
+    addCopying<QByteArray>("QByteArray");
+    addCopying<QString>("QString");
+    addAppending<QByteArray>("QByteArray");
+    addAppending<QString>("QString");
+#endif
+    addFindings();
+    addSplitting();
+    addJoining();
+    addReplacing();
+    addUpperCase();
+    addUtf16();
+    return true;
+}();
+
+}  // namespace
