@@ -67,7 +67,9 @@ std::string probeWithSystemSeparator(std::string const& locale, std::string cons
         test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / locale});
     EXPECT_EQ(made.exitStatus, 1) << made.err;  // with warnings: it has this one category
     arguments.insert(arguments.begin(), "--setlocale");
-    return probe({{"LC_ALL", locale}, {"LOCPATH", folder.path()}}, std::move(arguments));
+    // setlocale itself loses the few bytes that it copies of LOCPATH.
+    return probe({{"LC_ALL", locale}, {"LOCPATH", folder.path()}, {"ASAN_OPTIONS", "detect_leaks=0"}},
+                 std::move(arguments));
 }
 
 TEST(SystemSeparator, AsACommaReadsAndWritesAllSeparators) {
