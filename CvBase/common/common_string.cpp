@@ -64,10 +64,10 @@ void String::Truncate(unsigned int length) {
     }
 }
 
+String::String(std::string* text) : text_(text) {}
+
 String String::fromBytes(std::string bytes) {
-    String text;
-    text.install(std::move(bytes));
-    return text;
+    return String(new std::string(std::move(bytes)));
 }
 
 void String::install(std::string bytes) {

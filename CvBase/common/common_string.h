@@ -265,6 +265,9 @@ public:
     /// @}
 
 private:
+    /// Takes over `text`, which is new.
+    explicit String(std::string* text);
+
     /// A new text with these bytes.
     static String fromBytes(std::string bytes);
 

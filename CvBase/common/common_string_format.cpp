@@ -14,6 +14,8 @@ namespace {
 
 using Width = checked_value<unsigned int>;
 
+constexpr unsigned int PLACEHOLDER_LENGTH = 2;  // '%' and a digit
+
 /// `digits` with zeros in front up to `width`.
 std::string padded(std::string_view digits, Width const& width) {
     std::string text;
@@ -141,7 +143,16 @@ String String::Arg(String const& value) const {
     if (!placeholder.IsSet()) {
         return *this + value;
     }
-    return Left(placeholder.Value()) + value + Mid(placeholder.Value() + 2);
+    const std::string_view bytes = bytesOf(*this);
+    if (bytes.size() == PLACEHOLDER_LENGTH && !value.IsEmpty()) {
+        return value;
+    }
+    std::string filled;
+    filled.reserve(bytes.size() - PLACEHOLDER_LENGTH + value.Length());
+    filled.append(bytes, 0, placeholder.Value());
+    filled.append(bytesOf(value));
+    filled.append(bytes, placeholder.Value() + PLACEHOLDER_LENGTH);
+    return fromBytes(std::move(filled));
 }
 
 String String::Arg(char const* s) const {

@@ -16,11 +16,18 @@ static_assert(std::numeric_limits<float>::is_iec559, "a double beyond the range 
 
 namespace {
 
+constexpr unsigned int LONGEST_PLAIN = 100000;  // bytes, of which no more units of UTF-16 can come
+
 /// The first byte of the decimal separator that strtod reads now; unset when the C library has none. It is the text
 /// that localeconv() has too, which may not be called on two threads at once.
 checked_value<char> systemDecimalPoint() {
     char const* const text = nl_langinfo(RADIXCHAR);
     return text != nullptr && *text != '\0' ? checked_value<char>(*text) : checked_value<char>();
+}
+
+/// Whether no character of a number can be the user's decimal separator as well.
+bool isUsersPointUsual() {
+    return g_chDecimalPoint == '.' || g_chDecimalPoint == ',';
 }
 
 bool isAscii(char c) {
@@ -82,9 +89,9 @@ String normalizeNumberString(String const& text) {
 /// The value of a digit in `base`, -1 when `c` is none.
 int digitValue(char c, unsigned int base) {
     const int byte = static_cast<signed char>(c);
-    if (Char(c).IsDigit()) {
-        const int value = byte - '0';
-        return static_cast<unsigned int>(value) < base ? value : -1;
+    const unsigned int decimal = static_cast<unsigned int>(byte) - '0';
+    if (decimal < 10) {
+        return decimal < base ? static_cast<int>(decimal) : -1;
     }
     if (base < 11) {
         return -1;
@@ -98,65 +105,68 @@ int digitValue(char c, unsigned int base) {
     return -1;
 }
 
+/// A sign, if there is one that the type takes, and digits.
 template <typename T>
 struct Scanned {
     T magnitude = 0;
     bool isNegative = false;
+    bool isNumber = false;      ///< there are digits, and T is large enough
+    char const* end = nullptr;  ///< behind the last digit
 };
 
-/// A whole text that is a number: white space, a sign, digits, white space. Unset for any other and when T is too
-/// small.
+/// Scans a number at `p`, before the NUL that ends the text. Part of its callers, so that base 10 has a loop of its
+/// own.
 template <typename T>
-checked_value<Scanned<T>> scanInteger(std::string_view text, unsigned int base, bool takesMinus) {
-    const auto isWhiteSpace = [](char c) { return Char(c).IsWhiteSpace(); };
-    auto p = std::find_if_not(text.begin(), text.end(), isWhiteSpace);
+[[gnu::always_inline]] inline Scanned<T> scanInteger(char const* p, unsigned int base, bool takesMinus) {
     Scanned<T> number;
-    if (p != text.end() && (*p == '+' || (*p == '-' && takesMinus))) {
-        number.isNegative = *p++ == '-';
-    }
-    const auto firstDigit = p;
-    for (int digit; p != text.end() && (digit = digitValue(*p, base)) >= 0; ++p) {
+    number.isNegative = takesMinus && *p == '-';
+    p += static_cast<int>(number.isNegative) | static_cast<int>(*p == '+');  // no branch: signs are hard to foresee
+    char const* const firstDigit = p;
+    for (int digit; (digit = digitValue(*p, base)) >= 0; ++p) {
         if (__builtin_mul_overflow(number.magnitude, base, &number.magnitude) ||
             __builtin_add_overflow(number.magnitude, digit, &number.magnitude)) {
-            return {};
+            return number;
         }
     }
-    const bool isNumber = p != firstDigit && std::all_of(p, text.end(), isWhiteSpace);
-    return isNumber ? checked_value<Scanned<T>>(number) : checked_value<Scanned<T>>();
+    number.isNumber = p != firstDigit;
+    number.end = p;
+    return number;
+}
+
+/// Scans a whole text, normalised, that is a number with white space at its ends.
+template <typename T>
+[[gnu::noinline]] Scanned<T> scanNormalized(String const& text, unsigned int base, bool takesMinus) {
+    const auto isWhiteSpace = [](char c) { return Char(c).IsWhiteSpace(); };
+    const String normalized = normalizeNumberString(text);
+    char const* const end = normalized.CStr() + normalized.Length();
+    Scanned<T> number = scanInteger<T>(std::find_if_not(normalized.CStr(), end, isWhiteSpace), base, takesMinus);
+    number.isNumber = number.isNumber && std::all_of(number.end, end, isWhiteSpace);
+    return number;
 }
 
 /// Reads the text as a number of at most these magnitudes and returns it in an R, which may keep its lower bits only.
 /// Only a signed R takes a '-'.
 template <typename R, typename T>
 R readInteger(String const& text, unsigned int base, T mostPositive, T mostNegative, bool* ok) {
-    checked_value<Scanned<T>> number;
-    // Normalising leaves the bytes of a number alone; so most texts are read where they are.
-    if (g_chDecimalPoint == '.' || g_chDecimalPoint == ',') {
-        const std::string_view bytes = bytesOf(text);
-        if (!bytes.empty() && !Char(bytes.front()).IsWhiteSpace() && !Char(bytes.back()).IsWhiteSpace()) {
-            number = scanInteger<T>(bytes, base, std::is_signed_v<R>);
-        }
+    // Normalising leaves a text of nothing but a number as it is, so that is read where it lies.
+    constexpr bool TAKES_MINUS = std::is_signed_v<R>;
+    Scanned<T> number =
+        base == 10 ? scanInteger<T>(text.CStr(), 10, TAKES_MINUS) : scanInteger<T>(text.CStr(), base, TAKES_MINUS);
+    if (!number.isNumber || number.end != text.CStr() + text.Length() || !isUsersPointUsual()) {
+        number = scanNormalized<T>(text, base, TAKES_MINUS);
     }
-    if (!number.IsSet()) {
-        number = scanInteger<T>(bytesOf(normalizeNumberString(text)), base, std::is_signed_v<R>);
-    }
-    const auto [magnitude, isNegative] = number.Value();
-    const bool isInRange = number.IsSet() && magnitude <= (isNegative ? mostNegative : mostPositive);
+    const bool isInRange = number.isNumber && number.magnitude <= (number.isNegative ? mostNegative : mostPositive);
     if (ok != nullptr) {
         *ok = isInRange;
     }
-    return isInRange ? static_cast<R>(isNegative ? T(0) - magnitude : magnitude) : R(0);
+    return isInRange ? static_cast<R>(number.isNegative ? T(0) - number.magnitude : number.magnitude) : R(0);
 }
 
-/// Whether normalizeNumberString gives the text as it is, seen without making it: an ASCII text in which '.' is the
-/// only separator, and the system's too.
-bool isNormal(String const& text) {
-    const std::string_view bytes = bytesOf(text);
-    const auto isKept = [](char c) {
-        return isAscii(c) && c != '\0' && c != ',' && (c != g_chDecimalPoint || c == '.');
-    };
-    return !Char(bytes.front()).IsWhiteSpace() && !Char(bytes.back()).IsWhiteSpace() &&
-           std::all_of(bytes.begin(), bytes.end(), isKept) && systemDecimalPoint() == '.';
+/// The number that strtod makes of the whole text; unset when it leaves something over.
+checked_value<double> readDouble(String const& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.CStr(), &end);
+    return end == text.CStr() + text.Length() ? checked_value<double>(value) : checked_value<double>();
 }
 
 }  // namespace
@@ -186,18 +196,19 @@ unsigned long long String::ToUInt64(bool* ok, unsigned int base) const {
 }
 
 double String::ToDouble(bool* ok) const {
-    bool isNumber = false;
-    double value = 0.0;
-    if (!IsEmpty()) {
-        const String normalized = isNormal(*this) ? *this : normalizeNumberString(*this);
-        char* end = nullptr;
-        value = std::strtod(normalized.CStr(), &end);
-        isNumber = end == normalized.CStr() + normalized.Length();
+    // Where strtod takes the whole of the text, normalising would have changed nothing, apart from white space before
+    // it and from what is too long for the conversion of a separator beyond ASCII.
+    const char first = CStr()[0];
+    const bool isPlain =
+        isAscii(first) && !Char(first).IsWhiteSpace() && Length() < LONGEST_PLAIN && isUsersPointUsual();
+    checked_value<double> value = isPlain && !IsEmpty() ? readDouble(*this) : checked_value<double>();
+    if (!value.IsSet() && !IsEmpty()) {
+        value = readDouble(normalizeNumberString(*this));
     }
     if (ok != nullptr) {
-        *ok = isNumber;
+        *ok = value.IsSet();
     }
-    return isNumber ? value : 0.0;
+    return value.Value();
 }
 
 float String::ToFloat(bool* ok) const {
