@@ -16,6 +16,7 @@
 #include "platform/CoreFoundation/PreferenceFile.h"
 #include "platform/CoreFoundation/PropertyListBridge.h"
 #include "platform/Report.h"
+#include "platform/StoreFailures.h"
 
 const CFStringRef kCFPreferencesAnyUser = reinterpret_cast<CFStringRef>(@"kCFPreferencesAnyUser");
 const CFStringRef kCFPreferencesCurrentUser = reinterpret_cast<CFStringRef>(@"kCFPreferencesCurrentUser");
@@ -119,10 +120,21 @@ std::optional<cv::PreferenceLocation> locationOf(const Target& target, std::stri
     return cv::PreferenceLocation{folder + "/ByHost", target.domain + "." + host + ".plist"};
 }
 
-std::optional<cv::PreferenceFault> store(const Target& target, const cv::PreferenceChanges& changes) {
+/// Stores the changes; false, with a line on standard error, when that fails.
+bool store(const Target& target, const cv::PreferenceChanges& changes) {
     std::string reason;
     const auto location = locationOf(target, reason);
-    return location ? cv::writePreferences(*location, changes) : cv::PreferenceFault{target.domain, reason};
+    const std::string what = location ? location->path() : target.domain;
+    const std::optional<cv::PreferenceFault> fault =
+        location ? cv::writePreferences(*location, changes) : cv::PreferenceFault{what, reason};
+    if (!fault) {
+        cv::storeSucceeded(what.c_str());
+        return true;
+    }
+    const std::string line = fault->path + ": " + fault->reason;
+    cv::report("CFPreferencesSynchronize", line);
+    cv::storeFailed(what.c_str(), fault->path == what ? fault->reason.c_str() : line.c_str());
+    return false;
 }
 
 CFPropertyListRef copyValue(const Target& target, const std::string& key) {
@@ -177,8 +189,7 @@ CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef domain, CF
 }
 
 Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host) {
-    constexpr const char* WHO = "CFPreferencesSynchronize";
-    const auto target = targetOf(WHO, domain, user, host);
+    const auto target = targetOf("CFPreferencesSynchronize", domain, user, host);
     if (!target) {
         return false;
     }
@@ -187,8 +198,7 @@ Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringR
     if (changes == collected().changes.end()) {
         return true;
     }
-    if (const auto fault = store(*target, changes->second)) {
-        cv::report(WHO, fault->path + ": " + fault->reason);
+    if (!store(*target, changes->second)) {
         return false;
     }
     collected().changes.erase(changes);

@@ -21,7 +21,9 @@ public:
     NumericLocaleC() : c_(newlocale(LC_NUMERIC_MASK, "C", nullptr)), before_(uselocale(c_)) {}
     ~NumericLocaleC() {
         uselocale(before_);
-        freelocale(c_);
+        if (c_ != nullptr) {
+            freelocale(c_);
+        }
     }
     NumericLocaleC(const NumericLocaleC&) = delete;
     NumericLocaleC& operator=(const NumericLocaleC&) = delete;

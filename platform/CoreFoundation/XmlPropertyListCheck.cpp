@@ -1,5 +1,8 @@
 #include <unicode/utf8.h>
 
+#include <cstdlib>
+#include <string>
+
 #include "platform/CoreFoundation/PropertyListCheck.h"
 
 namespace cv::plist {
@@ -10,13 +13,36 @@ using Fault = Parsed::Fault;
 
 constexpr Verdict DAMAGED{Fault::malformed, "its XML is damaged"};
 
+/// Whether the text has a character reference like &#xD800;, which no XML may have and which libplist turns into bytes
+/// that are no UTF-8.
+bool hasSurrogateReference(std::string_view text) {
+    for (std::size_t at = text.find("&#"); at != std::string_view::npos; at = text.find("&#", at + 1)) {
+        const std::string reference(text.substr(at + 2, 8));
+        const bool isHexadecimal = reference[0] == 'x' || reference[0] == 'X';
+        const unsigned long value = isHexadecimal ? std::strtoul(reference.c_str() + 1, nullptr, 16)
+                                                  : std::strtoul(reference.c_str(), nullptr, 10);
+        if (U_IS_SURROGATE(value)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// Walks the mark-up by libplist's rules, which differ from XML's in quoting, so that both see the same elements.
 class XmlCheck {
 public:
     explicit XmlCheck(std::string_view bytes) : bytes_(bytes) {}
 
     Verdict run() {
-        while ((position_ = bytes_.find('<', position_)) != std::string_view::npos) {
+        for (;;) {
+            const std::size_t text = position_;
+            position_ = bytes_.find('<', position_);
+            if (position_ == std::string_view::npos) {
+                return {};
+            }
+            if (hasSurrogateReference(bytes_.substr(text, position_ - text))) {
+                return DAMAGED;
+            }
             ++position_;
             if (!skipMarkUp()) {
                 return DAMAGED;
@@ -25,7 +51,6 @@ public:
                 return {Fault::unsupported, "it is nested too deeply"};
             }
         }
-        return {};
     }
 
 private:

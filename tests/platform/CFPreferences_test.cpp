@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/MessageSend.h"
+#include "platform/StoreFailures.h"
 #include "tests/support/CFSupport.h"
 #include "tests/support/PrivateRoot.h"
 #include "tests/support/Process.h"
@@ -23,6 +25,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 using test::Owned;
 using testing::HasSubstr;
 
@@ -49,16 +52,14 @@ std::vector<std::string> namesIn(const std::string& folder) {
     return names;
 }
 
-mode_t modeOf(const std::string& path) {
+struct stat statusOf(const std::string& path) {
     struct stat status {};
     EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-    return status.st_mode & 07777U;
+    return status;
 }
 
-ino_t inodeOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-    return status.st_ino;
+mode_t modeOf(const std::string& path) {
+    return statusOf(path).st_mode & 07777U;
 }
 
 template <typename Body>
@@ -123,6 +124,16 @@ TEST_F(UserPreferences, FileAndFoldersCanBeReadByEveryoneWhateverTheUmask) {
     EXPECT_EQ(modeOf(file()), 0644U);
     EXPECT_EQ(modeOf(folder()), 0755U);
     EXPECT_EQ(modeOf(home_ / "Library"), 0755U);
+}
+
+TEST_F(UserPreferences, WhatRootMakesForAUserIsTheUsers) {
+    const uid_t user = geteuid() == 0 ? 65534 : geteuid();
+    ASSERT_EQ(chown(home_.path().c_str(), user, getegid()), 0);
+    setText("Lang", "fr");
+    ASSERT_TRUE(synchronize());
+    for (const std::string& path : {home_ / "Library", folder(), file()}) {
+        EXPECT_EQ(statusOf(path).st_uid, user) << path;
+    }
 }
 
 TEST_F(UserPreferences, KeysAreLiteral) {
@@ -192,6 +203,19 @@ TEST_F(UserPreferences, XmlNumbersDoNotDependOnTheLocale) {
     EXPECT_EQ(python("p['real']", file()), "0.25");
 }
 
+TEST_F(UserPreferences, AKeyThatTheFileHasTwiceIsThereOnceAfterwards) {
+    const std::string entries = "\xD2\x01\x01\x02\x03"s + "\x51" + "a" + "\x10\x01" + "\x10\x02";
+    const std::string trailer =
+        std::string(6, '\0') + "\x01\x01" + std::string(7, '\0') + "\x04" + std::string(15, '\0');
+    test::writeFile(file(), "bplist00" + entries + "\x08\x0D\x0F\x11" + trailer + "\x13");
+    setText("a", "new");
+    ASSERT_TRUE(synchronize());
+    EXPECT_EQ(python("p", file()), "{'a': 'new'}");
+    setText("a", "newer");
+    ASSERT_TRUE(synchronize());
+    EXPECT_EQ(python("p", file()), "{'a': 'newer'}");
+}
+
 TEST_F(UserPreferences, ANullValueRemovesTheKey) {
     setText("Keep", "a");
     setText("Remove", "b");
@@ -226,12 +250,16 @@ TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
     const Owned<CFUUIDRef> uuid(CFUUIDCreateFromString(nullptr, CFSTR("5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8")));
     const auto nul = test::makeString(std::u16string_view(u"a\0b", 3));
     const auto half = test::makeString(u"a\xD800");
+    const Owned endless(cv::send<CFTypeRef>(cv::classNamed("NSMutableArray"), "new"));
+    const id array = static_cast<id>(const_cast<void*>(endless.get()));
+    cv::send<void>(array, "addObject:", array);
     for (const CFPropertyListRef value :
-         {CFPropertyListRef(uuid.get()), CFPropertyListRef(nul.get()), CFPropertyListRef(half.get())}) {
+         {CFPropertyListRef(uuid.get()), CFPropertyListRef(nul.get()), CFPropertyListRef(half.get()), endless.get()}) {
         const std::string errors = errorsOf([&] { set("Bad", value); });
         EXPECT_THAT(errors, HasSubstr("\"Bad\" is refused"));
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
     }
+    cv::send<void>(array, "removeAllObjects");
     for (const CFStringRef key : {nul.get(), half.get(), CFStringRef(nullptr)}) {
         EXPECT_NE(errorsOf([&] {
                       CFPreferencesSetValue(key, CFSTR("x"), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
@@ -320,8 +348,12 @@ TEST_F(UserPreferences, AFolderOrPipeInTheFilesPlaceIsAnError) {
         setText("Lang", "fr");
         const std::string errors = errorsOf([] { EXPECT_FALSE(synchronize()); });
         EXPECT_THAT(errors, HasSubstr(file() + ": it is no regular file\n"));
+        ASSERT_EQ(cv::storeFailures().size(), 1U);
+        EXPECT_EQ(cv::storeFailures()[0].what, file());
+        EXPECT_EQ(cv::storeFailures()[0].reason, "it is no regular file");
         fs::remove_all(file());
         EXPECT_TRUE(synchronize());
+        EXPECT_TRUE(cv::storeFailures().empty());
         EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
         fs::remove_all(folder());
     }
@@ -405,13 +437,13 @@ TEST_F(UserPreferences, AWriterKilledAtAnyMomentLeavesAWholeFile) {
     ASSERT_TRUE(synchronize());
     std::mt19937 random(1);
     for (int kill = 0; kill < KILLS; ++kill) {
-        const ino_t inode = inodeOf(file());
+        const ino_t inode = statusOf(file()).st_ino;
         const pid_t writer = fork();
         if (writer == 0) {
             execl(PREFERENCES_DRIVER, PREFERENCES_DRIVER, "user", NAME, "count", "1000000", nullptr);
             _exit(127);
         }
-        while (inodeOf(file()) == inode) {
+        while (statusOf(file()).st_ino == inode) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 10000));

@@ -141,6 +141,8 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
         {"<plist><string>\xC3</string></plist>", Fault::malformed, "UTF-8"},
         {"\xFF\xFE<\0p\0"s, Fault::malformed, "UTF-8"},
         {"<plist><string>a\0</string></plist>"s, Fault::malformed, "UTF-8"},
+        {"<plist><string>&#xD83D;&#xDE00;</string></plist>", Fault::malformed, "XML is damaged"},
+        {"<plist><string>&#57343;</string></plist>", Fault::malformed, "XML is damaged"},
         {"<!-- <plist>", Fault::malformed, "XML is damaged"},
         {"<plist a=\"><string>x</string></plist>", Fault::malformed, "XML is damaged"},
         {"<!DOCTYPE plist [<!ENTITY a \"b\">]><plist><true/></plist>", Fault::malformed, "XML is damaged"},
