@@ -23,13 +23,13 @@ void addCopying(std::size_t n) {
     std::size_t const size = n * sizeof(float);
     auto const correct = [size] { return std::memcmp(destinationOf<float>(), source<float>(), size) == 0; };
     add(workName("copy", n),
-        {"CvBase", [count] { IPP::Copy(count, source<float>(), destinationOf<float>()); }, correct, {}});
+        {"CvBase", [count] { IPP::Copy(count, source<float>(), destinationOf<float>()); }, correct});
     add(workName("copy", n),
-        {"memcpy", [size] { std::memcpy(destinationOf<float>(), source<float>(), size); }, correct, {}});
+        {"memcpy", [size] { std::memcpy(destinationOf<float>(), source<float>(), size); }, correct});
     add(workName("move", n),
-        {"CvBase", [count] { IPP::Move(count, source<float>(), destinationOf<float>()); }, correct, {}});
+        {"CvBase", [count] { IPP::Move(count, source<float>(), destinationOf<float>()); }, correct});
     add(workName("move", n),
-        {"memmove", [size] { std::memmove(destinationOf<float>(), source<float>(), size); }, correct, {}});
+        {"memmove", [size] { std::memmove(destinationOf<float>(), source<float>(), size); }, correct});
 }
 
 template <typename T>
@@ -53,8 +53,8 @@ void addZeroing(std::size_t n) {
     auto const count = static_cast<unsigned int>(n);
     std::size_t const size = n * sizeof(double);
     auto const correct = [n] { return destinationOf<double>()[0] == 0.0 && destinationOf<double>()[n - 1] == 0.0; };
-    add(workName("zero", n), {"CvBase", [count] { IPP::Zero(count, destinationOf<double>()); }, correct, {}});
-    add(workName("zero", n), {"memset", [size] { std::memset(destinationOf<double>(), 0, size); }, correct, {}});
+    add(workName("zero", n), {"CvBase", [count] { IPP::Zero(count, destinationOf<double>()); }, correct});
+    add(workName("zero", n), {"memset", [size] { std::memset(destinationOf<double>(), 0, size); }, correct});
 }
 
 void addComparing(std::size_t n) {

@@ -40,7 +40,7 @@ void addConversion(std::string const& name, double factor, Convert convert) {
                    correct,
                    {}});
         for (auto const& peer : bench::peerConversions<From, To>()) {
-            add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(), destinationOf<To>()); }, correct, {}});
+            add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(), destinationOf<To>()); }, correct});
         }
         auto const copy = n == bench::IN_CACHE ? bench::vectorCopy : bench::streamingCopy;
         add(work, {"copy",

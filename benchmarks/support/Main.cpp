@@ -22,6 +22,7 @@ std::string processorName() {
 }  // namespace
 
 void add(std::string const& work, Subject subject) {
+    bool const wall = subject.clock == Clock::WALL;
     std::string const name = work + "/" + subject.name;
     auto const run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {
         if (subject.prepare) {
@@ -41,16 +42,20 @@ void add(std::string const& work, Subject subject) {
             benchmark::ClobberMemory();
         }
     };
-    benchmark::RegisterBenchmark(name.c_str(), run);
+    auto* const registered = benchmark::RegisterBenchmark(name.c_str(), run);
+    if (wall) {
+        registered->UseRealTime();
+    }
 }
 
 void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
-                  std::uint64_t wanted) {
+                  std::uint64_t wanted, Clock clock) {
     auto const answer = std::make_shared<std::uint64_t>();
     add(work, {name,
                [body = std::move(body), answer] { *answer = body(); },
                [answer, wanted] { return *answer == wanted; },
-               {}});
+               {},
+               clock});
 }
 
 }  // namespace bench

@@ -8,6 +8,10 @@
 
 namespace bench {
 
+/// What a measurement counts: the time of this process on the processor, which other programs disturb least, or all
+/// time that goes by, for what other processes do.
+enum class Clock { PROCESSOR, WALL };
+
 /// What one subject does of a work that several subjects do.
 struct Subject {
     std::string name;
@@ -16,7 +20,8 @@ struct Subject {
     /// Whether `body`, which has just been run, did what it should.
     std::function<bool()> correct;
     /// Makes ready what `body` needs, before each measurement and outside of it; may be empty.
-    std::function<void()> prepare;
+    std::function<void()> prepare = {};
+    Clock clock = Clock::PROCESSOR;
 };
 
 /// Adds the benchmark `work`/`subject.name`. Its answer is checked once before anything is measured; a wrong one ends
@@ -25,6 +30,6 @@ void add(std::string const& work, Subject subject);
 
 /// The same for a body that gives a number made of all its results, which must be `wanted`.
 void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
-                  std::uint64_t wanted);
+                  std::uint64_t wanted, Clock clock = Clock::PROCESSOR);
 
 }  // namespace bench
