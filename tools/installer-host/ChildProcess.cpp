@@ -23,9 +23,28 @@ using Clock = std::chrono::steady_clock;
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-/// Holds back the signals by which a user ends a program, and gives them as readable events.
+/// Holds back the signals by which a user ends a program, from the first child to the end of the process, and gives
+/// them as readable events: what is to be tidied up is tidied up, however often the user asks.
 class HeldSignals {
 public:
+    static const HeldSignals& instance() {
+        static const HeldSignals held;
+        return held;
+    }
+
+    int fd() const { return fd_.get(); }
+
+    /// Gives a child process the signals as this one had them.
+    void releaseInChild() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+    /// The signal that came, or 0.
+    int take() const {
+        signalfd_siginfo info{};
+        const bool came = read(fd_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info);
+        return came ? static_cast<int>(info.ssi_signo) : 0;
+    }
+
+private:
     HeldSignals() {
         sigset_t held;
         sigemptyset(&held);
@@ -35,29 +54,13 @@ public:
         sigprocmask(SIG_BLOCK, &held, &before_);
         fd_.reset(signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK));
     }
-    ~HeldSignals() { restore(); }
-    HeldSignals(const HeldSignals&) = delete;
-    HeldSignals& operator=(const HeldSignals&) = delete;
 
-    int fd() const { return fd_.get(); }
-    void restore() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
-    /// The signal that came, or 0.
-    int take() const {
-        signalfd_siginfo info{};
-        return read(fd_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)
-                   ? static_cast<int>(info.ssi_signo)
-                   : 0;
-    }
-
-private:
     sigset_t before_{};
     FileDescriptor fd_;
 };
 
-[[noreturn]] void becomeCommand(const std::vector<std::string>& command, int eventFd, pid_t parent,
-                                const HeldSignals& signals) {
-    signals.restore();
+[[noreturn]] void becomeCommand(const std::vector<std::string>& command, int eventFd, pid_t parent) {
+    HeldSignals::instance().releaseInChild();
     dup2(STDERR_FILENO, STDOUT_FILENO);
     fcntl(eventFd, F_SETFD, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -79,15 +82,14 @@ private:
 /// A started child; killed, if it is still alive, at the end of the scope.
 class ChildProcess {
 public:
-    ChildProcess(const std::vector<std::string>& command, EventPipe& events, const HeldSignals& signals)
-        : signals_(signals), events_(std::move(events.read_)) {
+    ChildProcess(const std::vector<std::string>& command, EventPipe& events) : events_(std::move(events.read_)) {
         const pid_t parent = getpid();
         pid_ = fork();
         if (pid_ < 0) {
             fail("fork");
         }
         if (pid_ == 0) {
-            becomeCommand(command, events.childEnd(), parent, signals);
+            becomeCommand(command, events.childEnd(), parent);
         }
         events.write_.reset();
         end_.reset(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
@@ -153,15 +155,24 @@ private:
         }
     }
 
+    /// Kills the child and waits until it and what it started in turn are gone: those hold the other end of the pipe.
     void stop() {
         kill(pid_, SIGKILL);
-        // A process that waits for a dead file server cannot be killed: do not wait for ever with it.
-        pollfd end{end_.get(), POLLIN, 0};
-        constexpr int PATIENCE_MILLISECONDS = 5000;
-        if (poll(&end, 1, PATIENCE_MILLISECONDS) > 0) {
+        if (waitFor(end_.get(), POLLIN)) {
             reap();
         }
+        std::array<char, 4096> ignored;
+        while (events_.valid() && waitFor(events_.get(), POLLIN) &&
+               read(events_.get(), ignored.data(), ignored.size()) > 0) {
+        }
         pid_ = 0;
+    }
+
+    /// Waits for a while only: a process that itself waits for a dead file server cannot be killed.
+    static bool waitFor(int fd, short what) {
+        constexpr int PATIENCE_MILLISECONDS = 5000;
+        pollfd end{fd, what, 0};
+        return poll(&end, 1, PATIENCE_MILLISECONDS) > 0;
     }
 
     int reap() {
@@ -172,7 +183,7 @@ private:
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
-    const HeldSignals& signals_;
+    const HeldSignals& signals_ = HeldSignals::instance();
     pid_t pid_ = 0;
     FileDescriptor end_;
     FileDescriptor events_;
@@ -190,13 +201,22 @@ EventPipe::EventPipe() {
 
 ChildEnd runChild(const std::vector<std::string>& command, EventPipe& events, std::chrono::seconds timeout,
                   const std::function<void(const nlohmann::json&)>& onEvent) {
-    const HeldSignals signals;
-    return ChildProcess(command, events, signals).follow(timeout, onEvent);
+    return ChildProcess(command, events).follow(timeout, onEvent);
 }
 
 ChildEnd runChild(const std::vector<std::string>& command) {
     EventPipe silent;
     return runChild(command, silent, std::chrono::seconds(0), [](const nlohmann::json&) {});
+}
+
+void endBySignal(int signal) {
+    std::signal(signal, SIG_DFL);
+    sigset_t held;
+    sigemptyset(&held);
+    sigaddset(&held, signal);
+    std::raise(signal);
+    sigprocmask(SIG_UNBLOCK, &held, nullptr);
+    _exit(128 + signal);
 }
 
 void writeEvent(int fd, const nlohmann::json& event) {

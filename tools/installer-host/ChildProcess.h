@@ -25,10 +25,14 @@ private:
     FileDescriptor read_, write_;
 };
 
-/// Thrown when the user ends the run (SIGINT, SIGTERM, SIGHUP); the child is dead then.
+/// Thrown when the user ends the run (SIGINT, SIGTERM, SIGHUP); the child is dead then. From the first child on these
+/// signals have no other effect in this process.
 struct Interrupted {
     int signal;
 };
+
+/// Ends this process by the signal, as its caller expects.
+[[noreturn]] void endBySignal(int signal);
 
 /// How a child process ended.
 struct ChildEnd {

@@ -169,8 +169,7 @@ int main(int argc, char** argv) {
         say(failure.what());
         status = failure.status();
     } catch (const Interrupted& interrupted) {
-        std::signal(interrupted.signal, SIG_DFL);
-        std::raise(interrupted.signal);
+        endBySignal(interrupted.signal);
     } catch (const std::exception& fault) {
         say(std::string("the run cannot go on: ") + fault.what());
         status = ExitStatus::RootNotMade;
