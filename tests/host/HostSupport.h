@@ -1,0 +1,56 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+namespace test {
+
+/// The program, the plug-in and the plug-ins with faults of this build.
+extern const std::string HOST_PROGRAM;
+extern const std::string PLUGIN_BUNDLE;
+extern const std::string FAULTY_BUNDLE;
+extern const std::string UNLINKED_BUNDLE;
+
+/// A private root as a machine looks before an installation: empty Library and Applications folders.
+class PrivateRoot {
+public:
+    PrivateRoot();
+
+    const std::string& path() const { return folder_.path(); }
+
+    /// The path on this machine of `path` in the root, which begins with "/".
+    std::string operator/(const std::string& path) const { return folder_.path() + path; }
+
+    std::string preferenceFile(const std::string& domain) const;
+
+    /// Writes the install-status file, which the post-install step reads.
+    void writeStatus(const std::string& bytes) const;
+    std::string statusPath() const;
+
+    /// Makes the vendor's folder and the icon file in it.
+    void makeVendorFolder() const;
+
+private:
+    TempDir folder_;
+};
+
+/// What python3's plistlib and getfattr read in a root:
+/// {"preferences": {DOMAIN: {KEY: [PYTHON TYPE, VALUE]}}, "finder": {PATH: hexadecimal text or null}, "files": [PATH]}.
+/// A preference file that plistlib does not read gives a text instead of the keys.
+nlohmann::json readRoot(const std::string& path);
+
+/// The same for several roots, or copies of their folders, at once.
+std::vector<nlohmann::json> readRoots(const std::vector<std::string>& paths);
+
+/// Runs the program with these arguments and without a display.
+ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
+
+/// `run --product 5100` of the plug-in in a root, and more arguments.
+ProcessResult install(const PrivateRoot& root, const std::vector<std::string>& more = {},
+                      const ProcessOptions& options = {});
+
+}  // namespace test
