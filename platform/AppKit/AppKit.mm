@@ -9,10 +9,10 @@
 
 #include "platform/AppKit/Display.h"
 #include "platform/CoreFoundation/Bridge.h"
-#include "platform/MessageSend.h"
 #include "platform/Report.h"
 
 #import "platform/AppKit/ConsoleAlert.h"
+#import "platform/AppKit/WideAlert.h"
 
 namespace {
 
@@ -29,19 +29,36 @@ void registerDefaults() {
     [[NSUserDefaults standardUserDefaults] registerDefaults:defaults];
 }
 
-IMP initAlert = nullptr;
+// What GNUstep's NSAlert does differently from a Mac's is put right in two of its methods.
 
-/// NSAlert's init, and then an empty informative text: without one, GNUstep shows "No information" where a Mac shows
-/// nothing.
-id initAlertWithoutInformation(id self, SEL name) {
-    const id alert = reinterpret_cast<id (*)(id, SEL)>(initAlert)(self, name);
-    cv::send<void>(alert, "setInformativeText:", static_cast<id>(@""));
+id (*initAlert)(id, SEL) = nullptr;
+NSInteger (*runAlert)(id, SEL) = nullptr;
+
+/// init, and then an empty informative text: without one, GNUstep shows "No information" where a Mac shows nothing.
+id initWithoutInformation(id self, SEL name) {
+    const id alert = initAlert(self, name);
+    [alert setInformativeText:@""];
     return alert;
 }
 
-void replaceInit(Class alert) {
-    const Method init = class_getInstanceMethod(alert, sel_registerName("init"));
-    initAlert = method_setImplementation(init, reinterpret_cast<IMP>(initAlertWithoutInformation));
+NSInteger runModal(id self, SEL name) {
+    constexpr NSUInteger ROOM = 3;
+    return [[self buttons] count] > ROOM ? cv::runWideAlert(self) : runAlert(self, name);
+}
+
+/// Puts `implementation` in the place of a method, and returns what was there.
+template <typename Function>
+Function replaceMethod(Class type, SEL name, Function implementation) {
+    using AnyFunction = void (*)();  // what compilers let every function type be cast to and from
+    const auto replacement = reinterpret_cast<IMP>(reinterpret_cast<AnyFunction>(implementation));
+    const IMP original = method_setImplementation(class_getInstanceMethod(type, name), replacement);
+    return reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(original));
+}
+
+void adjustAlert() {
+    const Class alert = objc_lookUpClass("NSAlert");
+    initAlert = replaceMethod(alert, @selector(init), initWithoutInformation);
+    runAlert = replaceMethod(alert, @selector(runModal), runModal);
 }
 
 /// Loads AppKit and connects it to the display, once; false, with a line on standard error, when it cannot be had.
@@ -53,9 +70,8 @@ bool loadAppKit() {
         }
         const bool connected = cv::guarded(false, [] {
             registerDefaults();
-            replaceInit(objc_lookUpClass("NSAlert"));
-            const Class application = objc_lookUpClass("NSApplication");
-            return cv::send<id>(reinterpret_cast<id>(application), "sharedApplication") != nil;
+            adjustAlert();
+            return [objc_lookUpClass("NSApplication") sharedApplication] != nil;
         });
         if (!connected) {
             cv::report("AppKit", "it does not start; alerts are shown on the terminal");
