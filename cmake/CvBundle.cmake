@@ -2,7 +2,8 @@
 #
 # Adds the loadable bundle TARGET.bundle in DESTINATION (default: the build folder). INFO_PLIST is configured with the
 # caller's variables (@NAME@). EXPORTS lists the symbols that the code shows, one a line, and no other is shown: hidden
-# visibility alone leaks the weak symbols of the standard library.
+# visibility alone leaks the weak symbols of the standard library. What the code needs and no library has is an error, but
+# for the sanitizers' own symbols, which the program that loads the bundle has.
 function(cv_add_bundle target)
     cmake_parse_arguments(arg "" "INFO_PLIST;EXPORTS;DESTINATION" "SOURCES" ${ARGN})
     if(NOT arg_DESTINATION)
@@ -26,7 +27,7 @@ function(cv_add_bundle target)
         set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
         list(JOIN symbols "; " text)
         file(CONFIGURE OUTPUT ${list} CONTENT "{ global: @text@; local: *; };\n" @ONLY)
-        target_link_options(${target} PRIVATE -Wl,--version-script=${list})
+        target_link_options(${target} PRIVATE -Wl,--version-script=${list} $<$<NOT:$<BOOL:${CVBASE_SANITIZERS}>>:-Wl,-z,defs>)
     endif()
     set_target_properties(${target} PROPERTIES
         PREFIX "" SUFFIX ""
