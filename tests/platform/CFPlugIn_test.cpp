@@ -8,11 +8,13 @@
 #include <string>
 
 #include "tests/support/CFSupport.h"
+#include "tests/support/StandardError.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test::errorsOf;
 using test::Owned;
 
 constexpr const char* TYPE_OF_ALL = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01";
@@ -44,14 +46,6 @@ std::string makeBundle(const test::TempDir& folder, const std::string& infoPlist
 
 std::string plist(const std::string& entries) {
     return "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict>" + entries + "</dict></plist>";
-}
-
-/// What `body` writes to standard error.
-template <typename Body>
-std::string errorsOf(Body body) {
-    testing::internal::CaptureStderr();
-    body();
-    return testing::internal::GetCapturedStderr();
 }
 
 void* newInstance(const char* factory, const char* type) {

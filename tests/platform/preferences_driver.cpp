@@ -4,10 +4,12 @@
 //
 //     set KEY TEXT     collect a string            sync     store, and print 1 or 0
 //     get KEY          print a string, or (none)   run CMD  let the shell run a command
+//     stop             stop until a tracer lets it go on
 //     count TO         for each number from 1 to TO: set "Counter" and a long "Text", store
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -60,6 +62,8 @@ int main(int argc, char** argv) {
             i += 2;
         } else if (command == "sync") {
             std::puts(domain.synchronize() ? "1" : "0");
+        } else if (command == "stop") {
+            std::raise(SIGSTOP);
         } else if (command == "get" && i + 1 < argc) {
             domain.print(argv[++i]);
         } else if (command == "count" && i + 1 < argc) {
