@@ -27,7 +27,10 @@ function(cv_add_bundle target)
         set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
         list(JOIN symbols "; " text)
         file(CONFIGURE OUTPUT ${list} CONTENT "{ global: @text@; local: *; };\n" @ONLY)
-        target_link_options(${target} PRIVATE -Wl,--version-script=${list} $<$<NOT:$<BOOL:${CVBASE_SANITIZERS}>>:-Wl,-z,defs>)
+        target_link_options(${target} PRIVATE -Wl,--version-script=${list})
+        if(NOT CVBASE_SANITIZERS)  # the sanitizers' functions come with the program that loads the bundle
+            target_link_options(${target} PRIVATE -Wl,-z,defs)
+        endif()
     endif()
     set_target_properties(${target} PROPERTIES
         PREFIX "" SUFFIX ""
