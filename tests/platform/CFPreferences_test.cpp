@@ -224,7 +224,7 @@ TEST_F(UserPreferences, DomainsAndScopesThatNameNoFileAreRefused) {
 }
 
 TEST_F(UserPreferences, WithoutAHomeVariableTheUserDatabaseSaysWhere) {
-    const test::PrivateRoot root;
+    test::PrivateRoot root;
     const std::string uid = std::to_string(getuid());
     test::writeFile(root / "passwd", "somebody:x:" + uid + ":" + uid + "::/Library/home:/bin/sh\n");
     const auto run = [&](const std::vector<std::string>& home, const std::string& passwd) {
@@ -242,7 +242,7 @@ TEST_F(UserPreferences, WithoutAHomeVariableTheUserDatabaseSaysWhere) {
 }
 
 TEST(MachinePreferences, AreKeptInTheMachinesLibrary) {
-    const test::PrivateRoot root;
+    test::PrivateRoot root;
     const test::ProcessResult result =
         test::run(root.wrap({PREFERENCES_DRIVER, "any", DOMAIN_NAME, "set", "Lang", "fr", "sync", "get", "Lang"}));
     EXPECT_EQ(result.out, "1\nfr\n") << result.err;
@@ -251,7 +251,7 @@ TEST(MachinePreferences, AreKeptInTheMachinesLibrary) {
 }
 
 TEST(MachinePreferences, OfTheUserOnThisHostCarryTheMachinesIdentifier) {
-    const test::PrivateRoot root;
+    test::PrivateRoot root;
     test::writeFile(root / "machine-id", "00112233445566778899aabbccddeeff\n");
     const std::vector<std::string> arguments{"--tmpfs",         "/etc",     "--ro-bind", root / "machine-id",
                                              "/etc/machine-id", "--setenv", "HOME",      "/Library"};

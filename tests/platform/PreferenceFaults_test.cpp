@@ -311,7 +311,7 @@ TEST_F(PreferenceFaults, OnlyLeftoversOfItsOwnAreRemoved) {
 }
 
 TEST_F(PreferenceFaults, AFullDiskKeepsTheOldFile) {
-    const test::PrivateRoot root;
+    test::PrivateRoot root;
     const std::string file = "/Library/Preferences/com.corvane.test.plist";
     const std::string script = "set -e; driver=$1; $driver any com.corvane.test set Old 1 sync; cp " + file +
                                " /Applications/before; dd if=/dev/zero of=/Library/fill bs=4096 2>/dev/null || true;"
