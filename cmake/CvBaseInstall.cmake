@@ -5,19 +5,12 @@ include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/CvBase)
 
 set(libraries CvBase UINative)
-install(DIRECTORY CvBase UI DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h" PATTERN "*_internal.h" EXCLUDE)
-install(FILES platform/MessageSend.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/platform)
 if(NOT APPLE)
     list(APPEND libraries platform)
     install(DIRECTORY platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/CvPlatform)
-    target_include_directories(platform INTERFACE
-        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/CvPlatform> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_include_directories(platform INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/CvPlatform>)
 endif()
-foreach(library IN LISTS libraries)
-    target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-endforeach()
-
-install(TARGETS ${libraries} EXPORT CvBaseTargets)
+install(TARGETS ${libraries} EXPORT CvBaseTargets FILE_SET HEADERS)
 install(EXPORT CvBaseTargets NAMESPACE CvBase:: DESTINATION ${package_folder})
 configure_package_config_file(cmake/CvBaseConfig.cmake.in ${PROJECT_BINARY_DIR}/CvBaseConfig.cmake
     INSTALL_DESTINATION ${package_folder})
@@ -27,6 +20,9 @@ install(FILES ${PROJECT_BINARY_DIR}/CvBaseConfig.cmake ${PROJECT_BINARY_DIR}/CvB
 
 install(TARGETS installer-host)
 install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR} USE_SOURCE_PERMISSIONS)
-set_target_properties(installer-host CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    USE_SOURCE_PERMISSIONS PATTERN CorvaneInstall EXCLUDE)
+install(TARGETS CorvaneInstall
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/CorvaneInstall.bundle/Contents/${CV_BUNDLE_CODE_FOLDER})
+set_target_properties(installer-host PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")

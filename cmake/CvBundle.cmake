@@ -1,3 +1,9 @@
+# The folder of a bundle's Contents that holds its code.
+set(CV_BUNDLE_CODE_FOLDER Linux)
+if(APPLE)
+    set(CV_BUNDLE_CODE_FOLDER MacOS)
+endif()
+
 # cv_add_bundle(target SOURCES file... INFO_PLIST file.in EXPORTS file [DESTINATION folder])
 #
 # Adds the loadable bundle TARGET.bundle in DESTINATION (default: the build folder). INFO_PLIST is configured with the
@@ -16,14 +22,12 @@ function(cv_add_bundle target)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${arg_EXPORTS})
     file(STRINGS ${arg_EXPORTS} symbols)
     if(APPLE)
-        set(code_folder MacOS)
         set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.exports)
         list(TRANSFORM symbols PREPEND "_")
         list(JOIN symbols "\n" text)
         file(CONFIGURE OUTPUT ${list} CONTENT "@text@\n" @ONLY)
         target_link_options(${target} PRIVATE -Wl,-exported_symbols_list,${list})
     else()
-        set(code_folder Linux)
         set(list ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
         list(JOIN symbols "; " text)
         file(CONFIGURE OUTPUT ${list} CONTENT "{ global: @text@; local: *; };\n" @ONLY)
@@ -35,5 +39,5 @@ function(cv_add_bundle target)
     set_target_properties(${target} PROPERTIES
         PREFIX "" SUFFIX ""
         LINK_DEPENDS ${list}
-        LIBRARY_OUTPUT_DIRECTORY ${contents}/${code_folder})
+        LIBRARY_OUTPUT_DIRECTORY ${contents}/${CV_BUNDLE_CODE_FOLDER})
 endfunction()

@@ -1,0 +1,23 @@
+# Installs the build in BUILD_FOLDER, builds EXAMPLES against what was installed, and runs what came out.
+
+function(run output)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE text ERROR_VARIABLE text)
+    if(NOT status EQUAL 0)
+        message(FATAL_ERROR "${ARGN}\nended with ${status}:\n${text}")
+    endif()
+    set(${output} "${text}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${WORK_FOLDER})
+set(installed ${WORK_FOLDER}/installed)
+run(ignored ${CMAKE_COMMAND} --install ${BUILD_FOLDER} --prefix ${installed})
+run(ignored ${CMAKE_COMMAND} -S ${EXAMPLES} -B ${WORK_FOLDER}/examples -DCMAKE_PREFIX_PATH=${installed}
+    -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=${FLAGS})
+run(ignored ${CMAKE_COMMAND} --build ${WORK_FOLDER}/examples)
+
+file(WRITE ${WORK_FOLDER}/three-lines.txt "1\n2\n3\n")
+run(report ${WORK_FOLDER}/examples/file_report ${WORK_FOLDER}/three-lines.txt)
+if(NOT report STREQUAL "three-lines.txt in ${WORK_FOLDER}/: 3 lines, 6 bytes\n")
+    message(FATAL_ERROR "file_report printed: ${report}")
+endif()
+run(report ${installed}/bin/installer-host check ${installed}/lib/CorvaneInstall.bundle)
