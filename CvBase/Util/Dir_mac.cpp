@@ -71,15 +71,6 @@ void list(FolderScan scan, std::vector<String>& names, const String& filter, boo
     found.sortInto(names);
 }
 
-/// The entries of `folder` at `text`.
-FolderScan entriesOf(const FolderPath& folder, const String& text) {
-    return {text, [folder](const String& name) { return (folder + name).ToString(); }};
-}
-
-FolderScan entriesOf(const String& folder) {
-    return {folder, [folder](const String& name) { return folder + "/" + name; }};
-}
-
 }  // namespace
 
 Dir::Dir(const FolderPath& path) : path_(path) {}
@@ -164,20 +155,20 @@ void Dir::GetTime(FileTime* time) {
 }
 
 void Dir::GetFoldernames(std::vector<String>& names, const String& filter, bool append) {
-    list(entriesOf(path_, text()), names, filter, append, Keep::FOLDERS);
+    list({text().CStr(), path_}, names, filter, append, Keep::FOLDERS);
 }
 
 void Dir::GetFoldernames(const String& folder, std::vector<String>& names, const String& filter, bool append) {
-    list(entriesOf(folder), names, filter, append, Keep::FOLDERS);
+    list(FolderScan(folder.CStr()), names, filter, append, Keep::FOLDERS);
 }
 
 void Dir::GetFilenames(std::vector<String>& names, const String& filter, bool append, bool includeNonFiles) {
-    list(entriesOf(path_, text()), names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
+    list({text().CStr(), path_}, names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
 }
 
 void Dir::GetFilenames(const String& folder, std::vector<String>& names, const String& filter, bool append,
                        bool includeNonFiles) {
-    list(entriesOf(folder), names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
+    list(FolderScan(folder.CStr()), names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
 }
 
 FilePath Dir::FindFile(const String& name, const String& folder, bool recursive, unsigned int& visited) {

@@ -9,10 +9,6 @@ namespace {
 
 constexpr unsigned int VISITED_LIMIT = 5000;
 
-String entryPath(const String& folder, const char* name) {
-    return folder + "/" + name;
-}
-
 /// How many of the NUL-terminated texts in `names` come before `name`.
 unsigned int countBefore(const std::string& names, const std::string& name) {
     unsigned int count = 0;
@@ -37,9 +33,9 @@ bool FileSearch::isWanted(const char* entry) const {
     return FilePath(entry, true).GetFilename() == name_;
 }
 
-FileSearch::Contents FileSearch::read(const String& folder) {
+FileSearch::Contents FileSearch::read() {
     Contents contents;
-    FolderScan scan(folder, [&folder](const String& name) { return entryPath(folder, name.CStr()); });
+    FolderScan scan(folder_.c_str());
     // Whatever lies in a folder that was entered before, through a link, was compared already.
     if (!scan.isOpen() || !entered_.insert(scan.identity()).second) {
         return contents;
@@ -47,11 +43,12 @@ FileSearch::Contents FileSearch::read(const String& folder) {
     std::string files;  // each with a NUL behind it; only their number before the match counts, so they need no sorting
     while (scan.next()) {
         const bool isCandidate = filter_.matches(scan.name(), scan.nameLength());
-        if (!isCandidate && !recursive_) {
+        const bool mayBeFolder = recursive_ && !scan.isCalledFile();
+        if (!isCandidate && !mayBeFolder) {
             continue;
         }
         const FolderScan::Kind kind = scan.likelyKind();
-        if (kind == FolderScan::Kind::FOLDER && recursive_) {
+        if (kind == FolderScan::Kind::FOLDER && mayBeFolder) {
             contents.folders.emplace_back(scan.name());
         } else if (kind == FolderScan::Kind::FILE && isCandidate) {
             ++contents.mismatches;
@@ -78,15 +75,23 @@ bool FileSearch::count(unsigned int mismatches) {
 }
 
 FilePath FileSearch::in(const String& folder) {
-    const Contents contents = read(folder);
+    folder_ = folder.CStr();
+    return inFolder();
+}
+
+FilePath FileSearch::inFolder() {
+    const Contents contents = read();
     if (!count(contents.mismatches)) {
         return {};
     }
     if (!contents.match.empty()) {
-        return {entryPath(folder, contents.match.c_str()), false};
+        return {(folder_ + "/" + contents.match).c_str(), false};
     }
+    const std::size_t length = folder_.size();
     for (const std::string& name : contents.folders) {
-        const FilePath found = in(entryPath(folder, name.c_str()));
+        folder_.append("/").append(name);
+        const FilePath found = inFolder();
+        folder_.resize(length);
         if (!found.IsEmpty() || visited_ > VISITED_LIMIT) {
             return found;
         }

@@ -24,13 +24,16 @@ public:
     FilePath in(const String& folder);
 
 private:
+    /// Searches folder_.
+    FilePath inFolder();
+
     /// What one folder holds for the search.
     struct Contents {
         unsigned int mismatches = 0;  ///< files that are listed before `match`, or all
         std::string match;            ///< the first file that is wanted; empty when there is none
         std::vector<std::string> folders;
     };
-    Contents read(const String& folder);
+    Contents read();
 
     /// Whether the name `entry` has the wanted name as its last component.
     bool isWanted(const char* entry) const;
@@ -42,6 +45,7 @@ private:
     const NameFilter filter_;
     const bool recursive_;
     unsigned int& visited_;
+    std::string folder_;  ///< where the search is
     std::set<std::pair<dev_t, ino_t>> entered_;
 };
 

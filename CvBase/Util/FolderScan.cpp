@@ -11,70 +11,60 @@ namespace Util {
 
 namespace {
 
-/// The length of the text that `pathOf` puts in front of an ordinary name when that text is `folder` with a slash at
-/// its end, else 0.
-std::size_t plainLength(const String& folder, const std::function<String(const String&)>& pathOf) {
-    const std::string path = pathOf("x").CStr();
-    const std::string start = path.substr(0, path.empty() ? 0 : path.size() - 1);
-    const std::string text = folder.CStr();
-    const bool isPlain =
-        path == start + "x" && (start == text || start == text + "/") && !start.empty() && start.back() == '/';
-    return isPlain ? start.size() : 0;
+/// The length of `text`, a folder's with "/" at its end, when an ordinary name of an entry is put behind just that; 0
+/// when its path begins otherwise.
+std::size_t startLength(const std::string& text, const FolderPath& path) {
+    return (path + "x").ToString() == (text + "x").c_str() ? text.size() : 0;
 }
 
-String withoutTrailingSlashes(const String& path) {
-    unsigned int length = path.Length();
-    while (length > 1 && path.CStr()[length - 1] == '/') {
-        --length;
-    }
-    return path.Left(length);
+bool isDotName(const char* name) {
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
 }
 
 }  // namespace
 
-FolderScan::FolderScan(const String& folder, std::function<String(const String&)> pathOf)
-    : pathOf_(std::move(pathOf)), folder_(opendir(folder.CStr())) {
-    if (folder_ == nullptr) {
-        return;
-    }
-    plainLength_ = plainLength(folder, pathOf_);
+FolderScan::FolderScan(const char* text) : folder_(opendir(text)), startLength_(std::strlen(text) + 1) {}
+
+FolderScan::FolderScan(const char* text, const FolderPath& path)
+    : folder_(opendir(text)), path_(path), startLength_(startLength(text, path)) {}
+
+std::pair<dev_t, ino_t> FolderScan::identity() const {
     struct stat status {};
-    // Looking for "." asks for the right to search the folder; asking the descriptor does not.
-    isSearchable_ = fstatat(dirfd(folder_.get()), ".", &status, 0) == 0;
-    if (isSearchable_ || fstat(dirfd(folder_.get()), &status) == 0) {
-        identity_ = {status.st_dev, status.st_ino};
-    }
+    fstat(dirfd(folder_.get()), &status);
+    return {status.st_dev, status.st_ino};
 }
 
 bool FolderScan::next() {
     do {
         entry_ = readdir(folder_.get());
-    } while (entry_ != nullptr && (std::strcmp(name(), ".") == 0 || std::strcmp(name(), "..") == 0 || *name() == '\0'));
+    } while (entry_ != nullptr && (isDotName(name()) || *name() == '\0'));
     nameLength_ = entry_ != nullptr ? std::strlen(name()) : 0;
     return entry_ != nullptr;
 }
 
-bool FolderScan::hasPlainPath() const {
-    return plainLength_ != 0 && plainLength_ + nameLength_ < PATH_MAX &&
-           std::memchr(name(), '\\', nameLength_) == nullptr;
+bool FolderScan::leadsToEntry() const {
+    const bool isShort = startLength_ + nameLength_ < PATH_MAX;
+    return isShort && (path_.IsEmpty() || (startLength_ != 0 && std::memchr(name(), '\\', nameLength_) == nullptr));
 }
 
-FolderScan::Kind FolderScan::kind() const {
-    const bool isPlain = hasPlainPath();
-    if (isPlain && isSearchable_ && entry_->d_type == DT_REG) {
-        return Kind::FILE;
-    }
+FolderScan::Kind FolderScan::kind() {
     struct stat status {};
-    const bool isThere = isPlain ? fstatat(dirfd(folder_.get()), name(), &status, 0) == 0
-                                 : stat(withoutTrailingSlashes(pathOf_(name())).CStr(), &status) == 0;
-    if (!isThere) {
+    if (leadsToEntry()) {
+        if (isSearchable_ && entry_->d_type == DT_REG) {
+            return Kind::FILE;
+        }
+        if (fstatat(dirfd(folder_.get()), name(), &status, 0) != 0) {
+            return Kind::MISSING;
+        }
+        isSearchable_ = true;
+    } else if (path_.IsEmpty() || stat((path_ + name()).ToString().CStr(), &status) != 0) {
         return Kind::MISSING;
     }
     return S_ISREG(status.st_mode) ? Kind::FILE : Kind::FOLDER;
 }
 
-FolderScan::Kind FolderScan::likelyKind() const {
-    return entry_->d_type == DT_DIR && hasPlainPath() ? Kind::FOLDER : kind();
+FolderScan::Kind FolderScan::likelyKind() {
+    return entry_->d_type == DT_DIR && leadsToEntry() ? Kind::FOLDER : kind();
 }
 
 }  // namespace Util
