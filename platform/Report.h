@@ -17,7 +17,7 @@ inline void report(std::string_view who, std::string_view text) {
         }
     }
     line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 
 }  // namespace cv

@@ -88,7 +88,7 @@ std::string randomName(const std::string& path) {
         throw PreferenceFault{path, "no random number for a temporary file: " + errorText(errno)};
     }
     char digits[RANDOM_DIGITS + 1];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number));
+    static_cast<void>(std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number)));
     return std::string(TEMPORARY_PREFIX) + digits + std::string(TEMPORARY_SUFFIX);
 }
 

@@ -15,8 +15,9 @@ CF_EXPORT const CFStringRef kCFPlugInDynamicRegistrationKey;
 CF_EXPORT const CFStringRef kCFPlugInFactoriesKey;
 CF_EXPORT const CFStringRef kCFPlugInTypesKey;
 
-/// A new reference to the plug-in at `url`, its factories registered; null when there is no bundle or it registers no
-/// factory. The code is not loaded yet.
+/// A new reference to the plug-in at `url`, its factories registered to the end of the process; the code is not loaded
+/// yet. Null, with one line on standard error, when there is no bundle, it registers no factory or no type, anything in
+/// its registration is malformed, or another plug-in has registered one of its factories.
 CF_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url);
 
 CF_EXPORT CFBundleRef CFPlugInGetBundle(CFPlugInRef plugIn);
