@@ -257,8 +257,9 @@ public:
     long long ToInt64(bool* ok = nullptr, unsigned int base = 10) const;
     unsigned long long ToUInt64(bool* ok = nullptr, unsigned int base = 10) const;
 
-    /// Whatever strtod reads, exponents, hexadecimal forms, "inf" and "nan" too. A text of white space only, or with
-    /// full-width characters in bytes that are not valid UTF-8, is a 0.0 that succeeds; an empty one fails.
+    /// Whatever strtod reads, exponents, hexadecimal forms, "inf" and "nan" too; beyond the range, an infinity. A text
+    /// of white space only, or one with bytes beyond ASCII that are not UTF-8, is a 0.0 that succeeds; an empty one
+    /// fails.
     double ToDouble(bool* ok = nullptr) const;
     float ToFloat(bool* ok = nullptr) const;
 

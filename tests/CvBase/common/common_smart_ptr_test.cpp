@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -12,7 +13,7 @@ namespace {
 
 /// Counts its instances.
 struct Counted {
-    static inline int alive = 0;
+    static inline std::atomic<int> alive = 0;
     int value;
     explicit Counted(int v = 0) : value(v) { ++alive; }
     ~Counted() { --alive; }
