@@ -1,36 +1,28 @@
 #include "tests/host/HostSupport.h"
 
-#include <filesystem>
 #include <stdexcept>
 
 namespace test {
-
-namespace fs = std::filesystem;
 
 const std::string HOST_PROGRAM = CV_HOST_PROGRAM;
 const std::string PLUGIN_BUNDLE = CV_PLUGIN_BUNDLE;
 const std::string FAULTY_BUNDLE = CV_FIXTURES "/FaultyPlugIn.bundle";
 const std::string UNLINKED_BUNDLE = CV_FIXTURES "/UnlinkedPlugIn.bundle";
 
-PrivateRoot::PrivateRoot() {
-    fs::create_directory(*this / "/Library");
-    fs::create_directory(*this / "/Applications");
+std::string InstallRoot::preferenceFile(const std::string& domain) const {
+    return *this / ("Library/Preferences/" + domain + ".plist");
 }
 
-std::string PrivateRoot::preferenceFile(const std::string& domain) const {
-    return *this / ("/Library/Preferences/" + domain + ".plist");
+std::string InstallRoot::statusPath() const {
+    return *this / "Library/Application Support/Corvane/Updater/install_status.txt";
 }
 
-std::string PrivateRoot::statusPath() const {
-    return *this / "/Library/Application Support/Corvane/Updater/install_status.txt";
-}
-
-void PrivateRoot::writeStatus(const std::string& bytes) const {
+void InstallRoot::writeStatus(const std::string& bytes) const {
     writeFile(statusPath(), bytes);
 }
 
-void PrivateRoot::makeVendorFolder() const {
-    writeFile(*this / "/Applications/Corvane/Icon\r", "");
+void InstallRoot::makeVendorFolder() const {
+    writeFile(*this / "Applications/Corvane/Icon\r", "");
 }
 
 std::vector<nlohmann::json> readRoots(const std::vector<std::string>& paths) {
@@ -54,7 +46,7 @@ ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions 
     return run(command, options);
 }
 
-ProcessResult install(const PrivateRoot& root, const std::vector<std::string>& more, const ProcessOptions& options) {
+ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more, const ProcessOptions& options) {
     std::vector<std::string> arguments{"run", "--product=5100", "--root=" + root.path(), PLUGIN_BUNDLE};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return runHost(arguments, options);

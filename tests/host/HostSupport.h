@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/PrivateRoot.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
 
@@ -15,16 +16,9 @@ extern const std::string PLUGIN_BUNDLE;
 extern const std::string FAULTY_BUNDLE;
 extern const std::string UNLINKED_BUNDLE;
 
-/// A private root as a machine looks before an installation: empty Library and Applications folders.
-class PrivateRoot {
+/// A private root with what the plug-in reads and changes.
+class InstallRoot : public PrivateRoot {
 public:
-    PrivateRoot();
-
-    const std::string& path() const { return folder_.path(); }
-
-    /// The path on this machine of `path` in the root, which begins with "/".
-    std::string operator/(const std::string& path) const { return folder_.path() + path; }
-
     std::string preferenceFile(const std::string& domain) const;
 
     /// Writes the install-status file, which the post-install step reads.
@@ -33,9 +27,6 @@ public:
 
     /// Makes the vendor's folder and the icon file in it.
     void makeVendorFolder() const;
-
-private:
-    TempDir folder_;
 };
 
 /// What python3's plistlib and getfattr read in a root:
@@ -50,7 +41,7 @@ std::vector<nlohmann::json> readRoots(const std::vector<std::string>& paths);
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
 
 /// `run --product 5100` of the plug-in in a root, and more arguments.
-ProcessResult install(const PrivateRoot& root, const std::vector<std::string>& more = {},
+ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more = {},
                       const ProcessOptions& options = {});
 
 }  // namespace test

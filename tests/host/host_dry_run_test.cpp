@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 /// Everything in a root that a user can see, one text: names, kinds, modes, owners, sizes, all times, links,
 /// attributes. It is looked at through a read-only view, since looking would change access times.
-std::string listing(const PrivateRoot& root) {
+std::string listing(const InstallRoot& root) {
     const auto look = [&](std::vector<std::string> command) {
         const std::vector<std::string> view{"bwrap", "--ro-bind", "/", "/", "--"};
         command.insert(command.begin(), view.begin(), view.end());
@@ -29,27 +29,27 @@ std::string listing(const PrivateRoot& root) {
 }
 
 /// A root with one of everything, all of it old: an access time that changes is then seen under relatime, too.
-void fill(const PrivateRoot& root) {
+void fill(const InstallRoot& root) {
     root.makeVendorFolder();
     root.writeStatus("UpdatesEnabled");
     writeFile(root.preferenceFile("com.corvane.updater"), "<plist><dict><key>Old</key><true/></dict></plist>");
-    writeFile(root / "/Library/read-only", "x");
-    writeFile(root / "/Library/sealed/inside", "x");
-    fs::create_hard_link(root / "/Library/read-only", root / "/Library/hard link");
-    fs::create_symlink("nowhere", root / "/Library/dangling");
-    fs::create_symlink("/Library/Preferences", root / "/Applications/link");
-    ASSERT_EQ(mkfifo((root / "/Library/fifo").c_str(), 0640), 0);
-    ASSERT_EQ(run({"setfattr", "-n", "user.note", "-v", "kept", root / "/Library/read-only"}).exitStatus, 0);
-    ASSERT_EQ(run({"truncate", "-s", "5G", root / "/Library/sparse"}).exitStatus, 0);
-    fs::permissions(root / "/Library/read-only", fs::perms::owner_read);
-    fs::permissions(root / "/Library/sealed", fs::perms::owner_read | fs::perms::owner_exec);
+    writeFile(root / "Library/read-only", "x");
+    writeFile(root / "Library/sealed/inside", "x");
+    fs::create_hard_link(root / "Library/read-only", root / "Library/hard link");
+    fs::create_symlink("nowhere", root / "Library/dangling");
+    fs::create_symlink("/Library/Preferences", root / "Applications/link");
+    ASSERT_EQ(mkfifo((root / "Library/fifo").c_str(), 0640), 0);
+    ASSERT_EQ(run({"setfattr", "-n", "user.note", "-v", "kept", root / "Library/read-only"}).exitStatus, 0);
+    ASSERT_EQ(run({"truncate", "-s", "5G", root / "Library/sparse"}).exitStatus, 0);
+    fs::permissions(root / "Library/read-only", fs::perms::owner_read);
+    fs::permissions(root / "Library/sealed", fs::perms::owner_read | fs::perms::owner_exec);
     const ProcessResult aged =
         run({"find", root.path(), "-depth", "-exec", "touch", "-h", "-d", "2001-02-03 04:05:06.789", "{}", "+"});
     ASSERT_EQ(aged.exitStatus, 0) << aged.err;
 }
 
 TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
-    const PrivateRoot root;
+    const InstallRoot root;
     fill(root);
     const std::string before = listing(root);
     const ProcessResult result = install(root, {"--dry-run", "--language=6"});
@@ -67,11 +67,11 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     would.erase("dryRun");
     does.erase("dryRun");
     EXPECT_EQ(would, does) << "a dry run's report differs from that of the run";
-    fs::permissions(root / "/Library/sealed", fs::perms::owner_all);
+    fs::permissions(root / "Library/sealed", fs::perms::owner_all);
 }
 
 TEST(DryRun, LeavesNoCopyBehind) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const TempDir temporary;
     fill(root);
     ProcessOptions options;
@@ -102,7 +102,7 @@ TEST(DryRun, LeavesNoCopyBehind) {
     const ProcessResult noPlace = install(root, {"--dry-run"}, options);
     EXPECT_EQ(noPlace.exitStatus, 6);
     EXPECT_THAT(noPlace.err, HasSubstr("Set TMPDIR to a folder"));
-    fs::permissions(root / "/Library/sealed", fs::perms::owner_all);
+    fs::permissions(root / "Library/sealed", fs::perms::owner_all);
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ struct FaultCase {
 };
 
 TEST(Faults, EachHasItsExitStatusAndItsMessage) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const FaultCase cases[] = {
         {"failure bit", {}, 1, "the pre-install step set the failure bit"},
         {"refused instance", {}, 4, "made no instance"},
@@ -39,7 +39,7 @@ TEST(Faults, EachHasItsExitStatusAndItsMessage) {
         {"runtime_error", {"--step=post"}, 5, "type std::runtime_error left the post-install step: the disk"},
         {"NSException", {}, 5, "NSException"},
         {"crash", {}, 5, "the pre-install step ended the process: signal 11"},
-        {"hang", {"--timeout=1"}, 9, "after 1 seconds: the bundle's code was in the pre-install step"},
+        {"hang", {"--timeout=1"}, 9, "after 1 s: the bundle's code was in the pre-install step"},
     };
     for (const FaultCase& faulty : cases) {
         std::vector<std::string> arguments{"run", "--product=1", "--root=" + root.path()};
@@ -52,7 +52,7 @@ TEST(Faults, EachHasItsExitStatusAndItsMessage) {
 
 /// What was done until a fault is reported, too, and the step behind it is not run.
 TEST(Faults, AreInTheReport) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const std::vector<std::string> arguments{"run", "--product=1", "--timeout=1", "--format=json",
                                              "--root=" + root.path()};
     const json thrown = json::parse(runFaulty("bad_alloc", arguments).out);
@@ -76,7 +76,7 @@ TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
 }
 
 TEST(Faults, ABundleThatIsNoneIsRefused) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const TempDir folder;
     const ProcessResult unlinked = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, UNLINKED_BUNDLE);
     EXPECT_EQ(unlinked.exitStatus, 3);

@@ -58,11 +58,11 @@ json preferencesAfter(const Product& product, const Language& language) {
 
 /// Each product is installed in each language into a root of its own; another program then reads what is there.
 TEST(Install, LeavesWhatEachProductAndLanguageNeeds) {
-    std::vector<std::unique_ptr<PrivateRoot>> roots;
+    std::vector<std::unique_ptr<InstallRoot>> roots;
     std::vector<std::string> paths;
     for (const Product& product : PRODUCTS) {
         for (const Language& language : LANGUAGES) {
-            roots.push_back(std::make_unique<PrivateRoot>());
+            roots.push_back(std::make_unique<InstallRoot>());
             roots.back()->makeVendorFolder();
             paths.push_back(roots.back()->path());
             const ProcessResult result =
@@ -85,7 +85,7 @@ TEST(Install, LeavesWhatEachProductAndLanguageNeeds) {
 }
 
 TEST(Install, ReportsWhatChanged) {
-    PrivateRoot root;
+    InstallRoot root;
     root.makeVendorFolder();
     root.writeStatus("UpdatesEnabled\n");
     const ProcessResult result = install(root, {"--language", "1"});
@@ -109,7 +109,7 @@ TEST(Install, ReportsWhatChanged) {
 }
 
 TEST(Install, WritesJsonWithStableKeys) {
-    PrivateRoot root;
+    InstallRoot root;
     root.makeVendorFolder();
     const json report = json::parse(install(root, {"--format", "json", "--step", "post"}).out);
     const json expected{{"schema", 1},
@@ -156,10 +156,10 @@ TEST(Install, WritesJsonWithStableKeys) {
 }
 
 TEST(Install, KeepsTheOtherFinderFlags) {
-    PrivateRoot root;
+    InstallRoot root;
     root.makeVendorFolder();
     const std::string other = std::string(16, 'A') + "FFFF" + std::string(44, 'b');
-    for (const char* path : {"/Applications/Corvane", "/Applications/Corvane/Icon\r"}) {
+    for (const char* path : {"Applications/Corvane", "Applications/Corvane/Icon\r"}) {
         ASSERT_EQ(run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "0x" + other, root / path}).exitStatus, 0);
     }
     EXPECT_EQ(install(root).exitStatus, 0);
@@ -172,7 +172,7 @@ TEST(Install, KeepsTheOtherFinderFlags) {
 
 TEST(Install, RefusesABlockOfAnotherVersion) {
     for (const char* step : {"pre", "post"}) {
-        const PrivateRoot root;
+        const InstallRoot root;
         root.makeVendorFolder();
         const ProcessResult table = install(root, {"--step", step, "--block-version", "999"});
         EXPECT_EQ(table.exitStatus, 1);
@@ -187,7 +187,7 @@ TEST(Install, RefusesABlockOfAnotherVersion) {
 }
 
 TEST(Install, CallsTheExportedStepsDirectly) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const ProcessResult result = install(root, {"--entry", "direct", "--language=11"});
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(readRoot(root.path())["preferences"], preferencesAfter(PRODUCTS[5], {11, "ja"}));
@@ -201,9 +201,8 @@ TEST(Install, MakesTheRootsMissingFolders) {
     EXPECT_TRUE(fs::is_directory(root / "Applications"));
 }
 
-/// A bundle that is installed under /Library of the machine stays reachable when a private Library takes that place.
 TEST(Install, SaysWhatIsMissing) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const TempDir other;
     const ProcessResult noBundle = runHost({"run", "--product=5100", "--root", root.path(), other / "No.bundle"});
     EXPECT_EQ(noBundle.exitStatus, 3);
@@ -229,8 +228,8 @@ TEST(Install, SaysWhatIsMissing) {
     EXPECT_THAT(runHost({"--version"}).out, testing::StartsWith("installer-host "));
 }
 
-TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
-    const PrivateRoot root;
+TEST(Install, SaysWhyNoInstallRootCanBeMade) {
+    const InstallRoot root;
     ProcessOptions noPrograms;
     noPrograms.set = {{"PATH", root.path()}};
     const ProcessResult missing = install(root, {}, noPrograms);
@@ -244,15 +243,15 @@ TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
     EXPECT_EQ(refused.exitStatus, 6);
     EXPECT_THAT(refused.err, HasSubstr("namespaces"));
 
-    fs::remove(root / "/Library");
-    fs::create_directory_symlink("/usr", root / "/Library");
+    fs::remove(root / "Library");
+    fs::create_directory_symlink("/usr", root / "Library");
     const ProcessResult link = install(root);
     EXPECT_EQ(link.exitStatus, 6);
     EXPECT_THAT(link.err, HasSubstr("/Library' is no folder"));
 }
 
 TEST(Install, LeavesTheRestOfTheMachineAlone) {
-    const PrivateRoot root;
+    const InstallRoot root;
     ProcessOptions options;
     options.set = {{"PLUGIN_FAULT", "intruder"}};
     const ProcessResult result =

@@ -20,31 +20,31 @@ namespace fs = std::filesystem;
 
 constexpr const char* UPDATER = "com.corvane.updater";
 
-json keysOf(const PrivateRoot& root, const char* domain = UPDATER) {
+json keysOf(const InstallRoot& root, const char* domain = UPDATER) {
     return readRoot(root.path())["preferences"].value(domain, json::object());
 }
 
 struct StatusCase {
     const char* name;
-    std::function<void(const PrivateRoot&)> make;
+    std::function<void(const InstallRoot&)> make;
     int updateInterval;
     const char* installStatus;  ///< what the failure's text contains; null for none
 };
 
 TEST(InstallStatus, IsReadWhateverItIs) {
     const auto bytes = [](const std::string& text) {
-        return [text](const PrivateRoot& root) { root.writeStatus(text); };
+        return [text](const InstallRoot& root) { root.writeStatus(text); };
     };
     const auto sized = [](const std::string& size) {
-        return [size](const PrivateRoot& root) {
+        return [size](const InstallRoot& root) {
             root.writeStatus("UpdatesEnabled");
             run({"truncate", "-s", size, root.statusPath()});
         };
     };
     const StatusCase cases[] = {
-        {"missing", [](const PrivateRoot&) {}, 2, nullptr},
+        {"missing", [](const InstallRoot&) {}, 2, nullptr},
         {"a dangling link",
-         [](const PrivateRoot& root) {
+         [](const InstallRoot& root) {
              root.writeStatus("");
              fs::remove(root.statusPath());
              fs::create_symlink("nowhere", root.statusPath());
@@ -61,13 +61,13 @@ TEST(InstallStatus, IsReadWhateverItIs) {
         {"a zero byte behind", bytes(std::string("UpdatesEnabled\0\xFF", 16)), 2, nullptr},
         {"binary", bytes("\xFF\xFE\x80\x01 UpdatesEnabled"), 0, nullptr},
         {"1 MiB", sized("1M"), 2, nullptr},
-        {"a folder", [](const PrivateRoot& root) { fs::create_directories(root.statusPath()); }, 2,
+        {"a folder", [](const InstallRoot& root) { fs::create_directories(root.statusPath()); }, 2,
          "only read 0 bytes"},
     };
-    std::vector<std::unique_ptr<PrivateRoot>> roots;
+    std::vector<std::unique_ptr<InstallRoot>> roots;
     std::vector<std::string> paths;
     for (const StatusCase& status : cases) {
-        roots.push_back(std::make_unique<PrivateRoot>());
+        roots.push_back(std::make_unique<InstallRoot>());
         paths.push_back(roots.back()->path());
         status.make(*roots.back());
         const ProcessResult result = install(*roots.back(), {"--step=post"});
@@ -87,7 +87,7 @@ TEST(InstallStatus, IsReadWhateverItIs) {
 }
 
 TEST(InstallStatus, ThatNoMemoryHoldsEndsTheStep) {
-    const PrivateRoot root;
+    const InstallRoot root;
     root.writeStatus("UpdatesEnabled");
     ASSERT_EQ(run({"truncate", "-s", "4G", root.statusPath()}).exitStatus, 0);
     const ProcessResult result = install(root);
@@ -97,7 +97,7 @@ TEST(InstallStatus, ThatNoMemoryHoldsEndsTheStep) {
 }
 
 TEST(InstallStatus, ThatNeverComesEndsAtTheTimeout) {
-    const PrivateRoot root;
+    const InstallRoot root;
     root.writeStatus("");
     fs::remove(root.statusPath());
     ASSERT_EQ(mkfifo(root.statusPath().c_str(), 0600), 0);
@@ -110,7 +110,7 @@ TEST(InstallStatus, ThatNeverComesEndsAtTheTimeout) {
 /// The whole program for an ordinary user, who may be unable to reach this build's folder.
 TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
     constexpr unsigned NOBODY = 65534;
-    const PrivateRoot root;
+    const InstallRoot root;
     root.makeVendorFolder();
     root.writeStatus("UpdatesDisabled");
     fs::permissions(root.statusPath(), fs::perms::none);
@@ -137,6 +137,13 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
     EXPECT_THAT(found["preferences"][UPDATER]["InstallStatus"][1].get<std::string>(), HasSubstr("open"));
     EXPECT_EQ(found["finder"]["/Applications/Corvane"].get<std::string>().substr(16, 4), "0400");
 
+    if (geteuid() == 0) {
+        ASSERT_EQ(run({"chown", "0:0", root / "Applications/Corvane"}).exitStatus, 0);
+        const ProcessResult foreign = run(command, options);
+        EXPECT_EQ(foreign.exitStatus, 7);
+        EXPECT_THAT(foreign.out, HasSubstr("  not stored: /Applications/Corvane: Permission denied\n"));
+    }
+
     // A dry run cannot copy what its user may not read, and says so.
     std::vector<std::string> dryRun = command;
     dryRun.emplace_back("--dry-run");
@@ -151,7 +158,7 @@ TEST(Killed, LeavesWholeFiles) {
     constexpr int STEPS = 30;
     constexpr int MOST_RUNS = 300;
     constexpr int KILLED = 128 + 9;
-    const PrivateRoot root;
+    const InstallRoot root;
     writeFile(root.preferenceFile(UPDATER), "<plist><dict><key>Old</key><string>kept</string></dict></plist>");
     const std::string old = readFile(root.preferenceFile(UPDATER));
     const auto begin = std::chrono::steady_clock::now();
@@ -162,7 +169,7 @@ TEST(Killed, LeavesWholeFiles) {
     std::vector<std::string> paths;
     for (int i = 1, ended = 0; ended < 3; ++i) {
         ASSERT_LT(i, MOST_RUNS);
-        fs::remove_all(root / "/Library/Preferences");
+        fs::remove_all(root / "Library/Preferences");
         writeFile(root.preferenceFile(UPDATER), old);
         const std::string moment = std::to_string(whole.count() * i / STEPS);
         const ProcessResult result = run({"timeout", "-s", "KILL", moment, HOST_PROGRAM, "run", "--product=5100",
@@ -171,7 +178,7 @@ TEST(Killed, LeavesWholeFiles) {
         ended += result.exitStatus == 0 ? 1 : 0;
         paths.push_back(copies / std::to_string(i));
         fs::create_directories(paths.back() + "/Library");
-        fs::copy(root / "/Library/Preferences", paths.back() + "/Library/Preferences");
+        fs::copy(root / "Library/Preferences", paths.back() + "/Library/Preferences");
     }
     std::set<std::size_t> seen;
     for (const json& found : readRoots(paths)) {
@@ -188,7 +195,7 @@ TEST(Killed, LeavesWholeFiles) {
 
 TEST(Together, HostsLoseNoKeys) {
     const std::vector<int> codes{6300, 3100, 5600, 3500, 5200, 5100, 7700, 5000, 4900};
-    const PrivateRoot root;
+    const InstallRoot root;
     std::string script = "for code in";
     for (const int code : codes) {
         script += " " + std::to_string(code);
@@ -201,7 +208,7 @@ TEST(Together, HostsLoseNoKeys) {
 }
 
 TEST(Corrupt, PreferencesAreMovedAsideAndTheRunGoesOn) {
-    const PrivateRoot root;
+    const InstallRoot root;
     const std::string damaged = "bplist00 and then nothing of the kind";
     writeFile(root.preferenceFile(UPDATER), damaged);
     const ProcessResult result = install(root);
@@ -212,17 +219,17 @@ TEST(Corrupt, PreferencesAreMovedAsideAndTheRunGoesOn) {
 }
 
 TEST(NotStored, IsAnExitStatusAndInTheReport) {
-    const PrivateRoot root;
+    const InstallRoot root;
     fs::create_directories(root.preferenceFile(UPDATER) + "/in the way");
     const ProcessResult result = install(root);
     EXPECT_EQ(result.exitStatus, 7);
     EXPECT_THAT(result.out, HasSubstr("  not stored: /Library/Preferences/com.corvane.updater.plist: "));
     EXPECT_THAT(result.out, HasSubstr("    + \"Lang\" = \"en\" (string)\n")) << "the rest is stored";
 
-    const PrivateRoot other;
+    const InstallRoot other;
     other.makeVendorFolder();
     ASSERT_EQ(
-        run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "short", other / "/Applications/Corvane"}).exitStatus,
+        run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "short", other / "Applications/Corvane"}).exitStatus,
         0);
     const ProcessResult flags = install(other);
     EXPECT_EQ(flags.exitStatus, 7);

@@ -16,6 +16,9 @@ class PrivateRoot {
 public:
     PrivateRoot();
 
+    /// The root's own absolute path.
+    const std::string& path() const { return folder_.path(); }
+
     /// Where the root's file `name` ("Library/Preferences/x.plist") is for the test.
     std::string operator/(std::string_view name) const { return folder_ / name; }
 

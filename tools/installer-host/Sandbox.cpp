@@ -46,7 +46,7 @@ std::string privateFolder(const std::string& root, const char* name) {
 }
 
 bool isHidden(const std::string& path) {
-    for (const std::string folder : PRIVATE_FOLDERS) {
+    for (const std::string folder : {"/Library", "/Applications", "/dev"}) {
         if (path.compare(0, folder.size() + 1, folder + "/") == 0) {
             return true;
         }
@@ -107,33 +107,20 @@ std::string Sandbox::show(const std::string& path) {
 
 std::vector<std::string> Sandbox::wrap(const std::vector<std::string>& command) const {
     std::vector<std::string> wrapped{"bwrap", "--die-with-parent", "--unshare-pid"};
-    wrapped.insert(wrapped.end(), mounts_.begin(), mounts_.end());
-    const std::vector<std::string> rest{"--perms",
-                                        "0644",
-                                        "--ro-bind-data",
-                                        std::to_string(passwd_.get()),
-                                        "/etc/passwd",
-                                        "--perms",
-                                        "0644",
-                                        "--ro-bind-data",
-                                        std::to_string(group_.get()),
-                                        "/etc/group",
-                                        "--setenv",
-                                        "HOME",
-                                        HOME_FOLDER,
-                                        "--setenv",
-                                        "TMPDIR",
-                                        HOME_FOLDER,
-                                        "--unsetenv",
-                                        "TMP",
-                                        "--unsetenv",
-                                        "TEMP"};
-    wrapped.insert(wrapped.end(), rest.begin(), rest.end());
-    if (const std::string key = xAuthority(); !key.empty()) {
-        wrapped.insert(wrapped.end(), {"--setenv", "XAUTHORITY", key});
+    const auto add = [&](const std::vector<std::string>& more) {
+        wrapped.insert(wrapped.end(), more.begin(), more.end());
+    };
+    add(mounts_);
+    add({"--perms", "0644", "--ro-bind-data", std::to_string(passwd_.get()), "/etc/passwd"});
+    add({"--perms", "0644", "--ro-bind-data", std::to_string(group_.get()), "/etc/group"});
+    for (const char* variable : {"HOME", "TMPDIR", "TMP", "TEMP"}) {
+        add({"--setenv", variable, HOME_FOLDER});
     }
-    wrapped.insert(wrapped.end(), {"--chdir", "/", "--remount-ro", "/", "--"});
-    wrapped.insert(wrapped.end(), command.begin(), command.end());
+    if (const std::string key = xAuthority(); !key.empty()) {
+        add({"--setenv", "XAUTHORITY", key});
+    }
+    add({"--chdir", "/", "--remount-ro", "/", "--"});
+    add(command);
     return wrapped;
 }
 

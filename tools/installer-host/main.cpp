@@ -68,7 +68,7 @@ ExitStatus judge(const RunResult& run, const WorkerResult& worker) {
         during = step.outcome == StepResult::Outcome::TimedOut ? "was in the " + name : during;
     }
     if (worker.timedOut) {
-        say("the run was ended after " + std::to_string(run.options.timeout) + " seconds: the bundle's code " + during +
+        say("the run was ended after " + std::to_string(run.options.timeout) + " s: the bundle's code " + during +
             ".\nGive it more time with --timeout SECONDS.");
         return ExitStatus::TimedOut;
     }
