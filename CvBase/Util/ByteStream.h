@@ -1,0 +1,180 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "CvBase/Util/ByteEncoding.h"
+#include "CvBase/Util/DataStream.h"
+
+namespace Util {
+
+/// A stream in memory that grows as it is written to, by the vector's usual steps: reserve the size where it is known.
+///
+/// It holds at most 2^32 - 1 bytes. What would make it longer, or needs memory that is not there, throws std::bad_alloc
+/// and changes nothing; nothing else can fail in a write. One thread at a time.
+class ByteStream : public DataStream {
+public:
+    /// An empty stream with memory for `reserve` bytes.
+    explicit ByteStream(unsigned int reserve);
+
+    /// A copy of the `size` bytes at `data`, which is not read when `size` is 0.
+    ByteStream(unsigned int size, unsigned char const* data);
+
+    explicit ByteStream(std::vector<unsigned char> const& bytes);
+
+    ~ByteStream() override;
+
+    /// Drops all bytes and goes back to position 0, keeping the memory, the byte order and whether texts are written
+    /// with their length.
+    void Clear();
+
+    EndianType GetEndianType() const override { return endianType_; }
+    void SetEndianType(EndianType endianType) override { endianType_ = endianType; }
+    bool IsWriteStringLength() const override { return writeStringLength_; }
+    void SetWriteStringLength(bool writeStringLength) override { writeStringLength_ = writeStringLength; }
+
+    DataStream& operator>>(bool& value) override;
+    DataStream& operator>>(char& value) override { return extract(value); }
+    DataStream& operator>>(signed char& value) override { return extract(value); }
+    DataStream& operator>>(unsigned char& value) override { return extract(value); }
+    DataStream& operator>>(short& value) override { return extract(value); }
+    DataStream& operator>>(unsigned short& value) override { return extract(value); }
+    DataStream& operator>>(int& value) override { return extract(value); }
+    DataStream& operator>>(unsigned int& value) override { return extract(value); }
+    DataStream& operator>>(long long& value) override { return extract(value); }
+    DataStream& operator>>(unsigned long long& value) override { return extract(value); }
+    DataStream& operator>>(long& value) override { return extract(value); }
+    DataStream& operator>>(unsigned long& value) override { return extract(value); }
+    DataStream& operator>>(float& value) override { return extract(value); }
+    DataStream& operator>>(double& value) override { return extract(value); }
+    DataStream& operator>>(String& text) override;
+    DataStream& operator>>(std::vector<unsigned char>& bytes) override;
+
+    bool ReadPrimitive(bool) override { return read<bool>(); }
+    char ReadPrimitive(char) override { return read<char>(); }
+    signed char ReadPrimitive(signed char) override { return read<signed char>(); }
+    unsigned char ReadPrimitive(unsigned char) override { return read<unsigned char>(); }
+    short ReadPrimitive(short) override { return read<short>(); }
+    unsigned short ReadPrimitive(unsigned short) override { return read<unsigned short>(); }
+    int ReadPrimitive(int) override { return read<int>(); }
+    unsigned int ReadPrimitive(unsigned int) override { return read<unsigned int>(); }
+    long long ReadPrimitive(long long) override { return read<long long>(); }
+    unsigned long long ReadPrimitive(unsigned long long) override { return read<unsigned long long>(); }
+    long ReadPrimitive(long) override { return read<long>(); }
+    unsigned long ReadPrimitive(unsigned long) override { return read<unsigned long>(); }
+    float ReadPrimitive(float) override { return read<float>(); }
+    double ReadPrimitive(double) override { return read<double>(); }
+
+    void Read(unsigned int count, unsigned char* dest) override;
+
+    using DataStream::operator<<;
+    DataStream& operator<<(bool value) override { return put(Detail::bitsOf(static_cast<unsigned char>(value))); }
+    DataStream& operator<<(char value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(signed char value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(unsigned char value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(short value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(unsigned short value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(int value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(unsigned int value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(long long value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(unsigned long long value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(long value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(unsigned long value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(float value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(double value) override { return put(Detail::bitsOf(value)); }
+    DataStream& operator<<(String const& text) override;
+    DataStream& operator<<(std::vector<unsigned char> const& bytes) override;
+
+    void Write(unsigned int count, unsigned char const* src) override;
+
+    bool AtEnd() const override { return position_ >= buffer_.size(); }
+    unsigned int GetPosition() const override { return position_; }
+    unsigned int GetSize() const override { return static_cast<unsigned int>(buffer_.size()); }
+    unsigned int GetRemaining() const override { return GetSize() - position_; }
+    void SetPosition(unsigned int position) override { position_ = position; }
+    void Skip(int count) override;
+
+    /// What `stream >> value` does for the numbers.
+    template <typename T>
+    DataStream& extract(T& value);
+
+private:
+    template <typename T>
+    T read() {
+        T value{};
+        *this >> value;
+        return value;
+    }
+
+    /// Writes the bytes of a number. Flattened, the vector's insertion becomes the one move that it is.
+    template <typename Bits>
+    [[gnu::flatten]] DataStream& put(Bits bits);
+    template <typename Bits>
+    [[gnu::noinline]] DataStream& putGrowing(Bits bits);
+
+    bool isBigEndian() const { return endianType_ != DefaultEndian && endianType_ != LittleEndian; }
+
+    /// Whether `count` bytes are there to be read. The position may be anywhere.
+    bool has(std::size_t count) const { return position_ <= buffer_.size() && count <= buffer_.size() - position_; }
+
+    /// How many bytes can be appended before memory has to be allocated. Told by the vector's ends, as the vector's own
+    /// insertion asks, so that compilers drop its way to new memory from put().
+    std::size_t spare() const {
+        return static_cast<std::size_t>((buffer_.data() + buffer_.capacity()) - (buffer_.data() + buffer_.size()));
+    }
+
+    [[noreturn, gnu::noinline, gnu::cold]] void failToExtract(std::size_t width) const;
+
+    /// Allocates what writing `count` bytes at the position takes, so that it cannot fail any more. Throws
+    /// std::bad_alloc.
+    void makeRoom(std::uint64_t count);
+
+    /// Reads `count` bytes, or throws as from `failureLine`.
+    void take(std::size_t count, unsigned char* dest, int failureLine);
+
+    [[gnu::noinline]] void write(std::size_t count, unsigned char const* src);
+
+    std::vector<unsigned char> buffer_;
+    unsigned int position_ = 0;
+    EndianType endianType_ = DefaultEndian;
+    bool writeStringLength_ = true;
+};
+
+template <typename T>
+inline DataStream& ByteStream::extract(T& value) {
+    constexpr std::size_t WIDTH = Detail::STORED_WIDTH<T>;
+    if (!has(WIDTH)) {
+        failToExtract(WIDTH);
+    }
+    Detail::setFromBits(value, Detail::load<Detail::StoredBits<T>>(buffer_.data() + position_, isBigEndian()));
+    position_ += static_cast<unsigned int>(WIDTH);
+    return *this;
+}
+
+template <typename Bits>
+DataStream& ByteStream::put(Bits bits) {
+    unsigned int const position = position_;
+    if (position == buffer_.size() && spare() >= sizeof bits) {
+        unsigned char bytes[sizeof bits];
+        Detail::store(bits, bytes, isBigEndian());
+        buffer_.insert(buffer_.end(), bytes, bytes + sizeof bytes);
+    } else if (has(sizeof bits)) {
+        Detail::store(bits, buffer_.data() + position, isBigEndian());
+    } else {
+        return putGrowing(bits);
+    }
+    position_ = position + static_cast<unsigned int>(sizeof bits);
+    return *this;
+}
+
+template <typename Bits>
+DataStream& ByteStream::putGrowing(Bits bits) {
+    unsigned char bytes[sizeof bits];
+    Detail::store(bits, bytes, isBigEndian());
+    write(sizeof bytes, bytes);
+    return *this;
+}
+
+}  // namespace Util

@@ -1,0 +1,145 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "CvBase/common/common_string.h"
+#include "CvBase/common/common_types.h"
+
+namespace Util {
+
+/// Reads and writes typed values as bytes, at one position that both move.
+///
+///     type                                    bytes
+///     bool                                    1: 0 or 1; any other value reads as true
+///     char, signed char, unsigned char        1
+///     short, unsigned short                   2
+///     int, unsigned int, long, unsigned long  4
+///     long long, unsigned long long           8
+///     float, double                           4, 8 (IEEE 754)
+///     String                                  a 4-byte unsigned number of bytes, then the bytes, without a terminator
+///     std::vector<unsigned char>              the bytes alone
+///
+/// Signed numbers are two's complement. `long` has 32 bits here on every processor, as on the 32-bit Mac: writing drops
+/// the upper half of a longer one, and that is the overload which 64-bit processors choose for uint64_t and size_t.
+/// Pass 64-bit values as (unsigned) long long.
+///
+/// A read throws Util::Exception::DataStreamIO when the bytes end too soon.
+class DataStream : private noncopyable {
+public:
+    /// The order of the bytes of a number, also of a text's length. Every other value acts as BigEndian.
+    enum EndianType : std::int32_t {
+        DefaultEndian = 0,  ///< least significant byte first
+        LittleEndian = 1,   ///< least significant byte first
+        BigEndian = 2       ///< most significant byte first
+    };
+
+    virtual EndianType GetEndianType() const = 0;
+    virtual void SetEndianType(EndianType endianType) = 0;
+
+    /// Whether a text is written with its length in front. Without it the text cannot be read back: reading takes a
+    /// length always.
+    virtual bool IsWriteStringLength() const = 0;
+    virtual void SetWriteStringLength(bool writeStringLength) = 0;
+
+    /// @name Reading
+    /// Store the value at the position and move behind it; after a failure the value and the position are as before.
+    /// @{
+    virtual DataStream& operator>>(bool& value) = 0;
+    virtual DataStream& operator>>(char& value) = 0;
+    virtual DataStream& operator>>(signed char& value) = 0;
+    virtual DataStream& operator>>(unsigned char& value) = 0;
+    virtual DataStream& operator>>(short& value) = 0;
+    virtual DataStream& operator>>(unsigned short& value) = 0;
+    virtual DataStream& operator>>(int& value) = 0;
+    virtual DataStream& operator>>(unsigned int& value) = 0;
+    virtual DataStream& operator>>(long long& value) = 0;
+    virtual DataStream& operator>>(unsigned long long& value) = 0;
+    virtual DataStream& operator>>(long& value) = 0;
+    virtual DataStream& operator>>(unsigned long& value) = 0;
+    virtual DataStream& operator>>(float& value) = 0;
+    virtual DataStream& operator>>(double& value) = 0;
+
+    /// Stops at the text's first NUL byte, but moves behind all of it. A text of more than 200000 bytes, which can be
+    /// written, is refused. After a failure the text is empty and the position is behind its length, if there was one.
+    virtual DataStream& operator>>(String& text) = 0;
+
+    /// Reads as many bytes as the vector holds.
+    virtual DataStream& operator>>(std::vector<unsigned char>& bytes) = 0;
+    /// @}
+
+    /// @name Reading a value to return it
+    /// The argument only says of which type.
+    /// @{
+    virtual bool ReadPrimitive(bool) = 0;
+    virtual char ReadPrimitive(char) = 0;
+    virtual signed char ReadPrimitive(signed char) = 0;
+    virtual unsigned char ReadPrimitive(unsigned char) = 0;
+    virtual short ReadPrimitive(short) = 0;
+    virtual unsigned short ReadPrimitive(unsigned short) = 0;
+    virtual int ReadPrimitive(int) = 0;
+    virtual unsigned int ReadPrimitive(unsigned int) = 0;
+    virtual long long ReadPrimitive(long long) = 0;
+    virtual unsigned long long ReadPrimitive(unsigned long long) = 0;
+    virtual long ReadPrimitive(long) = 0;
+    virtual unsigned long ReadPrimitive(unsigned long) = 0;
+    virtual float ReadPrimitive(float) = 0;
+    virtual double ReadPrimitive(double) = 0;
+    /// @}
+
+    /// Reads `count` bytes into `dest`, which may be null when `count` is 0.
+    virtual void Read(unsigned int count, unsigned char* dest) = 0;
+
+    /// @name Writing
+    /// Put the value at the position, over what is there, and move behind it.
+    /// @{
+    virtual DataStream& operator<<(bool value) = 0;
+    virtual DataStream& operator<<(char value) = 0;
+    virtual DataStream& operator<<(signed char value) = 0;
+    virtual DataStream& operator<<(unsigned char value) = 0;
+    virtual DataStream& operator<<(short value) = 0;
+    virtual DataStream& operator<<(unsigned short value) = 0;
+    virtual DataStream& operator<<(int value) = 0;
+    virtual DataStream& operator<<(unsigned int value) = 0;
+    virtual DataStream& operator<<(long long value) = 0;
+    virtual DataStream& operator<<(unsigned long long value) = 0;
+    virtual DataStream& operator<<(long value) = 0;
+    virtual DataStream& operator<<(unsigned long value) = 0;
+    virtual DataStream& operator<<(float value) = 0;
+    virtual DataStream& operator<<(double value) = 0;
+
+    /// All bytes of the text, embedded NULs too; without its length in front when IsWriteStringLength() is false.
+    virtual DataStream& operator<<(String const& text) = 0;
+
+    virtual DataStream& operator<<(std::vector<unsigned char> const& bytes) = 0;
+
+    /// A pointer, such as "text", would be written as a bool. Write String("text").
+    template <typename T>
+    DataStream& operator<<(T const* pointer) = delete;
+    /// @}
+
+    /// Writes the `count` bytes at `src`, which may be null when `count` is 0.
+    virtual void Write(unsigned int count, unsigned char const* src) = 0;
+
+    /// Whether no byte is left at the position.
+    virtual bool AtEnd() const = 0;
+
+    /// The offset in bytes from the start of the stream.
+    virtual unsigned int GetPosition() const = 0;
+
+    /// The number of bytes in the stream.
+    virtual unsigned int GetSize() const = 0;
+
+    /// GetSize() - GetPosition(), modulo 2^32 when the position is behind the end.
+    virtual unsigned int GetRemaining() const = 0;
+
+    /// Any position will do. Behind the end every read fails, and a write fills the gap with zero bytes.
+    virtual void SetPosition(unsigned int position) = 0;
+
+    /// Moves by `count` bytes, backwards when it is negative, modulo 2^32: there is no check at either end.
+    virtual void Skip(int count) = 0;
+
+    virtual ~DataStream() = default;
+};
+
+}  // namespace Util

@@ -1,0 +1,65 @@
+// Memory exhaustion: a stream that cannot grow is as it was. Each allocation of each operation fails once.
+
+#include <functional>
+#include <vector>
+
+#include "tests/CvBase/Util/StreamSupport.h"
+#include "tests/support/FailingAllocations.h"
+
+namespace {
+
+using test::Bytes;
+using Util::ByteStream;
+
+TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
+    Bytes const many(1000, 7);
+    String const text("A text that no small buffer can hold, to be written with its length");
+    std::vector<std::function<void(ByteStream&)>> const writes = {
+        [](ByteStream& stream) { stream << 1; },
+        [](ByteStream& stream) { stream << 1.0; },
+        [&](ByteStream& stream) { stream << text; },
+        [&](ByteStream& stream) { stream << many; },
+        [&](ByteStream& stream) { stream.Write(1000, many.data()); },
+    };
+    Bytes const original{1, 2, 3, 4, 5, 6};
+    for (auto const& write : writes) {
+        // Inside the stream, at its end, and beyond a gap; with memory left for the length of a text, or for nothing.
+        for (unsigned int const position : {5U, 6U, 300U}) {
+            for (unsigned int const reserved : {6U, 11U}) {
+                ByteStream stream(reserved);
+                stream << original;
+                stream.SetPosition(position);
+                int failures = 0;
+                test::exhaustMemory([&] { write(stream); },
+                                    [&] {
+                                        ++failures;
+                                        ASSERT_EQ(stream.GetPosition(), position);
+                                        ASSERT_EQ(test::bytesOf(stream), original);
+                                    });
+                EXPECT_GT(stream.GetPosition(), position);
+                EXPECT_TRUE(failures > 0 || reserved == 11) << "the write allocated nothing";
+            }
+        }
+    }
+}
+
+TEST(ByteStreamMemory, AFailedTextReadLeavesTheTextEmpty) {
+    ByteStream stream(0);
+    stream << String("A text that no small buffer of std::string can hold");
+    String text;
+    int failures = 0;
+    test::exhaustMemory(
+        [&] {
+            stream.SetPosition(0);
+            text = "before";
+            stream >> text;
+        },
+        [&] {
+            ++failures;
+            ASSERT_TRUE(text.IsEmpty() || text == "before");
+        });
+    EXPECT_GT(failures, 0);
+    EXPECT_EQ(text, "A text that no small buffer of std::string can hold");
+}
+
+}  // namespace
