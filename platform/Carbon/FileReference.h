@@ -5,7 +5,7 @@
 #include <Carbon/Files.h>
 #include <sys/stat.h>
 
-#include "platform/CoreFoundation/Descriptor.h"
+#include "platform/Descriptor.h"
 
 namespace cv {
 

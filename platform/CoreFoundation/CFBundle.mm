@@ -13,8 +13,8 @@
 
 #include "platform/CoreFoundation/Bridge.h"
 #include "platform/CoreFoundation/Bundle.h"
-#include "platform/CoreFoundation/Descriptor.h"
 #include "platform/CoreFoundation/PropertyListBridge.h"
+#include "platform/Descriptor.h"
 #include "platform/Report.h"
 
 namespace {

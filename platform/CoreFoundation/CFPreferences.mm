@@ -12,9 +12,9 @@
 #include <tuple>
 
 #include "platform/CoreFoundation/Bridge.h"
-#include "platform/CoreFoundation/Descriptor.h"
 #include "platform/CoreFoundation/PreferenceFile.h"
 #include "platform/CoreFoundation/PropertyListBridge.h"
+#include "platform/Descriptor.h"
 #include "platform/Report.h"
 #include "platform/StoreFailures.h"
 

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/CoreFoundation/Descriptor.h"
+#include "platform/Descriptor.h"
 #include "platform/Report.h"
 
 namespace cv {

@@ -12,7 +12,7 @@ namespace test {
 
 namespace fs = std::filesystem;
 
-TempDir::TempDir() : path_((fs::temp_directory_path() / "cvbase-test-XXXXXX").string()) {
+TempDir::TempDir() : path_(fs::temp_directory_path() / ("cvbase-test-" + std::string(6, 'X'))) {
     if (mkdtemp(path_.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), "mkdtemp " + path_);
     }

@@ -21,8 +21,8 @@ namespace fs = std::filesystem;
 std::string makeTemporaryFolder() {
     const char* parent = std::getenv("TMPDIR");
     // Not /tmp: it is often kept in memory, where older kernels keep no extended attributes.
-    std::string path =
-        std::string(parent != nullptr && *parent != '\0' ? parent : "/var/tmp") + "/installer-host-XXXXXX";
+    std::string path = parent != nullptr && *parent != '\0' ? parent : "/var/tmp";
+    path += "/installer-host-" + std::string(6, 'X');
     if (mkdtemp(path.data()) == nullptr) {
         throw Failure(ExitStatus::RootNotMade, "the copy for the dry run cannot be made at '" + path +
                                                    "': " + std::strerror(errno) +

@@ -1,4 +1,4 @@
-#include "platform/CoreFoundation/Descriptor.h"
+#include "platform/Descriptor.h"
 
 #include <unistd.h>
 
