@@ -26,14 +26,13 @@ endif()
 
 # a * b + c keeps its two roundings on every processor: number formatting and the sample conversions promise exact bits.
 add_compile_options(-ffp-contract=off)
-
-# Sizes and positions of files are 64-bit on 32-bit Linux too, as they always are on a Mac.
-add_compile_definitions(_FILE_OFFSET_BITS=64)
-
 # For the same reason 32-bit Intel computes in SSE registers, which every Mac of that kind has: the older unit keeps more bits.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64|i[3-6]86)$")
     add_compile_options(-msse2 -mfpmath=sse)
 endif()
+
+# Sizes and positions of files are 64-bit on 32-bit Linux too, as they always are on a Mac.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
 
 if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)

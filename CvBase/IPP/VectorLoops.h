@@ -9,14 +9,13 @@
 /// The loops of the vector paths, written once over the operations that an instruction set (`Isa`) offers:
 ///
 /// - `WIDTH`, the bytes of a vector, and `LANES`, the floats in it;
-/// - loads that need no alignment: `loadFloats`, `loadInts`, and those that widen to a whole vector of ints
-/// (`widenBytes`,
-///   `widenShorts`) or of doubles (`widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats`), and `narrowDoubles`,
-///   which makes a vector of floats from two of doubles;
-/// - arithmetic: `broadcast`, `multiply`, `halfLike` (0.5 with the sign bit of x), `clamp` (to -1.0 .. 1.0, where a NaN
-/// stays),
-///   `toFloats`, `truncate`, `packShorts`, and `multiplyAdd`, which may round once: the multiplier is a power of two,
-///   so that the product is exact, or so small that the half added to it does not notice its rounding;
+/// - loads that need no alignment: `loadFloats`, `loadInts`; `widenBytes`, `widenShorts` to a vector of ints;
+///   `widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats` to one of doubles; `narrowDoubles` from two of doubles
+///   to one of floats;
+/// - arithmetic: `broadcast`, `multiply`, `toFloats`, `truncate`, `packShorts`; `halfLike`, which is 0.5 with the sign
+///   bit of x; `clamp` to -1.0 .. 1.0, where a NaN stays;
+/// - `multiplyAdd`, which may round once: the multiplier is a power of two, so that the product is exact, or else so
+///   small that the half added to it does not notice its rounding;
 /// - `store` (no alignment needed), `stream` (aligned, past the caches), `fence` after streaming;
 /// - `sameBytes` and `sameBytes4`: whether one or four vectors of memory agree.
 ///
