@@ -1,0 +1,349 @@
+// Values, texts and blocks of bytes written to memory, most significant byte first, and read back.
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CvBase/Util/ByteStream.h"
+#include "CvBase/common/common_string.h"
+#include "benchmarks/support/Buffers.h"
+#include "benchmarks/support/Main.h"
+
+#if CV_PEER_BOOST
+#include <boost/endian/conversion.hpp>
+#endif
+#if CV_PEER_QT
+#include <QBuffer>
+#include <QByteArray>
+#include <QDataStream>
+#include <QString>
+#endif
+
+namespace {
+
+using bench::add;
+using bench::addAnswering;
+using Byte = unsigned char;
+using Bytes = std::vector<Byte>;
+
+constexpr unsigned int RECORDS = 125000;
+constexpr unsigned int RECORD_SIZE = 32;
+constexpr unsigned int TEXTS = 100000;
+constexpr unsigned int TEXT_LENGTH = 20;
+constexpr unsigned int BLOCK_SIZE = 64 * 1024;
+constexpr unsigned int BLOCKS = 64;
+
+/// Eight values of different types: RECORDS of these are a million values.
+struct Record {
+    bool flag;
+    unsigned char byte;
+    short small;
+    int number;
+    unsigned int positive;
+    long long large;
+    float single;
+    double real;
+};
+
+Record makeRecord(unsigned int i) {
+    return {i % 3 == 0,
+            static_cast<unsigned char>(i + 1),
+            static_cast<short>(i * 7),
+            static_cast<int>(i * 2654435761U),
+            i + 0x01020304U,
+            static_cast<long long>(i) * -0x123456789LL,
+            static_cast<float>(i) + 0.5F,
+            static_cast<double>(i) / 3};
+}
+
+/// A number made of all values of a record, with what came before.
+std::uint64_t mixed(std::uint64_t before, Record const& record) {
+    std::uint64_t values = static_cast<std::uint64_t>(record.number) ^ static_cast<std::uint64_t>(record.large);
+    values += record.flag + record.byte + static_cast<std::uint64_t>(record.small) + record.positive;
+    return before + values + static_cast<std::uint64_t>(record.single + record.real);
+}
+
+std::vector<Record> const& records() {
+    static std::vector<Record> const made = [] {
+        std::vector<Record> all;
+        for (unsigned int i = 0; i < RECORDS; ++i) {
+            all.push_back(makeRecord(i));
+        }
+        return all;
+    }();
+    return made;
+}
+
+std::uint64_t recordsMixed() {
+    std::uint64_t total = 0;
+    for (Record const& record : records()) {
+        total = mixed(total, record);
+    }
+    return total;
+}
+
+template <typename Stream>
+void writeRecords(Stream& stream) {
+    for (Record const& record : records()) {
+        stream << record.flag << record.byte << record.small << record.number << record.positive << record.large
+               << record.single << record.real;
+    }
+}
+
+template <typename Stream>
+std::uint64_t readRecords(Stream& stream) {
+    std::uint64_t total = 0;
+    for (unsigned int i = 0; i < RECORDS; ++i) {
+        Record record;
+        stream >> record.flag >> record.byte >> record.small >> record.number >> record.positive >> record.large >>
+            record.single >> record.real;
+        total = mixed(total, record);
+    }
+    return total;
+}
+
+/// A stream that has room for everything from the start, most significant byte first. What is measured uses it through
+/// its base class and does not make it anew: page faults would cost more than the rest.
+std::shared_ptr<Util::ByteStream> makeStream(unsigned int size) {
+    auto const stream = std::make_shared<Util::ByteStream>(size);
+    stream->SetEndianType(static_cast<Util::DataStream::EndianType>(2));
+    return stream;
+}
+
+void addValues() {
+    auto const stream = makeStream(RECORDS * RECORD_SIZE);
+    std::uint64_t const written = std::uint64_t{RECORDS} * RECORD_SIZE;
+    addAnswering(
+        "Stream/write-1000000-values", "CvBase",
+        [stream] {
+            stream->Clear();
+            Util::DataStream& base = *stream;
+            writeRecords(base);
+            return base.GetSize();
+        },
+        written);
+    auto const filled = makeStream(RECORDS * RECORD_SIZE);
+    writeRecords<Util::DataStream>(*filled);
+    addAnswering(
+        "Stream/read-1000000-values", "CvBase",
+        [filled] {
+            filled->SetPosition(0);
+            Util::DataStream& base = *filled;
+            return readRecords(base);
+        },
+        recordsMixed());
+}
+
+void addTexts() {
+    std::string const work = "Stream/100000-texts-there-and-back";
+    auto const stream = makeStream(TEXTS * (TEXT_LENGTH + 4));
+    addAnswering(
+        work, "CvBase",
+        [stream, text = String(std::string(TEXT_LENGTH, 'x').c_str())] {
+            stream->Clear();
+            Util::DataStream& base = *stream;
+            for (unsigned int i = 0; i < TEXTS; ++i) {
+                base << text;
+            }
+            base.SetPosition(0);
+            std::uint64_t total = 0;
+            for (unsigned int i = 0; i < TEXTS; ++i) {
+                String read;
+                base >> read;
+                total += read.Length();
+            }
+            return total;
+        },
+        std::uint64_t{TEXTS} * TEXT_LENGTH);
+}
+
+void copyBlocks(Byte* dst, Byte const* src) {
+    for (unsigned int i = 0; i < BLOCKS; ++i) {
+        std::memcpy(dst + i * BLOCK_SIZE, src + i * BLOCK_SIZE, BLOCK_SIZE);
+    }
+}
+
+void addBlocks() {
+    std::uint64_t const size = std::uint64_t{BLOCKS} * BLOCK_SIZE;
+    Byte const* const source = bench::source<Byte>();
+    auto const stream = makeStream(static_cast<unsigned int>(size));
+    add("Stream/write-blocks", {"CvBase",
+                                [stream, source] {
+                                    stream->Clear();
+                                    Util::DataStream& base = *stream;
+                                    for (unsigned int i = 0; i < BLOCKS; ++i) {
+                                        base.Write(BLOCK_SIZE, source + i * BLOCK_SIZE);
+                                    }
+                                },
+                                [stream, source, size] {
+                                    Bytes written(size);
+                                    stream->SetPosition(0);
+                                    stream->Read(static_cast<unsigned int>(size), written.data());
+                                    return std::memcmp(written.data(), source, size) == 0;
+                                }});
+    auto const memory = std::make_shared<Bytes>(size);
+    auto const copied = [memory, source, size] { return std::memcmp(memory->data(), source, size) == 0; };
+    add("Stream/write-blocks", {"memcpy", [memory, source] { copyBlocks(memory->data(), source); }, copied});
+
+    auto const filled = makeStream(static_cast<unsigned int>(size));
+    filled->Write(static_cast<unsigned int>(size), source);
+    add("Stream/read-blocks", {"CvBase",
+                               [filled, memory] {
+                                   filled->SetPosition(0);
+                                   Util::DataStream& base = *filled;
+                                   for (unsigned int i = 0; i < BLOCKS; ++i) {
+                                       base.Read(BLOCK_SIZE, memory->data() + i * BLOCK_SIZE);
+                                   }
+                               },
+                               copied});
+    // Out of a vector too: the C library's copy is many times slower where one side is aligned to a page and the other
+    // is not.
+    auto const vector = std::make_shared<Bytes>(source, source + size);
+    add("Stream/read-blocks", {"memcpy", [memory, vector] { copyBlocks(memory->data(), vector->data()); }, copied});
+}
+
+#if CV_PEER_BOOST
+
+template <typename T>
+void append(Bytes& bytes, T value) {
+    std::size_t const size = bytes.size();
+    bytes.resize(size + sizeof value);
+    boost::endian::endian_store<T, sizeof value, boost::endian::order::big>(bytes.data() + size, value);
+}
+
+template <typename T>
+T take(Byte const*& from) {
+    T const value = boost::endian::endian_load<T, sizeof(T), boost::endian::order::big>(from);
+    from += sizeof(T);
+    return value;
+}
+
+void appendRecord(Bytes& bytes, Record const& record) {
+    append<unsigned char>(bytes, record.flag);
+    append(bytes, record.byte);
+    append(bytes, record.small);
+    append(bytes, record.number);
+    append(bytes, record.positive);
+    append(bytes, record.large);
+    append(bytes, record.single);
+    append(bytes, record.real);
+}
+
+Record takeRecord(Byte const*& from) {
+    Record record;
+    record.flag = take<unsigned char>(from) != 0;
+    record.byte = take<unsigned char>(from);
+    record.small = take<short>(from);
+    record.number = take<int>(from);
+    record.positive = take<unsigned int>(from);
+    record.large = take<long long>(from);
+    record.single = take<float>(from);
+    record.real = take<double>(from);
+    return record;
+}
+
+void addBoost() {
+    auto const bytes = std::make_shared<Bytes>();
+    bytes->reserve(std::size_t{RECORDS} * RECORD_SIZE);
+    auto const write = [bytes] {
+        bytes->clear();
+        for (Record const& record : records()) {
+            appendRecord(*bytes, record);
+        }
+        return bytes->size();
+    };
+    addAnswering("Stream/write-1000000-values", "Boost.Endian", write, std::uint64_t{RECORDS} * RECORD_SIZE);
+    addAnswering(
+        "Stream/read-1000000-values", "Boost.Endian",
+        [bytes, write] {
+            if (bytes->empty()) {
+                write();
+            }
+            Byte const* from = bytes->data();
+            std::uint64_t total = 0;
+            for (unsigned int i = 0; i < RECORDS; ++i) {
+                total = mixed(total, takeRecord(from));
+            }
+            return total;
+        },
+        recordsMixed());
+}
+
+#endif
+
+#if CV_PEER_QT
+
+/// QDataStream over memory that is there from the start. Its version of Qt 4.5 writes a float in 4 bytes and a double
+/// in 8.
+struct QtStream {
+    explicit QtStream(unsigned int size) {
+        memory.buffer().reserve(static_cast<int>(size));
+        memory.open(QIODevice::ReadWrite);
+        stream.setDevice(&memory);
+        stream.setVersion(QDataStream::Qt_4_5);
+    }
+    QBuffer memory;
+    QDataStream stream;
+};
+
+template <typename Text>
+void addQtTexts(std::string const& name, Text const& text) {
+    auto const qt = std::make_shared<QtStream>(TEXTS * (2 * TEXT_LENGTH + 4));
+    addAnswering(
+        "Stream/100000-texts-there-and-back", name,
+        [qt, text] {
+            qt->memory.seek(0);
+            for (unsigned int i = 0; i < TEXTS; ++i) {
+                qt->stream << text;
+            }
+            qt->memory.seek(0);
+            std::uint64_t total = 0;
+            for (unsigned int i = 0; i < TEXTS; ++i) {
+                Text read;
+                qt->stream >> read;
+                total += static_cast<std::uint64_t>(read.size());
+            }
+            return total;
+        },
+        std::uint64_t{TEXTS} * TEXT_LENGTH);
+}
+
+void addQt() {
+    auto const qt = std::make_shared<QtStream>(RECORDS * RECORD_SIZE);
+    auto const write = [qt] {
+        qt->memory.seek(0);
+        writeRecords(qt->stream);
+        return static_cast<std::uint64_t>(qt->memory.pos());
+    };
+    addAnswering("Stream/write-1000000-values", "QDataStream", write, std::uint64_t{RECORDS} * RECORD_SIZE);
+    addAnswering(
+        "Stream/read-1000000-values", "QDataStream",
+        [qt, write] {
+            if (qt->memory.size() == 0) {
+                write();
+            }
+            qt->memory.seek(0);
+            return readRecords(qt->stream);
+        },
+        recordsMixed());
+    addQtTexts("QDataStream (QString)", QString(TEXT_LENGTH, 'x'));
+    addQtTexts("QDataStream (QByteArray)", QByteArray(TEXT_LENGTH, 'x'));
+}
+
+#endif
+
+[[maybe_unused]] bool const added = [] {
+    addValues();
+    addTexts();
+    addBlocks();
+#if CV_PEER_BOOST
+    addBoost();
+#endif
+#if CV_PEER_QT
+    addQt();
+#endif
+    return true;
+}();
+
+}  // namespace
