@@ -81,7 +81,7 @@ String formatFloating(double value, unsigned int precision, checked_value<unsign
     std::array<char, 1024> buffer{};
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    std::snprintf(buffer.data(), buffer.size(), conversion, decimals, value);  // -1 stands for no precision
+    static_cast<void>(std::snprintf(buffer.data(), buffer.size(), conversion, decimals, value));  // -1: no precision
 #pragma GCC diagnostic pop
     return String(buffer.data());
 }

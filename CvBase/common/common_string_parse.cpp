@@ -88,12 +88,12 @@ String normalizeNumberString(String const& text) {
 
 /// The value of a digit in `base`, -1 when `c` is none.
 int digitValue(char c, unsigned int base) {
-    const int byte = static_cast<signed char>(c);
+    const int byte = static_cast<unsigned char>(c);
     const unsigned int decimal = static_cast<unsigned int>(byte) - '0';
     if (decimal < 10) {
         return decimal < base ? static_cast<int>(decimal) : -1;
     }
-    if (base < 11) {
+    if (base < 11 || !isAscii(c)) {
         return -1;
     }
     const int letters = static_cast<int>(std::min(base - 10, 0x80U));

@@ -14,7 +14,7 @@ static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "wide text is handed to
 namespace {
 
 /// Longer text is refused rather than allocated for.
-constexpr unsigned int MOST_UNITS = 100000;
+constexpr CFIndex MOST_UNITS = 100000;
 
 struct Releaser {
     void operator()(CFStringRef string) const { CFRelease(string); }
@@ -28,8 +28,8 @@ CFStringEncoding platformEncoding(unsigned int selector) {
 /// The number of units before the terminating 0; MOST_UNITS when there are as many or more, and then nothing behind
 /// them was read.
 template <typename Unit>
-unsigned int countUnits(Unit const* units) {
-    unsigned int count = 0;
+CFIndex countUnits(Unit const* units) {
+    CFIndex count = 0;
     while (count < MOST_UNITS && units[count] != 0) {
         ++count;
     }
@@ -52,20 +52,20 @@ String encode(CFStringRef string, CFStringEncoding encoding, CFIndex capacity) {
 }  // namespace
 
 String::String(unsigned short const* utf16, unsigned int encoding) {
-    const unsigned int units = utf16 != nullptr ? countUnits(utf16) : MOST_UNITS;
+    const CFIndex units = utf16 != nullptr ? countUnits(utf16) : MOST_UNITS;
     if (units == 0) {
         *this = "";
     } else if (units < MOST_UNITS) {
         const StringRef string(CFStringCreateWithCharacters(kCFAllocatorDefault, utf16, units));
-        *this = encode(string.get(), platformEncoding(encoding), CFIndex{5} * units + 5);
+        *this = encode(string.get(), platformEncoding(encoding), 5 * units + 5);
     }
 }
 
 String::String(wchar_t const* s) {
-    const unsigned int units = countUnits(s);
+    const CFIndex units = countUnits(s);
     if (units < MOST_UNITS) {
         const StringRef string(CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<UInt8 const*>(s),
-                                                             CFIndex{4} * units, kCFStringEncodingUTF32LE, false,
+                                                             4 * units, kCFStringEncodingUTF32LE, false,
                                                              kCFAllocatorNull));
         *this = encode(string.get(), kCFStringEncodingUTF8,
                        CFStringGetMaximumSizeForEncoding(units, kCFStringEncodingUTF8) + 1);
@@ -78,7 +78,7 @@ shared_array<unsigned short> String::Unicode(unsigned int encoding) const {
         return {};
     }
     const CFIndex units = CFStringGetLength(string.get());
-    if (units > CFIndex{MOST_UNITS}) {
+    if (units > MOST_UNITS) {
         return {};
     }
     shared_array<unsigned short> utf16(new unsigned short[static_cast<std::size_t>(units) + 1]());
