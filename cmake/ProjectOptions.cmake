@@ -26,7 +26,8 @@ endif()
 
 # a * b + c keeps its two roundings on every processor: number formatting and the sample conversions promise exact bits.
 add_compile_options(-ffp-contract=off)
-# For the same reason 32-bit Intel computes in SSE registers, which every Mac of that kind has: the older unit keeps more bits.
+# For the same reason 32-bit Intel computes in SSE registers, which every Mac of that kind has: the older unit keeps
+# more bits.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64|i[3-6]86)$")
     add_compile_options(-msse2 -mfpmath=sse)
 endif()
