@@ -198,6 +198,8 @@ TEST_F(DirListingTest, EntriesWhosePathIsTooLongAreLeftOut) {
     for (const char* name : {"1", "1234", "12345"}) {
         touch(name);
     }
+    fs::current_path(temp_.path());
+    make({"12345"});
     EXPECT_THAT(files(path, ""), ElementsAre("1", "1234"));
     EXPECT_THAT(files(path, "", true), ElementsAre("1", "1234"));
     fs::current_path(before);
@@ -231,7 +233,8 @@ TEST_F(DirListingTest, ManyNamesAreSortedByteByByte) {
         fs::create_directory(folder);
         Names names;
         for (int i = 0; i < 400; ++i) {
-            names.push_back(start + randomName(random, "aAbB\x01\x7F\x80\xFF *", i % 2 == 0 ? 3 : 30));
+            const std::string shared = i % 4 == 0 ? "a part shares this" : "";
+            names.push_back(start + shared + randomName(random, "aAbB\x01\x7F\x80\xFF *", i % 3 == 0 ? 30 : 3));
             touch(folder + "/" + names.back());
         }
         std::sort(names.begin(), names.end());
@@ -279,6 +282,7 @@ TEST_F(DirFindFileTest, FilesComeBeforeFoldersAndNamesMatchLetterByLetter) {
     EXPECT_EQ(find("x.txt", temp_ / "missing"), "");
 
     touch(temp_ / "b/0\\x.txt");
+    touch(temp_ / "b/1\\x.txt");
     EXPECT_EQ(find("x.txt", temp_ / "b"), temp_ / "b/0\\x.txt") << "the last component of that name";
 }
 

@@ -117,6 +117,7 @@ TEST_F(FileRenameTest, AcrossVolumesBothFilesStay) {
 TEST_F(FileRenameTest, OntoItselfTheFileStays) {
     writeFile(from_, "only copy");
     fs::create_directory_symlink(temp_.path(), temp_ / "link");
+    fs::create_hard_link(from_, temp_ / "second name");
     for (const std::string& same : {from_, temp_ / "/from", temp_ / "no/../from", temp_ / "link/from"}) {
         File::Rename(pathOf(from_), pathOf(same));
         File::Rename(pathOf(same), pathOf(from_));
