@@ -81,7 +81,7 @@ File::~File() {
 
 void File::SetPath(const FilePath& path) {
     if (stream_ != nullptr) {
-        std::fclose(stream_);
+        static_cast<void>(std::fclose(stream_));  // a caller who needs to know calls Close()
         forgetStream();
     }
     path_ = path;
@@ -103,8 +103,8 @@ void File::Close() {
     if (stream_ == nullptr) {
         return;
     }
-    const bool closed = std::fclose(stream_) == 0;
-    const int error = errno;
+    const bool closed = std::fclose(stream_) == 0 && flushError_ == 0;
+    const int error = flushError_ != 0 ? flushError_ : errno;
     forgetStream();
     if (!closed) {
         fail("Close failed", path_, FileIO::CloseError, error, __LINE__);
@@ -115,11 +115,19 @@ void File::forgetStream() {
     stream_ = nullptr;
     mode_ = 0;
     opened_ = 0;
+    flushError_ = 0;
 }
 
 void File::Flush() {
     if (stream_ != nullptr) {
-        std::fflush(stream_);
+        noteFlush(std::fflush(stream_) == 0);
+    }
+}
+
+void File::noteFlush(bool succeeded) const {
+    // A stream drops what it could not write, and its closing succeeds.
+    if (!succeeded && flushError_ == 0 && writes(mode_) && errno != ESPIPE) {
+        flushError_ = errno;
     }
 }
 
@@ -127,7 +135,7 @@ void File::beginTransfer() {
     if (reads(mode_) && writes(mode_)) {
         // C lets a stream change between reading and writing only at such a point. What cannot be positioned, a
         // terminal, needs none.
-        fseeko(stream_, 0, SEEK_CUR);
+        noteFlush(fseeko(stream_, 0, SEEK_CUR) == 0);
     }
 }
 
@@ -217,7 +225,7 @@ checked_value<unsigned long long> File::Size() const {
         return stat(path_.ToString().CStr(), &status) == 0 ? sizeOf(status) : checked_value<unsigned long long>();
     }
     if (writes(mode_)) {
-        std::fflush(stream_);
+        noteFlush(std::fflush(stream_) == 0);
     }
     return fstat(fileno(stream_), &status) == 0 ? sizeOf(status) : checked_value<unsigned long long>();
 }

@@ -155,6 +155,9 @@ private:
     /// Lets the next transfer go in either direction.
     void beginTransfer();
 
+    /// Keeps the errno of a flush that failed where nothing is thrown, for Close() to tell.
+    void noteFlush(bool succeeded) const;
+
     /// Lets the stream go, closed or not.
     void forgetStream();
 
@@ -163,6 +166,7 @@ private:
     unsigned int mode_ = 0;
     std::uint8_t opened_ = 0;
     [[maybe_unused]] std::int32_t spare_ = 0;  ///< keeps the object's layout
+    mutable int flushError_ = 0;
 };
 
 }  // namespace Util

@@ -90,7 +90,7 @@ FilePath FileSearch::inFolder() {
     const std::size_t length = folder_.size();
     for (const std::string& name : contents.folders) {
         folder_.append("/").append(name);
-        const FilePath found = inFolder();
+        FilePath found = inFolder();
         folder_.resize(length);
         if (!found.IsEmpty() || visited_ > VISITED_LIMIT) {
             return found;

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/CvBase/Util/ExpectFileIO.h"
+#include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace {

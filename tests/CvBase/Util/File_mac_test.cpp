@@ -11,21 +11,18 @@
 #include <string>
 
 #include "CvBase/Util/File.h"
-#include "tests/CvBase/Util/ExpectFileIO.h"
+#include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using test::expectFileFailure;
+using test::pathOf;
 using test::readFile;
 using test::writeFile;
 using Util::File;
 using Util::Exception::FileIO;
-
-FilePath pathOf(const std::string& path) {
-    return FilePath(path.c_str(), false);
-}
 
 ino_t inodeOf(const std::string& path) {
     struct stat status {};

@@ -1,6 +1,5 @@
 #include "CvBase/Util/File.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,23 +14,18 @@
 #include <string>
 #include <vector>
 
-#include "tests/CvBase/Util/ExpectFileIO.h"
-#include "tests/support/Process.h"
+#include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using test::expectFileFailure;
+using test::pathOf;
 using test::readFile;
-using test::str;
 using test::writeFile;
 using Util::File;
 using Util::Exception::FileIO;
-
-FilePath pathOf(const std::string& path) {
-    return FilePath(path.c_str(), false);
-}
 
 class FileTest : public testing::Test {
 protected:
@@ -225,7 +219,7 @@ TEST_F(FileTest, AFolderOpensButCannotBeRead) {
                       FileIO::ReadError, EISDIR, folder);
 }
 
-TEST_F(FileTest, AFullDiskShowsInALargeWriteOrAtTheEnd) {
+TEST_F(FileTest, AFullDiskShowsInALargeWrite) {
     file_.SetPath(pathOf("/dev/full"));
     file_.Open(File::Write);
     const std::vector<unsigned char> large(1 << 20);
@@ -234,16 +228,32 @@ TEST_F(FileTest, AFullDiskShowsInALargeWriteOrAtTheEnd) {
     EXPECT_EQ(caught->GetErrorType(), FileIO::WriteError);
     EXPECT_EQ(caught->GetOSError(), ENOSPC);
     EXPECT_TRUE(file_.IsOpen());
-    file_.SetPath(pathOf("/dev/full"));
+}
 
+TEST_F(FileTest, AFullDiskShowsAtTheEndWhateverFlushedBefore) {
+    using Step = void (*)(File&);
+    const Step steps[] = {
+        [](File&) {},
+        [](File& file) { file.Flush(); },
+        [](File& file) { file.Size(); },
+        [](File& file) { file.WriteBlock("b", 1); },
+    };
+    file_.SetPath(pathOf("/dev/full"));
     for (const unsigned int mode : {File::Write | 0U, File::Read | File::Write}) {
-        file_.Open(mode);
-        file_.WriteBlock("ab", 1);
-        file_.WriteBlock("ab", 1);
-        expectFileFailure([&] { file_.Close(); }, "Close failed", FileIO::CloseError, ENOSPC, "/dev/full");
-        EXPECT_FALSE(file_.IsOpen());
-        file_.Close();
+        for (const Step step : steps) {
+            file_.Open(mode);
+            file_.WriteBlock("a", 1);
+            step(file_);
+            expectFileFailure([&] { file_.Close(); }, "Close failed", FileIO::CloseError, ENOSPC, "/dev/full");
+            EXPECT_FALSE(file_.IsOpen());
+            file_.Close();
+        }
     }
+    file_.Open(File::Write);
+    file_.WriteBlock("a", 1);
+    file_.SetPath(pathOf(path_));
+    file_.Open(File::Write);
+    file_.Close();
     File dies(pathOf("/dev/full"));
     dies.Open(File::Write);
     dies.WriteBlock("a", 1);
@@ -272,48 +282,6 @@ TEST_F(FileTest, APipeHasNoPositionSoTextModeCannotCount) {
                       FileIO::ReadError, 0, path);
     close(ends[0]);
     close(ends[1]);
-}
-
-TEST_F(FileTest, PositionsAndSizesAre64Bit) {
-    constexpr unsigned long long SIZE = 5000000003ULL;
-    writeFile(path_, "");
-    fs::resize_file(path_, SIZE);
-    EXPECT_EQ(file_.Size(), SIZE);
-    file_.Open(File::Read | File::Write);
-    EXPECT_EQ(file_.Size(), SIZE);
-    file_.At(SIZE - 3);
-    EXPECT_EQ(file_.Remaining(), 3ULL);
-    file_.WriteBlock("end", 3);
-    EXPECT_EQ(file_.At(), SIZE);
-    EXPECT_EQ(file_.Remaining(), 0ULL);
-    file_.At(SIZE + 1);
-    EXPECT_EQ(file_.At(), SIZE + 1);
-    EXPECT_FALSE(file_.Remaining().IsSet()) << "behind the end";
-    for (const unsigned long long refused : {1ULL << 63, ~0ULL}) {
-        expectFileFailure([&] { file_.At(refused); }, "Seek to " + std::to_string(refused) + " failed",
-                          FileIO::UnexpectedError, EINVAL, path_);
-    }
-    EXPECT_EQ(file_.At(), SIZE + 1);
-}
-
-TEST_F(FileTest, SizeCountsWhatIsStillBuffered) {
-    file_.Open(File::Write);
-    file_.WriteBlock("0123456789", 10);
-    EXPECT_EQ(file_.Size(), 10ULL);
-    EXPECT_EQ(file_.At(), 10ULL);
-    EXPECT_EQ(file_.Remaining(), 0ULL);
-    file_.WriteBlock("abc", 3);
-    EXPECT_EQ(fs::file_size(path_), 10U);
-    file_.Flush();
-    EXPECT_EQ(fs::file_size(path_), 13U);
-}
-
-TEST_F(FileTest, SizeIsUnsetWhereThereIsNone) {
-    EXPECT_FALSE(File().Size().IsSet());
-    EXPECT_FALSE(file_.Size().IsSet());
-    EXPECT_FALSE(File(pathOf("/")).Size().IsSet()) << "the root as a file has no text";
-    fs::create_symlink(path_, path_);
-    EXPECT_FALSE(file_.Size().IsSet()) << "a link to itself";
 }
 
 /// A file as a text and a position.
@@ -385,102 +353,6 @@ TEST_F(FileTest, VectorsAreReadAndWrittenWhole) {
     file_.ReadBlock(read);
     EXPECT_TRUE(read == bytes);
     EXPECT_EQ(file_.Remaining(), 10ULL);
-}
-
-TEST_F(FileTest, AppendingBeginsAtTheEnd) {
-    writeFile(path_, "abc");
-    file_.Open(File::Append);
-    EXPECT_EQ(file_.At(), 3ULL);
-    file_.Close();
-    file_.Open(File::Read | File::Append);
-    EXPECT_EQ(file_.At(), 0ULL);
-    file_.WriteBlock("d", 1);
-    EXPECT_EQ(file_.At(), 4ULL);
-}
-
-TEST_F(FileTest, ExistingAndAccess) {
-    EXPECT_FALSE(file_.Exists());
-    EXPECT_FALSE(File().Exists());
-    fs::create_symlink(temp_ / "nowhere", temp_ / "dangling");
-    EXPECT_FALSE(File(pathOf(temp_ / "dangling")).Exists());
-    EXPECT_FALSE(File(pathOf(temp_ / std::string(300, 'n'))).Exists());
-    EXPECT_TRUE(File(pathOf(temp_.path())).Exists()) << "a folder exists too";
-
-    writeFile(temp_ / "closed/file", "x");
-    writeFile(path_, "x");
-    fs::permissions(temp_.path(), fs::perms(0755));
-    fs::permissions(path_, fs::perms(0444));
-    fs::permissions(temp_ / "closed/file", fs::perms(0666));
-    fs::permissions(temp_ / "closed", fs::perms(0));
-    EXPECT_TRUE(test::holdsForOrdinaryUser([&] {
-        const File inClosedFolder(pathOf(temp_ / "closed/file"));
-        return file_.Exists() && file_.IsReadable() && !file_.IsWritable() && !inClosedFolder.Exists() &&
-               !inClosedFolder.IsReadable();
-    }));
-    fs::permissions(temp_ / "closed", fs::perms(0755));
-}
-
-TEST_F(FileTest, RemovingClosesFirst) {
-    file_.Open(File::Write);
-    file_.Remove(true);
-    EXPECT_FALSE(file_.IsOpen());
-    EXPECT_FALSE(fs::exists(path_));
-    file_.Remove(false);
-    expectFileFailure([&] { file_.Remove(true); }, "Remove failed", FileIO::RemoveError, ENOENT, path_);
-}
-
-TEST_F(FileTest, RemovingTakesALinkItselfAndAnEmptyFolder) {
-    writeFile(temp_ / "folder/file", "x");
-    fs::create_symlink(temp_ / "folder/file", path_);
-    file_.Remove(true);
-    EXPECT_TRUE(fs::exists(temp_ / "folder/file"));
-    file_.SetPath(pathOf(temp_ / "folder"));
-    expectFileFailure([&] { file_.Remove(true); }, "Remove failed", FileIO::RemoveError, ENOTEMPTY, temp_ / "folder");
-    fs::remove(temp_ / "folder/file");
-    file_.Remove(true);
-    EXPECT_FALSE(fs::exists(temp_ / "folder"));
-}
-
-TEST_F(FileTest, NothingIsRemovedWhenClosingFails) {
-    fs::create_symlink("/dev/full", path_);
-    file_.Open(File::Write);
-    file_.WriteBlock("a", 1);
-    expectFileFailure([&] { file_.Remove(false); }, "Close failed", FileIO::CloseError, ENOSPC, path_);
-    EXPECT_TRUE(fs::is_symlink(path_));
-    EXPECT_FALSE(file_.IsOpen());
-}
-
-TEST_F(FileTest, PermissionBits) {
-    writeFile(path_, "x");
-    for (const unsigned short mode : std::initializer_list<unsigned short>{0640, 0, 04755, 01777}) {
-        file_.SetMode(mode);
-        EXPECT_EQ(static_cast<unsigned>(fs::status(path_).permissions()), mode);
-    }
-    fs::remove(path_);
-    expectFileFailure([&] { file_.SetMode(0644); }, "Error modifying file permissions", FileIO::UnexpectedError, 0,
-                      path_);
-}
-
-TEST_F(FileTest, TimesAreWholeSeconds) {
-    writeFile(path_, "x");
-    file_.SetTime({1000000001, 1000000002});
-    struct stat status {};
-    ASSERT_EQ(stat(path_.c_str(), &status), 0);
-    EXPECT_EQ(status.st_atim.tv_sec, 1000000001);
-    EXPECT_EQ(status.st_mtim.tv_sec, 1000000002);
-    EXPECT_EQ(status.st_atim.tv_nsec + status.st_mtim.tv_nsec, 0);
-
-    const std::array<timespec, 2> after2038{timespec{-5, 999999999}, timespec{(1LL << 31) + 5, 999999999}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path_.c_str(), after2038.data(), 0), 0);
-    Util::FileTime time;
-    file_.GetTime(&time);
-    EXPECT_EQ(time.accessTime, -5);
-    EXPECT_EQ(time.modificationTime, -2147483647 - 1 + 5);
-
-    fs::remove(path_);
-    expectFileFailure([&] { file_.GetTime(&time); }, "Error getting file time", FileIO::UnexpectedError, 0, path_);
-    EXPECT_EQ(time.accessTime, -5);
-    expectFileFailure([&] { file_.SetTime(time); }, "Error setting file time", FileIO::UnexpectedError, 0, path_);
 }
 
 }  // namespace

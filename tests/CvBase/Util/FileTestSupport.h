@@ -13,6 +13,10 @@ inline std::string str(const String& text) {
     return std::string(text.CStr(), text.Length());
 }
 
+inline FilePath pathOf(const std::string& path) {
+    return FilePath(path.c_str(), false);
+}
+
 /// The FileIO that `action` throws; none, and a failed test, when it throws nothing. Other exceptions pass.
 template <class Action>
 std::optional<Util::Exception::FileIO> thrownBy(const Action& action) {
