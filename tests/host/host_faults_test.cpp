@@ -38,7 +38,7 @@ TEST(Faults, EachHasItsExitStatusAndItsMessage) {
         {"int", {"--entry=direct"}, 5, "an exception of type int left the pre-install step\n"},
         {"runtime_error", {"--step=post"}, 5, "type std::runtime_error left the post-install step: the disk"},
         {"NSException", {}, 5, "NSException"},
-        {"crash", {}, 5, "the pre-install step ended the process: signal 11"},
+        {"crash", {}, 5, "the pre-install step ended the process: signal 6 (Aborted)"},
         {"hang", {"--timeout=1"}, 9, "after 1 s: the bundle's code was in the pre-install step"},
     };
     for (const FaultCase& faulty : cases) {

@@ -228,7 +228,7 @@ TEST(Install, SaysWhatIsMissing) {
     EXPECT_THAT(runHost({"--version"}).out, testing::StartsWith("installer-host "));
 }
 
-TEST(Install, SaysWhyNoInstallRootCanBeMade) {
+TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
     const InstallRoot root;
     ProcessOptions noPrograms;
     noPrograms.set = {{"PATH", root.path()}};

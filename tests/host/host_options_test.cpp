@@ -71,8 +71,8 @@ struct WrongUsage {
 
 TEST(Options, SayWhatIsWrong) {
     const WrongUsage cases[] = {
-        {{}, "subcommand is required"},
-        {{"install"}, "install"},
+        {{}, "run, check and show"},
+        {{"install"}, "run, check and show"},
         {{"run"}, "BUNDLE is required"},
         {{"run", "X.bundle"}, "--product is required"},
         {{"run", "X.bundle", "--product", "Ambrel"}, "'Ambrel' is not a whole number from -2147483648 to 2147483647"},
@@ -102,7 +102,7 @@ TEST(Options, HelpShowsHowToBegin) {
         const ParsedOptions parsed = parse(arguments);
         EXPECT_FALSE(parsed.proceed);
         EXPECT_EQ(parsed.status, ExitStatus::Done);
-        EXPECT_THAT(parsed.text, HasSubstr("installer-host")) << arguments.front();
+        EXPECT_THAT(parsed.text, HasSubstr("Usage: installer-host")) << arguments.front();
         EXPECT_THAT(parsed.text, HasSubstr("xample")) << arguments.front();
         EXPECT_THAT(parsed.text, testing::Not(HasSubstr("event-fd")));
     }

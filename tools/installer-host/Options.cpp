@@ -101,22 +101,23 @@ void addRunCommand(CLI::App& app, Options& options) {
               "; products go by numeric codes, for example 5100")
         ->required();
     addNumber(run, "--language", "CODE", options.language, INT32_LEAST, INT32_MOST,
-              "The installation's language as a classic Mac OS code: 0 English, 1 French, 2 German, 3 Italian, "
+              "The installation's language as a classic Mac OS code: 0 English, 1 French,\n2 German, 3 Italian, "
               "6 Spanish, 11 Japanese (default: 0)",
               "; languages go by classic Mac OS codes, for example 0 for English and 1 for French");
     addChoice<std::vector<Step>>(
         run, "--step", options.steps,
         {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
         "The step to run (default: both)");
-    addNumber<std::uint16_t>(run, "--block-version", "N", options.blockVersion, 0, 0xFFFF,
-                             "The version to write into the parameter block (default: 1000, the one that plug-ins "
-                             "accept)");
+    addNumber<std::uint16_t>(
+        run, "--block-version", "N", options.blockVersion, 0, 0xFFFF,
+        "The version to write into the parameter block\n(default: 1000, the one that plug-ins accept)");
     addChoice<bool>(run, "--entry", options.direct, {{"table", false}, {"direct", true}},
-                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
+                    "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
                     "directly (default: table)");
     run.add_option("--root", options.root,
-                   "Work in a private root: DIR/Library and DIR/Applications take the place of /Library and "
-                   "/Applications, the rest of the machine can only be read (default: the machine itself)")
+                   "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
+                   "/Applications, the "
+                   "rest of the machine can only be read\n(default: the machine itself)")
         ->type_name("DIR");
     run.add_flag("--dry-run", options.dryRun, "Work on a copy of the root, report, change nothing");
     addFormat(run, options);
@@ -144,20 +145,26 @@ void addShowCommand(CLI::App& app, Options& options) {
     addFormat(show, options);
 }
 
+/// What is wrong with a command line in which no command was found.
+std::string withoutCommand(const CLI::ParseError& error) {
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    return isMissing ? "give one of the commands run, check and show" : error.what();
+}
+
 /// What to print for an outcome of the parser that is no set of options: help, version or an error.
 ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
     ParsedOptions parsed;
     const auto commands = app.get_subcommands();
     const CLI::App& subject = commands.empty() ? app : *commands.front();
     if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
-        parsed.text = commands.empty() ? app.help() : subject.help();
+        parsed.text = commands.empty() ? app.help() : subject.help("installer-host");
     } else if (dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr) {
         parsed.text = std::string(VERSION_TEXT) + "\n";
     } else {
+        const std::string command = commands.empty() ? "installer-host" : "installer-host " + subject.get_name();
         parsed.status = ExitStatus::Usage;
-        const std::string help =
-            commands.empty() ? "installer-host --help" : "installer-host " + subject.get_name() + " --help";
-        parsed.text = "installer-host: " + std::string(error.what()) + "\nSee '" + help + "' for how it is used.\n";
+        parsed.text = "installer-host: " + (commands.empty() ? withoutCommand(error) : error.what()) + "\nSee '" +
+                      command + " --help' for how it is used.\n";
     }
     return parsed;
 }
