@@ -1,16 +1,13 @@
 #include <Carbon/Carbon.h>
 #include <dlfcn.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <future>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "tests/support/TempDir.h"
 
@@ -34,6 +31,7 @@ extern "C" __attribute__((visibility("default"))) int g_file_trash(void* file, v
 namespace {
 
 constexpr OSType FINDER = CV_FOUR_CHAR_CODE('M', 'A', 'C', 'S');
+constexpr OSType OTHER = CV_FOUR_CHAR_CODE('x', 'x', 'x', 'x');
 
 /// What goes into the event, each part to be spoilt by a test.
 struct MoveEvent {
@@ -110,67 +108,24 @@ protected:
         return path;
     }
 
-    std::vector<std::string> trashed() const {
-        std::vector<std::string> names;
-        if (fs::exists(trash_ + "/files")) {
-            for (const auto& entry : fs::directory_iterator(trash_ + "/files")) {
-                names.push_back(entry.path().filename());
-            }
-        }
-        return names;
-    }
-
     const std::string trash_ = home() / ".local/share/Trash";
 };
 
-TEST_F(Trash, TakesAFileWithWhereItCameFromAndWhen) {
+TEST_F(Trash, TakesTheItemAndKnowsWhereItCameFrom) {
     const std::string path = newFile("100% na\xC3\xAFve.txt", "contents");
     ASSERT_EQ(MoveEvent().send(refTo(path)), noErr);
-
     EXPECT_FALSE(fs::exists(path));
     EXPECT_EQ(test::readFile(trash_ + "/files/100% na\xC3\xAFve.txt"), "contents");
-    const std::string info = test::readFile(trash_ + "/info/100% na\xC3\xAFve.txt.trashinfo");
-    EXPECT_THAT(info, testing::StartsWith("[Trash Info]\nPath=" + (home() / "work/100%25%20na%C3%AFve.txt") + "\n"));
-    EXPECT_THAT(info, testing::ContainsRegex("\nDeletionDate=20[0-9-]+T[0-9:]+\n"));
-}
-
-TEST_F(Trash, KeepsEveryItemOfOneName) {
-    for (const char* text : {"one", "two", "three"}) {
-        ASSERT_EQ(MoveEvent().send(refTo(newFile("same.txt", text))), noErr);
-    }
-    std::vector<std::string> texts;
-    for (const std::string& name : trashed()) {
-        texts.push_back(test::readFile(trash_ + "/files/" + name));
-    }
-    EXPECT_THAT(texts, testing::UnorderedElementsAre("one", "two", "three"));
-}
-
-TEST_F(Trash, TakesAFolderWhole) {
-    newFile("folder/inner/file", "deep");
-    ASSERT_EQ(MoveEvent().send(refTo(home() / "work/folder")), noErr);
-    EXPECT_EQ(test::readFile(trash_ + "/files/folder/inner/file"), "deep");
-    EXPECT_FALSE(fs::exists(home() / "work/folder"));
-}
-
-TEST_F(Trash, TakesALinkAndNotWhatItLeadsTo) {
-    const std::string target = newFile("target", "kept");
-    fs::create_symlink(target, home() / "work/link");
-    fs::create_symlink("nowhere", home() / "work/dangling");
-    EXPECT_EQ(MoveEvent().send(refTo(home() / "work/link")), noErr);
-    EXPECT_EQ(MoveEvent().send(refTo(home() / "work/dangling")), noErr);
-    EXPECT_EQ(test::readFile(target), "kept");
-    EXPECT_EQ(fs::read_symlink(trash_ + "/files/link"), target);
-    EXPECT_EQ(fs::read_symlink(trash_ + "/files/dangling"), "nowhere");
+    EXPECT_THAT(test::readFile(trash_ + "/info/100% na\xC3\xAFve.txt.trashinfo"),
+                testing::HasSubstr("\nPath=" + (home() / "work/100%25%20na%C3%AFve.txt") + "\n"));
 }
 
 TEST_F(Trash, RefusesAnEventWronglyMade) {
-    struct Case {
+    const struct {
         const char* what;
         void (*spoil)(MoveEvent&);
         OSErr error;
-    };
-    static constexpr OSType OTHER = CV_FOUR_CHAR_CODE('x', 'x', 'x', 'x');
-    const Case cases[] = {
+    } cases[] = {
         {"another application", [](MoveEvent& e) { e.target = OTHER; }, procNotFound},
         {"an address of another type", [](MoveEvent& e) { e.targetType = typeType; }, procNotFound},
         {"another class", [](MoveEvent& e) { e.eventClass = OTHER; }, errAEEventNotHandled},
@@ -189,22 +144,22 @@ TEST_F(Trash, RefusesAnEventWronglyMade) {
         {"a meaningless time-out", [](MoveEvent& e) { e.timeout = -3; }, paramErr},
     };
     const std::string path = newFile("item", "kept");
-    for (const Case& one : cases) {
+    for (const auto& one : cases) {
         MoveEvent event;
         one.spoil(event);
         EXPECT_EQ(event.send(refTo(path)), one.error) << one.what;
     }
     EXPECT_EQ(test::readFile(path), "kept");
-    EXPECT_TRUE(trashed().empty());
+    EXPECT_FALSE(fs::exists(trash_));
 }
 
 TEST_F(Trash, LeavesTheItemWhereItCannotGo) {
     const std::string path = newFile("item", "kept");
     const FSRef ref = refTo(path);
 
-    unsetenv("HOME");
-    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
     setenv("HOME", "relative", 1);
+    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
+    unsetenv("HOME");
     EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
     setenv("HOME", home().path().c_str(), 1);
 
@@ -240,12 +195,13 @@ TEST_F(Trash, WaitsNoLongerThanTheTimeOut) {
 
     // Whoever says to wait for ever gets the answer, however late.
     event.timeout = kNoTimeOut;
-    auto release = std::async(std::launch::async, [] {
+    std::thread release([] {
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         g_trashIsStuck = false;
     });
     EXPECT_EQ(event.send(ref), noErr);
-    EXPECT_EQ(trashed(), std::vector<std::string>{"item"});
+    release.join();
+    EXPECT_EQ(test::readFile(trash_ + "/files/item"), "late");
 }
 
 TEST(AppleEvents, RefuseWhatIsNoEventAndNoMemoryBlock) {

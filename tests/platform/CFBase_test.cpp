@@ -1,39 +1,9 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <vector>
-
 #include "tests/support/CFSupport.h"
 
 namespace {
-
-TEST(CFBase, RetainAndReleaseCount) {
-    const auto string = test::makeString(u"counted");
-    const CFIndex before = CFGetRetainCount(string.get());
-    EXPECT_EQ(CFRetain(string.get()), string.get());
-    EXPECT_EQ(CFGetRetainCount(string.get()), before + 1);
-    CFRelease(string.get());
-    EXPECT_EQ(CFGetRetainCount(string.get()), before);
-}
-
-TEST(CFBase, CountsFromManyThreadsAddUp) {
-    const auto string = test::makeString(u"shared");
-    const CFIndex before = CFGetRetainCount(string.get());
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&string] {
-            for (int round = 0; round < 20'000; ++round) {
-                CFRetain(string.get());
-                CFRelease(string.get());
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(CFGetRetainCount(string.get()), before);
-}
 
 TEST(CFBaseDeathTest, NullIsRefusedWithTheFunctionsName) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";

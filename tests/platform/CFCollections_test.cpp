@@ -19,25 +19,20 @@ id asObject(CFTypeRef ref) {
     return reinterpret_cast<id>(const_cast<void*>(ref));
 }
 
-TEST_F(CFCollections, AnArrayGivesItsValuesInOrder) {
-    const id made = cv::send<id>(cv::send<id>(cv::classNamed("NSArray"), "arrayWithObject:", asObject(CFSTR("first"))),
-                                 "arrayByAddingObject:", asObject(CFSTR("second")));
-    const auto array = reinterpret_cast<CFArrayRef>(made);
-    ASSERT_EQ(CFArrayGetCount(array), 2);
-    EXPECT_EQ(CFArrayGetValueAtIndex(array, 0), CFSTR("first"));
-    EXPECT_EQ(CFArrayGetValueAtIndex(array, 1), CFSTR("second"));
+TEST_F(CFCollections, AnArrayIsNotReadBeyondItsEnds) {
+    const auto array =
+        reinterpret_cast<CFArrayRef>(cv::send<id>(cv::classNamed("NSArray"), "arrayWithObject:", asObject(CFSTR("a"))));
+    EXPECT_EQ(CFArrayGetValueAtIndex(array, 0), CFSTR("a"));
     EXPECT_EQ(CFGetTypeID(array), CFArrayGetTypeID());
     testing::FLAGS_gtest_death_test_style = "threadsafe";
-    EXPECT_DEATH(CFArrayGetValueAtIndex(array, 2), "beyond the array");
+    EXPECT_DEATH(CFArrayGetValueAtIndex(array, 1), "beyond the array");
     EXPECT_DEATH(CFArrayGetValueAtIndex(array, -1), "beyond the array");
 }
 
 TEST_F(CFCollections, ADictionaryFindsAKeyWhateverItsClass) {
-    for (const char* key : {"", "a", "CFBundleDisplayName", "InstalledProducts/Ambrel/CurrentVersion", "caf\xC3\xA9",
-                            "\xE4\xB8\xAD\xE6\x96\x87", "\xF0\x9F\x98\x80"}) {
+    for (const char* key : {"", "CFBundleDisplayName", "caf\xC3\xA9", "\xE4\xB8\xAD\xE6\x96\x87", "\xF0\x9F\x98\x80"}) {
         const id foundationKey = cv::send<id>(cv::classNamed("NSString"), "stringWithUTF8String:", key);
-        const test::Owned<CFStringRef> ownKey(
-            CFStringCreateWithCString(kCFAllocatorDefault, key, kCFStringEncodingUTF8));
+        const auto ownKey = test::string(key);
         const id value = asObject(CFSTR("value"));
         for (const id storedKey : {foundationKey, asObject(ownKey.get())}) {
             const auto dictionary = reinterpret_cast<CFDictionaryRef>(

@@ -1,8 +1,9 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <cstring>
 #include <limits>
+#include <utility>
 
 #include "tests/support/CFSupport.h"
 
@@ -21,25 +22,11 @@ Owned<CFNumberRef> number(double value) {
     return Owned<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
 }
 
-TEST(CFNumber, KeepsTheValueOfEachType) {
-    for (const SInt32 value : {0, 2, -1, Limits<SInt32>::min(), Limits<SInt32>::max()}) {
-        for (const CFNumberType type : {kCFNumberIntType, kCFNumberSInt32Type}) {
-            const Owned<CFNumberRef> made(CFNumberCreate(kCFAllocatorDefault, type, &value));
-            SInt32 stored = 99;
-            EXPECT_TRUE(CFNumberGetValue(made.get(), type, &stored));
-            EXPECT_EQ(stored, value);
-        }
-    }
-    for (const SInt64 value : {SInt64{0}, Limits<SInt64>::min(), Limits<SInt64>::max()}) {
-        SInt64 stored = 99;
-        EXPECT_TRUE(CFNumberGetValue(number(value).get(), kCFNumberSInt64Type, &stored));
-        EXPECT_EQ(stored, value);
-    }
+TEST(CFNumber, KeepsEveryBitOfADouble) {
     for (const double value : {0.1, -0.0, Limits<double>::infinity(), Limits<double>::max()}) {
         double stored = 99;
         EXPECT_TRUE(CFNumberGetValue(number(value).get(), kCFNumberFloat64Type, &stored));
-        EXPECT_EQ(stored, value);
-        EXPECT_EQ(std::signbit(stored), std::signbit(value));
+        EXPECT_EQ(std::memcmp(&stored, &value, sizeof value), 0) << value;
     }
 }
 
@@ -58,6 +45,11 @@ TEST(CFNumber, SaysWhenAnIntegerLosesSomething) {
         bool fits64;
         SInt64 as64;
     } cases[] = {
+        {number(SInt64{0}), true, 0, true, 0},
+        {number(SInt64{Limits<SInt32>::min()}), true, Limits<SInt32>::min(), true, Limits<SInt32>::min()},
+        {number(SInt64{Limits<SInt32>::max()}), true, Limits<SInt32>::max(), true, Limits<SInt32>::max()},
+        {number(Limits<SInt64>::min()), false, 0, true, Limits<SInt64>::min()},
+        {number(Limits<SInt64>::max()), false, -1, true, Limits<SInt64>::max()},
         {number(SInt64{1} << 31), false, Limits<SInt32>::min(), true, SInt64{1} << 31},
         {number(SInt64{5'000'000'000}), false, 705'032'704, true, 5'000'000'000},
         {number(-7.0), true, -7, true, -7},
@@ -70,29 +62,24 @@ TEST(CFNumber, SaysWhenAnIntegerLosesSomething) {
         {number(-9223372036854775808.0), false, 0, true, Limits<SInt64>::min()},
     };
     for (const auto& c : cases) {
-        SInt32 as32 = 99;
+        SInt32 as32 = 99, asInt = 99;
         SInt64 as64 = 99;
         EXPECT_EQ(CFNumberGetValue(c.number.get(), kCFNumberSInt32Type, &as32), c.fits32);
         EXPECT_EQ(CFNumberGetValue(c.number.get(), kCFNumberSInt64Type, &as64), c.fits64);
+        EXPECT_EQ(CFNumberGetValue(c.number.get(), kCFNumberIntType, &asInt), c.fits32);
         EXPECT_EQ(as32, c.as32);
+        EXPECT_EQ(asInt, c.as32);
         EXPECT_EQ(as64, c.as64);
     }
 }
 
 TEST(CFNumber, SaysWhenADoubleLosesSomething) {
-    const struct {
-        SInt64 value;
-        bool exact;
-    } cases[] = {
-        {SInt64{1} << 53, true},
-        {(SInt64{1} << 53) + 1, false},
-        {Limits<SInt64>::max(), false},
-        {Limits<SInt64>::min(), true},
-    };
-    for (const auto& c : cases) {
+    constexpr SInt64 LIMIT = SInt64{1} << 53;  // from here on doubles lie 2 apart
+    for (const auto& [value, exact] :
+         {std::pair{LIMIT, true}, {LIMIT + 1, false}, {Limits<SInt64>::max(), false}, {Limits<SInt64>::min(), true}}) {
         double stored = 0;
-        EXPECT_EQ(CFNumberGetValue(number(c.value).get(), kCFNumberFloat64Type, &stored), c.exact) << c.value;
-        EXPECT_EQ(stored, static_cast<double>(c.value));
+        EXPECT_EQ(CFNumberGetValue(number(value).get(), kCFNumberFloat64Type, &stored), exact) << value;
+        EXPECT_EQ(stored, static_cast<double>(value));
     }
 }
 

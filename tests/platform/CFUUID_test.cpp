@@ -19,8 +19,7 @@ CFUUIDRef constantUUID(UInt8 last) {
 }
 
 Owned<CFUUIDRef> fromText(const char* text) {
-    const Owned<CFStringRef> string(CFStringCreateWithCString(kCFAllocatorDefault, text, kCFStringEncodingUTF8));
-    return Owned<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, string.get()));
+    return Owned<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, test::string(text).get()));
 }
 
 TEST(CFUUID, BytesAndTextAreTheSameIdentifier) {

@@ -7,8 +7,10 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -36,18 +38,21 @@ OSErr setInfo(const FSRef& ref, const FSCatalogInfo& info) {
     return FSSetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info);
 }
 
+/// The Finder information of the object at `path`, as a FileInfo or a FolderInfo.
 template <typename Layout>
-Layout as(const FSCatalogInfo& info) {
+Layout infoOf(const std::string& path) {
+    FSCatalogInfo info;
+    EXPECT_EQ(getInfo(refTo(path), info), noErr);
     Layout layout;
     std::memcpy(&layout, info.finderInfo, sizeof layout);
     return layout;
 }
 
 template <typename Layout>
-FSCatalogInfo infoOf(const Layout& layout) {
+OSErr setInfo(const std::string& path, const Layout& layout) {
     FSCatalogInfo info{};
     std::memcpy(info.finderInfo, &layout, sizeof layout);
-    return info;
+    return setInfo(refTo(path), info);
 }
 
 /// The attribute in hexadecimal, as getfattr shows it; empty when there is none.
@@ -74,202 +79,164 @@ bool makeReadOnly(const std::string& folder) {
 
 const std::string EXTENDED = "101112131415161718191a1b1c1d1e1f";
 
-TEST(FSPathMakeRef, FindsTheObjectItself) {
-    const test::TempDir folder;
-    const std::string real = fs::canonical(folder.path());
-    test::writeFile(folder / "sub/file", "x");
-    fs::create_symlink("file", folder / "sub/link");
-    fs::create_directory_symlink("sub", folder / "way");
-    fs::create_symlink("nowhere", folder / "dangling");
+/// A folder with one file that holds "x".
+class Files : public testing::Test {
+protected:
+    Files() { test::writeFile(file_, "x"); }
 
-    constexpr OptionBits LINK = kFSPathMakeRefDoNotFollowLeafSymlink;
-    const struct {
-        const char* path;
-        const char* found;
-        OptionBits options;
-        bool isFolder;
-    } cases[] = {
-        {"/sub/file", "/sub/file", 0, false},
-        {"/sub/file///", "/sub/file", 0, false},
-        {"//sub/./../sub//file", "/sub/file", 0, false},
-        {"/sub", "/sub", 0, true},
-        {"/sub/", "/sub", 0, true},
-        {"/way/link", "/sub/file", 0, false},
-        {"/way/link/", "/sub/file", 0, false},
-        {"/way", "/sub", 0, true},
-        {"/way/link", "/sub/link", LINK, false},
-        {"/way/link/", "/sub/link", LINK, false},
-        {"/way", "/way", LINK, false},
-        {"/way/file", "/sub/file", LINK, false},
-        {"/dangling", "/dangling", LINK, false},
-        {"/way/.", "/sub", LINK, true},
-        {"/sub/..", "", LINK, true},
+    const test::TempDir folder_;
+    const std::string file_ = folder_ / "file";
+};
+
+using FSPathMakeRefTest = Files;
+using FinderInfoTest = Files;
+using FSExchangeObjectsTest = Files;
+
+TEST_F(FSPathMakeRefTest, FindsTheObjectItself) {
+    const std::string real = fs::canonical(folder_.path());
+    test::writeFile(folder_ / "sub/file", "x");
+    fs::create_symlink("file", folder_ / "sub/link");
+    fs::create_directory_symlink("sub", folder_ / "way");
+    fs::create_symlink("nowhere", folder_ / "dangling");
+
+    using Paths = std::vector<std::pair<const char*, const char*>>;
+    const auto expectFound = [&](OptionBits options, const Paths& cases) {
+        for (const auto& [path, found] : cases) {
+            FSRef ref{};
+            Boolean isDirectory = 9;
+            ASSERT_EQ(makeRef(folder_.path() + path, ref, options, &isDirectory), noErr) << path;
+            EXPECT_EQ(ref.path, real + found) << path;
+            EXPECT_EQ(isDirectory, fs::symlink_status(ref.path).type() == fs::file_type::directory) << path;
+        }
     };
-    for (const auto& one : cases) {
-        FSRef ref{};
-        Boolean isDirectory = 9;
-        ASSERT_EQ(makeRef(folder.path() + one.path, ref, one.options, &isDirectory), noErr) << one.path;
-        EXPECT_EQ(ref.path, real + one.found) << one.path;
-        EXPECT_EQ(isDirectory, one.isFolder) << one.path;
+    expectFound(0, {{"/sub/file///", "/sub/file"},
+                    {"//sub/./../sub//file", "/sub/file"},
+                    {"/sub", "/sub"},
+                    {"/way/link", "/sub/file"},
+                    {"/way", "/sub"}});
+    expectFound(kFSPathMakeRefDoNotFollowLeafSymlink, {{"/way/link/", "/sub/link"},
+                                                       {"/way", "/way"},
+                                                       {"/way/file", "/sub/file"},
+                                                       {"/dangling", "/dangling"},
+                                                       {"/way/.", "/sub"},
+                                                       {"/sub/..", ""}});
+    for (const char* root : {"/", "///", "/proc/.."}) {
+        EXPECT_STREQ(refTo(root).path, "/");
     }
-    EXPECT_STREQ(refTo("/").path, "/");
-    EXPECT_STREQ(refTo("///").path, "/");
-    EXPECT_STREQ(refTo("/proc/..").path, "/");
 }
 
-TEST(FSPathMakeRef, TellsWhyThereIsNoObject) {
-    const test::TempDir folder;
-    test::writeFile(folder / "file", "x");
-    fs::create_symlink("nowhere", folder / "dangling");
-    fs::create_symlink("loop", folder / "loop");
-    const std::string& here = folder.path();
-    const struct {
-        std::string path;
-        OptionBits options;
-        OSStatus error;
-    } cases[] = {
-        {here + "/missing", 0, fnfErr},
-        {here + "/missing/file", 0, dirNFErr},
-        {here + "/file/inside", 0, dirNFErr},
-        {here + "/dangling", 0, fnfErr},
-        {here + "/dangling/file", 0, dirNFErr},
-        {here + "/loop", 0, ioErr},
-        {here + "/" + std::string(256, 'n'), 0, bdNamErr},
-        {"", 0, paramErr},
-        {"file", 0, paramErr},
-        {here, 2, paramErr},
+TEST_F(FSPathMakeRefTest, TellsWhyThereIsNoObject) {
+    fs::create_symlink("nowhere", folder_ / "dangling");
+    fs::create_symlink("loop", folder_ / "loop");
+    const std::string& here = folder_.path();
+    const std::pair<std::string, OSStatus> cases[] = {
+        {here + "/missing", fnfErr},
+        {here + "/missing/file", dirNFErr},
+        {here + "/file/inside", dirNFErr},
+        {here + "/dangling", fnfErr},
+        {here + "/dangling/file", dirNFErr},
+        {here + "/loop", ioErr},
+        {here + "/" + std::string(256, 'n'), bdNamErr},
+        {"", paramErr},
+        {"file", paramErr},
     };
-    for (const auto& one : cases) {
+    for (const auto& [path, error] : cases) {
         FSRef ref{1, 2, "untouched"};
         Boolean isDirectory = 9;
-        EXPECT_EQ(makeRef(one.path, ref, one.options, &isDirectory), one.error) << one.path;
+        EXPECT_EQ(makeRef(path, ref, 0, &isDirectory), error) << path;
         EXPECT_STREQ(ref.path, "untouched");
         EXPECT_EQ(isDirectory, 9);
     }
     FSRef ref;
+    EXPECT_EQ(makeRef(here, ref, 2), paramErr) << "an unknown option";
     EXPECT_EQ(FSPathMakeRef(nullptr, &ref, nullptr), paramErr);
     EXPECT_EQ(FSPathMakeRef(reinterpret_cast<const UInt8*>("/"), nullptr, nullptr), paramErr);
 }
 
-TEST(FinderInfo, IsZeroWhereNoneIsStored) {
-    const test::TempDir folder;
-    test::writeFile(folder / "file", "x");
-    for (const std::string& path :
-         {folder / "file", folder.path(), std::string("/proc/version"), std::string("/proc")}) {
-        FSCatalogInfo info;
-        std::memset(&info, 0xA5, sizeof info);
-        EXPECT_EQ(getInfo(refTo(path), info), noErr) << path;
-        EXPECT_THAT(info.finderInfo, testing::Each(0)) << path;
-    }
+TEST_F(FinderInfoTest, IsZeroWhereNoneCanBeStored) {
+    FSCatalogInfo info;
+    std::memset(&info, 0xA5, sizeof info);
+    EXPECT_EQ(getInfo(refTo("/proc/version"), info), noErr);
+    EXPECT_THAT(info.finderInfo, testing::Each(0));
+    EXPECT_EQ(setInfo(refTo("/proc/self/comm"), info), errFSUnknownCall);
 }
 
-TEST(FinderInfo, IsBigEndianOnTheDiskAndTheProcessorsInMemory) {
-    const test::TempDir folder;
-    const std::string file = folder / "file";
-    test::writeFile(file, "x");
-    setAttribute(file, "5445585441424344ffff000102030405" + EXTENDED);
-    setAttribute(folder.path(), "0102030405060708bfff00010203f405" + EXTENDED);
+TEST_F(FinderInfoTest, IsBigEndianOnTheDiskAndTheProcessorsInMemory) {
+    setAttribute(file_, "5445585441424344ffff000102030405" + EXTENDED);
+    setAttribute(folder_.path(), "0102030405060708bfff00010203f405" + EXTENDED);
 
-    FSCatalogInfo info;
-    ASSERT_EQ(getInfo(refTo(file), info), noErr);
-    auto fileInfo = as<FileInfo>(info);
-    EXPECT_EQ(fileInfo.fileType, CV_FOUR_CHAR_CODE('T', 'E', 'X', 'T'));
-    EXPECT_EQ(fileInfo.fileCreator, CV_FOUR_CHAR_CODE('A', 'B', 'C', 'D'));
-    EXPECT_EQ(fileInfo.finderFlags, 0xFFFF);
-    EXPECT_EQ(fileInfo.location.v, 1);
-    EXPECT_EQ(fileInfo.location.h, 0x0203);
-    EXPECT_EQ(fileInfo.reservedField, 0x0405);
+    auto fileInfo = infoOf<FileInfo>(file_);
+    EXPECT_EQ(std::tuple(fileInfo.fileType, fileInfo.fileCreator, fileInfo.finderFlags, fileInfo.reservedField),
+              std::tuple(CV_FOUR_CHAR_CODE('T', 'E', 'X', 'T'), CV_FOUR_CHAR_CODE('A', 'B', 'C', 'D'), 0xFFFF, 0x0405));
+    EXPECT_EQ(std::tuple(fileInfo.location.v, fileInfo.location.h), std::tuple(1, 0x0203));
     fileInfo.finderFlags = static_cast<UInt16>(fileInfo.finderFlags & ~kHasCustomIcon);
     fileInfo.fileType = CV_FOUR_CHAR_CODE('a', 'b', 'c', 'd');
-    ASSERT_EQ(setInfo(refTo(file), infoOf(fileInfo)), noErr);
-    EXPECT_EQ(attribute(file), "6162636441424344fbff000102030405" + EXTENDED);
+    EXPECT_EQ(setInfo(file_, fileInfo), noErr);
+    EXPECT_EQ(attribute(file_), "6162636441424344fbff000102030405" + EXTENDED);
 
-    ASSERT_EQ(getInfo(refTo(folder.path()), info), noErr);
-    auto folderInfo = as<FolderInfo>(info);
-    EXPECT_EQ(folderInfo.windowBounds.top, 0x0102);
-    EXPECT_EQ(folderInfo.windowBounds.right, 0x0708);
-    EXPECT_EQ(folderInfo.finderFlags, 0xBFFF);
-    EXPECT_EQ(folderInfo.location.h, 0x0203);
-    EXPECT_EQ(folderInfo.reservedField, 0xF405);
+    auto folderInfo = infoOf<FolderInfo>(folder_.path());
+    EXPECT_EQ(std::tuple(folderInfo.windowBounds.top, folderInfo.windowBounds.right, folderInfo.finderFlags,
+                         folderInfo.location.h, folderInfo.reservedField),
+              std::tuple(0x0102, 0x0708, 0xBFFF, 0x0203, 0xF405));
     folderInfo.finderFlags = kIsInvisible;
-    ASSERT_EQ(setInfo(refTo(folder.path()), infoOf(folderInfo)), noErr);
-    EXPECT_EQ(attribute(folder.path()),
-              "01020304050607084000"
-              "00010203f405" +
-                  EXTENDED);
+    EXPECT_EQ(setInfo(folder_.path(), folderInfo), noErr);
+    EXPECT_EQ(attribute(folder_.path()), "0102030405060708400000010203f405" + EXTENDED);
 }
 
-TEST(FinderInfo, OfALinksTargetIsReachedThroughTheLink) {
-    const test::TempDir folder;
-    test::writeFile(folder / "Icon\r", "x");
-    fs::create_symlink("Icon\r", folder / "link");
+TEST_F(FinderInfoTest, OfALinksTargetIsReachedThroughTheLink) {
+    test::writeFile(folder_ / "Icon\r", "x");
+    fs::create_symlink("Icon\r", folder_ / "link");
     FileInfo fileInfo{};
     fileInfo.finderFlags = kIsInvisible;
-    ASSERT_EQ(setInfo(refTo(folder / "link"), infoOf(fileInfo)), noErr);
-    EXPECT_EQ(attribute(folder / "Icon\r"), "0000000000000000400000000000000000000000000000000000000000000000");
+    ASSERT_EQ(setInfo(folder_ / "link", fileInfo), noErr);
+    EXPECT_EQ(attribute(folder_ / "Icon\r"), "0000000000000000400" + std::string(45, '0'));
 
-    // A link of its own can carry none.
     FSRef link;
     FSCatalogInfo info{};
-    ASSERT_EQ(makeRef(folder / "link", link, kFSPathMakeRefDoNotFollowLeafSymlink), noErr);
-    EXPECT_EQ(getInfo(link, info), noErr);
-    EXPECT_EQ(setInfo(link, info), afpAccessDenied);
+    ASSERT_EQ(makeRef(folder_ / "link", link, kFSPathMakeRefDoNotFollowLeafSymlink), noErr);
+    EXPECT_EQ(setInfo(link, info), afpAccessDenied) << "a link of its own can carry none";
 }
 
-TEST(FinderInfo, OfAWrongSizeIsAnErrorAndStays) {
-    const test::TempDir folder;
-    const std::string file = folder / "file";
-    for (const std::size_t size : {0u, 1u, 16u, 31u, 33u, 64u, 2000u}) {
-        fs::remove(file);
-        test::writeFile(file, "x");
-        std::string value;
-        for (std::size_t i = 0; i < size; ++i) {
-            value += "5a";
-        }
-        setAttribute(file, value);
+TEST_F(FinderInfoTest, OfAWrongSizeIsAnErrorAndStays) {
+    for (const std::size_t size : {0u, 31u, 33u, 2000u}) {
+        const std::string value(2 * size, '5');
+        setAttribute(file_, value);
         FSCatalogInfo info;
         std::memset(&info, 0xA5, sizeof info);
-        EXPECT_EQ(getInfo(refTo(file), info), ioErr) << size;
+        EXPECT_EQ(getInfo(refTo(file_), info), ioErr) << size;
         EXPECT_THAT(info.finderInfo, testing::Each(0xA5)) << size;
-        EXPECT_EQ(setInfo(refTo(file), info), ioErr) << size;
-        EXPECT_EQ(attribute(file), value);
+        EXPECT_EQ(setInfo(refTo(file_), info), ioErr) << size;
+        EXPECT_EQ(attribute(file_), value);
     }
 }
 
-TEST(FinderInfo, NeedsTheRightAccess) {
-    const test::TempDir folder;
-    const std::string file = folder / "file";
-    test::writeFile(file, "x");
-    chmod(folder.path().c_str(), 0755);
-    const FSRef ref = refTo(file);
+TEST_F(FinderInfoTest, NeedsTheRightAccess) {
+    chmod(folder_.path().c_str(), 0755);
+    const FSRef ref = refTo(file_);
     const auto refusesNobody = [&](mode_t mode, auto work) {
-        chmod(file.c_str(), mode);
+        chmod(file_.c_str(), mode);
         return test::holdsForOrdinaryUser([&] { return work() == afpAccessDenied; });
     };
     FSCatalogInfo info{};
     EXPECT_TRUE(refusesNobody(0444, [&] { return setInfo(ref, info); }));
     EXPECT_TRUE(refusesNobody(0, [&] { return getInfo(ref, info); }));
-    EXPECT_EQ(attribute(file), "");
-    EXPECT_EQ(setInfo(refTo("/proc/self/comm"), info), errFSUnknownCall);
+    EXPECT_EQ(attribute(file_), "");
 }
 
-TEST(FinderInfo, StaysOnAReadOnlyVolume) {
-    const test::TempDir folder;
-    test::writeFile(folder / "file", "x");
-    test::writeFile(folder / "other", "y");
+TEST_F(FinderInfoTest, StaysOnAReadOnlyVolume) {
+    test::writeFile(folder_ / "other", "y");
     EXPECT_TRUE(test::holdsInACopy([&] {
         FSCatalogInfo info{};
-        const bool ready = makeReadOnly(folder.path());
-        const FSRef ref = refTo(folder / "file"), other = refTo(folder / "other");
+        const bool ready = makeReadOnly(folder_.path());
+        const FSRef ref = refTo(file_), other = refTo(folder_ / "other");
         return ready && getInfo(ref, info) == noErr && setInfo(ref, info) == wPrErr &&
                FSExchangeObjects(&ref, &other) == wPrErr;
     }));
-    EXPECT_EQ(test::readFile(folder / "file"), "x");
+    EXPECT_EQ(test::readFile(file_), "x");
 }
 
-TEST(FinderInfo, NeverGoesToAnotherObjectOfTheSamePath) {
-    const test::TempDir folder;
-    const std::string path = folder / "object";
+TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
+    const std::string path = folder_ / "object";
     const auto refused = [](const FSRef& ref) {
         FSCatalogInfo info{};
         return getInfo(ref, info) == errFSBadFSRef && setInfo(ref, info) == errFSBadFSRef &&
@@ -279,7 +246,7 @@ TEST(FinderInfo, NeverGoesToAnotherObjectOfTheSamePath) {
     const FSRef ref = refTo(path);
     EXPECT_EQ(FSGetCatalogInfo(&ref, 0, nullptr, nullptr, nullptr, nullptr), noErr);
 
-    fs::rename(path, folder / "moved");
+    fs::rename(path, folder_ / "moved");
     EXPECT_TRUE(refused(ref)) << "missing";
     test::writeFile(path, "another");
     EXPECT_TRUE(refused(ref)) << "another file";
@@ -289,7 +256,7 @@ TEST(FinderInfo, NeverGoesToAnotherObjectOfTheSamePath) {
     fs::remove(path);
     fs::create_directory(path);
     EXPECT_TRUE(refused(ref)) << "a folder";
-    EXPECT_EQ(attribute(folder / "moved"), "");
+    EXPECT_EQ(attribute(folder_ / "moved"), "");
 
     FSRef made{};
     EXPECT_TRUE(refused(made)) << "zeros";
@@ -297,7 +264,7 @@ TEST(FinderInfo, NeverGoesToAnotherObjectOfTheSamePath) {
     EXPECT_TRUE(refused(made)) << "no end";
 }
 
-TEST(FinderInfo, RefusesWhatItDoesNotKnow) {
+TEST_F(FinderInfoTest, RefusesWhatItDoesNotKnow) {
     const FSRef ref = refTo("/");
     FSRef parent;
     FSCatalogInfo info;
@@ -308,9 +275,8 @@ TEST(FinderInfo, RefusesWhatItDoesNotKnow) {
     EXPECT_EQ(FSSetCatalogInfo(&ref, 0x1000, &info), paramErr);
 }
 
-TEST(FSExchangeObjects, SwapsContentsAndIdentity) {
-    const test::TempDir folder;
-    const std::string a = folder / "a", b = folder / "sub/b";
+TEST_F(FSExchangeObjectsTest, SwapsContentsAndIdentity) {
+    const std::string a = folder_ / "a", b = folder_ / "sub/b";
     test::writeFile(a, "contents of a");
     test::writeFile(b, "b");
     chmod(a.c_str(), 0600);
@@ -330,29 +296,27 @@ TEST(FSExchangeObjects, SwapsContentsAndIdentity) {
     EXPECT_EQ(test::readFile(a), "b");
 }
 
-TEST(FSExchangeObjects, MovesNothingWhenItCannot) {
-    const test::TempDir folder, elsewhere;
-    const std::string file = folder / "file";
-    test::writeFile(file, "kept");
-    test::writeFile(folder / "other", "other");
-    fs::create_directory(folder / "folder");
-    fs::create_symlink("other", folder / "link");
-    fs::create_hard_link(file, folder / "twin");
+TEST_F(FSExchangeObjectsTest, MovesNothingWhenItCannot) {
+    test::writeFile(file_, "kept");
+    test::writeFile(folder_ / "other", "other");
+    fs::create_directory(folder_ / "folder");
+    fs::create_symlink("other", folder_ / "link");
+    fs::create_hard_link(file_, folder_ / "twin");
     FSRef link;
-    ASSERT_EQ(makeRef(folder / "link", link, kFSPathMakeRefDoNotFollowLeafSymlink), noErr);
-    const FSRef ref = refTo(file), twin = refTo(folder / "twin"), subfolder = refTo(folder / "folder");
+    ASSERT_EQ(makeRef(folder_ / "link", link, kFSPathMakeRefDoNotFollowLeafSymlink), noErr);
+    const FSRef ref = refTo(file_), twin = refTo(folder_ / "twin"), subfolder = refTo(folder_ / "folder");
     const FSRef special = refTo("/proc/version");
 
-    EXPECT_EQ(FSExchangeObjects(&ref, &subfolder), errFSNotAFile);
-    EXPECT_EQ(FSExchangeObjects(&subfolder, &ref), errFSNotAFile);
-    EXPECT_EQ(FSExchangeObjects(&ref, &link), errFSNotAFile);
-    EXPECT_EQ(FSExchangeObjects(&ref, &special), diffVolErr);
-    EXPECT_EQ(FSExchangeObjects(&ref, nullptr), paramErr);
-    EXPECT_EQ(FSExchangeObjects(&ref, &ref), noErr);
-    EXPECT_EQ(FSExchangeObjects(&ref, &twin), noErr);
-    EXPECT_EQ(test::readFile(file), "kept");
-    EXPECT_TRUE(fs::is_symlink(folder / "link"));
-    EXPECT_TRUE(fs::is_directory(folder / "folder"));
+    const std::pair<const FSRef*, OSErr> cases[] = {
+        {&subfolder, errFSNotAFile}, {&link, errFSNotAFile}, {&special, diffVolErr},
+        {nullptr, paramErr},         {&ref, noErr},          {&twin, noErr}};
+    for (const auto& [other, error] : cases) {
+        EXPECT_EQ(FSExchangeObjects(&ref, other), error);
+        EXPECT_EQ(FSExchangeObjects(other, &ref), error);
+    }
+    EXPECT_EQ(test::readFile(file_), "kept");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
+    EXPECT_TRUE(fs::is_directory(folder_ / "folder"));
 }
 
 }  // namespace

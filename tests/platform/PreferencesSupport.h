@@ -18,13 +18,10 @@
 
 namespace test {
 
+namespace fs = std::filesystem;
+
 /// The domain that the tests write.
 constexpr const char* DOMAIN_NAME = "com.corvane.test";
-
-/// A string of the text in UTF-8.
-inline Owned<CFStringRef> string(const std::string& text) {
-    return Owned(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
-}
 
 /// What `expression` is in Python, with `p` the dictionary that the property list file holds.
 inline std::string python(const std::string& expression, const std::string& file) {
@@ -37,7 +34,7 @@ inline std::string python(const std::string& expression, const std::string& file
 /// The names in the folder, sorted.
 inline std::vector<std::string> namesIn(const std::string& folder) {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    for (const auto& entry : fs::directory_iterator(folder)) {
         names.push_back(entry.path().filename());
     }
     std::sort(names.begin(), names.end());
@@ -55,9 +52,9 @@ inline mode_t modeOf(const std::string& path) {
 }
 
 /// The current user's preferences on any host, in a home folder of the test's own.
-class UserPreferencesTest : public ::testing::Test {
+class UserPreferences : public ::testing::Test {
 protected:
-    UserPreferencesTest() { setenv("HOME", home_.path().c_str(), 1); }
+    UserPreferences() { setenv("HOME", home_.path().c_str(), 1); }
 
     std::string folder() const { return home_ / "Library/Preferences"; }
     std::string file() const { return folder() + "/" + DOMAIN_NAME + ".plist"; }
@@ -81,7 +78,7 @@ protected:
 
     /// Writes the preference file with Python: `entries` is an expression for a dictionary, `format` BINARY or XML.
     void writeWithPython(const std::string& entries, const std::string& format) const {
-        std::filesystem::create_directories(folder());
+        fs::create_directories(folder());
         const std::string script = "import plistlib,sys,datetime\nplistlib.dump(" + entries +
                                    ",open(sys.argv[1],'wb'),fmt=plistlib.FMT_" + format + ")";
         const ProcessResult result = run({"python3", "-c", script, file()});

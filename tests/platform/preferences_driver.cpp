@@ -18,9 +18,7 @@
 
 namespace {
 
-test::Owned<CFStringRef> string(const std::string& text) {
-    return test::Owned(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
-}
+using test::string;
 
 struct Domain {
     test::Owned<CFStringRef> name;

@@ -38,6 +38,11 @@ inline Owned<CFStringRef> makeString(std::u16string_view units) {
         kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size())));
 }
 
+/// A string of the text in UTF-8; none when it is no UTF-8.
+inline Owned<CFStringRef> string(const std::string& text) {
+    return Owned<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
+}
+
 /// The UTF-16 units of `string`.
 inline std::u16string units(CFStringRef string) {
     std::u16string result(static_cast<std::size_t>(CFStringGetLength(string)), u'\0');
