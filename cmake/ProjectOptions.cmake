@@ -32,8 +32,9 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd6
     add_compile_options(-msse2 -mfpmath=sse)
 endif()
 
-# Sizes and positions of files are 64-bit on 32-bit Linux too, as they always are on a Mac.
-add_compile_definitions(_FILE_OFFSET_BITS=64)
+# Sizes and positions of files are 64-bit on 32-bit Linux too, as they always are on a Mac, and times go past
+# 2038 there.
+add_compile_definitions(_FILE_OFFSET_BITS=64 $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:_TIME_BITS=64>)
 
 if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,6 +1,7 @@
 #include <Carbon/Carbon.h>
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <vector>
@@ -25,10 +26,10 @@ constexpr char UPDATES_ENABLED[] = "UpdatesEnabled";
 enum UpdateInterval : SInt32 { UPDATES_OFF = 0, UPDATES_ON = 2 };
 
 /// The size of an open file that can be read into one block. An unknown size counts as 0. A file that a 32-bit process
-/// could not hold with one byte more fails as an allocation of that size does.
+/// could not hold with one byte more fails as an allocation of that size does, and so does what no vector here holds.
 unsigned int readableSize(const Util::File& file) {
     const checked_value<unsigned long long> size = file.Size();
-    if (size.Value() > 0xFFFFFFFEull) {
+    if (size.Value() >= std::min<unsigned long long>(0xFFFFFFFF, std::vector<char>().max_size())) {
         throw std::bad_alloc();
     }
     return static_cast<unsigned int>(size.Value());

@@ -34,7 +34,15 @@ private:
     bool malformed(const char* reason) { return refuse(Fault::malformed, reason); }
     bool unsupported(const char* reason) { return refuse(Fault::unsupported, reason); }
 
-    std::uint8_t byteAt(std::uint64_t position) const { return static_cast<std::uint8_t>(bytes_[position]); }
+    /// The byte at `position`, which the caller has checked to be inside.
+    std::uint8_t byteAt(std::uint64_t position) const {
+        return static_cast<std::uint8_t>(bytes_[static_cast<std::size_t>(position)]);
+    }
+
+    /// The bytes from `position`, which the caller has checked to be inside.
+    std::string_view textAt(std::uint64_t position, std::uint64_t count) const {
+        return bytes_.substr(static_cast<std::size_t>(position), static_cast<std::size_t>(count));
+    }
 
     /// The big-endian number of `size` (1 to 8) bytes at `position`, which the caller has checked to be inside.
     std::uint64_t numberAt(std::uint64_t position, unsigned size) const {
@@ -138,7 +146,7 @@ private:
             case 0x40:
                 return fits(position, count, 1) && spend(count);
             case 0x50:
-                return fits(position, count, 1) && spend(count) && checkAscii(bytes_.substr(position, count));
+                return fits(position, count, 1) && spend(count) && checkAscii(textAt(position, count));
             case 0x60:
                 return fits(position, count, 2) && spend(3 * count) && checkUtf16(position, count);
             case 0xA0:

@@ -187,7 +187,7 @@ id newObject(plist_t node) {
             return newReal(node);
         case PLIST_STRING: {
             const char* text = plist_get_string_ptr(node, &size);
-            return newString({text, size});
+            return newString({text, static_cast<std::size_t>(size)});
         }
         case PLIST_DATE:
             return [[NSDate alloc] initWithTimeIntervalSinceReferenceDate:dateOf(node)];

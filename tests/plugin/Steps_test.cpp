@@ -5,10 +5,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <filesystem>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "platform/MessageSend.h"
 #include "plugin/Catalogue.h"
@@ -153,7 +155,9 @@ TEST_F(Steps, ReadAStatusFileThatChangesOrFails) {
 TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
     fs::create_directories(VENDOR_FOLDER);
     test::writeFile(STATUS_FILE, "UpdatesEnabled");
-    for (const long long size : {0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
+    const auto mostHeld =
+        static_cast<long long>(std::min<unsigned long long>(std::vector<char>().max_size(), UINT_MAX));
+    for (const long long size : {mostHeld, 0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
         test::faults.statusFileSizes = {size};
         const auto before = openFiles();
         XCodParamBlock block = makeBlock(AMBREL);
