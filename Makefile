@@ -4,7 +4,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test bench docs clean install-deps
+.PHONY: all build run test test-i386 bench docs clean install-deps
 
 all: build
 
@@ -21,6 +21,9 @@ run: build
 
 test: build
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
+
+test-i386:
+	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
 bench:
 	@tools/install-deps bench
