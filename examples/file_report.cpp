@@ -13,23 +13,34 @@
 
 namespace {
 
-std::vector<unsigned char> readWhole(const FilePath& path) {
+struct Contents {
+    unsigned long long bytes = 0;
+    long long lines = 0;
+};
+
+Contents readContents(const FilePath& path) {
+    constexpr unsigned long long LARGEST_BLOCK = 65536;
     Util::File file(path);
     file.Open(Util::File::Read);
-    std::vector<unsigned char> bytes(file.Size().Value());
-    file.ReadBlock(bytes);
+    Contents contents;
+    contents.bytes = file.Size().Value();
+    std::vector<unsigned char> block;
+    for (unsigned long long left = contents.bytes; left > 0; left -= block.size()) {
+        block.resize(static_cast<std::size_t>(std::min(left, LARGEST_BLOCK)));
+        file.ReadBlock(block);
+        contents.lines += std::count(block.begin(), block.end(), '\n');
+    }
     file.Close();
-    return bytes;
+    return contents;
 }
 
 String report(const FilePath& path) {
-    const std::vector<unsigned char> bytes = readWhole(path);
-    const long long lines = std::count(bytes.begin(), bytes.end(), '\n');
+    const Contents contents = readContents(path);
     return String("%1 in %2: %3 lines, %4 bytes\n")
         .Arg(path.GetFilename())
         .Arg(path.GetFolder().ToString())
-        .Arg(lines)
-        .Arg(static_cast<unsigned long long>(bytes.size()));
+        .Arg(contents.lines)
+        .Arg(contents.bytes);
 }
 
 }  // namespace

@@ -48,13 +48,13 @@ std::string dateText(double seconds) {
 std::string stringOf(plist_t node) {
     std::uint64_t length = 0;
     const char* text = plist_get_string_ptr(node, &length);
-    return text == nullptr ? std::string() : std::string(text, length);
+    return text == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(length));
 }
 
 std::string hexOf(plist_t node) {
     std::uint64_t length = 0;
     const char* bytes = plist_get_data_ptr(node, &length);
-    return bytes == nullptr ? std::string() : hexText({bytes, length});
+    return bytes == nullptr ? std::string() : hexText({bytes, static_cast<std::size_t>(length)});
 }
 
 json integerOf(plist_t node) {
