@@ -228,6 +228,10 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
 
     const InstallRoot other;
     other.makeVendorFolder();
+    writeFile(other.preferenceFile("com.others"), "not the plug-in's business");
+    const ProcessResult foreign = install(other);
+    EXPECT_EQ(foreign.exitStatus, 0) << foreign.err;
+    EXPECT_THAT(foreign.out, HasSubstr("/Library/Preferences/com.others.plist cannot be read"));
     ASSERT_EQ(
         run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "short", other / "Applications/Corvane"}).exitStatus,
         0);

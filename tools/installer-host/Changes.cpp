@@ -43,7 +43,8 @@ bool storedAnew(const PreferenceFile& before, const PreferenceFile& after) {
 
 void compareDomain(const std::string& domain, const PreferenceFile& before, const PreferenceFile& after, bool all,
                    Changes& changes) {
-    const bool listUnchanged = all || storedAnew(before, after);
+    const bool isNew = storedAnew(before, after);
+    const bool listUnchanged = all || isNew;
     for (const std::string& key : keysOf(before.keys, after.keys)) {
         const Value old = valueOr(before.keys, key);
         const Value now = valueOr(after.keys, key);
@@ -53,8 +54,10 @@ void compareDomain(const std::string& domain, const PreferenceFile& before, cons
         }
     }
     if (!after.problem.empty()) {
-        changes.unreadable.push_back("/Library/Preferences/" + escaped(domain) +
-                                     ".plist cannot be read: " + after.problem);
+        const bool isOlder = !isNew && !before.problem.empty();
+        changes.unreadable.push_back(
+            {"/Library/Preferences/" + escaped(domain) + ".plist cannot be read: " + after.problem,
+             isOlder ? Unreadable::Kind::Older : Unreadable::Kind::Stored});
     }
 }
 
@@ -80,8 +83,9 @@ Changes compare(const Snapshot& before, const Snapshot& after, bool all) {
     for (std::size_t i = 0; i < after.objects.size(); ++i) {
         changes.finder.push_back({before.objects[i], after.objects[i]});
         if (!after.objects[i].problem.empty()) {
-            changes.unreadable.push_back("the Finder flags of " + escaped(after.objects[i].path) +
-                                         " cannot be read: " + after.objects[i].problem);
+            changes.unreadable.push_back({"the Finder flags of " + escaped(after.objects[i].path) +
+                                              " cannot be read: " + after.objects[i].problem,
+                                          Unreadable::Kind::Finder});
         }
     }
     return changes;

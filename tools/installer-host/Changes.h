@@ -28,12 +28,23 @@ struct FinderChange {
     FinderObject after;
 };
 
+/// Something that cannot be read after the run.
+struct Unreadable {
+    enum class Kind {
+        Older,   ///< a preference file that could not be read before either, and was left alone
+        Stored,  ///< a preference file that could be read before, or was stored since
+        Finder   ///< the Finder flags of an object, which then cannot have been set either
+    };
+    std::string sentence;
+    Kind kind;
+};
+
 /// What differs between two looks at the same machine.
 struct Changes {
     std::vector<PreferenceChange> preferences;  ///< by domain, then by key
     std::vector<FileChange> files;              ///< by path
     std::vector<FinderChange> finder;           ///< every object, changed or not
-    std::vector<std::string> unreadable;        ///< one sentence for each domain or object that cannot be read now
+    std::vector<Unreadable> unreadable;
 };
 
 /// Compares two snapshots. Of the preferences that stayed as they were it lists those of the domains that were stored

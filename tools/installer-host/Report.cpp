@@ -117,8 +117,8 @@ std::string problemsText(const RunResult& result) {
     for (const StoreFailure& failure : result.notStored) {
         text += "  not stored: " + escaped(failure.what) + ": " + escaped(failure.reason) + "\n";
     }
-    for (const std::string& sentence : result.changes.unreadable) {
-        text += "  " + sentence + "\n";
+    for (const Unreadable& unreadable : result.changes.unreadable) {
+        text += "  " + unreadable.sentence + "\n";
     }
     return text.empty() ? text : "\nProblems\n" + text;
 }

@@ -86,8 +86,11 @@ Json changesJson(const Changes& changes) {
     for (const auto& [before, after] : changes.finder) {
         finder.push_back({{"path", after.path}, {"before", finderJson(before)}, {"after", finderJson(after)}});
     }
-    return {
-        {"preferences", preferences}, {"files", files}, {"finderFlags", finder}, {"unreadable", changes.unreadable}};
+    Json unreadable = Json::array();
+    for (const Unreadable& one : changes.unreadable) {
+        unreadable.push_back(one.sentence);
+    }
+    return {{"preferences", preferences}, {"files", files}, {"finderFlags", finder}, {"unreadable", unreadable}};
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -51,9 +52,22 @@ std::string findRoot(const std::string& path) {
     return fs::canonical(path);
 }
 
+/// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
+bool isAllStored(const RunResult& run) {
+    const auto setsFlags = [](const StepResult& step) {
+        return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
+    };
+    const bool setFlags = std::any_of(run.steps.begin(), run.steps.end(), setsFlags);
+    const auto isMissing = [&](const Unreadable& unreadable) {
+        return unreadable.kind == Unreadable::Kind::Stored || (unreadable.kind == Unreadable::Kind::Finder && setFlags);
+    };
+    const auto& unreadable = run.changes.unreadable;
+    return run.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
+}
+
 /// The exit status of a run, and the message that goes with it.
 ExitStatus judge(const RunResult& run, const WorkerResult& worker) {
-    std::string during = "was loading the bundle";
+    std::string during = "was in none of the steps, but loading or giving the interface up";
     for (const StepResult& step : run.steps) {
         const std::string name = longName(step.step);
         if (step.outcome == StepResult::Outcome::Exception) {
@@ -82,7 +96,7 @@ ExitStatus judge(const RunResult& run, const WorkerResult& worker) {
             return ExitStatus::StepFailed;
         }
     }
-    if (!run.notStored.empty() || !run.changes.unreadable.empty()) {
+    if (!isAllStored(run)) {
         say("not everything could be stored; the report says what and why");
         return ExitStatus::NotStored;
     }
