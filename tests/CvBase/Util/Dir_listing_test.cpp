@@ -173,7 +173,8 @@ TEST_F(DirListingTest, AFolderThatMayNotBeSearchedListsNothing) {
         std::vector<String> names;
         dirAt(temp_.path()).GetFilenames(names, "", false, true);
         Dir::GetFoldernames(temp_.path().c_str(), names, "", true);
-        return names.empty() && Dir::FindFile("file.txt", temp_.path().c_str(), true, visited).IsEmpty() && visited == 0;
+        return names.empty() && Dir::FindFile("file.txt", temp_.path().c_str(), true, visited).IsEmpty() &&
+               visited == 0;
     }));
     fs::permissions(temp_.path(), fs::perms(0755));
 }
