@@ -96,7 +96,7 @@ void forAllKinds(Each each, unsigned long long bits) {
     each("ulong", static_cast<unsigned long>(static_cast<unsigned int>(bits)));
     each("float", static_cast<float>(static_cast<long long>(bits)) / 3);
     each("double", static_cast<double>(static_cast<long long>(bits)) / 3);
-    each("text", String(std::string(bits % 40, 'x').c_str()) + String("\xC3\xA9"));
+    each("text", String(std::string(static_cast<std::size_t>(bits % 40), 'x').c_str()) + String("\xC3\xA9"));
     each("bytes:3", Bytes{static_cast<unsigned char>(bits), 0, 0xFF});
 }
 
