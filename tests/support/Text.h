@@ -18,6 +18,11 @@ inline std::optional<std::string> bytesOf(String const& text) {
     return text.IsNull() ? std::nullopt : std::make_optional<std::string>(text.CStr(), text.Length());
 }
 
+/// The bytes of the text, none when it is null.
+inline std::string str(String const& text) {
+    return bytesOf(text).value_or("");
+}
+
 /// A text of these bytes, NUL bytes too; null without a value.
 inline String makeText(std::optional<std::string_view> bytes) {
     if (!bytes) {

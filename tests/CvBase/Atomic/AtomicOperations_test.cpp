@@ -26,13 +26,9 @@ TEST(AtomicOperations, GiveTheNewValue) {
 }
 
 TEST(AtomicOperations, CompareExchangeStoresOnlyOverTheComparand) {
-    unsigned int volatile word = 3;
-    EXPECT_TRUE(Atomic::AtomicCompareExchange(word, 5, 3));
-    EXPECT_EQ(word, 5U);
-    word = 4;
+    unsigned int volatile word = 0xFFFFFFFF;
     EXPECT_FALSE(Atomic::AtomicCompareExchange(word, 5, 3));
-    EXPECT_EQ(word, 4U);
-    word = 0xFFFFFFFF;
+    EXPECT_EQ(word, 0xFFFFFFFFU);
     EXPECT_TRUE(Atomic::AtomicCompareExchange(word, 0x80000000, 0xFFFFFFFF));
     EXPECT_EQ(word, 0x80000000U);
 }

@@ -1,18 +1,24 @@
 #pragma once
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <limits>
+#include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "CvBase/IPP/IPP_util_mac.h"
 
-/// The conversions as plain loops, in the order in which their rules are told and with no regard for speed; and a list
-/// that lets a test run all of them.
+/// The conversions as plain loops, in the order in which their rules are told and with no regard for speed; values to
+/// convert; and a list that lets a test run all of them.
 namespace test::reference {
+
+using Bytes = std::vector<unsigned char>;
 
 inline int truncated(float x) {
     double const value = x;
@@ -24,34 +30,26 @@ inline int shiftedOne(int bits) {
     return shift == 31 ? INT_MIN : 1 << shift;
 }
 
-inline float signedHalf(float x) {
-    return 0.0F <= x ? 0.5F : -0.5F;
+inline float withHalf(float x, bool round) {
+    return !round ? x : 0.0F <= x ? x + 0.5F : x - 0.5F;
 }
 
-template <typename T>
-T powerOfTwo(int exponent) {
-    return static_cast<T>(std::pow(2.0, exponent));
+inline double twoToMinus(int scale) {
+    return std::pow(2.0, scale == INT_MIN ? INT_MAX : -scale);
 }
 
 inline short floatToShort(float x, int scale, bool round) {
     auto const m = static_cast<float>(shiftedOne(scale == INT_MIN ? 0 : -scale));
-    int const v = truncated(round ? x * m + signedHalf(x) : x * m);
-    return static_cast<short>(v > 32767 ? 32767 : v < -32768 ? -32768 : v);
+    float const sum = !round ? x * m : 0.0F <= x ? x * m + 0.5F : x * m - 0.5F;
+    return static_cast<short>(std::clamp(truncated(sum), -32768, 32767));
 }
 
 inline int floatToInt(float x, int scale, bool round) {
+    auto const f = static_cast<float>(twoToMinus(scale));
     if (scale == 0) {
-        return truncated(round ? x + signedHalf(x) : x);
+        return truncated(withHalf(x, round));
     }
-    float const f = scale == INT_MIN ? powerOfTwo<float>(INT_MAX) : powerOfTwo<float>(-scale);
-    if (x >= 1.0F) {
-        return truncated(round ? f + signedHalf(f) : f);
-    }
-    if (x <= -1.0F) {
-        return truncated(round ? -f + signedHalf(-f) : -f);
-    }
-    float const product = x * f;
-    return truncated(round ? product + signedHalf(product) : product);
+    return truncated(withHalf(x >= 1.0F ? f : x <= -1.0F ? -f : x * f, round));
 }
 
 template <typename T>
@@ -61,83 +59,146 @@ T shortToFloating(short x, int scale) {
 
 template <typename T>
 T intToFloating(int x, int scale) {
-    if (scale == 0) {
-        return static_cast<T>(x);
-    }
-    double const m = scale == INT_MIN ? powerOfTwo<double>(INT_MAX) : powerOfTwo<double>(-scale);
-    return static_cast<T>(x) * static_cast<T>(m);
+    return scale == 0 ? static_cast<T>(x) : static_cast<T>(x) * static_cast<T>(twoToMinus(scale));
 }
 
-/// What the source elements of a conversion are, for making inputs.
-enum class Kind { BYTE, SHORT, INT, FLOAT, DOUBLE };
+template <typename From, typename To>
+To unscaled(From x) {
+    return static_cast<To>(x);
+}
+
+template <typename T>
+T bitsAs(std::uint64_t bits) {
+    T value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+template <typename T>
+Bytes asBytes(std::vector<T> const& values) {
+    Bytes bytes(values.size() * sizeof(T));
+    std::memcpy(bytes.data(), values.data(), bytes.size());
+    return bytes;
+}
+
+/// Values of any bits; numbers, three times in four, of any magnitude that the conversions tell apart.
+template <typename T>
+Bytes randomInput(std::size_t n) {
+    std::mt19937_64 random(20070612);
+    std::vector<T> values(n);
+    for (T& value : values) {
+        std::uint64_t const bits = random();
+        value = bitsAs<T>(random());
+        if (std::is_floating_point_v<T> && bits % 4 != 0) {
+            double const fraction = static_cast<std::int32_t>(bits >> 32) / 2147483648.0;
+            value = static_cast<T>(std::ldexp(fraction, static_cast<int>(bits / 4 % 72) - 36));
+        }
+    }
+    return asBytes(values);
+}
+
+/// Integers near the limits and where float loses the last bits.
+template <typename T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
+Bytes specialInput() {
+    T const least = std::numeric_limits<T>::min(), greatest = std::numeric_limits<T>::max();
+    return asBytes(std::vector<T>{0, 1, 2, 127, T(128), T(255), T(-1), T(-2), T(16777217), T(33554431), T(-16777219),
+                                  least, T(least + 1), T(greatest - 1), greatest, T(greatest / 2), T(greatest - 63),
+                                  T(greatest - 64)});
+}
+
+/// Both signs of the values at which a conversion changes its mind, with their neighbours, and NaNs of every sort.
+template <typename T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
+Bytes specialInput() {
+    using Float = std::numeric_limits<float>;
+    T const infinity = std::numeric_limits<T>::infinity();
+    std::vector<T> values;
+    for (double const turn : {0.0,
+                              double{std::numeric_limits<T>::min()},
+                              double{std::numeric_limits<T>::max()},
+                              0.25,
+                              0.5,
+                              1.0,
+                              1.5,
+                              2.0,
+                              2.5,
+                              32767.0,
+                              32767.5,
+                              32768.0,
+                              65535.0,
+                              65536.0,
+                              4194304.0,
+                              8388608.0,
+                              8388609.0,
+                              16777216.0,
+                              0x1p31,
+                              0x1p32,
+                              0x1p-16,
+                              0x1p-32,
+                              0x1p-31,
+                              0x3p-32,
+                              double{infinity},
+                              double{Float::max()},
+                              double{Float::min()},
+                              double{Float::denorm_min()}}) {
+        auto const exact = static_cast<T>(turn);
+        for (T const value : {exact, std::nextafter(exact, T(0)), std::nextafter(exact, infinity)}) {
+            values.insert(values.end(), {value, -value});
+        }
+    }
+    for (std::uint64_t const bits : {0x7FC0000000000001U, 0xFFC0000000000001U, 0x7F80000100000001U, 0xFF81234500000001U,
+                                     0x7FF8000000000000U, 0xFFF0000000000001U, 0x7FF0000020000000U}) {
+        values.push_back(bitsAs<T>(sizeof(T) == sizeof bits ? bits : bits >> 32));
+    }
+    return asBytes(values);
+}
 
 /// A conversion with its scale and rounding chosen, beside the plain loop that it must equal bit for bit.
 struct Conversion {
     std::string name;
-    Kind source;
     std::size_t sourceSize;
     std::size_t resultSize;
+    Bytes (*randomInput)(std::size_t n);
+    Bytes (*specialInput)();
     std::function<void(std::size_t n, void const* src, void* dst)> convert;
     std::function<void(std::size_t n, void const* src, void* dst)> expect;
 };
 
-template <typename From, typename To, typename Convert, typename Element>
-Conversion makeConversion(std::string name, Kind source, Convert convert, Element element) {
-    return {std::move(name),
-            source,
+/// The conversion with these further arguments, whose plain loop applies `element`.
+template <typename From, typename To, typename... Arguments>
+Conversion make(std::string name, To (*element)(From, Arguments...), Arguments... arguments) {
+    ((name += ", " + std::to_string(arguments)), ...);
+    return {name,
             sizeof(From),
             sizeof(To),
-            [convert](std::size_t n, void const* src, void* dst) {
-                convert(static_cast<unsigned int>(n), static_cast<From const*>(src), static_cast<To*>(dst));
+            randomInput<From>,
+            specialInput<From>,
+            [=](std::size_t n, void const* src, void* dst) {
+                IPP::Convert(static_cast<unsigned int>(n), static_cast<From const*>(src), static_cast<To*>(dst),
+                             arguments...);
             },
-            [element](std::size_t n, void const* src, void* dst) {
+            [=](std::size_t n, void const* src, void* dst) {
                 for (std::size_t i = 0; i < n; ++i) {
                     From x;
                     std::memcpy(&x, static_cast<char const*>(src) + i * sizeof x, sizeof x);
-                    To const result = element(x);
+                    To const result = element(x, arguments...);
                     std::memcpy(static_cast<char*>(dst) + i * sizeof result, &result, sizeof result);
                 }
             }};
 }
 
-template <typename From, typename To>
-Conversion makePlain(std::string name, Kind source) {
-    return makeConversion<From, To>(
-        std::move(name), source, [](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst); },
-        [](From x) { return static_cast<To>(x); });
-}
-
-template <typename From, typename To>
-Conversion makeScaled(std::string name, Kind source, int scale, To (*element)(From, int)) {
-    return makeConversion<From, To>(
-        std::move(name) + ", scale " + std::to_string(scale), source,
-        [scale](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst, scale); },
-        [scale, element](From x) { return element(x, scale); });
-}
-
-template <typename To>
-Conversion makeRounded(std::string name, int scale, bool round, To (*element)(float, int, bool)) {
-    return makeConversion<float, To>(
-        std::move(name) + ", scale " + std::to_string(scale) + (round ? ", rounded" : ", truncated"), Kind::FLOAT,
-        [scale, round](unsigned int n, float const* src, To* dst) { IPP::Convert(n, src, dst, scale, round); },
-        [scale, round, element](float x) { return element(x, scale, round); });
-}
-
 /// Every conversion that has no scale, and every other one at each of `scales`, rounded and truncated.
 inline std::vector<Conversion> conversions(std::vector<int> const& scales) {
-    std::vector<Conversion> all = {
-        makePlain<unsigned char, float>("byte to float", Kind::BYTE),
-        makePlain<float, double>("float to double", Kind::FLOAT),
-        makePlain<double, float>("double to float", Kind::DOUBLE),
-    };
+    std::vector<Conversion> all = {make("byte to float", unscaled<unsigned char, float>),
+                                   make("float to double", unscaled<float, double>),
+                                   make("double to float", unscaled<double, float>)};
     for (int const scale : scales) {
-        all.push_back(makeScaled("short to float", Kind::SHORT, scale, shortToFloating<float>));
-        all.push_back(makeScaled("short to double", Kind::SHORT, scale, shortToFloating<double>));
-        all.push_back(makeScaled("int to float", Kind::INT, scale, intToFloating<float>));
-        all.push_back(makeScaled("int to double", Kind::INT, scale, intToFloating<double>));
+        all.insert(all.end(), {make("short to float", shortToFloating<float>, scale),
+                               make("short to double", shortToFloating<double>, scale),
+                               make("int to float", intToFloating<float>, scale),
+                               make("int to double", intToFloating<double>, scale)});
         for (bool const round : {false, true}) {
-            all.push_back(makeRounded("float to short", scale, round, floatToShort));
-            all.push_back(makeRounded("float to int", scale, round, floatToInt));
+            all.push_back(make("float to short", floatToShort, scale, round));
+            all.push_back(make("float to int", floatToInt, scale, round));
         }
     }
     return all;

@@ -1,65 +1,50 @@
 #include "CvBase/Util/Dir.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/CvBase/Util/FileTestSupport.h"
+#include "tests/support/Surroundings.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test::dirAt;
 using test::expectFolderFailure;
 using test::writeFile;
 using Util::Dir;
 using Util::Exception::FileIO;
 
-Dir dirAt(const std::string& path) {
-    return Dir(FolderPath(path.c_str(), false));
-}
-
 /// Works in a folder of its own, with HOME to change.
 class DirTest : public testing::Test {
 protected:
-    DirTest() : before_(fs::current_path()), home_(std::getenv("HOME") ? std::getenv("HOME") : "/") {
-        fs::current_path(temp_.path());
-    }
-    ~DirTest() override {
-        fs::current_path(before_);
-        setenv("HOME", home_.c_str(), 1);
-    }
+    DirTest() { fs::current_path(temp_.path()); }
 
     const test::TempDir temp_;
 
 private:
-    const fs::path before_;
-    const std::string home_;
+    const test::Surroundings surroundings_;
 };
 
 TEST_F(DirTest, OnlyAFolderExists) {
     writeFile(temp_ / "file", "x");
     fs::create_directory_symlink(temp_.path(), temp_ / "link");
     fs::create_symlink(temp_ / "nowhere", temp_ / "dangling");
-    EXPECT_TRUE(dirAt("/").Exists());
-    EXPECT_TRUE(dirAt(temp_.path()).Exists());
-    EXPECT_TRUE(dirAt(temp_ / "link").Exists());
-    EXPECT_FALSE(dirAt(temp_ / "file").Exists());
-    EXPECT_FALSE(dirAt(temp_ / "dangling").Exists());
-    EXPECT_FALSE(dirAt(temp_ / "missing").Exists());
-    EXPECT_FALSE(Dir().Exists());
-
-    Dir dir;
-    dir.SetPath(FolderPath(temp_.path().c_str(), false));
-    EXPECT_TRUE(dir.Exists());
+    for (const std::string& path : {std::string("/"), temp_.path(), temp_ / "link"}) {
+        EXPECT_TRUE(dirAt(path).Exists()) << path;
+    }
+    for (const std::string& path : {temp_ / "file", temp_ / "dangling", temp_ / "missing", std::string()}) {
+        EXPECT_FALSE(dirAt(path).Exists()) << path;
+    }
 }
 
 TEST_F(DirTest, CreatesAFolder) {
@@ -78,56 +63,53 @@ TEST_F(DirTest, CreatesAFolder) {
 }
 
 TEST_F(DirTest, CreatingFails) {
-    expectFolderFailure([&] { dirAt(temp_ / "no/a").Create(false); }, "mkdir() failed with -1/2", FileIO::WriteError,
-                        118, temp_ / "no/a/");
     writeFile(temp_ / "made/file", "x");
-    expectFolderFailure([&] { dirAt(temp_ / "made/file").Create(false); }, "mkdir() failed with -1/17",
-                        FileIO::WriteError, 118, temp_ / "made/file/");
-    expectFolderFailure([&] { dirAt(temp_ / "made/file").Create(true); }, "mkdir() failed with -1/17",
-                        FileIO::WriteError, 105, temp_ / "made/file/");
-
     fs::create_symlink(temp_ / "nowhere", temp_ / "dangling");
-    expectFolderFailure([&] { dirAt(temp_ / "new/../dangling/x").Create(true); }, "mkdir() failed with -1/17",
-                        FileIO::WriteError, 105, temp_ / "new/../dangling/x/");
     const std::string longName(300, 'n');
-    expectFolderFailure([&] { dirAt(temp_ / ("a/b/" + longName)).Create(true); }, "mkdir() failed with -1/36",
-                        FileIO::WriteError, 105, temp_ / ("a/b/" + longName + "/"));
+    const struct {
+        std::string path;
+        bool withParents;
+        const char* message;
+    } rows[] = {{"no/a", false, "mkdir() failed with -1/2"},
+                {"made/file", false, "mkdir() failed with -1/17"},
+                {"made/file", true, "mkdir() failed with -1/17"},
+                {"new/../dangling/x", true, "mkdir() failed with -1/17"},
+                {"a/b/" + longName, true, "mkdir() failed with -1/36"}};
+    for (const auto& row : rows) {
+        expectFolderFailure([&] { dirAt(temp_ / row.path).Create(row.withParents); }, row.message, FileIO::WriteError,
+                            row.withParents ? 105 : 118, temp_ / (row.path + "/"));
+    }
     EXPECT_TRUE(fs::is_directory(temp_ / "a/b")) << "what was made before the failure stays";
 }
 
 TEST_F(DirTest, CreatingARelativeTextWithItsParentsDoesNothing) {
+    test::setHome("relative");
     dirAt("/../relative/path/").Create(true);
-    EXPECT_FALSE(fs::exists("relative"));
-    setenv("HOME", "relative", 1);
     dirAt("~/path").Create(true);
     EXPECT_FALSE(fs::exists("relative"));
     dirAt("/../relative").Create(false);
     EXPECT_TRUE(fs::is_directory("relative")) << "without its parents it is made in the working folder";
-}
 
-TEST_F(DirTest, ATildeInTheFoldedTextIsAnOrdinaryName) {
-    setenv("HOME", "~", 1);
+    test::setHome("~");
     fs::create_directory("~");
     dirAt("~/a").Create(true);
-    EXPECT_TRUE(fs::is_directory("~/a"));
+    EXPECT_TRUE(fs::is_directory("~/a")) << "in the folded text a tilde is an ordinary name";
 }
 
 TEST_F(DirTest, RemovesAnEmptyFolder) {
-    fs::create_directory(temp_ / "a");
-    dirAt(temp_ / "a").Remove();
-    EXPECT_FALSE(fs::exists(temp_ / "a"));
-    dirAt(temp_ / "a").Remove();
-
     writeFile(temp_ / "full/file", "x");
-    expectFolderFailure([&] { dirAt(temp_ / "full").Remove(); }, "rmdir() failed", FileIO::RemoveError, 135,
-                        temp_ / "full/");
-    dirAt(temp_ / "full/file").Remove();
-    EXPECT_TRUE(fs::exists(temp_ / "full/file")) << "a file is no folder";
     fs::create_directory(temp_ / "empty");
     fs::create_directory_symlink(temp_ / "empty", temp_ / "link");
-    expectFolderFailure([&] { dirAt(temp_ / "link").Remove(); }, "rmdir() failed", FileIO::RemoveError, 135,
-                        temp_ / "link/");
+    for (const char* name : {"full", "link"}) {
+        expectFolderFailure([&] { dirAt(temp_ / name).Remove(); }, "rmdir() failed", FileIO::RemoveError, 135,
+                            temp_ / (name + std::string("/")));
+    }
+    dirAt(temp_ / "full/file").Remove();
+    EXPECT_TRUE(fs::exists(temp_ / "full/file")) << "a file is no folder";
     EXPECT_TRUE(fs::exists(temp_ / "empty"));
+    dirAt(temp_ / "empty").Remove();
+    EXPECT_FALSE(fs::exists(temp_ / "empty"));
+    dirAt(temp_ / "empty").Remove();
 }
 
 TEST_F(DirTest, Times) {

@@ -1,66 +1,82 @@
 #pragma once
 
+// What tests of files and folders share.
+
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 
+#include "CvBase/Util/Dir.h"
 #include "CvBase/Util/Exception/FileIO.h"
+#include "CvBase/Util/File.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/Text.h"
 
 namespace test {
-
-inline std::string str(const String& text) {
-    return std::string(text.CStr(), text.Length());
-}
 
 inline FilePath pathOf(const std::string& path) {
     return FilePath(path.c_str(), false);
 }
 
-/// The FileIO that `action` throws; none, and a failed test, when it throws nothing. Other exceptions pass.
-template <class Action>
-std::optional<Util::Exception::FileIO> thrownBy(const Action& action) {
-    try {
-        action();
-    } catch (const Util::Exception::FileIO& caught) {
-        return caught;
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return std::nullopt;
+inline Util::Dir dirAt(const std::string& path) {
+    return Util::Dir(FolderPath(path.c_str(), false));
 }
 
-/// Expects that `action` throws a FileIO with these fields, out of Util/File.
+/// Expects that `action` throws a FileIO that concerns the stored text `file` or `folder`, out of `line` of `unit`, or
+/// of any line when that is 0.
+template <class Action>
+void expectFileIO(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
+                  int osError, const std::string& file, const std::string& folder, const std::string& unit, int line) {
+    SCOPED_TRACE(message);
+    try {
+        action();
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const Util::Exception::FileIO& caught) {
+        EXPECT_EQ(str(caught.GetMessage()), message);
+        EXPECT_EQ(caught.GetErrorType(), kind);
+        EXPECT_EQ(caught.GetOSError(), osError);
+        EXPECT_EQ(str(caught.GetFile().GetInternal()), file);
+        EXPECT_EQ(str(caught.GetFolder().GetInternal()), folder);
+        EXPECT_EQ(str(caught.GetSourceFile()), unit);
+        EXPECT_TRUE(line == 0 ? caught.GetLine() > 0 : caught.GetLine() == line) << caught.GetLine();
+        EXPECT_EQ(caught.GetOSErrorAtThrow(), 0);
+    }
+}
+
 template <class Action>
 void expectFileFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
                        int osError, const std::string& path) {
-    SCOPED_TRACE(message);
-    if (const auto caught = thrownBy(action)) {
-        EXPECT_EQ(str(caught->GetMessage()), message);
-        EXPECT_EQ(caught->GetErrorType(), kind);
-        EXPECT_EQ(caught->GetOSError(), osError);
-        EXPECT_EQ(str(caught->GetFile().GetInternal()), path);
-        EXPECT_TRUE(caught->GetFolder().IsEmpty());
-        EXPECT_EQ(str(caught->GetSourceFile()), "Util/File");
-        EXPECT_GT(caught->GetLine(), 0);
-        EXPECT_EQ(caught->GetOSErrorAtThrow(), 0);
-    }
+    expectFileIO(action, message, kind, osError, path, "", "Util/File", 0);
 }
 
-/// Expects that `action` throws a FileIO that concerns `folder` (its stored text), out of `line` of Util/Dir_mac.
 template <class Action>
 void expectFolderFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
                          int line, const std::string& folder) {
-    SCOPED_TRACE(message);
-    if (const auto caught = thrownBy(action)) {
-        EXPECT_EQ(str(caught->GetMessage()), message);
-        EXPECT_EQ(caught->GetErrorType(), kind);
-        EXPECT_EQ(caught->GetOSError(), 0);
-        EXPECT_TRUE(caught->GetFile().IsEmpty());
-        EXPECT_EQ(str(caught->GetFolder().GetInternal()), folder);
-        EXPECT_EQ(str(caught->GetSourceFile()), "Util/Dir_mac");
-        EXPECT_EQ(caught->GetLine(), line);
-        EXPECT_EQ(caught->GetOSErrorAtThrow(), 0);
-    }
+    expectFileIO(action, message, kind, 0, "", folder, "Util/Dir_mac", line);
 }
+
+/// A file that is not there yet, in a folder of its own.
+class FileFixture : public testing::Test {
+protected:
+    /// Expects that `action` throws a FileIO about file_.
+    template <class Action>
+    void expectFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
+                       int osError) const {
+        expectFileFailure(action, message, kind, osError, concerned_);
+    }
+
+    /// Makes file_ the file at `path`.
+    void setPath(const std::string& path) {
+        concerned_ = path;
+        file_.SetPath(pathOf(path));
+    }
+
+    const TempDir temp_;
+    const std::string path_ = temp_ / "file";
+    Util::File file_{pathOf(path_)};
+
+private:
+    std::string concerned_ = path_;
+};
 
 }  // namespace test

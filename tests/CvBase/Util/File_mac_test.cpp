@@ -1,6 +1,6 @@
 // Renaming, the Trash and the type code: what goes through the File Manager and the Finder.
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -12,6 +12,7 @@
 
 #include "CvBase/Util/File.h"
 #include "tests/CvBase/Util/FileTestSupport.h"
+#include "tests/support/Surroundings.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -24,12 +25,6 @@ using test::writeFile;
 using Util::File;
 using Util::Exception::FileIO;
 
-ino_t inodeOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0) << path;
-    return status.st_ino;
-}
-
 bool isThere(const std::string& path) {
     return fs::symlink_status(path).type() != fs::file_type::not_found;
 }
@@ -38,8 +33,16 @@ class FileRenameTest : public testing::Test {
 protected:
     void rename() const { File::Rename(pathOf(from_), pathOf(to_)); }
 
-    void expectRefused(int osError) const {
-        expectFileFailure([this] { rename(); }, "Rename failed", FileIO::RenameError, osError, from_);
+    static void expectRefused(int osError, const std::string& from, const std::string& to) {
+        expectFileFailure([&] { File::Rename(pathOf(from), pathOf(to)); }, "Rename failed", FileIO::RenameError,
+                          osError, from);
+    }
+
+    /// Expects that the file of `contents` is at to_, and nothing at from_.
+    void expectMoved(const std::string& contents) const {
+        EXPECT_EQ(readFile(to_), contents);
+        EXPECT_FALSE(fs::is_symlink(to_));
+        EXPECT_FALSE(isThere(from_));
     }
 
     const test::TempDir temp_;
@@ -47,50 +50,34 @@ protected:
     const std::string to_ = temp_ / "to";
 };
 
-TEST_F(FileRenameTest, ToANewName) {
-    writeFile(from_, "new");
-    rename();
-    EXPECT_EQ(readFile(to_), "new");
-    EXPECT_FALSE(isThere(from_));
-}
-
-TEST_F(FileRenameTest, OntoAnExistingFile) {
-    writeFile(from_, "new");
-    writeFile(to_, "old");
-    const ino_t inode = inodeOf(from_);
-    rename();
-    EXPECT_EQ(readFile(to_), "new");
-    EXPECT_EQ(inodeOf(to_), inode);
-    EXPECT_FALSE(isThere(from_));
-}
-
-TEST_F(FileRenameTest, WithoutASourceNothingHappens) {
-    writeFile(to_, "old");
-    expectRefused(ENOENT);
-    EXPECT_EQ(readFile(to_), "old");
-    expectFileFailure([this] { File::Rename(FilePath(), pathOf(to_)); }, "Rename failed", FileIO::RenameError, ENOENT,
-                      "");
-    expectFileFailure([this] { File::Rename(pathOf(to_), FilePath()); }, "Rename failed", FileIO::RenameError, ENOENT,
-                      to_);
-    EXPECT_EQ(readFile(to_), "old");
-}
-
-TEST_F(FileRenameTest, AFileAndAFolderDoNotReplaceEachOther) {
-    writeFile(from_, "new");
-    writeFile(to_ + "/inside", "old");
-    expectRefused(EISDIR);
-    EXPECT_EQ(readFile(from_), "new");
-    EXPECT_EQ(readFile(to_ + "/inside"), "old");
-    expectFileFailure([this] { File::Rename(pathOf(to_), pathOf(from_)); }, "Rename failed", FileIO::RenameError,
-                      ENOTDIR, to_);
-    EXPECT_EQ(readFile(to_ + "/inside"), "old");
-}
-
-TEST_F(FileRenameTest, AFolderGetsAnotherName) {
+TEST_F(FileRenameTest, ToANewNameAndOntoAnExistingFile) {
+    for (const std::string contents : {"new", "newer"}) {
+        writeFile(from_, contents);
+        struct stat before {
+        }, after{};
+        ASSERT_EQ(stat(from_.c_str(), &before), 0);
+        rename();
+        expectMoved(contents);
+        ASSERT_EQ(stat(to_.c_str(), &after), 0);
+        EXPECT_EQ(before.st_ino, after.st_ino);
+    }
+    fs::remove(to_);
     writeFile(from_ + "/inside", "x");
     rename();
-    EXPECT_EQ(readFile(to_ + "/inside"), "x");
-    EXPECT_FALSE(isThere(from_));
+    EXPECT_EQ(readFile(to_ + "/inside"), "x") << "a folder gets another name";
+}
+
+TEST_F(FileRenameTest, WhatIsRefusedLeavesBothAsTheyAre) {
+    const std::string inside = temp_ / "folder/inside";
+    writeFile(to_, "old");
+    writeFile(inside, "old");
+    expectRefused(ENOENT, from_, to_);
+    expectRefused(ENOENT, "", to_);
+    expectRefused(ENOENT, to_, "");
+    expectRefused(EISDIR, to_, temp_ / "folder");
+    expectRefused(ENOTDIR, temp_ / "folder", to_);
+    EXPECT_EQ(readFile(to_), "old");
+    EXPECT_EQ(readFile(inside), "old");
 }
 
 TEST_F(FileRenameTest, AcrossVolumesBothFilesStay) {
@@ -102,12 +89,10 @@ TEST_F(FileRenameTest, AcrossVolumesBothFilesStay) {
     ASSERT_NE(here.st_dev, there.st_dev) << "this test needs two volumes";
     writeFile(from_, "new");
     writeFile(elsewhere, "old");
-    const auto rename = [&] { File::Rename(pathOf(from_), pathOf(elsewhere)); };
-    expectFileFailure(rename, "Rename failed", FileIO::RenameError, EXDEV, from_);
-    EXPECT_EQ(readFile(from_), "new");
+    expectRefused(EXDEV, from_, elsewhere);
     EXPECT_EQ(readFile(elsewhere), "old");
     fs::remove(elsewhere);
-    expectFileFailure(rename, "Rename failed", FileIO::RenameError, EXDEV, from_);
+    expectRefused(EXDEV, from_, elsewhere);
     EXPECT_EQ(readFile(from_), "new");
 }
 
@@ -129,51 +114,35 @@ TEST_F(FileRenameTest, OfTwoNamesOfOneFileOneGoes) {
     writeFile(from_, "only copy");
     fs::create_hard_link(from_, to_);
     rename();
-    EXPECT_EQ(readFile(to_), "only copy");
-    EXPECT_FALSE(isThere(from_));
-}
+    expectMoved("only copy");
 
-TEST_F(FileRenameTest, TheSameNamesOfOneFileInTwoFoldersAreTwoNames) {
-    writeFile(temp_ / "a/name", "only copy");
-    fs::create_directory(temp_ / "b");
-    fs::create_hard_link(temp_ / "a/name", temp_ / "b/name");
-    File::Rename(pathOf(temp_ / "a/name"), pathOf(temp_ / "b/name"));
-    EXPECT_EQ(readFile(temp_ / "b/name"), "only copy");
-    EXPECT_FALSE(isThere(temp_ / "a/name"));
+    fs::create_directory(temp_ / "folder");
+    fs::create_hard_link(to_, temp_ / "folder/to");
+    File::Rename(pathOf(to_), pathOf(temp_ / "folder/to"));
+    EXPECT_EQ(readFile(temp_ / "folder/to"), "only copy") << "the same name in another folder is another name";
+    EXPECT_FALSE(isThere(to_));
 }
 
 TEST_F(FileRenameTest, ALinkToTheTargetGoes) {
     writeFile(to_, "only copy");
     fs::create_symlink("to", from_);
     rename();
-    EXPECT_EQ(readFile(to_), "only copy");
-    EXPECT_FALSE(isThere(from_));
+    expectMoved("only copy");
 }
 
-TEST_F(FileRenameTest, ALinkToTheSourceIsReplaced) {
-    writeFile(from_, "only copy");
-    fs::create_hard_link(from_, temp_ / "third name");
-    fs::create_symlink("from", to_);
-    rename();
-    EXPECT_EQ(readFile(to_), "only copy");
-    EXPECT_FALSE(fs::is_symlink(to_));
-    EXPECT_FALSE(isThere(from_));
-}
-
-TEST_F(FileRenameTest, LinksToOtherFiles) {
-    writeFile(from_, "new");
-    fs::create_symlink("nowhere", to_);
-    rename();
-    EXPECT_EQ(readFile(to_), "new");
-    EXPECT_FALSE(isThere(from_)) << "a link that leads nowhere is replaced";
-
-    writeFile(from_, "newer");
+TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
     writeFile(temp_ / "third", "old");
-    fs::remove(to_);
-    fs::create_symlink("third", to_);
-    rename();
-    EXPECT_EQ(readFile(to_), "newer");
-    EXPECT_FALSE(isThere(from_));
+    for (const std::string target : {"from", "nowhere", "third"}) {
+        writeFile(from_, "only copy");
+        fs::remove(to_);
+        fs::remove(temp_ / "another name");
+        fs::create_hard_link(from_, temp_ / "another name");
+        fs::create_symlink(target, to_);
+        rename();
+        EXPECT_EQ(readFile(to_), "only copy") << target;
+        EXPECT_FALSE(isThere(from_)) << target;
+        EXPECT_TRUE(target == "third" || !fs::is_symlink(to_));
+    }
 }
 
 /// The Trash's folder is asked for once in a process, so all cases share one.
@@ -193,36 +162,28 @@ protected:
 
 TEST_F(FileRecycleTest, MovesTheItemToTheTrash) {
     writeFile(home() / "report.txt", "contents");
-    File::Recycle((home() / "report.txt").c_str());
-    EXPECT_FALSE(isThere(home() / "report.txt"));
-    EXPECT_EQ(readFile(trashed("report.txt")), "contents");
-
     writeFile(home() / "folder/inside", "x");
-    File::Recycle((home() / "folder/").c_str());
-    EXPECT_EQ(readFile(trashed("folder/inside")), "x");
-}
-
-TEST_F(FileRecycleTest, ALinkIsMovedItself) {
-    writeFile(home() / "target", "stays");
-    fs::create_symlink(home() / "target", home() / "link");
+    fs::create_symlink(home() / "stays", home() / "link");
     fs::create_symlink(home() / "nowhere", home() / "dangling");
-    File::Recycle((home() / "link").c_str());
-    File::Recycle((home() / "dangling").c_str());
-    EXPECT_EQ(readFile(home() / "target"), "stays");
-    EXPECT_TRUE(fs::is_symlink(trashed("link")));
-    EXPECT_TRUE(fs::is_symlink(trashed("dangling")));
+    writeFile(home() / "stays", "");
+    for (const char* name : {"report.txt", "folder/", "link", "dangling"}) {
+        File::Recycle((home() / name).c_str());
+        EXPECT_FALSE(isThere(home() / name)) << name;
+    }
+    EXPECT_EQ(readFile(trashed("report.txt")), "contents");
+    EXPECT_EQ(readFile(trashed("folder/inside")), "x");
+    EXPECT_TRUE(fs::is_symlink(trashed("link")) && fs::is_symlink(trashed("dangling")) && isThere(home() / "stays"));
 }
 
 TEST_F(FileRecycleTest, WhatCannotBeMovedStaysSilently) {
+    for (const std::string& path : {std::string(), home() / "missing", std::string("/proc/self/status")}) {
+        File::Recycle(path.c_str());
+    }
     File::Recycle(String());
-    File::Recycle("");
-    File::Recycle((home() / "missing").c_str());
-    File::Recycle("/proc/self/status");
     writeFile(home() / "relative", "stays");
-    const fs::path before = fs::current_path();
+    const test::Surroundings surroundings;
     fs::current_path(home().path());
     File::Recycle("relative");
-    fs::current_path(before);
     EXPECT_EQ(readFile(home() / "relative"), "stays");
 }
 

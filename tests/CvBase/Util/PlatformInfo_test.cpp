@@ -7,7 +7,6 @@
 #include <string>
 #include <thread>
 
-#include "CvBase/common/common_path.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Text.h"
@@ -27,9 +26,7 @@ std::string makeApplication(const test::TempDir& folder, const std::string& prog
 
 TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
     const struct {
-        std::string entries;
-        std::string expectedName;
-        std::string expectedVersion;
+        std::string entries, expectedName, expectedVersion;
     } cases[] = {
         {"<key>CFBundleDisplayName</key><string>Shown \xC3\xA9</string><key>CFBundleName</key><string>Short</string>"
          "<key>CFBundleVersion</key><string>1.2.3</string>",
@@ -63,26 +60,12 @@ TEST(PlatformInfo, NeedsNoUserDatabase) {
     EXPECT_EQ(result.exitStatus, 0) << result.err;
 }
 
-TEST(PlatformInfo, NumbersOfTheProcess) {
+TEST(PlatformInfo, OfTheProcess) {
     EXPECT_EQ(Util::GetCurrentProcessID(), getpid());
     EXPECT_EQ(Util::GetNumLogicalProcessors(), static_cast<int>(std::thread::hardware_concurrency()));
-    EXPECT_TRUE(Util::IsModalDialogAllowed());
-    EXPECT_EQ(Util::GetTotalHeapAllocatedBytes(), 0U);
-}
-
-TEST(PlatformInfo, CallStacksAndMapFilesHaveNoAnswer) {
     unsigned int frameCount = 99;
     Util::GetCallStack(10, &frameCount);
     EXPECT_EQ(frameCount, 0U);
-
-    std::map<unsigned int, Util::MapFileFunctionInfo> functions = {{16, {String("main"), 4}}};
-    EXPECT_FALSE(Util::ParseMapFile(functions, FilePath(String("/a.map"), false), 0));
-    Util::ReturnAddressInfo info;
-    EXPECT_FALSE(Util::MapFileLookupReturnAddress(info, 16, functions));
-    ASSERT_EQ(functions.size(), 1U);
-    EXPECT_EQ(functions.at(16).name, "main");
-    EXPECT_TRUE(info.functionName.IsEmpty());
-    EXPECT_EQ(info.offset, 0U);
 }
 
 }  // namespace

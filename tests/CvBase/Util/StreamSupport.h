@@ -1,12 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <string>
 #include <vector>
 
 #include "CvBase/Util/ByteStream.h"
-#include "CvBase/Util/Exception/DataStreamIO.h"
 
 namespace test {
 
@@ -20,20 +16,6 @@ inline Bytes bytesOf(Util::DataStream& stream) {
     stream >> bytes;
     stream.SetPosition(position);
     return bytes;
-}
-
-/// Expects that `action` throws a DataStreamIO with `message` out of `line` of `unit`.
-template <class Action>
-void expectStreamFailure(const Action& action, const std::string& message, const std::string& unit, int line) {
-    try {
-        action();
-        ADD_FAILURE() << "nothing was thrown, not " << message;
-    } catch (const Util::Exception::DataStreamIO& caught) {
-        EXPECT_STREQ(caught.GetMessage().CStr(), message.c_str());
-        EXPECT_STREQ(caught.GetSourceFile().CStr(), unit.c_str());
-        EXPECT_EQ(caught.GetLine(), line);
-        EXPECT_EQ(caught.GetOSErrorAtThrow(), 0);
-    }
 }
 
 }  // namespace test

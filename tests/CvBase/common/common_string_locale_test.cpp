@@ -16,16 +16,8 @@ using Environment = std::vector<std::pair<std::string, std::string>>;
 std::string probe(Environment environment, std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), NUMBER_PROBE);
     test::ProcessOptions options;
+    options.unset = {"LC_ALL", "LC_NUMERIC", "LANG", "LANGUAGE"};
     options.set = std::move(environment);
-    for (char const* variable : {"LC_ALL", "LC_NUMERIC", "LANG", "LANGUAGE"}) {
-        bool isSet = false;
-        for (const auto& [name, value] : options.set) {
-            isSet = isSet || name == variable;
-        }
-        if (!isSet) {
-            options.unset.emplace_back(variable);
-        }
-    }
     const test::ProcessResult result = test::run(arguments, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(result.err, "");
@@ -75,10 +67,7 @@ std::string probeWithSystemSeparator(std::string const& locale, std::string cons
 TEST(SystemSeparator, AsACommaReadsAndWritesAllSeparators) {
     for (char const* users : {"de_DE.UTF-8", "en_US.UTF-8"}) {
         const char usersSeparator = users[0] == 'd' ? ',' : '.';
-        EXPECT_EQ(probeWithSystemSeparator(users, "<U002C>",
-                                           {"1.5", "1,5", " 1.5", "12",
-                                            "1\xEF\xBC\x8E"
-                                            "5"}),
+        EXPECT_EQ(probeWithSystemSeparator(users, "<U002C>", {"1.5", "1,5", " 1.5", "12", "1\xEF\xBC\x8E\x35"}),
                   std::string("1234") + usersSeparator +
                       "50\n1500 failed\n1500 failed\n1500 failed\n12000 12\n1500 failed\n");
     }

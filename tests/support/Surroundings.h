@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace test {
+
+/// Sets HOME, or removes it when `home` has no value.
+inline void setHome(const std::optional<std::string>& home) {
+    if (home) {
+        setenv("HOME", home->c_str(), 1);
+    } else {
+        unsetenv("HOME");
+    }
+}
+
+/// Puts the working folder and HOME back at the end of the scope.
+class Surroundings {
+public:
+    Surroundings() : workingFolder_(std::filesystem::current_path()) {
+        if (const char* const home = std::getenv("HOME")) {
+            home_ = home;
+        }
+    }
+    ~Surroundings() {
+        setHome(home_);
+        std::filesystem::current_path(workingFolder_);
+    }
+    Surroundings(const Surroundings&) = delete;
+    Surroundings& operator=(const Surroundings&) = delete;
+
+private:
+    std::filesystem::path workingFolder_;
+    std::optional<std::string> home_;
+};
+
+}  // namespace test
