@@ -16,6 +16,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "UI/Native/MessageBox.h"
@@ -27,12 +28,15 @@ namespace {
 
 using namespace UI::Native;
 
+/// AppKit's CGFloat.
+using Coordinate = std::conditional_t<sizeof(void*) == 8, double, float>;
+
 struct Point {
-    double x, y;
+    Coordinate x, y;
 };
 struct Rect {
     Point origin;
-    double width, height;
+    Coordinate width, height;
 };
 
 struct Request {
@@ -63,7 +67,7 @@ Point middleOnScreen(id view, id window) {
         cv::send<Rect>(view, "convertRect:toView:", cv::send<Rect>(view, "bounds"), static_cast<id>(nullptr));
     const Point base{inWindow.origin.x + inWindow.width / 2, inWindow.origin.y + inWindow.height / 2};
     const Point onScreen = cv::send<Point>(window, "convertBaseToScreen:", base);
-    const double screenHeight = cv::send<Rect>(cv::send<id>(window, "screen"), "frame").height;
+    const Coordinate screenHeight = cv::send<Rect>(cv::send<id>(window, "screen"), "frame").height;
     return {onScreen.x, screenHeight - onScreen.y};
 }
 
