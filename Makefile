@@ -4,19 +4,22 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 bench docs clean install-deps
+.PHONY: all configure build run test test-i386 bench docs clean install-deps
 
 all: build
 
 install-deps:
 	@tools/install-deps
 
-build: install-deps
+configure: install-deps
 	@mkdir -p build
 	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET)
+
+build: configure
 	@cmake --build --preset $(PRESET)
 
-run: build
+run: configure
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
 	@tools/run-sample $(BUILD)
 
 test: build
