@@ -18,8 +18,8 @@ std::optional<std::string> utf8Of(CFTypeRef text);
 
 namespace plist {
 
-/// A copy of the value, to be one of a dictionary's. Null, and `reason` set to what is wrong, for a value that is no property list or that a tree
-/// cannot carry without loss.
+/// A copy of the value, to be one of a dictionary's. Null, and `reason` set to what is wrong, for a value that is no
+/// property list or that a tree cannot carry without loss.
 Tree fromReference(CFPropertyListRef value, std::string& reason);
 
 /// A new object, owned by the caller, with the node's value. A UID becomes a dictionary with the one key "CF$UID".

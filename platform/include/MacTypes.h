@@ -31,7 +31,7 @@ typedef unsigned char Str255[256];
 typedef unsigned char* StringPtr;
 
 /// Four ASCII characters as the 32-bit number whose most significant byte is the first of them.
-#define CV_FOUR_CHAR_CODE(a, b, c, d) ((a) * 0x1000000u + (b) * 0x10000u + (c) * 0x100u + (d) * 1u)
+#define CV_FOUR_CHAR_CODE(a, b, c, d) ((a)*0x1000000u + (b)*0x10000u + (c)*0x100u + (d)*1u)
 
 enum {
     noErr = 0,

@@ -85,15 +85,16 @@ CF_EXPORT OSErr AEPutParamDesc(AppleEvent* event, AEKeyword keyword, const AEDes
 CF_EXPORT OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, DescType keyForm, AEDesc* keyData,
                                    Boolean disposeInputs, AEDesc* result);
 
-/// Sends an event and waits for the reply at most `timeoutTicks` (sixtieths of a second; kAEDefaultTimeout is one minute,
-/// kNoTimeOut waits as long as it takes). The one application here is the Finder ('MACS'), and the one thing it does is to
-/// move an item to the Trash (class 'core', identifier 'move', a direct object of type 'fsrf', the insertion location
-/// 'insh' = property 'trsh' of the null container): the user's freedesktop.org Trash, the one in HOME or that of the
-/// item's volume. The item is moved whole or not at all, never copied. A reference to a symbolic link moves the link.
+/// Sends an event and waits for the reply at most `timeoutTicks` (sixtieths of a second; kAEDefaultTimeout is one
+/// minute, kNoTimeOut waits as long as it takes). The one application here is the Finder ('MACS'), and the one thing it
+/// does is to move an item to the Trash (class 'core', identifier 'move', a direct object of type 'fsrf', the insertion
+/// location 'insh' = property 'trsh' of the null container): the user's freedesktop.org Trash, the one in HOME or that
+/// of the item's volume. The item is moved whole or not at all, never copied. A reference to a symbolic link moves the
+/// link.
 ///
 /// `reply` receives the answer, to be disposed of, or after an error the null descriptor. `mode` must be kAEWaitReply;
-/// `priority`, `idle` and `filter` have no effect. After errAETimeout the item may still move when what held it up ends.
-/// Errors: procNotFound (another application), errAEEventNotHandled (another event), errAENotAppleEvent,
+/// `priority`, `idle` and `filter` have no effect. After errAETimeout the item may still move when what held it up
+/// ends. Errors: procNotFound (another application), errAEEventNotHandled (another event), errAENotAppleEvent,
 /// errAEDescNotFound (a parameter is missing), errAECoercionFail (a parameter is wrongly made), errAETimeout, paramErr,
 /// or what kept the item from being moved: errFSBadFSRef, dirNFErr (HOME is unset or no absolute path), wPrErr,
 /// afpAccessDenied, dskFulErr, errFSUnknownCall (the item's volume can have no Trash), ioErr.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <CoreFoundation/CFBase.h>
 #include <Carbon/Files.h>
+#include <CoreFoundation/CFBase.h>
 
 CF_EXTERN_C_BEGIN
 

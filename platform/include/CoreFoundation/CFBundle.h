@@ -6,8 +6,8 @@ CF_EXTERN_C_BEGIN
 
 CF_EXPORT CFTypeID CFBundleGetTypeID(void);
 
-/// A new reference to the bundle at `url` (X.bundle with Contents/Info.plist); null when there is no bundle there or its
-/// property list cannot be read. One path gives one object as long as it lives.
+/// A new reference to the bundle at `url` (X.bundle with Contents/Info.plist); null when there is no bundle there or
+/// its property list cannot be read. One path gives one object as long as it lives.
 CF_EXPORT CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef url);
 
 /// The parsed Info.plist, owned by the bundle; never null for a bundle that was created.

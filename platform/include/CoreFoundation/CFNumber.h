@@ -6,12 +6,7 @@ CF_EXTERN_C_BEGIN
 
 typedef CFIndex CFNumberType;
 
-enum {
-    kCFNumberSInt32Type = 3,
-    kCFNumberSInt64Type = 4,
-    kCFNumberFloat64Type = 6,
-    kCFNumberIntType = 9
-};
+enum { kCFNumberSInt32Type = 3, kCFNumberSInt64Type = 4, kCFNumberFloat64Type = 6, kCFNumberIntType = 9 };
 
 CF_EXPORT CFTypeID CFNumberGetTypeID(void);
 

@@ -20,7 +20,7 @@ typedef CFUUIDBytes REFIID;
     ULONG (*Release)(void* self)
 
 /// The IUnknown interface, 00000000-0000-0000-C000-000000000046.
-#define IUnknownUUID                                                                                              \
+#define IUnknownUUID                                                                                                \
     CFUUIDGetConstantUUIDWithBytes(kCFAllocatorDefault, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, \
                                    0x00, 0x00, 0x00, 0x00, 0x00, 0x46)
 

@@ -21,9 +21,9 @@ CF_EXPORT CFTypeID CFStringGetTypeID(void);
 #define CFSTR(literal) __CFStringMakeConstantString("" literal "")
 CF_EXPORT CFStringRef __CFStringMakeConstantString(const char* utf8);
 
-/// A new string from NUL-terminated bytes in `encoding`, one of UTF-8, ASCII and Mac OS Roman; null when the bytes are not
-/// valid in it (strictly: overlong forms, surrogates and values above U+10FFFF are not valid UTF-8), `bytes` is null, or
-/// the encoding is another. One leading byte order mark (EF BB BF) is skipped.
+/// A new string from NUL-terminated bytes in `encoding`, one of UTF-8, ASCII and Mac OS Roman; null when the bytes are
+/// not valid in it (strictly: overlong forms, surrogates and values above U+10FFFF are not valid UTF-8), `bytes` is
+/// null, or the encoding is another. One leading byte order mark (EF BB BF) is skipped.
 CF_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* bytes, CFStringEncoding encoding);
 
 /// A new string of `count` UTF-16 units as they are, unpaired surrogates included.
@@ -43,10 +43,10 @@ CF_EXPORT CFIndex CFStringGetLength(CFStringRef string);
 /// Copies the units of `range`, which must lie inside the string, to `units`.
 CF_EXPORT void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* units);
 
-/// Writes the text and a terminating NUL in `encoding`, one of UTF-8, ASCII and Mac OS Roman. All or nothing: false, with
-/// the buffer's contents undefined, when the text has a character that the encoding lacks, has an unpaired surrogate, or
-/// needs more than `bufferSize` bytes with its NUL, or the encoding is another. U+FEFF is written like any other
-/// character.
+/// Writes the text and a terminating NUL in `encoding`, one of UTF-8, ASCII and Mac OS Roman. All or nothing: false,
+/// with the buffer's contents undefined, when the text has a character that the encoding lacks, has an unpaired
+/// surrogate, or needs more than `bufferSize` bytes with its NUL, or the encoding is another. U+FEFF is written like
+/// any other character.
 CF_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
 
 /// The most bytes that `length` UTF-16 units can take in `encoding`, without a terminating NUL: 3 a unit for UTF-8, 1

@@ -4,5 +4,5 @@
 // system headers.
 #pragma GCC system_header
 
-#include <sys/vfs.h>
 #include_next <sys/mount.h>
+#include <sys/vfs.h>
