@@ -76,9 +76,8 @@ T bitsAs(std::uint64_t bits) {
 
 template <typename T>
 Bytes asBytes(std::vector<T> const& values) {
-    Bytes bytes(values.size() * sizeof(T));
-    std::memcpy(bytes.data(), values.data(), bytes.size());
-    return bytes;
+    auto const* const begin = reinterpret_cast<unsigned char const*>(values.data());
+    return Bytes(begin, begin + values.size() * sizeof(T));
 }
 
 /// Values of any bits; numbers, three times in four, of any magnitude that the conversions tell apart.
