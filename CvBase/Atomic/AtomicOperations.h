@@ -6,8 +6,8 @@
 
 /// Operations on words that several threads use at once: the shared counts of the handles rest on them.
 ///
-/// Reading and writing are plain accesses of the processor (an aligned word is loaded and stored in one piece) and
-/// order nothing: a thread that reads a pointer this way may see it before what it points to. The others are
+/// AtomicRead and AtomicWrite are plain accesses of the processor (an aligned word is loaded and stored in one piece)
+/// and order nothing: a thread that reads a pointer this way may see it before what it points to. The others are
 /// indivisible.
 namespace Atomic {
 
@@ -21,6 +21,12 @@ inline unsigned int AtomicRead(unsigned int const volatile& target) {
 /// The pointer's value.
 inline void* AtomicRead(void* const volatile& target) {
     return __atomic_load_n(&target, __ATOMIC_RELAXED);
+}
+
+/// The word's value. What a thread did before it gave the word this value with one of the indivisible operations has
+/// happened for the caller.
+inline unsigned int AtomicReadAcquire(unsigned int const volatile& target) {
+    return __atomic_load_n(&target, __ATOMIC_ACQUIRE);
 }
 
 inline void AtomicWrite(unsigned int volatile& target, unsigned int value) {

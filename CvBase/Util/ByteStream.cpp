@@ -66,20 +66,25 @@ DataStream& ByteStream::operator>>(bool& value) {
 DataStream& ByteStream::operator>>(String& text) {
     // Shared, it takes no memory; never destroyed, it serves streams that outlive it.
     static String const& none = *new String();
-    text = none;
-    unsigned int length = 0;
-    *this >> length;
-    if (length > MAX_TEXT_LENGTH) {
-        fail("Improbable string length %1", length, TEXT_LENGTH_LINE);
+    try {
+        unsigned int length = 0;
+        *this >> length;
+        if (length > MAX_TEXT_LENGTH) {
+            fail("Improbable string length %1", length, TEXT_LENGTH_LINE);
+        }
+        if (length == 0) {
+            text = none;
+            return *this;
+        }
+        if (!has(length)) {
+            fail("Can't read string of length %1", length, TEXT_LINE);
+        }
+        text.Assign(reinterpret_cast<char const*>(buffer_.data() + position_), length);
+        position_ += length;
+    } catch (...) {
+        text = none;
+        throw;
     }
-    if (length == 0) {
-        return *this;
-    }
-    if (!has(length)) {
-        fail("Can't read string of length %1", length, TEXT_LINE);
-    }
-    text = String(reinterpret_cast<char const*>(buffer_.data() + position_), length);
-    position_ += length;
     return *this;
 }
 

@@ -56,8 +56,9 @@ public:
         if (count_ == nullptr) {
             return;
         }
+        bool const last = isOnlyHolder() || Atomic::AtomicDecrement(*count_) == 0;
         unsigned int volatile* const count = std::exchange(count_, nullptr);
-        if (Atomic::AtomicDecrement(*count) == 0) {
+        if (last) {
             checked_delete(pointer_);
             delete count;
         }
@@ -66,16 +67,13 @@ public:
     /// Gives up this handle's share and takes over `object`, which must be new. The other holders keep the old object.
     /// Deletes `object` and leaves the handle as it was when memory runs out.
     void replace(T* object) {
-        // What may fail comes first: once the share is given up, there is no way back to it.
-        unsigned int volatile* const spare = Atomic::AtomicRead(*count_) > 1 ? newCount(object) : nullptr;
-        if (Atomic::AtomicDecrement(*count_) != 0) {
-            count_ = spare;
-        } else {
-            checked_delete(pointer_);
-            delete spare;
-            Atomic::AtomicWrite(*count_, 1);
+        if (isOnlyHolder()) {
+            checked_delete(std::exchange(pointer_, object));
+            return;
         }
-        pointer_ = object;
+        // What may fail comes first: once the share is given up, there is no way back to it.
+        shared_ptr replacement(object);
+        swap(replacement);
     }
 
     void swap(shared_ptr& other) noexcept {
@@ -94,6 +92,10 @@ public:
     unsigned int use_count() const { return Atomic::AtomicRead(*count_); }
 
 private:
+    /// Whether no other handle shares the object: then no other thread can come to share it either, and the count can
+    /// do without its indivisible operations, which take far longer than plain ones.
+    bool isOnlyHolder() const { return Atomic::AtomicReadAcquire(*count_) == 1; }
+
     /// A new count of 1; deletes `object` when memory runs out.
     static unsigned int volatile* newCount(T* object) {
         std::unique_ptr<T> guard(object);

@@ -14,17 +14,36 @@ String::String() = default;
 
 String::String(std::nullptr_t) {}
 
-String::String(char const* s) : text_(s != nullptr ? new std::string(s) : nullptr) {}
+namespace {
 
-String::String(char const* s, unsigned int maxLength)
-    : text_(s != nullptr ? new std::string(s, strnlen(s, maxLength)) : nullptr) {}
+/// A text with the bytes of `s` up to its NUL; null when `s` is null.
+std::string* newText(char const* s) {
+    return s != nullptr ? new std::string(s) : nullptr;
+}
+
+/// The same of at most `maxLength` bytes.
+std::string* newText(char const* s, unsigned int maxLength) {
+    return s != nullptr ? new std::string(s, strnlen(s, maxLength)) : nullptr;
+}
+
+}  // namespace
+
+String::String(char const* s) : text_(newText(s)) {}
+
+String::String(char const* s, unsigned int maxLength) : text_(newText(s, maxLength)) {}
 
 String::String(char c) : text_(new std::string(1, c)) {}
 
 String::String(Char const& c) : String(static_cast<char>(c)) {}
 
 String& String::operator=(char const* s) {
-    return *this = String(s);
+    text_.replace(newText(s));
+    return *this;
+}
+
+String& String::Assign(char const* s, unsigned int maxLength) {
+    text_.replace(newText(s, maxLength));
+    return *this;
 }
 
 String String::GetPlatformLinefeed() {

@@ -69,6 +69,9 @@ public:
     /// As `*this = String(s)`: a null `s` makes this null.
     String& operator=(char const* s);
 
+    /// As `*this = String(s, maxLength)`, without the memory and the time that another String takes.
+    String& Assign(char const* s, unsigned int maxLength);
+
     /// @}
     /// @name The text
     /// @{

@@ -19,6 +19,7 @@ TEST(StringMemory, AFailedChangeLeavesTheTextAsItWas) {
         [&](String& s) { s += other; },
         [](String& s) { s += 'x'; },
         [](String& s) { s = LONG_TEXT; },
+        [](String& s) { s.Assign(LONG_TEXT, 70); },
         [](String& s) { s.Resize(60); },
         [](String& s) { s.Truncate(50); },
         [&](String& s) { s.Insert(3, other); },

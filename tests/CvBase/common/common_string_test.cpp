@@ -63,6 +63,9 @@ TEST(String, CopiesShareAndAssignmentsRelease) {
     b = "abc";
     EXPECT_FALSE(a.SharesTextWith(b));
     EXPECT_EQ(a.UseCount(), 1U);
+    b = b.CStr() + 1;
+    EXPECT_EQ(b, "bc") << "from its own text";
+    EXPECT_EQ(b.Assign(b.CStr() + 1, 5), "c");
     b = static_cast<char const*>(nullptr);
     EXPECT_TRUE(b.IsNull());
     EXPECT_FALSE(String().SharesTextWith(String()));
