@@ -119,6 +119,13 @@ private:
     /// Whether `count` bytes are there to be read. The position may be anywhere.
     bool has(std::size_t count) const { return position_ <= buffer_.size() && count <= buffer_.size() - position_; }
 
+    /// Whether the position is where the vector ends. The position may be anywhere: addresses as numbers cannot overflow,
+    /// and comparing them takes a step less than comparing sizes.
+    bool isAtVectorEnd() const {
+        auto const start = reinterpret_cast<std::uintptr_t>(buffer_.data());
+        return start + position_ == reinterpret_cast<std::uintptr_t>(buffer_.data() + buffer_.size());
+    }
+
     /// How many bytes can be appended before memory has to be allocated. Told by the vector's ends, as the vector's own
     /// insertion asks, so that compilers drop its way to new memory from put().
     std::size_t spare() const {
@@ -156,7 +163,7 @@ inline DataStream& ByteStream::extract(T& value) {
 template <typename Bits>
 DataStream& ByteStream::put(Bits bits) {
     unsigned int const position = position_;
-    if (position == buffer_.size() && spare() >= sizeof bits) {
+    if (__builtin_expect(isAtVectorEnd() && spare() >= sizeof bits, 1)) {
         unsigned char bytes[sizeof bits];
         Detail::store(bits, bytes, isBigEndian());
         buffer_.insert(buffer_.end(), bytes, bytes + sizeof bytes);
