@@ -6,6 +6,7 @@
 #include "CvBase/IPP/IPP_util_mac.h"
 #include "benchmarks/support/Buffers.h"
 #include "benchmarks/support/Main.h"
+#include "benchmarks/support/VectorCopy.h"
 
 namespace {
 
@@ -66,6 +67,9 @@ void addComparing(std::size_t n) {
          correct, prepare});
     add(workName("equal", n),
         {"memcmp", [n] { same = std::memcmp(source<Byte>(), destinationOf<Byte>(), n) == 0; }, correct, prepare});
+    static unsigned int sum = 0;
+    add(workName("equal", n), {"reading", [n] { sum = bench::vectorRead(source<Byte>(), destinationOf<Byte>(), n); },
+                               [] { return sum == 0; }, prepare});
 }
 
 [[maybe_unused]] bool const added = [] {

@@ -40,6 +40,32 @@ CV_BENCH_COPY(streamAvx512, "avx512f", __m512i, _mm512_load_si512, _mm512_xor_si
 
 #undef CV_BENCH_COPY
 
+// The sums of what was read are in four registers, so that no addition waits for the one before it.
+#define CV_BENCH_READ(NAME, TARGET, VECTOR, LOAD, MERGE, FIRST)                                           \
+    __attribute__((target(TARGET))) unsigned int NAME(char const* a, char const* b, std::size_t size) {   \
+        VECTOR sums[4] = {};                                                                              \
+        for (std::size_t done = 0; done < size; done += 2 * sizeof(VECTOR)) {                             \
+            _Pragma("GCC unroll 2") for (std::size_t i = 0; i < 2; ++i) {                                 \
+                sums[i] = MERGE(sums[i], LOAD(reinterpret_cast<VECTOR const*>(a + done) + i));            \
+                sums[i + 2] = MERGE(sums[i + 2], LOAD(reinterpret_cast<VECTOR const*>(b + done) + i));    \
+            }                                                                                             \
+        }                                                                                                 \
+        return static_cast<unsigned int>(FIRST(MERGE(MERGE(sums[0], sums[1]), MERGE(sums[2], sums[3])))); \
+    }
+
+CV_BENCH_READ(readSse2, "sse2", __m128i, _mm_load_si128, _mm_xor_si128, _mm_cvtsi128_si32)
+CV_BENCH_READ(readAvx2, "avx2", __m256i, _mm256_load_si256, _mm256_xor_si256, _mm256_cvtsi256_si32)
+CV_BENCH_READ(readAvx512, "avx512f", __m512i, _mm512_load_si512, _mm512_xor_si512, _mm512_cvtsi512_si32)
+
+#undef CV_BENCH_READ
+
+unsigned int read(char const* a, char const* b, std::size_t size) {
+    if (__builtin_cpu_supports("avx512f")) {
+        return readAvx512(a, b, size);
+    }
+    return __builtin_cpu_supports("avx2") ? readAvx2(a, b, size) : readSse2(a, b, size);
+}
+
 template <std::size_t READS, std::size_t WRITES>
 void copy(char const* src, char* dst, std::size_t writeSize) {
     if (__builtin_cpu_supports("avx512f")) {
@@ -85,6 +111,14 @@ void stream(char const* src, char* dst, std::size_t writeSize) {
     copy<READS, WRITES>(src, dst, writeSize);
 }
 
+unsigned int read(char const* a, char const* b, std::size_t size) {
+    unsigned int sum = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        sum += static_cast<unsigned int>(a[i] ^ b[i]);
+    }
+    return sum;
+}
+
 #endif
 
 }  // namespace
@@ -115,6 +149,10 @@ void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t
     } else {
         stream<1, 4>(from, to, writeSize);
     }
+}
+
+unsigned int vectorRead(void const* a, void const* b, std::size_t size) {
+    return read(static_cast<char const*>(a), static_cast<char const*>(b), size);
 }
 
 }  // namespace bench

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// Copies with the widest vectors that the processor has: what a conversion would take if converting cost nothing. The
-/// two sizes may differ: all of the source is read, and what is written is made of it.
+/// Copies and reads with the widest vectors that the processor has: what a conversion or a comparison would take if
+/// computing cost nothing. A copy's two sizes may differ: all of the source is read, and what is written is made of it.
 namespace bench {
 
 /// `readSize` is `writeSize`, or 2, 4 or a half, a quarter of it; both are multiples of 512 bytes, and the memory is
@@ -12,5 +12,8 @@ void vectorCopy(void const* src, std::size_t readSize, void* dst, std::size_t wr
 
 /// The same with stores that go past the caches.
 void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize);
+
+/// Reads two areas of `size` bytes, a multiple of 512; gives a number made of all that was read.
+unsigned int vectorRead(void const* a, void const* b, std::size_t size);
 
 }  // namespace bench
