@@ -24,11 +24,7 @@ struct Avx512 {
     }
     static Doubles widenIntsToDoubles(int const* src) { return _mm512_cvtepi32_pd(load32Bytes(src)); }
     static Doubles widenFloats(float const* src) { return _mm512_cvtps_pd(_mm256_loadu_ps(src)); }
-    static Floats narrowDoubles(double const* src) {
-        __m256d const low = _mm256_castps_pd(_mm512_cvtpd_ps(_mm512_loadu_pd(src)));
-        __m256d const high = _mm256_castps_pd(_mm512_cvtpd_ps(_mm512_loadu_pd(src + 8)));
-        return _mm512_castpd_ps(_mm512_insertf64x4(_mm512_castpd256_pd512(low), high, 1));
-    }
+    static __m256 narrowDoubles(double const* src) { return _mm512_cvtpd_ps(_mm512_loadu_pd(src)); }
 
     static Floats broadcast(float x) { return _mm512_set1_ps(x); }
     static Doubles broadcast(double x) { return _mm512_set1_pd(x); }
@@ -54,9 +50,11 @@ struct Avx512 {
     static void store(void* dst, Ints x) { _mm512_storeu_si512(dst, x); }
     static void store(void* dst, Floats x) { store(dst, _mm512_castps_si512(x)); }
     static void store(void* dst, Doubles x) { store(dst, _mm512_castpd_si512(x)); }
+    static void store(void* dst, __m256 x) { _mm256_storeu_ps(static_cast<float*>(dst), x); }
     static void stream(void* dst, Ints x) { _mm512_stream_si512(static_cast<Ints*>(dst), x); }
     static void stream(void* dst, Floats x) { stream(dst, _mm512_castps_si512(x)); }
     static void stream(void* dst, Doubles x) { stream(dst, _mm512_castpd_si512(x)); }
+    static void stream(void* dst, __m256 x) { _mm256_stream_ps(static_cast<float*>(dst), x); }
     static void fence() { _mm_sfence(); }
 
     static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allZero(difference(a, b)); }

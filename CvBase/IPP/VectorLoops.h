@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "CvBase/IPP/Elements.h"
 #include "CvBase/IPP/Kernels.h"
@@ -10,8 +11,8 @@
 ///
 /// - `WIDTH`, the bytes of a vector, and `LANES`, the floats in it;
 /// - loads that need no alignment: `loadFloats`, `loadInts`; `widenBytes`, `widenShorts` to a vector of ints;
-///   `widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats` to one of doubles; `narrowDoubles` from two of doubles
-///   to one of floats;
+///   `widenShortsToDoubles`, `widenIntsToDoubles`, `widenFloats` to one of doubles; `narrowDoubles` to floats, a vector
+///   of them or half of one;
 /// - arithmetic: `broadcast`, `multiply`, `toFloats`, `truncate`, `packShorts`; `halfLike`, which is 0.5 with the sign
 ///   bit of x; `clamp` to -1.0 .. 1.0, where a NaN stays;
 /// - `multiplyAdd`, which may round once: the multiplier is a power of two, so that the product is exact, or else so
@@ -33,7 +34,8 @@ constexpr std::size_t STREAMING_BYTES = std::size_t{32} << 20;
 /// From this many bytes of destination on, reaching an aligned address element by element pays.
 constexpr std::size_t ALIGNING_BYTES = 2048;
 
-/// Makes one vector of results from as many elements as it takes.
+/// Makes one vector of results, or half of one, from as many elements as it takes. An instruction set that has a faster
+/// way specialises it.
 template <typename Isa, typename Operation>
 struct Block;
 
@@ -111,6 +113,11 @@ struct Block<Isa, FloatToInt<rounded, clamped>> {
     typename Isa::Floats multiplier;
 };
 
+/// The number of results that a block makes at a time.
+template <typename Isa, typename Operation>
+constexpr std::size_t COUNT_OF = sizeof(std::declval<Block<Isa, Operation>>()(nullptr)) /
+                                 sizeof(typename Operation::Result);
+
 /// Asks for the `size` bytes that come some way after `address`, past the end of the array too: that is no access.
 template <std::size_t size>
 [[gnu::always_inline]] inline void prefetch(void const* address) {
@@ -130,7 +137,7 @@ template <typename Isa, typename Operation>
 [[gnu::always_inline]] inline std::size_t streamLines(Block<Isa, Operation> const& block, std::size_t n,
                                                       typename Operation::Source const* src,
                                                       typename Operation::Result* dst) {
-    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(typename Operation::Result);
+    constexpr std::size_t COUNT = COUNT_OF<Isa, Operation>;
     constexpr std::size_t COUNT_IN_LINE = LINE / sizeof(typename Operation::Result);
     std::size_t done = 0;
     for (; n - done >= COUNT_IN_LINE; done += COUNT_IN_LINE) {
@@ -149,7 +156,7 @@ template <typename Isa, typename Operation>
 [[gnu::always_inline]] inline std::size_t storeVectors(Block<Isa, Operation> const& block, std::size_t n,
                                                        typename Operation::Source const* src,
                                                        typename Operation::Result* dst) {
-    constexpr std::size_t COUNT = Isa::WIDTH / sizeof(typename Operation::Result);
+    constexpr std::size_t COUNT = COUNT_OF<Isa, Operation>;
     std::size_t done = 0;
     for (; n - done >= 4 * COUNT; done += 4 * COUNT) {
         auto const first = block(src + done);
