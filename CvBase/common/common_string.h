@@ -13,8 +13,9 @@
 /// bytes.
 ///
 /// A copy costs one atomic increment and no byte is copied. A String never changes bytes that another String can see:
-/// each operation that changes it builds a new text first and then takes it, so that on std::bad_alloc, the only
-/// exception that text throws, the String is as it was. Copies may be used on different threads, one String may not.
+/// each operation that changes it builds a new text first and then takes it, so that on std::bad_alloc the String is as
+/// it was. Text throws nothing else, but std::length_error where a 32-bit processor cannot address as much (2 GiB).
+/// Copies may be used on different threads, one String may not.
 ///
 /// A String is null (there is no text) or holds a text, which may be empty. Both states have length 0, read as "" and
 /// are equal; each operation says which of them it gives.
