@@ -33,7 +33,7 @@ FileDescriptor memoryFile(const std::string& text) {
 
 /// DIR/Library or DIR/Applications, made when it is missing. A link in its place could lead out of the root.
 std::string privateFolder(const std::string& root, const char* name) {
-    const std::string path = (root == "/" ? "" : root) + name;
+    std::string path = (root == "/" ? "" : root) + name;
     std::error_code error;
     if (!fs::exists(fs::symlink_status(path))) {
         fs::create_directory(path, error);
@@ -100,7 +100,7 @@ std::string Sandbox::show(const std::string& path) {
     if (!isHidden(path)) {
         return path;
     }
-    const std::string place = std::string("/installer-bundle/") + fs::path(path).filename().string();
+    std::string place = std::string("/installer-bundle/") + fs::path(path).filename().string();
     mounts_.insert(mounts_.end(), {"--ro-bind", path, place});
     return place;
 }

@@ -21,10 +21,10 @@ void say(const std::string& message) {
     std::fprintf(stderr, "installer-host: %s\n", message.c_str());
 }
 
-/// Writes a report to standard output, to the last byte.
-void print(const std::string& report) {
-    if (std::fwrite(report.data(), 1, report.size(), stdout) != report.size() || std::fflush(stdout) != 0) {
-        throw Failure(ExitStatus::NotStored, "the report could not be written to standard output");
+/// Writes a report, or the help, to standard output, to the last byte.
+void print(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
+        throw Failure(ExitStatus::NotStored, "standard output could not be written to");
     }
 }
 
@@ -175,8 +175,10 @@ int main(int argc, char** argv) {
         const ParsedOptions parsed = parseOptions(argc, argv);
         if (parsed.proceed) {
             status = perform(parsed.options);
+        } else if (parsed.status == ExitStatus::Done) {
+            print(parsed.text);
         } else {
-            std::fputs(parsed.text.c_str(), parsed.status == ExitStatus::Done ? stdout : stderr);
+            std::fputs(parsed.text.c_str(), stderr);
             status = parsed.status;
         }
     } catch (const Failure& failure) {
