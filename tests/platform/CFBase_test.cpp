@@ -1,6 +1,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
+#include "platform/MessageSend.h"
 #include "tests/support/CFSupport.h"
 
 namespace {
@@ -19,20 +20,30 @@ TEST(CFBase, NullEqualsNothing) {
 }
 
 TEST(CFBase, StringsAreEqualWhenTheirUnitsAre) {
-    const auto precomposed = test::makeString(u"\u4E00\u00E9");
-    const auto decomposed = test::makeString(u"\u4E00e\u0301");
-    const auto again = test::makeString(u"\u4E00\u00E9");
-    EXPECT_TRUE(CFEqual(precomposed.get(), again.get()));
-    EXPECT_FALSE(CFEqual(precomposed.get(), decomposed.get()));
+    EXPECT_TRUE(CFEqual(test::makeString(u"Lang\u00E9").get(), CFSTR("Lang\xC3\xA9")));
+    EXPECT_FALSE(CFEqual(test::makeString(u"\u4E00\u00E9").get(), test::makeString(u"\u4E00e\u0301").get()));
     EXPECT_FALSE(CFEqual(test::makeString(u"\uFEFFa").get(), CFSTR("a")));
     EXPECT_FALSE(CFEqual(test::makeString({u"a\0b", 3}).get(), test::makeString({u"a\0c", 3}).get()));
-    EXPECT_TRUE(CFEqual(test::makeString(u"Lang").get(), CFSTR("Lang")));
 }
 
-TEST(CFBase, TheKindOfAnObjectIsThatOfItsType) {
-    EXPECT_EQ(CFGetTypeID(CFSTR("constant")), CFStringGetTypeID());
-    EXPECT_EQ(CFGetTypeID(test::makeString(u"made").get()), CFStringGetTypeID());
-    EXPECT_EQ(CFGetTypeID(test::makeString(u"").get()), CFStringGetTypeID());
+// Dictionaries come from Foundation, with keys of its own class of strings or of the port's.
+TEST(CFDictionary, FindsAKeyWhateverItsClass) {
+    const id pool = cv::send<id>(cv::classNamed("NSAutoreleasePool"), "new");
+    const id value = cv::send<id>(cv::classNamed("NSObject"), "new");
+    for (const char* key : {"", "CFBundleDisplayName", "caf\xC3\xA9", "\xE4\xB8\xAD\xE6\x96\x87", "\xF0\x9F\x98\x80"}) {
+        const auto ownKey = test::string(key);
+        const id keys[] = {cv::send<id>(cv::classNamed("NSString"), "stringWithUTF8String:", key),
+                           reinterpret_cast<id>(const_cast<void*>(static_cast<CFTypeRef>(ownKey.get())))};
+        for (const id storedKey : keys) {
+            const auto dictionary = reinterpret_cast<CFDictionaryRef>(
+                cv::send<id>(cv::classNamed("NSDictionary"), "dictionaryWithObject:forKey:", value, storedKey));
+            EXPECT_EQ(CFDictionaryGetValue(dictionary, keys[0]), value) << key;
+            EXPECT_EQ(CFDictionaryGetValue(dictionary, keys[1]), value) << key;
+            EXPECT_EQ(CFDictionaryGetValue(dictionary, CFSTR("another")), nullptr);
+        }
+    }
+    cv::send<void>(value, "release");
+    cv::send<void>(pool, "release");
 }
 
 }  // namespace
