@@ -4,7 +4,6 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -39,16 +38,6 @@ inline std::vector<std::string> namesIn(const std::string& folder) {
     }
     std::sort(names.begin(), names.end());
     return names;
-}
-
-inline struct stat statusOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
-    return status;
-}
-
-inline mode_t modeOf(const std::string& path) {
-    return statusOf(path).st_mode & 07777U;
 }
 
 /// The current user's preferences on any host, in a home folder of the test's own.

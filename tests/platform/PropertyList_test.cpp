@@ -3,11 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdint>
+#include <cstdlib>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 
@@ -139,6 +144,22 @@ TEST(PropertyList, NestingIsBoundedTheSameWayInBothForms) {
                     {nestedBinary(cv::plist::MAX_DEPTH + 1), nestedXml(cv::plist::MAX_DEPTH + 1), nestedXml(1000000),
                      "<plist>" + repeated("<array>", 1000000),
                      "<plist>" + repeated("<array a=\"/>\"><!-- </array> --><![CDATA[</array>]]>", 600)}}});
+}
+
+TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {
+    const test::TempDir folder;
+    test::writeFile(folder / "source",
+                    "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
+    EXPECT_TRUE(test::holdsInACopy([&folder] {
+        setenv("LOCPATH", folder.path().c_str(), 1);
+        const locale_t comma = newlocale(LC_NUMERIC_MASK, "comma", nullptr);
+        double value = 0;
+        if (comma != nullptr && uselocale(comma) != nullptr) {
+            plist_get_real_val(parse("<plist><real>0.25</real></plist>").root.get(), &value);
+        }
+        return value == 0.25;
+    }));
 }
 
 TEST(PropertyList, AnyBytesAreReadOrRefused) {

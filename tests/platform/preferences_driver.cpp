@@ -2,74 +2,32 @@
 //
 //     preferences_driver any|user|host DOMAIN COMMAND...
 //
-//     set KEY TEXT     collect a string            sync     store, and print 1 or 0
-//     get KEY          print a string, or (none)   run CMD  let the shell run a command
-//     stop             stop until a tracer lets it go on
-//     count TO         for each number from 1 to TO: set "Counter" and a long "Text", store
+//     set KEY TEXT     collect a string
+//     sync             store, and print 1 or 0
+//     run COMMAND      let the shell run a command
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "tests/support/CFSupport.h"
 
-namespace {
-
-using test::string;
-
-struct Domain {
-    test::Owned<CFStringRef> name;
-    CFStringRef user;
-    CFStringRef host;
-
-    void set(const std::string& key, CFPropertyListRef value) const {
-        CFPreferencesSetValue(string(key).get(), value, name.get(), user, host);
-    }
-    bool synchronize() const { return CFPreferencesSynchronize(name.get(), user, host); }
-
-    void print(const std::string& key) const {
-        const test::Owned value(
-            static_cast<CFStringRef>(CFPreferencesCopyValue(string(key).get(), name.get(), user, host)));
-        std::puts(value ? test::text(value.get()).c_str() : "(none)");
-    }
-
-    void count(int last) const {
-        for (int i = 1; i <= last; ++i) {
-            const test::Owned number(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &i));
-            set("Counter", number.get());
-            set("Text", string(std::string(50000, static_cast<char>('a' + i % 26))).get());
-            synchronize();
-        }
-    }
-};
-
-}  // namespace
-
 int main(int argc, char** argv) {
-    const std::string scope = argc > 2 ? argv[1] : "";
-    const Domain domain{string(argc > 2 ? argv[2] : ""),
-                        scope == "any" ? kCFPreferencesAnyUser : kCFPreferencesCurrentUser,
-                        scope == "user" ? kCFPreferencesAnyHost : kCFPreferencesCurrentHost};
-    for (int i = 3; i < argc; ++i) {
-        const std::string command = argv[i];
-        if (command == "set" && i + 2 < argc) {
-            domain.set(argv[i + 1], string(argv[i + 2]).get());
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const auto domain = test::string(arguments.at(1));
+    const CFStringRef user = arguments[0] == "any" ? kCFPreferencesAnyUser : kCFPreferencesCurrentUser;
+    const CFStringRef host = arguments[0] == "user" ? kCFPreferencesAnyHost : kCFPreferencesCurrentHost;
+    for (std::size_t i = 2; i < arguments.size(); ++i) {
+        if (arguments[i] == "set") {
+            CFPreferencesSetValue(test::string(arguments.at(i + 1)).get(), test::string(arguments.at(i + 2)).get(),
+                                  domain.get(), user, host);
             i += 2;
-        } else if (command == "sync") {
-            std::puts(domain.synchronize() ? "1" : "0");
-        } else if (command == "stop") {
-            std::raise(SIGSTOP);
-        } else if (command == "get" && i + 1 < argc) {
-            domain.print(argv[++i]);
-        } else if (command == "count" && i + 1 < argc) {
-            domain.count(std::atoi(argv[++i]));
-        } else if (command == "run" && i + 1 < argc && std::system(argv[i + 1]) == 0) {
-            ++i;
-        } else {
-            std::fprintf(stderr, "preferences_driver: %s failed\n", command.c_str());
+        } else if (arguments[i] == "sync") {
+            std::puts(CFPreferencesSynchronize(domain.get(), user, host) ? "1" : "0");
+        } else if (arguments[i] != "run" || std::system(arguments.at(++i).c_str()) != 0) {
             return 2;
         }
     }
