@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <utility>
 
 #include "tests/support/CFSupport.h"
 
@@ -56,12 +55,10 @@ TEST(CFNumber, SaysWhenAnIntegerLosesSomething) {
 }
 
 TEST(CFNumber, SaysWhenADoubleLosesSomething) {
-    constexpr SInt64 LIMIT = SInt64{1} << 53;  // from here on doubles lie 2 apart
-    for (const auto& [value, exact] : {std::pair{LIMIT, true}, {LIMIT + 1, false}, {Limits<SInt64>::max(), false}}) {
-        double stored = 0;
-        EXPECT_EQ(CFNumberGetValue(number(value).get(), kCFNumberFloat64Type, &stored), exact) << value;
-        EXPECT_EQ(stored, static_cast<double>(value));
-    }
+    double stored = 0;
+    EXPECT_TRUE(CFNumberGetValue(number(SInt64{1} << 53).get(), kCFNumberFloat64Type, &stored));
+    EXPECT_FALSE(CFNumberGetValue(number(Limits<SInt64>::max()).get(), kCFNumberFloat64Type, &stored));
+    EXPECT_EQ(stored, 9223372036854775808.0);
 }
 
 TEST(CFNumber, RefusesOtherTypesAndNull) {
