@@ -25,7 +25,8 @@ int main(int argc, char** argv) {
     test::ProcessOptions options;
     options.set = {{"IN_PRIVATE_ROOT", "1"}};
     options.unset = {"DISPLAY"};
-    const test::ProcessResult result = test::run(root.wrap(command), options);
+    // googletest captures standard error in a file in /tmp.
+    const test::ProcessResult result = test::run(root.wrap(command, {"--bind", "/tmp", "/tmp"}), options);
     std::fputs(result.out.c_str(), stdout);
     std::fputs(result.err.c_str(), stderr);
     return result.exitStatus;

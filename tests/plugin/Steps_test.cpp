@@ -1,24 +1,29 @@
 // The two steps, called directly, in a private root: what they do when something goes wrong under them.
 
+#include <Carbon/Carbon.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/MessageSend.h"
 #include "plugin/Catalogue.h"
 #include "plugin/Steps.h"
-#include "tests/plugin/Faults.h"
 #include "tests/support/CFSupport.h"
 #include "tests/support/FailingAllocations.h"
 #include "tests/support/Process.h"
+#include "tests/support/StandardError.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -29,7 +34,47 @@ constexpr const char* STATUS_FILE = "/Library/Application Support/Corvane/Update
 constexpr const char* PREFERENCES = "/Library/Preferences";
 constexpr const char* VENDOR_FOLDER = "/Applications/Corvane";
 constexpr const char* ICON_FILE = "/Applications/Corvane/Icon\r";
+constexpr const char* FINDER_INFO = "user.com.apple.FinderInfo";
 constexpr std::int32_t AMBREL = 5100;
+
+/// The sizes that fstat tells for the install-status file, one a call and then the last one, instead of the real one; a
+/// missing value lets the call fail.
+using Sizes = std::vector<std::optional<long long>>;
+Sizes statusFileSizes;
+
+bool isStatusFile(int fd) {
+    std::error_code error;
+    return fs::read_symlink("/proc/self/fd/" + std::to_string(fd), error) == STATUS_FILE;
+}
+
+}  // namespace
+
+// These stand in the place of the C library's and the port's functions of the same name for the code that is linked
+// into this program.
+
+extern "C" __attribute__((visibility("default"))) int fstat(int fd, struct stat* status) noexcept {
+    const int result = fstatat(fd, "", status, AT_EMPTY_PATH);
+    if (result != 0 || statusFileSizes.empty() || !isStatusFile(fd)) {
+        return result;
+    }
+    const std::optional<long long> size = statusFileSizes.front();
+    if (statusFileSizes.size() > 1) {
+        statusFileSizes.erase(statusFileSizes.begin());
+    }
+    if (!size) {
+        errno = EIO;
+        return -1;
+    }
+    status->st_size = *size;
+    return 0;
+}
+
+extern "C" __attribute__((visibility("default"))) DialogItemIndex StopAlert(SInt16 alertID, ModalFilterUPP) {
+    std::fprintf(stderr, "StopAlert %d\n", alertID);
+    return -1;
+}
+
+namespace {
 
 using Step = void (*)(XCodParamBlock*);
 
@@ -54,33 +99,15 @@ void runStep(Step step, std::int32_t product = AMBREL) {
     EXPECT_EQ(call(step, makeBlock(product)), 0x80000000u);
 }
 
-/// What python3's plistlib reads in a preference file, as Python writes it; "none" when there is no file.
+/// What python3's plistlib reads in a domain's preference file, as Python writes it.
 std::string preferences(const std::string& domain) {
-    const std::string path = std::string(PREFERENCES) + "/" + domain + ".plist";
-    if (!fs::exists(path)) {
-        return "none";
-    }
     const char* const script =
         "import plistlib, sys; d = plistlib.load(open(sys.argv[1], 'rb')); print({k: d[k] for k in sorted(d)}, end='')";
-    return test::run({"python3", "-c", script, path}).out;
+    return test::run({"python3", "-c", script, std::string(PREFERENCES) + "/" + domain + ".plist"}).out;
 }
 
 std::ptrdiff_t openFiles() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-}
-
-/// What `operation` writes to standard error. (googletest's own capture needs /tmp, which can only be read here.)
-template <typename Operation>
-std::string standardErrorOf(Operation operation) {
-    const int captured = memfd_create("captured", 0);
-    const int original = dup(STDERR_FILENO);
-    dup2(captured, STDERR_FILENO);
-    operation();
-    dup2(original, STDERR_FILENO);
-    close(original);
-    std::string text = test::readFile("/proc/self/fd/" + std::to_string(captured));
-    close(captured);
-    return text;
 }
 
 class Steps : public testing::Test {
@@ -88,7 +115,7 @@ protected:
     void SetUp() override { clear(); }
 
     static void clear() {
-        test::faults = test::Faults();
+        statusFileSizes.clear();
         for (const char* const folder : {"/Library", "/Applications"}) {
             for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
                 fs::remove_all(entry);
@@ -101,7 +128,7 @@ TEST_F(Steps, ShowTheAlertForAnotherVersion) {
     for (const Step step : {&PreInstall, &PostInstall}) {
         XCodParamBlock block = makeBlock(AMBREL);
         block.version = 999;
-        const std::string shown = standardErrorOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
+        const std::string shown = test::errorsOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
         EXPECT_THAT(shown,
                     testing::StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
         EXPECT_THAT(shown, testing::EndsWith("\nStopAlert 5000\n")) << "the dialog's alert comes after the panel";
@@ -115,41 +142,47 @@ TEST_F(Steps, IgnoreANullBlock) {
     EXPECT_FALSE(fs::exists(PREFERENCES));
 }
 
-struct StatusCase {
-    const char* what;
-    std::string content;
-    test::Faults faults;
-    const char* updater;
-};
-
-TEST_F(Steps, ReadAStatusFileThatChangesOrFails) {
+TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
     const std::string on = "UpdatesEnabled" + std::string(2986, '\n');
-    const char* const enabled = "{'UpdateInterval': 2}";
-    const char* const disabled = "{'UpdateInterval': 0}";
-    const StatusCase cases[] = {
-        {"it grows between the two looks at its size", on, {{3, 3000}}, enabled},
-        {"it grows by one byte", on, {{2999, 3000}}, enabled},
-        {"it shrinks between them", on, {{3000, 14}}, enabled},
-        {"it shrinks below the word", on, {{3000, 13}}, disabled},
-        {"its size cannot be told", on, {{std::nullopt}}, disabled},
-        {"it is cut off after them",
-         "Updates",
-         {{14}},
-         "{'InstallStatus': 'Attempt to read 14 bytes, only read 7 bytes', 'UpdateInterval': 2}"},
-        {"it cannot be closed", on, {{}, true}, "{'InstallStatus': 'Close failed', 'UpdateInterval': 2}"},
+    const std::string enabled = "{'UpdateInterval': 2}";
+    const std::string disabled = "{'UpdateInterval': 0}";
+    const auto failed = [](const std::string& message) {
+        return "{'InstallStatus': '" + message + "', 'UpdateInterval': 2}";
     };
-    for (const StatusCase& c : cases) {
+    const struct {
+        const char* what;
+        std::string content;
+        Sizes sizes;
+        std::string updater;
+    } cases[] = {
+        {"it holds more than the word", "UpdatesEnabledAndMore", {}, enabled},
+        {"it holds something else", "UpdatesDisabled", {}, disabled},
+        {"it holds the word in lower case", "updatesenabled", {}, disabled},
+        {"it holds 13 bytes of the word", "UpdatesEnable", {}, disabled},
+        {"it is empty", "", {}, disabled},
+        {"it begins with a byte order mark", "\xEF\xBB\xBFUpdatesEnabled", {}, disabled},
+        {"it has a zero byte inside the word", std::string("Updates\0Enabled", 15), {}, disabled},
+        {"it has a zero byte behind the word", std::string("UpdatesEnabled\0\xFF", 16), {}, enabled},
+        {"it is large", "UpdatesEnabled" + std::string(1 << 20, '\0'), {}, enabled},
+        {"it grows between the two looks at its size", on, {3, 3000}, enabled},
+        {"it grows by one byte", on, {2999, 3000}, enabled},
+        {"it shrinks between them", on, {3000, 14}, enabled},
+        {"it shrinks below the word", on, {3000, 13}, disabled},
+        {"its size cannot be told", on, {std::nullopt}, disabled},
+        {"it is cut off after them", "Updates", {14}, failed("Attempt to read 14 bytes, only read 7 bytes")},
+    };
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         clear();
         test::writeFile(STATUS_FILE, c.content);
-        test::faults = c.faults;
+        statusFileSizes = c.sizes;
         const auto before = openFiles();
         runStep(&PostInstall);
         EXPECT_EQ(openFiles(), before);
         EXPECT_EQ(preferences("com.corvane.updater"), c.updater);
-        EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}");
         EXPECT_EQ(test::readFile(STATUS_FILE), c.content);
     }
+    EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}") << "after a failure, too";
 }
 
 TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
@@ -158,14 +191,14 @@ TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
     const auto mostHeld =
         static_cast<long long>(std::min<unsigned long long>(std::vector<char>().max_size(), UINT_MAX));
     for (const long long size : {mostHeld, 0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
-        test::faults.statusFileSizes = {size};
+        statusFileSizes = {size};
         const auto before = openFiles();
         XCodParamBlock block = makeBlock(AMBREL);
         EXPECT_THROW(PostInstall(&block), std::bad_alloc) << size;
         EXPECT_EQ(openFiles(), before);
     }
     EXPECT_FALSE(fs::exists(PREFERENCES)) << "nothing that comes after the file is done";
-    EXPECT_EQ(test::run({"getfattr", "--dump", VENDOR_FOLDER}).out, "");
+    EXPECT_EQ(getxattr(VENDOR_FOLDER, FINDER_INFO, nullptr, 0), -1);
 }
 
 TEST_F(Steps, GiveEverythingBackWhenMemoryRunsOut) {
@@ -179,44 +212,30 @@ TEST_F(Steps, GiveEverythingBackWhenMemoryRunsOut) {
     EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}");
 }
 
-TEST_F(Steps, StoreLaterWhatCouldNotBeStored) {
-    test::writeFile(PREFERENCES, "in the way");
-    EXPECT_THAT(standardErrorOf([] { runStep(&PreInstall); }), testing::HasSubstr("/Library/Preferences"));
-    fs::remove(PREFERENCES);
-    runStep(&PostInstall);
-    EXPECT_EQ(preferences("com.corvane.updater"),
-              "{'InstalledProducts/Ambrel/CurrentVersion': '1.00', 'UpdateInterval': 2}");
-}
-
 TEST_F(Steps, ChangeTwoFinderFlagsAndNothingElse) {
-    const std::string tail = "0102030405060708090a0b0c0d0e0f10";
-    struct FlagsCase {
-        std::string before, folderAfter, iconAfter;
+    const std::string head(8, 'a'), tail(22, 'b'), zeros(22, '\0');
+    const std::string cases[][3] = {
+        // before, the vendor's folder afterwards, the icon file afterwards
+        {"", std::string(8, '\0') + std::string("\4\0", 2) + zeros, std::string(8, '\0') + "\x40" + '\0' + zeros},
+        {head + "\xFF\xFF" + tail, head + "\xBF\xFF" + tail, head + "\xFB\xFF" + tail},
+        {"no Finder information", "no Finder information", "no Finder information"},
     };
-    const FlagsCase cases[] = {
-        {"", "0x00000000000000000400000000000000" + std::string(32, '0'),
-         "0x00000000000000004000000000000000" + std::string(32, '0')},
-        {"0x1122334455667788ffff99aabbccddee" + tail, "0x1122334455667788bfff99aabbccddee" + tail,
-         "0x1122334455667788fbff99aabbccddee" + tail},
-        {"0x11223344", "0x11223344", "0x11223344"},  // no Finder information: it is left alone
+    const auto finderInfo = [](const char* path) {
+        char bytes[64];
+        const ssize_t size = getxattr(path, FINDER_INFO, bytes, sizeof bytes);
+        return size < 0 ? "" : std::string(bytes, static_cast<std::size_t>(size));
     };
-    const auto finderInfo = [&](const char* path) {
-        std::string dump =
-            test::run({"getfattr", "--encoding=hex", "--name=user.com.apple.FinderInfo", "--dump", path}).out;
-        const std::size_t value = dump.find('=');
-        return value == std::string::npos ? "" : dump.substr(value + 1, dump.find('\n', value) - value - 1);
-    };
-    for (const FlagsCase& c : cases) {
+    for (const auto& [before, folder, icon] : cases) {
         clear();
         test::writeFile(ICON_FILE, "");
         for (const char* const path : {VENDOR_FOLDER, ICON_FILE}) {
-            if (!c.before.empty()) {
-                test::run({"setfattr", "--name=user.com.apple.FinderInfo", "--value=" + c.before, path});
+            if (!before.empty()) {
+                ASSERT_EQ(setxattr(path, FINDER_INFO, before.data(), before.size(), 0), 0);
             }
         }
         runStep(&PostInstall, 0);  // an unknown product: the flags are set all the same
-        EXPECT_EQ(finderInfo(VENDOR_FOLDER), c.folderAfter);
-        EXPECT_EQ(finderInfo(ICON_FILE), c.iconAfter);
+        EXPECT_EQ(finderInfo(VENDOR_FOLDER), folder);
+        EXPECT_EQ(finderInfo(ICON_FILE), icon);
         EXPECT_FALSE(fs::exists(PREFERENCES));
     }
 }
