@@ -25,18 +25,24 @@ void InstallRoot::makeVendorFolder() const {
     writeFile(*this / "Applications/Corvane/Icon\r", "");
 }
 
-std::vector<nlohmann::json> readRoots(const std::vector<std::string>& paths) {
-    std::vector<std::string> command{"python3", CV_READ_ROOT_SCRIPT};
-    command.insert(command.end(), paths.begin(), paths.end());
-    const ProcessResult result = run(command);
-    if (result.exitStatus != 0) {
-        throw std::runtime_error("read_root.py: " + result.err);
-    }
-    return nlohmann::json::parse(result.out).get<std::vector<nlohmann::json>>();
-}
-
 nlohmann::json readRoot(const std::string& path) {
-    return readRoots({path}).front();
+    const char* const script = R"(
+import json, os, pathlib, plistlib, sys
+root = pathlib.Path(sys.argv[1])
+preferences = {}
+for file in (root / "Library/Preferences").glob("*.plist"):
+    keys = plistlib.loads(file.read_bytes())
+    preferences[file.stem] = {key: [type(value).__name__, value] for key, value in keys.items()}
+attribute = "user.com.apple.FinderInfo"
+places = [root / "Applications/Corvane", root / "Applications/Corvane/Icon\r"]
+marked = [place for place in places if place.exists() and attribute in os.listxattr(place)]
+finder = {place.name: os.getxattr(place, attribute).hex() for place in marked}
+json.dump({"preferences": preferences, "finder": finder}, sys.stdout))";
+    const ProcessResult result = run({"python3", "-c", script, path});
+    if (result.exitStatus != 0) {
+        throw std::runtime_error(result.err);
+    }
+    return nlohmann::json::parse(result.out);
 }
 
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {

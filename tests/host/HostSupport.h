@@ -29,13 +29,10 @@ public:
     void makeVendorFolder() const;
 };
 
-/// What python3's plistlib and getfattr read in a root:
-/// {"preferences": {DOMAIN: {KEY: [PYTHON TYPE, VALUE]}}, "finder": {PATH: hexadecimal text or null}, "files": [PATH]}.
-/// A preference file that plistlib does not read gives a text instead of the keys.
+/// What another program, Python, reads in a root that installations were made in:
+/// {"preferences": {DOMAIN: {KEY: [PYTHON TYPE, VALUE]}}, "finder": {NAME: Finder information in hexadecimal digits}}.
+/// Throws std::runtime_error when it finds a file damaged.
 nlohmann::json readRoot(const std::string& path);
-
-/// The same for several roots, or copies of their folders, at once.
-std::vector<nlohmann::json> readRoots(const std::vector<std::string>& paths);
 
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});

@@ -1,6 +1,5 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 
@@ -11,7 +10,6 @@ namespace {
 using namespace test;
 using nlohmann::json;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace fs = std::filesystem;
 
@@ -39,7 +37,10 @@ void fill(const InstallRoot& root) {
     fs::create_symlink("nowhere", root / "Library/dangling");
     fs::create_symlink("/Library/Preferences", root / "Applications/link");
     ASSERT_EQ(mkfifo((root / "Library/fifo").c_str(), 0640), 0);
-    ASSERT_EQ(run({"setfattr", "-n", "user.note", "-v", "kept", root / "Library/read-only"}).exitStatus, 0);
+    const std::string inited = "0x" + std::string(16, '0') + "0100" + std::string(44, '0');
+    ASSERT_EQ(
+        run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", inited, root / "Applications/Corvane"}).exitStatus,
+        0);
     ASSERT_EQ(run({"truncate", "-s", "5G", root / "Library/sparse"}).exitStatus, 0);
     fs::permissions(root / "Library/read-only", fs::perms::owner_read);
     fs::permissions(root / "Library/sealed", fs::perms::owner_read | fs::perms::owner_exec);
@@ -58,7 +59,7 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     EXPECT_EQ(before, after);
     EXPECT_THAT(result.out, HasSubstr("dry run"));
     EXPECT_THAT(result.out, HasSubstr("    + \"Lang\" = \"es\" (string)\n"));
-    EXPECT_THAT(result.out, HasSubstr("0x0000 -> 0x0400 (custom icon)\n"));
+    EXPECT_THAT(result.out, HasSubstr("0x0100 (inited) -> 0x0500 (custom icon, inited)\n"));
     EXPECT_THAT(result.out, HasSubstr("\"Old\" = true (boolean), unchanged\n"));
 
     json would = json::parse(install(root, {"--dry-run", "--format=json"}).out);
@@ -77,26 +78,19 @@ TEST(DryRun, LeavesNoCopyBehind) {
     ProcessOptions options;
     options.set = {{"TMPDIR", temporary.path()}};
     EXPECT_EQ(install(root, {"--dry-run"}, options).exitStatus, 0);
-    root.writeStatus("");
+
+    // The post-install step waits for the writer of a pipe.
     fs::remove(root.statusPath());
     ASSERT_EQ(mkfifo(root.statusPath().c_str(), 0600), 0);
-    EXPECT_EQ(install(root, {"--dry-run", "--timeout=1"}, options).exitStatus, 9);
-    // A user who ends the program, with a copy in use.
-    std::vector<std::string> command{"env",
-                                     "TMPDIR=" + temporary.path(),
-                                     "timeout",
-                                     "-s",
-                                     "INT",
-                                     "2",
-                                     HOST_PROGRAM,
-                                     "run",
-                                     "--product=5100",
-                                     "--dry-run",
-                                     "--root",
-                                     root.path(),
-                                     PLUGIN_BUNDLE};
-    EXPECT_EQ(run(command).exitStatus, 124);
-    EXPECT_THAT(std::vector<fs::path>(fs::directory_iterator(temporary.path()), {}), IsEmpty());
+    const ProcessResult waiting = install(root, {"--dry-run", "--timeout=1"}, options);
+    EXPECT_EQ(waiting.exitStatus, 9);
+    EXPECT_THAT(waiting.err, HasSubstr("the bundle's code was in the post-install step"));
+    EXPECT_THAT(waiting.out, HasSubstr("InstalledProducts/Ambrel/CurrentVersion")) << "what was done is reported";
+    const ProcessResult interrupted = run({"timeout", "-s", "INT", "2", HOST_PROGRAM, "run", "--product=5100",
+                                           "--dry-run", "--root", root.path(), PLUGIN_BUNDLE},
+                                          options);
+    EXPECT_EQ(interrupted.exitStatus, 124) << "its user ends the program, with a copy in use";
+    EXPECT_TRUE(fs::is_empty(temporary.path()));
 
     options.set = {{"TMPDIR", temporary / "missing"}};
     const ProcessResult noPlace = install(root, {"--dry-run"}, options);

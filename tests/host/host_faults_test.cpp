@@ -21,50 +21,48 @@ ProcessResult runFaulty(const std::string& fault, std::vector<std::string> argum
     return runHost(arguments, options);
 }
 
-struct FaultCase {
-    const char* fault;
-    std::vector<std::string> more;
-    int exitStatus;
-    const char* message;
-};
-
-TEST(Faults, EachHasItsExitStatusAndItsMessage) {
+TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
     const InstallRoot root;
-    const FaultCase cases[] = {
-        {"failure bit", {}, 1, "the pre-install step set the failure bit"},
-        {"refused instance", {}, 4, "made no instance"},
-        {"refused interface", {}, 4, "refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8"},
-        {"bad_alloc", {}, 5, "an exception of type std::bad_alloc left the pre-install step: std::bad_alloc"},
-        {"int", {"--entry=direct"}, 5, "an exception of type int left the pre-install step\n"},
-        {"runtime_error", {"--step=post"}, 5, "type std::runtime_error left the post-install step: the disk"},
-        {"NSException", {}, 5, "NSException"},
-        {"crash", {}, 5, "the pre-install step ended the process: signal 6 (Aborted)"},
-        {"hang", {"--timeout=1"}, 9, "after 1 s: the bundle's code was in the pre-install step"},
+    const struct {
+        const char* fault;
+        const char* option;
+        int exitStatus;
+        const char* message;
+        const char* outcomes;  ///< of the steps, and their faults, in the report; none without a report
+    } cases[] = {
+        {"failure bit", "--step=both", 1, "the pre-install step set the failure bit", "done, done, "},
+        {"refused instance", "--step=both", 4, "made no instance", ""},
+        {"refused interface", "--step=both", 4, "refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8",
+         ""},
+        {"bad_alloc", "--step=both", 5, "an exception of type std::bad_alloc left the pre-install step: std::bad_alloc",
+         "exception std::bad_alloc, not run, "},
+        {"int", "--entry=direct", 5, "an exception of type int left the pre-install step\n",
+         "exception int, not run, "},
+        {"runtime_error", "--step=post", 5, "type std::runtime_error left the post-install step: the disk",
+         "exception std::runtime_error, "},
+        {"NSException", "--step=both", 5, "NSException", "exception NSException (or another language's), not run, "},
+        {"crash", "--step=both", 5, "the pre-install step ended the process: signal 6 (Aborted)",
+         "crashed signal 6 (Aborted), not run, "},
+        {"hang", "--timeout=1", 9, "after 1 s: the bundle's code was in the pre-install step", "timed out, not run, "},
     };
-    for (const FaultCase& faulty : cases) {
-        std::vector<std::string> arguments{"run", "--product=1", "--root=" + root.path()};
-        arguments.insert(arguments.end(), faulty.more.begin(), faulty.more.end());
-        const ProcessResult result = runFaulty(faulty.fault, arguments);
-        EXPECT_EQ(result.exitStatus, faulty.exitStatus) << faulty.fault;
-        EXPECT_THAT(result.err, HasSubstr(faulty.message)) << faulty.fault;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fault);
+        const ProcessResult result =
+            runFaulty(c.fault, {"run", "--product=1", "--format=json", "--root=" + root.path(), c.option});
+        EXPECT_EQ(result.exitStatus, c.exitStatus);
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        std::string outcomes;
+        if (!result.out.empty()) {
+            const json report = json::parse(result.out);
+            EXPECT_EQ(report["exitStatus"], c.exitStatus);
+            for (const json& step : report["steps"]) {
+                const std::string outcome = step["outcome"];
+                outcomes += outcome + (step["fault"].is_null() ? "" : " " + step["fault"].get<std::string>()) + ", ";
+                EXPECT_EQ(step["resultFlagsAfter"].is_null(), outcome != "done" && outcome != "exception");
+            }
+        }
+        EXPECT_EQ(outcomes, c.outcomes);
     }
-}
-
-/// What was done until a fault is reported, too, and the step behind it is not run.
-TEST(Faults, AreInTheReport) {
-    const InstallRoot root;
-    const std::vector<std::string> arguments{"run", "--product=1", "--timeout=1", "--format=json",
-                                             "--root=" + root.path()};
-    const json thrown = json::parse(runFaulty("bad_alloc", arguments).out);
-    EXPECT_EQ(thrown["exitStatus"], 5);
-    EXPECT_EQ(thrown["steps"][0]["outcome"], "exception");
-    EXPECT_EQ(thrown["steps"][0]["fault"], "std::bad_alloc");
-    EXPECT_EQ(thrown["steps"][1]["outcome"], "not run");
-    const json hung = json::parse(runFaulty("hang", arguments).out);
-    EXPECT_EQ(hung["exitStatus"], 9);
-    EXPECT_EQ(hung["steps"][0]["outcome"], "timed out");
-    EXPECT_TRUE(hung["steps"][0]["resultFlagsAfter"].is_null());
-    EXPECT_EQ(json::parse(runFaulty("crash", arguments).out)["steps"][0]["outcome"], "crashed");
 }
 
 /// The time-out holds without a private root, too, and nothing keeps running behind it.
@@ -78,37 +76,34 @@ TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
 TEST(Faults, ABundleThatIsNoneIsRefused) {
     const InstallRoot root;
     const TempDir folder;
-    const ProcessResult unlinked = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, UNLINKED_BUNDLE);
-    EXPECT_EQ(unlinked.exitStatus, 3);
-    EXPECT_THAT(unlinked.err, HasSubstr("nobodyDefinesThis"));
-
-    const std::string copy = folder / "Copy.bundle";
-    fs::copy(FAULTY_BUNDLE, copy, fs::copy_options::recursive);
-    const std::string propertyList = copy + "/Contents/Info.plist";
-    const std::string good = readFile(propertyList);
-
-    std::string otherType = good;
-    otherType.replace(otherType.find("5CD9484B"), 8, "5CD9484C");
-    writeFile(propertyList, otherType);
-    const ProcessResult noFactory = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, copy);
-    EXPECT_EQ(noFactory.exitStatus, 4);
-    EXPECT_THAT(noFactory.err, HasSubstr("registers no factory for the installer's plug-in type"));
-    EXPECT_EQ(runFaulty("", {"check"}, copy).exitStatus, 4);
-
-    writeFile(propertyList, good.substr(0, good.size() / 2));
-    EXPECT_EQ(runFaulty("", {"run", "--product=1", "--root=" + root.path()}, copy).exitStatus, 3);
-    const ProcessResult malformed = runFaulty("", {"check"}, copy);
-    EXPECT_EQ(malformed.exitStatus, 3);
-    EXPECT_THAT(malformed.out, HasSubstr("failed  bundle"));
-}
-
-TEST(Faults, CheckNamesThem) {
+    const std::string otherType = folder / "OtherType.bundle", malformed = folder / "Malformed.bundle";
+    std::string propertyList = readFile(FAULTY_BUNDLE + "/Contents/Info.plist");
+    propertyList.replace(propertyList.find("5CD9484B"), 8, "5CD9484C");
+    writeFile(otherType + "/Contents/Info.plist", propertyList);
+    writeFile(malformed + "/Contents/Info.plist", propertyList.substr(0, propertyList.size() / 2));
+    const struct {
+        std::string bundle;
+        int exitStatus;
+        const char* message;
+        const char* finding;
+    } cases[] = {
+        {UNLINKED_BUNDLE, 3, "nobodyDefinesThis", "failed  code"},
+        {otherType, 4, "registers no factory for the installer's plug-in type", "failed  registration"},
+        {malformed, 3, "", "failed  bundle"},
+    };
+    for (const auto& c : cases) {
+        const ProcessResult result = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, c.bundle);
+        EXPECT_EQ(result.exitStatus, c.exitStatus) << c.bundle;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        const ProcessResult check = runFaulty("", {"check"}, c.bundle);
+        EXPECT_EQ(check.exitStatus, c.exitStatus) << c.bundle;
+        EXPECT_THAT(check.out, HasSubstr(c.finding));
+    }
+    EXPECT_EQ(runFaulty("refused instance", {"check"}).exitStatus, 4);
     const ProcessResult counts = runFaulty("", {"check"});
     EXPECT_EQ(counts.exitStatus, 4) << counts.err;
     EXPECT_THAT(counts.out, HasSubstr("failed  interface     references are counted"));
     EXPECT_THAT(counts.out, HasSubstr("failed  interface     an unknown interface is refused"));
-    EXPECT_EQ(runFaulty("refused instance", {"check"}).exitStatus, 4);
-    EXPECT_EQ(runFaulty("", {"check"}, UNLINKED_BUNDLE).exitStatus, 3);
 }
 
 }  // namespace
