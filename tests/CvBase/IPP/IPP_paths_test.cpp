@@ -3,27 +3,22 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstring>
 #include <memory>
-#include <ostream>
 
 #include "CvBase/IPP/Dispatch.h"
 #include "tests/CvBase/IPP/Reference.h"
 
-namespace IPP::Detail {
-
-void PrintTo(Path path, std::ostream* out) {
-    *out << NameOf(path);
-}
-
-}  // namespace IPP::Detail
-
 namespace {
 
 using IPP::Detail::Path;
+using test::reference::asBytes;
 using test::reference::bitsAs;
 using test::reference::Bytes;
 using test::reference::Conversion;
 using test::reference::conversions;
+using test::reference::randomInput;
 
 constexpr std::size_t GUARD = 64;
 constexpr unsigned char GUARD_BYTE = 0xA5;
@@ -173,9 +168,21 @@ TEST_P(EveryPath, ConvertsInPlace) {
     }
 }
 
+TEST_P(EveryPath, ReadsNoPointerForNoElements) {
+    for (Conversion const& conversion : conversions({-15})) {
+        conversion.convert(0, nullptr, nullptr);
+    }
+    double* const nowhere = nullptr;
+    IPP::Copy(0, nowhere, nowhere);
+    IPP::Move(0, nowhere, nowhere);
+    IPP::Set(0, nowhere, 1.0);
+    IPP::Zero(0, nowhere);
+    EXPECT_TRUE(IPP::Equal(0, nullptr, nullptr));
+}
+
 template <typename T>
 void expectSet(T value) {
-    Bytes const results = test::reference::asBytes(std::vector<T>(300, value == T{0} ? T{0} : value));
+    Bytes const results = asBytes(std::vector<T>(300, value == T{0} ? T{0} : value));
     for (std::size_t offset = 0; offset < GUARD; ++offset) {
         GuardedArea area(results.size(), offset);
         for (unsigned int n = 0; n <= 300; ++n) {
@@ -210,7 +217,7 @@ TEST_P(EveryPath, SetsHugeArrays) {
 TEST_P(EveryPath, FindsTheOneDifferentByte) {
     for (std::size_t n = 0; n <= 3 * 256 + 9; n += n < 150 ? 1 : 13) {
         std::size_t const offset = n % 65;
-        Bytes const a = test::reference::randomInput<unsigned char>(n);
+        Bytes const a = randomInput<unsigned char>(n);
         std::unique_ptr<unsigned char[]> const b(new unsigned char[offset + n]);
         std::copy_n(a.data(), n, b.get() + offset);
         auto const size = static_cast<unsigned int>(n);

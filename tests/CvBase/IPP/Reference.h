@@ -111,34 +111,13 @@ Bytes specialInput() {
     using Float = std::numeric_limits<float>;
     T const infinity = std::numeric_limits<T>::infinity();
     std::vector<T> values;
-    for (double const turn : {0.0,
-                              double{std::numeric_limits<T>::min()},
-                              double{std::numeric_limits<T>::max()},
-                              0.25,
-                              0.5,
-                              1.0,
-                              1.5,
-                              2.0,
-                              2.5,
-                              32767.0,
-                              32767.5,
-                              32768.0,
-                              65535.0,
-                              65536.0,
-                              4194304.0,
-                              8388608.0,
-                              8388609.0,
-                              16777216.0,
-                              0x1p31,
-                              0x1p32,
-                              0x1p-16,
-                              0x1p-32,
-                              0x1p-31,
-                              0x3p-32,
-                              double{infinity},
-                              double{Float::max()},
-                              double{Float::min()},
-                              double{Float::denorm_min()}}) {
+    // clang-format off
+    double const turns[] = {
+        0.0, 0.25, 0.5, 1.0, 1.5, 2.0, 2.5, 32767.0, 32767.5, 32768.0, 65535.0, 65536.0, 4194304.0, 8388608.0,
+        8388609.0, 16777216.0, 0x1p31, 0x1p32, 0x1p-16, 0x1p-32, 0x1p-31, 0x3p-32, infinity,
+        std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), Float::min(), Float::max(), Float::denorm_min()};
+    // clang-format on
+    for (double const turn : turns) {
         auto const exact = static_cast<T>(turn);
         for (T const value : {exact, std::nextafter(exact, T(0)), std::nextafter(exact, infinity)}) {
             values.insert(values.end(), {value, -value});

@@ -44,13 +44,10 @@ TEST(ByteStream, KeepsTheBitsOfNaNs) {
     }
 }
 
-TEST(ByteStream, TakesLongsForNumbersOf32BitsAndEveryByteButZeroForTrue) {
+TEST(ByteStream, DropsTheUpperHalfOfALongAndTakesEveryByteButZeroForTrue) {
     ByteStream stream(0);
     stream << static_cast<unsigned long>(0x1122334481828384ULL) << static_cast<long>(0x1122334481828384LL);
     EXPECT_THAT(bytesOf(stream), ElementsAre(0x84, 0x83, 0x82, 0x81, 0x84, 0x83, 0x82, 0x81));
-    stream.SetPosition(0);
-    EXPECT_EQ(stream.ReadPrimitive(0UL), 0x81828384UL);
-    EXPECT_EQ(stream.ReadPrimitive(0L), -0x7E7D7C7CL);
 
     ByteStream bools(Bytes{0, 1, 2, 0x80, 0xFF});
     for (unsigned char const expected : Bytes{0, 1, 1, 1, 1}) {
@@ -175,33 +172,31 @@ std::vector<unsigned int> positionsWithout(unsigned int width, unsigned int size
     return positions;
 }
 
-template <typename T>
+template <typename... T>
 void expectNumberFailures(unsigned int width) {
     for (unsigned int const size : {0U, width - 1, 10U}) {
         ByteStream stream(Bytes(size, 0xEE));
         for (unsigned int const position : positionsWithout(width, size)) {
             std::string const message = "Can't extract " + std::to_string(width) + " bytes at position " +
                                         std::to_string(position) + ", total size " + std::to_string(size);
+            auto const expectRefused = [&](auto const one) {
+                auto value = one;
+                expectFailure([&] { stream >> value; }, message, EXTRACT_LINE);
+                EXPECT_EQ(value, one);
+                expectFailure([&] { stream.ReadPrimitive(one); }, message, EXTRACT_LINE);
+            };
             stream.SetPosition(position);
-            T value = 1;
-            expectFailure([&] { stream >> value; }, message, EXTRACT_LINE);
-            EXPECT_EQ(value, T{1});
-            expectFailure([&] { stream.ReadPrimitive(T{}); }, message, EXTRACT_LINE);
+            (expectRefused(T{1}), ...);
             EXPECT_EQ(stream.GetPosition(), position);
         }
     }
 }
 
-template <typename... T>
-void expectNumberFailuresOf(unsigned int width) {
-    (expectNumberFailures<T>(width), ...);
-}
-
 TEST(ByteStreamFailures, WhatIsNotThereChangesNothing) {
-    expectNumberFailuresOf<bool, char, signed char, unsigned char>(1);
-    expectNumberFailuresOf<short, unsigned short>(2);
-    expectNumberFailuresOf<int, unsigned int, long, unsigned long, float>(4);
-    expectNumberFailuresOf<long long, unsigned long long, double>(8);
+    expectNumberFailures<bool, char, signed char, unsigned char>(1);
+    expectNumberFailures<short, unsigned short>(2);
+    expectNumberFailures<int, unsigned int, long, unsigned long, float>(4);
+    expectNumberFailures<long long, unsigned long long, double>(8);
 
     ByteStream stream(Bytes(10, 0xEE));
     for (unsigned int const count : {1U, 3U, 10U, 11U}) {
@@ -223,9 +218,8 @@ TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
     std::string const missing = "Can't read string of length ", tooLong = "Improbable string length ";
     // clang-format off
     const struct { unsigned int length, available; std::string message; int line; } rows[] = {
-        {0, 0, "", 0}, {5, 5, "", 0}, {5, 4, missing + "5", TEXT_LINE}, {1, 0, missing + "1", TEXT_LINE},
-        {200000, 200000, "", 0}, {200000, 199999, missing + "200000", TEXT_LINE},
-        {200001, 200001, tooLong + "200001", TEXT_LENGTH_LINE}, {200001, 0, tooLong + "200001", TEXT_LENGTH_LINE},
+        {0, 0, "", 0}, {5, 5, "", 0}, {5, 4, missing + "5", TEXT_LINE}, {200000, 200000, "", 0},
+        {200000, 199999, missing + "200000", TEXT_LINE}, {200001, 200001, tooLong + "200001", TEXT_LENGTH_LINE},
         {0xFFFFFFFF, 8, tooLong + "4294967295", TEXT_LENGTH_LINE},
     };
     // clang-format on
@@ -298,10 +292,8 @@ std::vector<std::size_t> numberSlots() {
 
 TEST(DataStream, KeepsTheOrderOfItsVirtualFunctions) {
     std::vector<std::size_t> expected;
-    for (std::size_t const first : {4U, 20U, 35U}) {
-        for (std::size_t i = 0; i < 14; ++i) {
-            expected.push_back(first + i);
-        }
+    for (std::size_t i = 0; i < 42; ++i) {
+        expected.push_back(i + (i < 14 ? 4 : i < 28 ? 6 : 7));
     }
     EXPECT_EQ((numberSlots<bool, char, signed char, unsigned char, short, unsigned short, int, unsigned int, long long,
                            unsigned long long, long, unsigned long, float, double>()),

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <random>
 #include <set>
@@ -14,7 +13,6 @@
 
 #include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/Process.h"
-#include "tests/support/Surroundings.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -25,6 +23,15 @@ using test::writeFile;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Util::Dir;
+
+class DirListingTest : public test::DirFixture {
+protected:
+    void make(const std::vector<std::string>& names) const {
+        for (const std::string& name : names) {
+            writeFile(temp_ / name, "");
+        }
+    }
+};
 
 using Names = std::vector<std::string>;
 
@@ -43,33 +50,7 @@ Names files(const std::string& folder, const std::string& filter = "", bool incl
     return strings(member);
 }
 
-Names folders(const std::string& folder, const std::string& filter = "") {
-    std::vector<String> member, text;
-    dirAt(folder).GetFoldernames(member, filter.c_str(), false);
-    Dir::GetFoldernames(folder.c_str(), text, filter.c_str(), false);
-    EXPECT_EQ(strings(member), strings(text));
-    return strings(member);
-}
-
-void touch(const std::string& path) {
-    ASSERT_TRUE(std::ofstream(path).good()) << path;
-}
-
-class DirListingTest : public testing::Test {
-protected:
-    void make(const Names& names) const {
-        for (const std::string& name : names) {
-            touch(temp_ / name);
-        }
-    }
-
-    const test::TempDir temp_;
-
-private:
-    const test::Surroundings surroundings_;
-};
-
-TEST_F(DirListingTest, KindsOfEntries) {
+TEST_F(DirListingTest, ListsKindsOfEntries) {
     make({"file"});
     fs::create_directory(temp_ / "folder");
     ASSERT_EQ(mkfifo((temp_ / "pipe").c_str(), 0600), 0);
@@ -78,13 +59,16 @@ TEST_F(DirListingTest, KindsOfEntries) {
     fs::create_symlink("/dev/null", temp_ / "to device");
     fs::create_symlink("nowhere", temp_ / "to nothing");
     EXPECT_THAT(files(temp_.path()), ElementsAre("file", "to file"));
-    EXPECT_THAT(folders(temp_.path()), ElementsAre("folder", "pipe", "to device", "to folder"));
-    EXPECT_THAT(folders(temp_.path(), "TO *R"), ElementsAre("to folder"));
+    std::vector<String> names;
+    dirAt(temp_.path()).GetFoldernames(names, "", false);
+    EXPECT_THAT(strings(names), ElementsAre("folder", "pipe", "to device", "to folder"));
+    Dir::GetFoldernames(temp_.path().c_str(), names, "TO *R", false);
+    EXPECT_THAT(strings(names), ElementsAre("to folder"));
     EXPECT_THAT(files(temp_.path(), "", true),
                 ElementsAre("file", "folder", "pipe", "to device", "to file", "to folder"));
 }
 
-TEST_F(DirListingTest, AppendingSortsAllNamesUnlessTheFolderCannotBeRead) {
+TEST_F(DirListingTest, AppendingAListingSortsAllNamesUnlessTheFolderCannotBeRead) {
     make({"b", "d"});
     std::vector<String> names{"z", "c", String()};
     Dir::GetFilenames(temp_.path().c_str(), names, "b", true, false);
@@ -99,13 +83,10 @@ TEST_F(DirListingTest, AppendingSortsAllNamesUnlessTheFolderCannotBeRead) {
     EXPECT_THAT(strings(names), ElementsAre("z", "a")) << "not even sorted";
     dirAt(temp_ / "missing").GetFilenames(names, "", false, true);
     EXPECT_THAT(names, IsEmpty());
-}
 
-TEST_F(DirListingTest, TheArgumentsMayBeNamesOfTheList) {
-    make({"a.txt", "b"});
-    std::vector<String> names{temp_.path().c_str(), "*.txt"};
+    names = {temp_.path().c_str(), "*B"};
     Dir::GetFilenames(names[0], names, names[1], false, false);
-    EXPECT_THAT(strings(names), ElementsAre("a.txt"));
+    EXPECT_THAT(strings(names), ElementsAre("b")) << "the arguments may be names of the list";
 }
 
 TEST_F(DirListingTest, ABackslashInANameCannotBeAddressedByAPath) {
@@ -116,13 +97,12 @@ TEST_F(DirListingTest, ABackslashInANameCannotBeAddressedByAPath) {
     EXPECT_THAT(strings(names), ElementsAre("a", "c"));
     Dir::GetFilenames(temp_.path().c_str(), names, "", false, true);
     EXPECT_THAT(strings(names), ElementsAre("a", "a\\b", "c"));
-    touch(temp_ / "a/b");
+    make({"a/b"});
     dirAt(temp_.path()).GetFilenames(names, "", false, true);
     EXPECT_THAT(strings(names), ElementsAre("a", "a\\b", "c")) << "its path is that of another file now";
 }
 
 TEST_F(DirListingTest, WhereTheRootIsFoldedAwayEntriesAreSoughtInTheWorkingFolder) {
-    fs::current_path(temp_.path());
     make({"etc"});
     std::vector<String> names;
     dirAt("/..").GetFilenames(names, "", false, false);
@@ -146,15 +126,13 @@ TEST_F(DirListingTest, AFolderThatMayNotBeSearchedListsNothing) {
 
 TEST_F(DirListingTest, EntriesWhosePathIsTooLongAreLeftOut) {
     std::string path = temp_.path();
-    fs::current_path(path);
     while (path.size() < 4090) {
-        const std::string name(path.size() < 3800 ? 200 : 4090 - path.size() - 1, 'd');
-        fs::create_directory(name);
-        fs::current_path(name);
-        path += "/" + name;
+        path += "/" + std::string(path.size() < 3800 ? 200 : 4090 - path.size() - 1, 'd');
     }
+    fs::create_directories(path);
+    fs::current_path(path);
     for (const char* name : {"1", "1234", "12345"}) {
-        touch(name);
+        writeFile(std::string("./") + name, "");
     }
     fs::current_path(temp_.path());
     make({"12345"});
@@ -200,37 +178,22 @@ TEST_F(DirListingTest, ManyNamesAreFilteredAndSortedByteByByte) {
     }
 }
 
-TEST_F(DirListingTest, NoDescriptorStaysOpen) {
-    make({"a.txt"});
-    fs::create_directory(temp_ / "folder");
-    const auto countOpen = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
-    const auto before = countOpen();
-    unsigned int visited = 0;
-    files(temp_.path());
-    folders(temp_ / "a.txt");
-    EXPECT_TRUE(Dir::FindFile("no.txt", temp_.path().c_str(), true, visited).IsEmpty());
-    EXPECT_EQ(countOpen(), before);
-}
-
 std::string find(const std::string& name, const std::string& folder) {
     unsigned int visited = 0;
     return test::str(Dir::FindFile(name.c_str(), folder.c_str(), true, visited).GetInternal());
 }
 
-class DirFindFileTest : public DirListingTest {};
-
-TEST_F(DirFindFileTest, TheFolderIsTakenAsItIsWritten) {
+TEST_F(DirListingTest, TheSearchTakesTheFolderAsItIsWritten) {
     writeFile(temp_ / "b/x.txt", "");
     EXPECT_EQ(find("x.txt", temp_ / "b/"), temp_ / "b//x.txt");
     EXPECT_EQ(find("x.txt", temp_ / "missing"), "");
     EXPECT_EQ(find("b/x.txt", temp_.path()), "");
     EXPECT_EQ(find("", temp_.path()), "");
-    touch(temp_ / "b/0\\x.txt");
-    touch(temp_ / "b/1\\x.txt");
+    make({"b/0\\x.txt", "b/1\\x.txt"});
     EXPECT_EQ(find("x.txt", temp_ / "b"), temp_ / "b/0\\x.txt") << "the last component of that name";
 }
 
-TEST_F(DirFindFileTest, LinksAreFollowedUnlessToTheFolderItself) {
+TEST_F(DirListingTest, TheSearchFollowsLinksUnlessToTheFolderItself) {
     const test::TempDir elsewhere;
     writeFile(elsewhere / "x.txt", "");
     fs::create_directory_symlink(elsewhere.path(), temp_ / "folder");
@@ -277,39 +240,38 @@ std::string findPlainly(const std::string& name, const std::string& folder, bool
 }
 
 void makeRandomTree(std::mt19937& random, const std::string& folder, int depth) {
-    const unsigned long entries = random() % 7;
-    for (unsigned long i = 0; i < entries; ++i) {
+    fs::create_directory(folder);
+    for (unsigned long entries = random() % 7; entries > 0; --entries) {
         const std::string path = folder + "/" + randomName(random, "aA.", 4);
-        if (fs::exists(path)) {
-            continue;
-        }
-        if (depth > 0 && random() % 3 == 0) {
-            fs::create_directory(path);
+        if (depth > 0 && random() % 3 == 0 && !fs::exists(path)) {
             makeRandomTree(random, path, depth - 1);
-        } else {
-            touch(path);
+        } else if (!fs::exists(path)) {
+            writeFile(path, "");
         }
     }
 }
 
-TEST_F(DirFindFileTest, RandomTreesGiveWhatThePlainSearchGives) {
+std::ptrdiff_t countOpenDescriptors() {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+}
+
+TEST_F(DirListingTest, RandomTreesGiveWhatThePlainSearchGives) {
     std::mt19937 random(1);
+    const auto openBefore = countOpenDescriptors();
     for (int i = 0; i < 1000; ++i) {
         const std::string tree = temp_ / std::to_string(i);
-        fs::create_directory(tree);
         makeRandomTree(random, tree, 3);
         for (int attempt = 0; attempt < 5; ++attempt) {
             const std::string name = randomName(random, "aA.", 4);
-            const bool recursive = attempt != 0;
-            const unsigned int start = random() % 3 == 0 ? 4995 + static_cast<unsigned int>(random() % 8) : 0;
-            unsigned int visited = start;
-            unsigned int expectedVisited = start;
-            const std::string expected = findPlainly(name, tree, recursive, expectedVisited);
-            const FilePath found = Dir::FindFile(name.c_str(), tree.c_str(), recursive, visited);
+            unsigned int visited = random() % 3 == 0 ? 4995 + static_cast<unsigned int>(random() % 8) : 0;
+            unsigned int expectedVisited = visited;
+            const std::string expected = findPlainly(name, tree, attempt != 0, expectedVisited);
+            const FilePath found = Dir::FindFile(name.c_str(), tree.c_str(), attempt != 0, visited);
             ASSERT_EQ(std::string(found.GetInternal().CStr()), expected) << tree << " " << name;
             ASSERT_EQ(visited, expectedVisited) << tree << " " << name;
         }
     }
+    EXPECT_EQ(countOpenDescriptors(), openBefore);
 }
 
 }  // namespace

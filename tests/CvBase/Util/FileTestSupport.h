@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "CvBase/Util/Dir.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "CvBase/Util/File.h"
+#include "tests/support/Surroundings.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Text.h"
 
@@ -77,6 +79,17 @@ protected:
 
 private:
     std::string concerned_ = path_;
+};
+
+/// Works in a folder of its own, with HOME to change.
+class DirFixture : public testing::Test {
+protected:
+    DirFixture() { std::filesystem::current_path(temp_.path()); }
+
+    const TempDir temp_;
+
+private:
+    const Surroundings surroundings_;
 };
 
 }  // namespace test

@@ -31,15 +31,15 @@ bool isThere(const std::string& path) {
 
 class FileRenameTest : public testing::Test {
 protected:
-    void rename() const { File::Rename(pathOf(from_), pathOf(to_)); }
+    static void rename(const std::string& from, const std::string& to) { File::Rename(pathOf(from), pathOf(to)); }
 
     static void expectRefused(int osError, const std::string& from, const std::string& to) {
-        expectFileFailure([&] { File::Rename(pathOf(from), pathOf(to)); }, "Rename failed", FileIO::RenameError,
-                          osError, from);
+        expectFileFailure([&] { rename(from, to); }, "Rename failed", FileIO::RenameError, osError, from);
     }
 
-    /// Expects that the file of `contents` is at to_, and nothing at from_.
-    void expectMoved(const std::string& contents) const {
+    /// Renames from_ to to_, and expects the file of `contents` there and nothing at from_.
+    void expectRenamed(const std::string& contents) const {
+        rename(from_, to_);
         EXPECT_EQ(readFile(to_), contents);
         EXPECT_FALSE(fs::is_symlink(to_));
         EXPECT_FALSE(isThere(from_));
@@ -56,14 +56,13 @@ TEST_F(FileRenameTest, ToANewNameAndOntoAnExistingFile) {
         struct stat before {
         }, after{};
         ASSERT_EQ(stat(from_.c_str(), &before), 0);
-        rename();
-        expectMoved(contents);
+        expectRenamed(contents);
         ASSERT_EQ(stat(to_.c_str(), &after), 0);
         EXPECT_EQ(before.st_ino, after.st_ino);
     }
     fs::remove(to_);
     writeFile(from_ + "/inside", "x");
-    rename();
+    rename(from_, to_);
     EXPECT_EQ(readFile(to_ + "/inside"), "x") << "a folder gets another name";
 }
 
@@ -82,11 +81,6 @@ TEST_F(FileRenameTest, WhatIsRefusedLeavesBothAsTheyAre) {
 
 TEST_F(FileRenameTest, AcrossVolumesBothFilesStay) {
     const std::string elsewhere = "/dev/shm/cvbase-rename-test-" + std::to_string(getpid());
-    struct stat here {
-    }, there{};
-    ASSERT_EQ(stat(temp_.path().c_str(), &here), 0);
-    ASSERT_EQ(stat("/dev/shm", &there), 0);
-    ASSERT_NE(here.st_dev, there.st_dev) << "this test needs two volumes";
     writeFile(from_, "new");
     writeFile(elsewhere, "old");
     expectRefused(EXDEV, from_, elsewhere);
@@ -101,33 +95,27 @@ TEST_F(FileRenameTest, OntoItselfTheFileStays) {
     fs::create_directory_symlink(temp_.path(), temp_ / "link");
     fs::create_hard_link(from_, temp_ / "second name");
     for (const std::string& same : {from_, temp_ / "/from", temp_ / "no/../from", temp_ / "link/from"}) {
-        File::Rename(pathOf(from_), pathOf(same));
-        File::Rename(pathOf(same), pathOf(from_));
+        rename(from_, same);
+        rename(same, from_);
         EXPECT_EQ(readFile(from_), "only copy") << same;
     }
     fs::create_directory(temp_ / "folder");
-    File::Rename(pathOf(temp_ / "folder"), pathOf(temp_ / "link/folder"));
+    rename(temp_ / "folder", temp_ / "link/folder");
     EXPECT_TRUE(fs::is_directory(temp_ / "folder"));
 }
 
 TEST_F(FileRenameTest, OfTwoNamesOfOneFileOneGoes) {
-    writeFile(from_, "only copy");
-    fs::create_hard_link(from_, to_);
-    rename();
-    expectMoved("only copy");
+    writeFile(to_, "only copy");
+    fs::create_symlink("to", from_);
+    expectRenamed("only copy");
+    fs::create_hard_link(to_, from_);
+    expectRenamed("only copy");
 
     fs::create_directory(temp_ / "folder");
     fs::create_hard_link(to_, temp_ / "folder/to");
-    File::Rename(pathOf(to_), pathOf(temp_ / "folder/to"));
+    rename(to_, temp_ / "folder/to");
     EXPECT_EQ(readFile(temp_ / "folder/to"), "only copy") << "the same name in another folder is another name";
     EXPECT_FALSE(isThere(to_));
-}
-
-TEST_F(FileRenameTest, ALinkToTheTargetGoes) {
-    writeFile(to_, "only copy");
-    fs::create_symlink("to", from_);
-    rename();
-    expectMoved("only copy");
 }
 
 TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
@@ -138,69 +126,43 @@ TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
         fs::remove(temp_ / "another name");
         fs::create_hard_link(from_, temp_ / "another name");
         fs::create_symlink(target, to_);
-        rename();
+        rename(from_, to_);
         EXPECT_EQ(readFile(to_), "only copy") << target;
         EXPECT_FALSE(isThere(from_)) << target;
         EXPECT_TRUE(target == "third" || !fs::is_symlink(to_));
     }
 }
 
-/// The Trash's folder is asked for once in a process, so all cases share one.
-class FileRecycleTest : public testing::Test {
-protected:
-    FileRecycleTest() {
-        setenv("HOME", home().path().c_str(), 1);
-        unsetenv("XDG_DATA_HOME");
-    }
-
-    static const test::TempDir& home() {
-        static const test::TempDir folder;
-        return folder;
-    }
-    static std::string trashed(const std::string& name) { return home() / (".local/share/Trash/files/" + name); }
-};
-
-TEST_F(FileRecycleTest, MovesTheItemToTheTrash) {
-    writeFile(home() / "report.txt", "contents");
-    writeFile(home() / "folder/inside", "x");
-    fs::create_symlink(home() / "stays", home() / "link");
-    fs::create_symlink(home() / "nowhere", home() / "dangling");
-    writeFile(home() / "stays", "");
-    for (const char* name : {"report.txt", "folder/", "link", "dangling"}) {
-        File::Recycle((home() / name).c_str());
-        EXPECT_FALSE(isThere(home() / name)) << name;
-    }
-    EXPECT_EQ(readFile(trashed("report.txt")), "contents");
-    EXPECT_EQ(readFile(trashed("folder/inside")), "x");
-    EXPECT_TRUE(fs::is_symlink(trashed("link")) && fs::is_symlink(trashed("dangling")) && isThere(home() / "stays"));
-}
-
-TEST_F(FileRecycleTest, WhatCannotBeMovedStaysSilently) {
-    for (const std::string& path : {std::string(), home() / "missing", std::string("/proc/self/status")}) {
-        File::Recycle(path.c_str());
-    }
-    File::Recycle(String());
-    writeFile(home() / "relative", "stays");
+TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
+    const test::TempDir home;
     const test::Surroundings surroundings;
-    fs::current_path(home().path());
-    File::Recycle("relative");
-    EXPECT_EQ(readFile(home() / "relative"), "stays");
+    test::setHome(home.path());
+    unsetenv("XDG_DATA_HOME");
+    fs::current_path(home.path());
+    writeFile(home / "report.txt", "contents");
+    writeFile(home / "folder/inside", "x");
+    writeFile(home / "stays", "");
+    fs::create_symlink(home / "stays", home / "link");
+    fs::create_symlink(home / "nowhere", home / "dangling");
+    for (const std::string name : {"report.txt", "folder/", "link", "dangling"}) {
+        File::Recycle((home / name).c_str());
+        EXPECT_FALSE(isThere(home / name)) << name;
+        EXPECT_TRUE(isThere(home / (".local/share/Trash/files/" + name))) << name;
+    }
+    for (const char* path : {"stays", "", "/missing", "/proc/self/status", static_cast<const char*>(nullptr)}) {
+        File::Recycle(path);
+    }
+    EXPECT_TRUE(isThere(home / "stays")) << "a relative path, and a link's target";
 }
 
 TEST(FileTypeTest, IsTheCodeOfTheFinderInformation) {
     const test::TempDir temp;
-    const std::string path = temp / "file";
+    const std::string path = temp / "file", info = "TEXTttxt" + std::string(24, '\0');
     const File file(pathOf(path));
     EXPECT_EQ(file.GetOSXFileType(), 0U) << "no file";
     writeFile(path, "x");
-    EXPECT_EQ(file.GetOSXFileType(), 0U) << "no information";
-
-    const char* attribute = "user.com.apple.FinderInfo";
-    const std::string info = "TEXTttxt" + std::string(24, '\0');
-    ASSERT_EQ(setxattr(path.c_str(), attribute, info.data(), info.size(), 0), 0);
+    ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.FinderInfo", info.data(), info.size(), 0), 0);
     EXPECT_EQ(file.GetOSXFileType(), 0x54455854U);
-    ASSERT_EQ(setxattr(path.c_str(), attribute, info.data(), 16, 0), 0);
-    EXPECT_EQ(file.GetOSXFileType(), 0U) << "information of a wrong size";
     EXPECT_EQ(File().GetOSXFileType(), 0U);
 }
 

@@ -12,6 +12,7 @@
 
 #include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
 
 namespace {
 

@@ -38,15 +38,13 @@ kern_return_t mach_timebase_info(mach_timebase_info_t info) {
 }
 
 int sysctlnametomib(const char* name, int* mib, size_t* count) {
-    EXPECT_STREQ(name, "hw.cpufrequency");
-    mib[1] = 15;
-    *count = 2;
-    return g_answers.controlFound;
+    *mib = 15;
+    *count = 1;
+    return std::strcmp(name, "hw.cpufrequency") == 0 ? g_answers.controlFound : -1;
 }
 
 int sysctl(const int* mib, unsigned int count, void* oldValue, size_t* oldLength, const void* newValue, size_t) {
-    EXPECT_EQ(mib[1], 15);
-    EXPECT_TRUE(count == 2 && *oldLength == 8 && newValue == nullptr);
+    EXPECT_TRUE(count == 1 && *mib == 15 && *oldLength == 8 && newValue == nullptr);
     std::memcpy(oldValue, &g_answers.rate, sizeof g_answers.rate);
     return g_answers.controlRead;
 }

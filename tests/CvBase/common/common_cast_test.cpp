@@ -23,14 +23,12 @@ void expectRangeOf() {
 }
 
 TEST(CheckedCast, KeepsValuesThatFit) {
-    expectRangeOf<std::int8_t, std::int8_t>();
     expectRangeOf<std::int8_t, std::uint8_t>();
     expectRangeOf<std::uint8_t, std::int8_t>();
     expectRangeOf<std::int16_t, std::int32_t>();
     expectRangeOf<std::uint16_t, std::int32_t>();
     expectRangeOf<std::int16_t, std::uint16_t>();
     expectRangeOf<std::uint16_t, std::int16_t>();
-    expectRangeOf<std::int32_t, std::uint8_t>();
     expectRangeOf<std::uint16_t, std::int64_t>();
 }
 
@@ -39,18 +37,6 @@ TEST(CheckedCast, AtTheWidestLimits) {
     EXPECT_TRUE(in_range<std::int64_t>(0x7FFFFFFFFFFFFFFFULL));
     EXPECT_FALSE(in_range<std::uint64_t>(-1));
     EXPECT_FALSE(in_range<std::uint32_t>(0x100000000LL));
-    EXPECT_TRUE(in_range<std::uint32_t>(0xFFFFFFFFLL));
-    EXPECT_TRUE(in_range<std::int32_t>(std::int64_t{INT32_MIN}));
-    EXPECT_FALSE(in_range<std::int32_t>(std::int64_t{INT32_MIN} - 1));
-}
-
-TEST(CheckedValue, IsUnsetOrHoldsAValue) {
-    const checked_value<int> unset, zero(0);
-    EXPECT_EQ(unset.Value(), 0);
-    EXPECT_EQ(unset.ValueOr(9), 9);
-    EXPECT_EQ(zero.ValueOr(9), 0);
-    EXPECT_TRUE(unset != zero && unset == checked_value<int>() && zero == checked_value<int>(0));
-    EXPECT_NE(zero, checked_value<int>(1));
 }
 
 }  // namespace

@@ -73,20 +73,6 @@ TEST_F(PathTest, AWorkingFolderThatCannotBeReadGivesTheRoot) {
     EXPECT_EQ(str(file("docs/a").GetInternal()), "/docs/a") << "a removed working folder";
 }
 
-TEST_F(PathTest, RelativeTextBeginsWithNoSeparator) {
-    for (const char* text : {"a", "~/x", "C:\\x", " /a", ".", "", "/", "\\", "/a", "\\a"}) {
-        const bool isRelative = *text != '\0' && *text != '/' && *text != '\\';
-        EXPECT_EQ(FilePath::IsRelative(text), isRelative) << text;
-        EXPECT_EQ(FolderPath::IsRelative(text), isRelative) << text;
-    }
-}
-
-TEST_F(PathTest, FolderTextEndsWithASeparator) {
-    EXPECT_EQ(str(folder("/a").GetInternal()), "/a/");
-    EXPECT_EQ(str(folder("/a\\").GetInternal()), "/a\\");
-    EXPECT_EQ(str(folder("//").GetInternal()), "//");
-}
-
 TEST_F(PathTest, FoldingALongPathTakesLinearTime) {
     std::string text;
     for (int i = 0; i < 400000; ++i) {
@@ -163,11 +149,6 @@ std::string folderOf(std::string text, const std::string& workingFolder) {
     return isSeparator(text.back()) ? text : text + "/";
 }
 
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char c) { return c == 'A' ? 'a' : c; });
-    return text;
-}
-
 }  // namespace model
 
 /// Calls `use` with every text of at most `length` characters out of `letters`.
@@ -220,32 +201,21 @@ TEST_F(PathTest, EveryShortPathHasTheModelsParts) {
 TEST_F(PathTest, NoPathHasNoPartsAndADriveLetterCountsWhereItComesFirst) {
     EXPECT_EQ(str(FolderPath().ToString()), "/");
     EXPECT_EQ(str(FilePath().ToString()), "");
-    EXPECT_EQ(str(FilePath().GetFilename()), "");
     EXPECT_TRUE(FilePath().GetFolder().IsEmpty() && FolderPath().GetParent().IsEmpty());
 
     fs::current_path("/tmp");
     setHome("C:");
     EXPECT_EQ(str(file("~/x").GetFolder().GetInternal()), "/tmp/C:/");
     EXPECT_EQ(str(file("~").GetFolder().GetInternal()), "/tmp/C:/");
-    EXPECT_EQ(str(file("~").GetFilename()), "");
     EXPECT_EQ(str(file("/x/C:y").GetFilename()), "C:y");
 }
 
 TEST_F(PathTest, AFolderAndANameMakeAFilePath) {
     fs::current_path("/tmp");
-    EXPECT_EQ(str((folder("/x") + "a.txt").GetInternal()), "/x/a.txt");
+    EXPECT_EQ(str((folder("/x\\") + "a.txt").GetInternal()), "/x\\a.txt");
     EXPECT_EQ(str((folder("/x") + "/a.txt").GetInternal()), "/x//a.txt");
-    EXPECT_EQ(str((folder("/x") + "").GetInternal()), "/x/");
     EXPECT_EQ(str((FolderPath() + "a.txt").GetInternal()), "/tmp/a.txt");
     EXPECT_TRUE((FolderPath() + String()).IsEmpty());
-}
-
-TEST_F(PathTest, ComparisonsFoldLettersOfAsciiOnly) {
-    EXPECT_TRUE(file("/Users/Z") == file("/uSERS/z"));
-    EXPECT_FALSE(file("/\xC3\x89") == file("/\xC3\xA9"));
-    EXPECT_FALSE(file("/[") == file("/{"));
-    EXPECT_TRUE(FilePath() == file("/"));
-    EXPECT_TRUE(FolderPath() == folder("/"));
 }
 
 template <class Path>
@@ -255,16 +225,19 @@ void expectOrder(const Path& a, const Path& b, int order) {
     EXPECT_EQ(a <= b, order <= 0);
 }
 
-TEST_F(PathTest, OrderAgreesWithTheFoldedTexts) {
-    std::vector<std::string> texts;
-    forEachText("aA./", 3, [&](const std::string& rest) { texts.push_back("/" + rest); });
-    for (const std::string& a : texts) {
-        for (const std::string& b : texts) {
-            SCOPED_TRACE(testing::Message() << a << " " << b);
-            const int order = model::lower(model::folded(a)).compare(model::lower(model::folded(b)));
-            expectOrder(file(a), file(b), order);
-            expectOrder(folder(a), folder(b), order);
-        }
+TEST_F(PathTest, OrderIsThatOfTheFoldedTextsWithTheLettersOfAsciiInOneCase) {
+    // clang-format off
+    const struct { const char *a, *b; int order; } rows[] = {
+        {"/Users/Z", "/uSERS/z", 0}, {"/a//b/", "\\A\\x\\..\\B", 0}, {"/", "", 0}, {"/a", "/B", -1}, {"/a", "/ab", -1}, {"/a", "/A/b", -1},
+        {"/Z", "/[", 1}, {"/[", "/{", -1}, {"/\xC3\x89", "/\xC3\xA9", -1}, {"/a", "/a.b", 1},  // as "/a/" and "/a.b/"
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.a);
+        expectOrder(file(row.a), file(row.b), row.order);
+        expectOrder(file(row.b), file(row.a), -row.order);
+        expectOrder(folder(row.a), folder(row.b), row.order);
+        expectOrder(folder(row.b), folder(row.a), -row.order);
     }
 }
 

@@ -99,13 +99,13 @@ TEST(SharedPtr, ReplaceLeavesTheOtherHolders) {
 }
 
 TEST(SharedPtr, CopiesMayLiveOnSeveralThreads) {
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 20; ++round) {
         std::vector<std::thread> threads;
         {
             const shared_ptr<Counted> original(new Counted(round));
             for (int i = 0; i < 4; ++i) {
                 threads.emplace_back([round, mine = original] {
-                    for (int step = 0; step < 200; ++step) {
+                    for (int step = 0; step < 5000; ++step) {
                         shared_ptr<Counted> copy(mine);
                         const shared_ptr<Counted> another(copy);
                         EXPECT_EQ(another->value, round);
@@ -119,8 +119,8 @@ TEST(SharedPtr, CopiesMayLiveOnSeveralThreads) {
         for (std::thread& thread : threads) {
             thread.join();
         }
+        EXPECT_EQ(Counted::alive, 0);
     }
-    EXPECT_EQ(Counted::alive, 0);
 }
 
 class Resource : noncopyable {};

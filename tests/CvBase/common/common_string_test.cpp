@@ -4,9 +4,7 @@
 
 #include <memory>
 #include <string>
-#include <thread>
 #include <type_traits>
-#include <vector>
 
 #include "tests/support/Text.h"
 
@@ -15,6 +13,7 @@ using test::bytesOf;
 using test::makeText;
 
 using Bytes = std::optional<std::string>;
+using Position = checked_value<unsigned int>;
 
 namespace {
 
@@ -86,9 +85,7 @@ TEST(String, AppendingToNothingShares) {
         EXPECT_TRUE(a.SharesTextWith(b));
     }
     String a("a");
-    unsigned int const before = b.UseCount();
     a += b;
-    EXPECT_EQ(b.UseCount(), before);
     a += '\0';
     a += "c";
     EXPECT_EQ(bytesOf(a), "ab\0c"s);
@@ -99,21 +96,6 @@ TEST(String, AppendingToNothingShares) {
     String empty("");
     empty += String();
     EXPECT_FALSE(empty.IsNull());
-}
-
-TEST(String, EveryChangeTakesANewText) {
-    String text("abcdef");
-    char const* const before = text.CStr();
-    const std::string copyOfBefore = before;
-    const String holder(text);  // keeps the old text alive, so that a new one cannot lie in its place
-    for (const auto& change : {+[](String& s) { s += "x"; }, +[](String& s) { s.Resize(3); },
-                               +[](String& s) { s.Truncate(2); }, +[](String& s) { s.Resize(2, true); }}) {
-        String changed(holder);
-        change(changed);
-        EXPECT_FALSE(changed.SharesTextWith(holder));
-        EXPECT_EQ(changed.UseCount(), 1U);
-        EXPECT_EQ(holder, copyOfBefore.c_str());
-    }
 }
 
 TEST(String, ResizeCutsPadsAndBlanksACutSequence) {
@@ -141,35 +123,142 @@ TEST(String, TruncateOnlyShortens) {
     String text("abc\xC3\xA9");
     const String copy(text);
     text.Truncate(5);
-    text.Truncate(10);
     EXPECT_TRUE(text.SharesTextWith(copy));
     text.Truncate(4);
     EXPECT_EQ(bytesOf(text), "abc\0"s);
-    String null;
-    null.Truncate(0);
-    EXPECT_TRUE(null.IsNull());
 }
 
-TEST(String, CopiesMayBeUsedOnSeveralThreads) {
-    const String original("shared text");
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([mine = original] {
-            for (int step = 0; step < 5000; ++step) {
-                String copy(mine);
-                const String another = copy + "!";
-                copy += another;
-                EXPECT_EQ(copy.Length(), 2 * mine.Length() + 1);
-                copy = mine;
-            }
-        });
+/// Expects of each comparison of `a` and `b`, either of which may be a String, what the sign of `order` says.
+template <typename A, typename B>
+void expectOrder(A const& a, B const& b, int order) {
+    EXPECT_EQ(a == b, order == 0);
+    EXPECT_EQ(a != b, order != 0);
+    EXPECT_EQ(a < b, order < 0);
+    EXPECT_EQ(a <= b, order <= 0);
+    EXPECT_EQ(a > b, order > 0);
+    EXPECT_EQ(a >= b, order >= 0);
+}
+
+TEST(StringComparison, OrdersAsBytesUpToTheFirstNul) {
+    // clang-format off
+    const struct { Bytes a, b; int order; } rows[] = {
+        {NONE, NONE, 0}, {NONE, "", 0}, {"", "", 0}, {NONE, "\0x"s, 0}, {"ab", "ab\0c"s, 0}, {"abc", "abc", 0},
+        {NONE, "a", -1}, {"", "\x01", -1}, {"ab", "abc", -1}, {"abc", "abd", -1}, {"B", "a", -1},
+        {"z", "\xC3\xA9", -1}, {"\x7F", "\x80", -1}, {"\xEF\xBF\xBD", "\xF0\x90\x80\x80", -1},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.a) + " and " + testing::PrintToString(row.b));
+        const String a = makeText(row.a), b = makeText(row.b);
+        expectOrder(a, b, row.order);
+        expectOrder(b, a, -row.order);
+        expectOrder(a, b.CStr(), row.order);
+        expectOrder(b.CStr(), a, -row.order);
+        expectOrder(b, String(b), 0);
+        expectOrder(b, b.CStr(), 0);
     }
-    for (std::thread& thread : threads) {
-        thread.join();
+}
+
+TEST(StringComparison, WithANullPointerIsAlwaysFalse) {
+    char const* const null = nullptr;
+    for (const String& text : {String(), String(""), String("a")}) {
+        EXPECT_FALSE(text == null || text < null || text <= null || text > null || text >= null);
+        EXPECT_FALSE(null == text || null < text || null <= text || null > text || null >= text);
+        EXPECT_TRUE(text != null && null != text);
     }
-    EXPECT_EQ(original, "shared text");
-    threads.clear();
-    EXPECT_EQ(original.UseCount(), 1U);
+}
+
+TEST(StringFind, Byte) {
+    // clang-format off
+    const struct { Bytes text; char c; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+        {"abc", 'c', 0, true, 2}, {"abc", 'c', 2, true, 2}, {"abc", 'c', 3, true, {}}, {"abc", 'B', 0, false, 1},
+        {"aBc", 'b', 0, false, 1}, {"abc", 'B', 0, true, {}}, {"aba", 'a', 1, true, 2}, {"abc", 'a', 0xFFFFFFFF, true, {}},
+        {"ab\0c"s, 'c', 0, true, 3}, {"ab\0c"s, '\0', 0, true, 2}, {"ab\0C"s, 'c', 0, false, 3}, {"", '\0', 0, true, {}},
+        {NONE, 'a', 0, true, {}}, {NONE, 'a', 0, false, {}},
+        {"\xC3\xA9\xE9", '\xE9', 0, true, 2}, {"\xC3\xC9", '\xE9', 0, false, {}}, {"@[`{", '`', 0, false, 2},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(makeText(row.text).Find(row.c, row.start, row.caseSensitive), row.found)
+            << testing::PrintToString(row.text) << " from " << row.start;
+    }
+}
+
+TEST(StringFind, ByteFromTheEnd) {
+    // clang-format off
+    const struct { Bytes text; char c; Position start; bool caseSensitive; Position found; } rows[] = {
+        {"aba", 'a', {}, true, 2}, {"aba", 'a', 1, true, 0}, {"aba", 'a', 2, true, 2}, {"aba", 'a', 0, true, 0},
+        {"abc", 'x', 7, true, {}}, {"abc", 'c', 3, true, {}}, {"abc", 'c', 0xFFFFFFFF, true, {}}, {"abc", 'x', {}, true, {}},
+        {"abAc", 'a', {}, false, 2}, {"abAc", 'a', {}, true, 0}, {"a\0b\0"s, '\0', {}, true, 3},
+        {"", 'a', {}, true, {}}, {"", 'a', 0, true, {}}, {NONE, 'a', {}, true, {}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(makeText(row.text).FindRev(row.c, row.start, row.caseSensitive), row.found)
+            << testing::PrintToString(row.text);
+    }
+}
+
+TEST(StringFind, Text) {
+    // clang-format off
+    const struct { Bytes text; char const* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+        {"abc", "bc", 0, true, 1}, {"abc", "bd", 0, true, {}}, {"abc", "", 1, true, 1}, {"abc", "", 3, true, {}},
+        {"abab", "ab", 1, true, 2}, {"abc", "BC", 0, true, {}}, {"abc", "abcd", 0, true, {}},
+        {"abc", "BC", 0, false, 1}, {"aBC", "bc", 1, false, 1}, {"abc", "", 2, false, 2}, {"abc", nullptr, 2, false, 2},
+        {"ab\0cdef"s, "cd", 0, true, {}}, {"ab\0cdef"s, "cd", 2, true, {}}, {"ab\0cdef"s, "cd", 3, true, 3},
+        {"ab\0cdef"s, "", 2, true, 2},
+        // Folded, the text ends at its NUL: nothing is found behind it, and nothing is read there.
+        {"ab\0cdef"s, "cd", 3, false, {}}, {"ab\0cdef"s, "", 2, false, 2}, {"ab\0cdef"s, "", 3, false, {}},
+        {"ab\0cdef"s, "", 6, false, {}}, {"\0cdef"s, "c", 0, false, {}}, {"\0cdef"s, "c", 1, false, {}},
+        {"", "", 0, true, {}}, {NONE, "", 0, true, {}}, {NONE, "a", 0, false, {}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(makeText(row.text).Find(row.needle, row.start, row.caseSensitive), row.found)
+            << testing::PrintToString(row.text) << " from " << row.start;
+    }
+}
+
+TEST(StringFind, BeginningAndEnd) {
+    // clang-format off
+    const struct { Bytes text, part; bool caseSensitive, begins, ends; } rows[] = {
+        {"abcab", "ab", true, true, true}, {"abc", "ab", true, true, false}, {"abc", "bc", true, false, true},
+        {"abc", "AB", true, false, false}, {"abc", "AB", false, true, false}, {"ABC", "bc", false, false, true},
+        {"abc", "abc", true, true, true}, {"abc", "abcd", true, false, false}, {"abc", "xabc", false, false, false},
+        {"abc", "", true, true, true}, {"abc", NONE, false, true, true}, {NONE, NONE, true, true, true},
+        {NONE, "", false, true, true}, {"", "a", true, false, false},
+        {"a\0b"s, "a\0c"s, true, true, true}, {"a\0b"s, "a\0"s, true, true, false}, {"xa\0b"s, "A\0b"s, false, false, true},
+        {"\xC3\xA9", "\xC3\x89", false, false, false},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.text) + " and " + testing::PrintToString(row.part));
+        EXPECT_EQ(makeText(row.text).BeginsWith(makeText(row.part), row.caseSensitive), row.begins);
+        EXPECT_EQ(makeText(row.text).EndsWith(makeText(row.part), row.caseSensitive), row.ends);
+    }
+}
+
+TEST(StringPieces, LeftRightMid) {
+    const String null;
+    const String empty("");
+    const String abc("abc");
+    const String nul = makeText("a\0b"s);
+    // clang-format off
+    const struct { char const* what; String piece; Bytes bytes; } rows[] = {
+        {"left of null", null.Left(2), NONE}, {"right of null", null.Right(0), NONE}, {"mid of null", null.Mid(0), NONE},
+        {"left of empty", empty.Left(2), ""}, {"right of empty", empty.Right(2), ""}, {"mid of empty", empty.Mid(0), NONE},
+        {"left none", abc.Left(0), ""}, {"left two", abc.Left(2), "ab"}, {"left all", abc.Left(10), "abc"},
+        {"right none", abc.Right(0), ""}, {"right two", abc.Right(2), "bc"}, {"right all", abc.Right(0xFFFFFFFF), "abc"},
+        {"mid rest", abc.Mid(1), "bc"}, {"mid clamped", abc.Mid(1, 10), "bc"}, {"mid clamped, no wrap", abc.Mid(2, 0xFFFFFFFF), "c"},
+        {"mid one", abc.Mid(1, 1), "b"}, {"mid none", abc.Mid(1, 0), ""}, {"mid at the end", abc.Mid(3), NONE},
+        {"mid at the end, none", abc.Mid(3, 0), NONE}, {"mid far behind", abc.Mid(0xFFFFFFFF, 2), NONE},
+        {"left over NUL", nul.Left(2), "a\0"s}, {"right over NUL", nul.Right(2), "\0b"s}, {"mid over NUL", nul.Mid(1), "\0b"s},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        EXPECT_EQ(bytesOf(row.piece), row.bytes) << row.what;
+    }
+    EXPECT_FALSE(abc.Left(3).SharesTextWith(abc));
 }
 
 }  // namespace

@@ -13,18 +13,15 @@
 #include "CvBase/common/common_string.h"
 
 int main(int argc, char** argv) {
-    int next = 1;
-    if (next < argc && std::strcmp(argv[next], "--setlocale") == 0) {
+    const bool follows = argc > 1 && std::strcmp(argv[1], "--setlocale") == 0;
+    if (follows) {
         std::setlocale(LC_NUMERIC, "");
-        ++next;
     }
     std::printf("%s\n", String::Number(1234.5, 2).CStr());
-    for (; next < argc; ++next) {
-        const String text(argv[next]);
-        bool isDouble = false;
-        bool isInt = false;
-        const long thousandths = std::lround(text.ToDouble(&isDouble) * 1000);
-        const int integer = text.ToInt(&isInt);
+    for (int i = follows ? 2 : 1; i < argc; ++i) {
+        bool isDouble = false, isInt = false;
+        const long thousandths = std::lround(String(argv[i]).ToDouble(&isDouble) * 1000);
+        const int integer = String(argv[i]).ToInt(&isInt);
         std::printf("%s %s\n", isDouble ? String::Number(thousandths).CStr() : "failed",
                     isInt ? String::Number(integer).CStr() : "failed");
     }
