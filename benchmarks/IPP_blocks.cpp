@@ -11,7 +11,7 @@
 namespace {
 
 using bench::add;
-using bench::destinationOf;
+using bench::destination;
 using bench::source;
 using Byte = unsigned char;
 
@@ -22,15 +22,15 @@ std::string workName(std::string const& name, std::size_t n) {
 void addCopying(std::size_t n) {
     auto const count = static_cast<unsigned int>(n);
     std::size_t const size = n * sizeof(float);
-    auto const correct = [size] { return std::memcmp(destinationOf<float>(), source<float>(), size) == 0; };
+    auto const correct = [n, size] { return std::memcmp(destination<float>(n), source<float>(n), size) == 0; };
     add(workName("copy", n),
-        {"CvBase", [count] { IPP::Copy(count, source<float>(), destinationOf<float>()); }, correct});
+        {"CvBase", [n, count] { IPP::Copy(count, source<float>(n), destination<float>(n)); }, correct});
     add(workName("copy", n),
-        {"memcpy", [size] { std::memcpy(destinationOf<float>(), source<float>(), size); }, correct});
+        {"memcpy", [n, size] { std::memcpy(destination<float>(n), source<float>(n), size); }, correct});
     add(workName("move", n),
-        {"CvBase", [count] { IPP::Move(count, source<float>(), destinationOf<float>()); }, correct});
+        {"CvBase", [n, count] { IPP::Move(count, source<float>(n), destination<float>(n)); }, correct});
     add(workName("move", n),
-        {"memmove", [size] { std::memmove(destinationOf<float>(), source<float>(), size); }, correct});
+        {"memmove", [n, size] { std::memmove(destination<float>(n), source<float>(n), size); }, correct});
 }
 
 template <typename T>
@@ -38,37 +38,37 @@ void addSetting(std::string const& name, std::size_t n, T value) {
     auto const count = static_cast<unsigned int>(n);
     std::size_t const size = n * sizeof(T);
     add(workName(name, n), {"CvBase",
-                            [count, value] { IPP::Set(count, destinationOf<T>(), value); },
+                            [n, count, value] { IPP::Set(count, destination<T>(n), value); },
                             [n, value] {
-                                T const* const dst = destinationOf<T>();
+                                T const* const dst = destination<T>(n);
                                 return std::all_of(dst, dst + n, [value](T element) { return element == value; });
                             },
                             {}});
     add(workName(name, n), {"memset",
-                            [size] { std::memset(destinationOf<T>(), 0x5A, size); },
-                            [size] { return destinationOf<Byte>()[size - 1] == 0x5A; },
+                            [n, size] { std::memset(destination<T>(n), 0x5A, size); },
+                            [n, size] { return destination<T, Byte>(n)[size - 1] == 0x5A; },
                             {}});
 }
 
 void addZeroing(std::size_t n) {
     auto const count = static_cast<unsigned int>(n);
     std::size_t const size = n * sizeof(double);
-    auto const correct = [n] { return destinationOf<double>()[0] == 0.0 && destinationOf<double>()[n - 1] == 0.0; };
-    add(workName("zero", n), {"CvBase", [count] { IPP::Zero(count, destinationOf<double>()); }, correct});
-    add(workName("zero", n), {"memset", [size] { std::memset(destinationOf<double>(), 0, size); }, correct});
+    auto const correct = [n] { return destination<double>(n)[0] == 0.0 && destination<double>(n)[n - 1] == 0.0; };
+    add(workName("zero", n), {"CvBase", [n, count] { IPP::Zero(count, destination<double>(n)); }, correct});
+    add(workName("zero", n), {"memset", [n, size] { std::memset(destination<double>(n), 0, size); }, correct});
 }
 
 void addComparing(std::size_t n) {
     static bool same = false;
-    auto const prepare = [n] { std::memcpy(destinationOf<Byte>(), source<Byte>(), n); };
+    auto const prepare = [n] { std::memcpy(destination<Byte>(n), source<Byte>(n), n); };
     auto const correct = [] { return same; };
     add(workName("equal", n),
-        {"CvBase", [n] { same = IPP::Equal(static_cast<unsigned int>(n), source<Byte>(), destinationOf<Byte>()); },
+        {"CvBase", [n] { same = IPP::Equal(static_cast<unsigned int>(n), source<Byte>(n), destination<Byte>(n)); },
          correct, prepare});
     add(workName("equal", n),
-        {"memcmp", [n] { same = std::memcmp(source<Byte>(), destinationOf<Byte>(), n) == 0; }, correct, prepare});
+        {"memcmp", [n] { same = std::memcmp(source<Byte>(n), destination<Byte>(n), n) == 0; }, correct, prepare});
     static unsigned int sum = 0;
-    add(workName("equal", n), {"reading", [n] { sum = bench::vectorRead(source<Byte>(), destinationOf<Byte>(), n); },
+    add(workName("equal", n), {"reading", [n] { sum = bench::vectorRead(source<Byte>(n), destination<Byte>(n), n); },
                                [] { return sum == 0; }, prepare});
 }
 

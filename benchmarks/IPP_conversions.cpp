@@ -12,14 +12,14 @@
 namespace {
 
 using bench::add;
-using bench::destinationOf;
+using bench::destination;
 using bench::source;
 
 /// Whether each result is the source times `factor`, give or take one step of an integer and a float's precision.
 template <typename From, typename To>
 bool isScaled(std::size_t n, double factor) {
-    From const* const src = source<From>();
-    To const* const dst = destinationOf<To>();
+    From const* const src = source<From>(n);
+    To const* const dst = destination<From, To>(n);
     for (std::size_t i = 0; i < n; ++i) {
         double const wanted = static_cast<double>(src[i]) * factor;
         double const step = std::is_integral_v<To> ? 1.0 : 0.0;
@@ -36,15 +36,15 @@ void addConversion(std::string const& name, double factor, Convert convert) {
         std::string const work = "IPP/" + name + "/" + std::to_string(n);
         auto const correct = [n, factor] { return isScaled<From, To>(n, factor); };
         add(work, {"CvBase",
-                   [n, convert] { convert(static_cast<unsigned int>(n), source<From>(), destinationOf<To>()); },
+                   [n, convert] { convert(static_cast<unsigned int>(n), source<From>(n), destination<From, To>(n)); },
                    correct,
                    {}});
         for (auto const& peer : bench::peerConversions<From, To>()) {
-            add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(), destinationOf<To>()); }, correct});
+            add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(n), destination<From, To>(n)); }, correct});
         }
         auto const copy = n == bench::IN_CACHE ? bench::vectorCopy : bench::streamingCopy;
         add(work, {"copy",
-                   [n, copy] { copy(source<From>(), n * sizeof(From), destinationOf<To>(), n * sizeof(To)); },
+                   [n, copy] { copy(source<From>(n), n * sizeof(From), destination<From, To>(n), n * sizeof(To)); },
                    [] { return true; },
                    {}});
     }

@@ -166,7 +166,7 @@ void copyBlocks(Byte* dst, Byte const* src) {
 
 void addBlocks() {
     std::uint64_t const size = std::uint64_t{BLOCKS} * BLOCK_SIZE;
-    Byte const* const source = bench::source<Byte>();
+    Byte const* const source = bench::source<Byte>(bench::IN_MEMORY);
     auto const stream = makeStream(static_cast<unsigned int>(size));
     add("Stream/write-blocks", {"CvBase",
                                 [stream, source] {

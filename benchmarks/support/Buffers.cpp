@@ -9,13 +9,16 @@
 namespace bench {
 namespace {
 
-void* allocate(std::size_t size) {
+constexpr std::size_t WIDEST = sizeof(double);
+
+unsigned char* allocate(std::size_t size) {
     constexpr std::size_t PAGE = 4096;
     void* const memory = std::aligned_alloc(PAGE, size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    return memory;
+    std::memset(memory, 0xA5, size);
+    return static_cast<unsigned char*>(memory);
 }
 
 /// Marsaglia's xorshift: good enough, and far faster than the memory.
@@ -41,35 +44,48 @@ T valueFrom(std::uint64_t bits) {
     }
 }
 
+/// `n` values and room for as many more of any width.
+template <typename T>
+unsigned char* makeValues(std::size_t n) {
+    unsigned char* const memory = allocate(n * (sizeof(T) + WIDEST));
+    Random random;
+    for (std::size_t i = 0; i < n; ++i) {
+        T const value = valueFrom<T>(random.next());
+        std::memcpy(memory + i * sizeof value, &value, sizeof value);
+    }
+    return memory;
+}
+
+template <typename T>
+unsigned char* values(std::size_t n) {
+    if (n == IN_CACHE) {
+        static unsigned char* const inCache = makeValues<T>(IN_CACHE);
+        return inCache;
+    }
+    static unsigned char* const inMemory = makeValues<T>(IN_MEMORY);
+    return inMemory;
+}
+
 }  // namespace
 
 template <typename T>
-T const* source() {
-    static T const* const values = [] {
-        T* const made = static_cast<T*>(allocate(IN_MEMORY * sizeof(T)));
-        Random random;
-        for (std::size_t i = 0; i < IN_MEMORY; ++i) {
-            made[i] = valueFrom<T>(random.next());
-        }
-        return made;
-    }();
-    return values;
+T const* source(std::size_t n) {
+    return reinterpret_cast<T const*>(values<T>(n));
 }
 
-template unsigned char const* source();
-template short const* source();
-template int const* source();
-template float const* source();
-template double const* source();
-
-void* destination() {
-    static void* const memory = [] {
-        std::size_t const size = IN_MEMORY * sizeof(double);
-        void* const made = allocate(size);
-        std::memset(made, 0xA5, size);
-        return made;
-    }();
-    return memory;
+template <typename T>
+void* destinationFor(std::size_t n) {
+    return values<T>(n) + n * sizeof(T);
 }
+
+#define CV_BENCH_SOURCE(T)                 \
+    template T const* source(std::size_t); \
+    template void* destinationFor<T>(std::size_t);
+
+CV_BENCH_SOURCE(unsigned char)
+CV_BENCH_SOURCE(short)
+CV_BENCH_SOURCE(int)
+CV_BENCH_SOURCE(float)
+CV_BENCH_SOURCE(double)
 
 }  // namespace bench
