@@ -69,9 +69,9 @@ private:
     static bool allZero(Ints x) { return _mm256_testz_si256(x, x) != 0; }
 };
 
-/// Where there is as much to compute, permuting takes longer than sharing out the elements when they are loaded: 0-3
-/// and 8-11 to one vector, 4-7 and 12-15 to the other, whose halves are then packed in order. And choosing between two
-/// halves is one instruction in place of two.
+/// Permuting packed shorts into order takes longer, beside the instructions that round, than sharing the elements out
+/// when they are loaded: 0-3 and 8-11 to one vector, 4-7 and 12-15 to the other, whose halves are then packed in order.
+/// And choosing one of two halves is one instruction in place of two.
 template <>
 struct Block<Avx2, FloatToShort<true>> {
     explicit Block(FloatToShort<true> operation) : multiplier(Avx2::broadcast(operation.multiplier)) {}
