@@ -20,46 +20,56 @@ struct Product {
     int code;
     const char* domain;  ///< null for a code that no product has
     const char* name;
-    int language;
-    const char* languageText;
 };
 
-constexpr Product PRODUCTS[] = {{6300, "com.corvane.audioplugins.Beatwell", "Beatwell", 0, "en"},
-                                {3100, "com.corvane.audioapps.Mender", "Corvane Mender", 1, "fr"},
-                                {5600, "com.corvane.audioapps.Mender2", "Corvane Mender 2", 2, "de"},
-                                {3500, "com.corvane.audioplugins.Stratos4", "Stratos4", 3, "it"},
-                                {5200, "com.corvane.audioplugins.Coffer", "Coffer", 6, "es"},
-                                {5100, "com.corvane.audioplugins.Ambrel", "Ambrel", 11, "ja"},
-                                {7700, "com.corvane.audioplugins.AmbrelLite", "Ambrel Lite", -1, "en"},
-                                {5000, "com.corvane.clarifier", "CLR", 2147483647, "en"},
-                                {4900, "com.corvane.audioplugins.Temper", "Temper", 1, "fr"},
-                                {4901, nullptr, nullptr, 1, nullptr}};
+constexpr Product PRODUCTS[] = {{6300, "com.corvane.audioplugins.Beatwell", "Beatwell"},
+                                {3100, "com.corvane.audioapps.Mender", "Corvane Mender"},
+                                {5600, "com.corvane.audioapps.Mender2", "Corvane Mender 2"},
+                                {3500, "com.corvane.audioplugins.Stratos4", "Stratos4"},
+                                {5200, "com.corvane.audioplugins.Coffer", "Coffer"},
+                                {5100, "com.corvane.audioplugins.Ambrel", "Ambrel"},
+                                {7700, "com.corvane.audioplugins.AmbrelLite", "Ambrel Lite"},
+                                {5000, "com.corvane.clarifier", "CLR"},
+                                {4900, "com.corvane.audioplugins.Temper", "Temper"},
+                                {4901, nullptr, nullptr}};
 
-json preferencesAfter(const Product& product) {
+struct Language {
+    int code;
+    const char* text;
+};
+
+constexpr Language LANGUAGES[] = {{0, "en"}, {1, "fr"}, {2, "de"}, {3, "it"}, {6, "es"}, {11, "ja"}, {-1, "en"}};
+
+json preferencesAfter(const Product& product, const Language& language) {
     if (product.domain == nullptr) {
         return json::object();
     }
     const std::string versionKey = std::string("InstalledProducts/") + product.name + "/CurrentVersion";
     return {{"com.corvane.updater", {{versionKey, {"str", "1.00"}}, {"UpdateInterval", {"int", 2}}}},
-            {product.domain, {{"Lang", {"str", product.languageText}}}}};
+            {product.domain, {{"Lang", {"str", language.text}}}}};
 }
 
-/// Each product is installed into a root of its own, through each entry; another program then reads what is there.
-TEST(Install, LeavesWhatEachProductAndLanguageNeeds) {
+/// Installs into a root of its own and expects of it what another program reads there.
+void expectInstalled(const Product& product, const Language& language, const char* entry) {
+    SCOPED_TRACE(std::to_string(product.code) + " " + std::to_string(language.code) + " " + entry);
+    const InstallRoot root;
+    root.makeVendorFolder();
+    const ProcessResult result =
+        runHost({"run", "--root", root.path(), "--product", std::to_string(product.code), "--language",
+                 std::to_string(language.code), "--entry", entry, PLUGIN_BUNDLE});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.err, "");
     const std::string head(16, '0'), tail(44, '0');
     const json flags{{"Corvane", head + "0400" + tail}, {"Icon\r", head + "4000" + tail}};
-    for (const char* entry : {"table", "direct"}) {
-        for (const Product& product : PRODUCTS) {
-            SCOPED_TRACE(std::string(entry) + " " + std::to_string(product.code));
-            const InstallRoot root;
-            root.makeVendorFolder();
-            const ProcessResult result =
-                runHost({"run", "--root", root.path(), "--product", std::to_string(product.code), "--language",
-                         std::to_string(product.language), "--entry", entry, PLUGIN_BUNDLE});
-            EXPECT_EQ(result.exitStatus, 0);
-            EXPECT_EQ(result.err, "");
-            EXPECT_EQ(readRoot(root.path()), json({{"preferences", preferencesAfter(product)}, {"finder", flags}}));
+    EXPECT_EQ(readRoot(root.path()), json({{"preferences", preferencesAfter(product, language)}, {"finder", flags}}));
+}
+
+TEST(Install, LeavesWhatEachProductAndLanguageNeeds) {
+    for (const Product& product : PRODUCTS) {
+        for (const Language& language : LANGUAGES) {
+            expectInstalled(product, language, "table");
         }
+        expectInstalled(product, LANGUAGES[1], "direct");
     }
 }
 

@@ -1,9 +1,11 @@
 #include "CvBase/Util/PlatformInfo.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -43,6 +45,14 @@ TEST(PlatformInfo, AProgramWithoutABundleHasItsProcessNameAndNeedsNoUserDatabase
         test::run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
     EXPECT_EQ(result.out, "print_platform_info\nprint_platform_info\n\n");
     EXPECT_EQ(result.exitStatus, 0) << result.err;
+}
+
+TEST(PlatformInfo, OfTheProcess) {
+    EXPECT_EQ(Util::GetCurrentProcessID(), getpid());
+    EXPECT_EQ(Util::GetNumLogicalProcessors(), static_cast<int>(std::thread::hardware_concurrency()));
+    unsigned int frameCount = 99;
+    Util::GetCallStack(10, &frameCount);
+    EXPECT_EQ(frameCount, 0U);
 }
 
 }  // namespace

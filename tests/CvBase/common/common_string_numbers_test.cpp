@@ -236,4 +236,16 @@ TEST(StringToDouble, ToFloatNarrows) {
     EXPECT_FALSE(ok);
 }
 
+TEST(StringToInt, TooLongForConversion) {
+    // Normalising takes bytes beyond ASCII through UTF-16, which accepts 100000 units one way and refuses them back.
+    for (const unsigned int units : {99999U, 100000U, 100001U}) {
+        const String text = makeText(std::string(units - 1, '0') + "\xEF\xBC\x95");
+        bool ok = false;
+        EXPECT_EQ(text.ToInt(&ok), units < 100000 ? 5 : 0);
+        EXPECT_EQ(ok, units < 100000);
+        EXPECT_EQ(text.ToDouble(&ok), units < 100000 ? 5.0 : 0.0);
+        EXPECT_TRUE(ok);
+    }
+}
+
 }  // namespace
