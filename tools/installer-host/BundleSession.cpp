@@ -8,7 +8,7 @@
 #include <typeinfo>
 
 #include "CvBase/common/common_exception_base.h"
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/MessageSend.h"
 
 namespace host {
 

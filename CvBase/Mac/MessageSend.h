@@ -1,6 +1,6 @@
 #pragma once
 
-// Typed Objective-C message sending from C++, the one header of this folder that a build on a Mac uses too.
+// Typed message sending from C++ to the classes that the Mac reaches by Objective-C alone.
 //
 //     const id panel = cv::send<id>(cv::classNamed("NSAlert"), "alloc");
 //     cv::send<void>(panel, "setAlertStyle:", cv::UInteger{2});
@@ -8,8 +8,6 @@
 
 #include <objc/objc.h>
 #include <objc/runtime.h>
-
-#include <objc/message.h>
 
 namespace cv {
 
@@ -24,7 +22,7 @@ inline id classNamed(const char* name) {
 
 /// Sends `selector` to `receiver` and returns the method's result as `Result`. The arguments must have exactly the
 /// method's parameter types, and `Result` must be void, a pointer, a Boolean or an integer. A null receiver gives
-/// `Result()`. An Objective-C exception travels on as a foreign C++ exception.
+/// `Result()`. A method that the receiver does not have ends the process.
 template <typename Result, typename... Args>
 Result send(id receiver, const char* selector, Args... args) {
     if (receiver == nullptr) {
@@ -33,12 +31,9 @@ Result send(id receiver, const char* selector, Args... args) {
     using Method = Result (*)(id, SEL, Args...);
     using AnyFunction = void (*)();  // what compilers let every function type be cast to and from
     const SEL name = sel_registerName(selector);
-#ifdef __GNU_LIBOBJC__
-    const auto method = reinterpret_cast<Method>(reinterpret_cast<AnyFunction>(objc_msg_lookup(receiver, name)));
-#else
-    const auto method = reinterpret_cast<Method>(reinterpret_cast<AnyFunction>(objc_msgSend));
-#endif
-    return method(receiver, name, args...);
+    const auto function =
+        reinterpret_cast<AnyFunction>(class_getMethodImplementation(object_getClass(receiver), name));
+    return reinterpret_cast<Method>(function)(receiver, name, args...);
 }
 
 }  // namespace cv

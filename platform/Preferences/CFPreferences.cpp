@@ -8,22 +8,35 @@
 #include <cctype>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <tuple>
 
-#include "platform/CoreFoundation/Bridge.h"
-#include "platform/CoreFoundation/PreferenceFile.h"
 #include "platform/CoreFoundation/PropertyListBridge.h"
+#include "platform/CoreFoundation/String.h"
 #include "platform/Descriptor.h"
+#include "platform/Preferences/PreferenceFile.h"
 #include "platform/Report.h"
 #include "platform/StoreFailures.h"
 
-const CFStringRef kCFPreferencesAnyUser = reinterpret_cast<CFStringRef>(@"kCFPreferencesAnyUser");
-const CFStringRef kCFPreferencesCurrentUser = reinterpret_cast<CFStringRef>(@"kCFPreferencesCurrentUser");
-const CFStringRef kCFPreferencesAnyHost = reinterpret_cast<CFStringRef>(@"kCFPreferencesAnyHost");
-const CFStringRef kCFPreferencesCurrentHost = reinterpret_cast<CFStringRef>(@"kCFPreferencesCurrentHost");
+namespace {
+
+const __CFString ANY_USER(u"kCFPreferencesAnyUser");
+const __CFString CURRENT_USER(u"kCFPreferencesCurrentUser");
+const __CFString ANY_HOST(u"kCFPreferencesAnyHost");
+const __CFString CURRENT_HOST(u"kCFPreferencesCurrentHost");
+
+}  // namespace
+
+const CFStringRef kCFPreferencesAnyUser = &ANY_USER;
+const CFStringRef kCFPreferencesCurrentUser = &CURRENT_USER;
+const CFStringRef kCFPreferencesAnyHost = &ANY_HOST;
+const CFStringRef kCFPreferencesCurrentHost = &CURRENT_HOST;
 
 namespace {
+
+constexpr const char* SYNCHRONIZE = "CFPreferencesSynchronize";
+constexpr const char* NO_MEMORY = "there was not enough memory to store it";
 
 /// What one set of collected changes belongs to.
 struct Target {
@@ -50,9 +63,12 @@ Collected& collected() {
 /// Checks what a caller asks for; reports under the name `who` what is wrong with it.
 std::optional<Target> targetOf(const char* who, CFStringRef domain, CFStringRef user, CFStringRef host) {
     const auto name = cv::utf8Of(domain);
+    const auto isName = [](const std::string& text) {
+        return !text.empty() && text.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
+    };
     const bool isAnyUser = CFEqual(user, kCFPreferencesAnyUser);
     const bool isAnyHost = CFEqual(host, kCFPreferencesAnyHost);
-    if (!name || name->empty() || name->find('/') != std::string::npos) {
+    if (!name || !isName(*name)) {
         cv::report(who, "\"" + name.value_or("") + "\" cannot name a domain");
     } else if (!isAnyUser && !CFEqual(user, kCFPreferencesCurrentUser)) {
         cv::report(who, *name + ": the user must be any or the current one");
@@ -92,7 +108,7 @@ std::string hostIdentifier() {
     for (char& digit : text) {
         digit = static_cast<char>(std::toupper(digit));
     }
-    for (const std::size_t position : {20, 16, 12, 8}) {
+    for (const std::size_t position : {20U, 16U, 12U, 8U}) {
         text.insert(position, 1, '-');
     }
     return text;
@@ -129,28 +145,49 @@ bool store(const Target& target, const cv::PreferenceChanges& changes) {
         location ? cv::writePreferences(*location, changes) : cv::PreferenceFault{what, reason};
     if (!fault) {
         cv::storeSucceeded(what.c_str());
+        cv::storeSucceeded(target.domain.c_str());
         return true;
     }
     const std::string line = fault->path + ": " + fault->reason;
-    cv::report("CFPreferencesSynchronize", line);
+    cv::report(SYNCHRONIZE, line);
     cv::storeFailed(what.c_str(), fault->path == what ? fault->reason.c_str() : line.c_str());
     return false;
 }
 
+/// The same when memory may run out on the way, which is a failure like any other.
+bool storeOrReport(const Target& target, const cv::PreferenceChanges& changes) {
+    try {
+        return store(target, changes);
+    } catch (const std::bad_alloc&) {
+        cv::report(SYNCHRONIZE, {target.domain, ": ", NO_MEMORY});
+        cv::storeFailed(target.domain.c_str(), NO_MEMORY);
+        return false;
+    }
+}
+
+/// The value that is collected for the key, if one is; it is none when the key is to be removed.
+const std::optional<cv::plist::Value>* collectedValue(const Target& target, const std::string& key) {
+    const auto changes = collected().changes.find(target);
+    if (changes == collected().changes.end()) {
+        return nullptr;
+    }
+    const auto change = changes->second.find(key);
+    return change != changes->second.end() ? &change->second : nullptr;
+}
+
 CFPropertyListRef copyValue(const Target& target, const std::string& key) {
     const std::lock_guard<std::mutex> lock(collected().mutex);
-    const auto changes = collected().changes.find(target);
-    if (changes != collected().changes.end()) {
-        const auto change = changes->second.find(key);
-        if (change != changes->second.end()) {
-            return change->second != nullptr ? cv::plist::createReference(change->second.get()) : nullptr;
-        }
+    if (const auto* const change = collectedValue(target, key)) {
+        return *change ? cv::plist::createObject(**change) : nullptr;
     }
     std::string reason;
     const auto location = locationOf(target, reason);
-    const cv::plist::Tree root = location ? cv::readPreferences(*location) : nullptr;
-    const plist_t node = root != nullptr ? plist_dict_get_item(root.get(), key.c_str()) : nullptr;
-    return node != nullptr ? cv::plist::createReference(node) : nullptr;
+    const auto file = location ? cv::readPreferences(*location) : std::nullopt;
+    if (!file) {
+        return nullptr;
+    }
+    const auto found = file->find(key);
+    return found != file->end() ? cv::plist::createObject(found->second) : nullptr;
 }
 
 }  // namespace
@@ -162,21 +199,18 @@ void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef
     const auto name = cv::utf8Of(key);
     if (!target || !name) {
         if (target) {
-            cv::report(WHO, target->domain + ": a key must be text without a NUL or half a surrogate pair");
+            cv::report(WHO, target->domain + ": a key must be text without half a surrogate pair");
         }
         return;
     }
-    std::string reason = "an exception was raised";
-    cv::plist::Tree tree;
-    if (value != nullptr) {
-        tree = cv::guarded(cv::plist::Tree(), [&] { return cv::plist::fromReference(value, reason); });
-        if (tree == nullptr) {
-            cv::report(WHO, target->domain + ": the value of \"" + *name + "\" is refused: " + reason);
-            return;
-        }
+    std::string reason;
+    auto change = value != nullptr ? cv::plist::valueOf(value, reason) : std::nullopt;
+    if (value != nullptr && !change) {
+        cv::report(WHO, target->domain + ": the value of \"" + *name + "\" is refused: " + reason);
+        return;
     }
     const std::lock_guard<std::mutex> lock(collected().mutex);
-    collected().changes[*target][*name] = std::move(tree);
+    collected().changes[*target].insert_or_assign(*name, std::move(change));
 }
 
 CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef domain, CFStringRef user, CFStringRef host) {
@@ -185,20 +219,20 @@ CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef domain, CF
     if (!target || !name) {
         return nullptr;
     }
-    return cv::guarded<CFPropertyListRef>(nullptr, [&] { return copyValue(*target, *name); });
+    return copyValue(*target, *name);
 }
 
 Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host) {
-    const auto target = targetOf("CFPreferencesSynchronize", domain, user, host);
+    const auto target = targetOf(SYNCHRONIZE, domain, user, host);
     if (!target) {
         return false;
     }
     const std::lock_guard<std::mutex> lock(collected().mutex);
     const auto changes = collected().changes.find(*target);
-    if (changes == collected().changes.end()) {
+    if (changes == collected().changes.end() || changes->second.empty()) {
         return true;
     }
-    if (!store(*target, changes->second)) {
+    if (!storeOrReport(*target, changes->second)) {
         return false;
     }
     collected().changes.erase(changes);

@@ -3,24 +3,59 @@
 #include <cstring>
 #include <limits>
 #include <mutex>
-#include <string>
+#include <new>
 #include <unordered_map>
 
-#include "platform/CoreFoundation/Bridge.h"
+#include "platform/CoreFoundation/String.h"
 #include "platform/CoreFoundation/TextConversion.h"
-#include "platform/CoreFoundation/UnitString.h"
+
+namespace cv {
+
+const objc_class STRING_CLASS("NSString", OBJECT_METACLASS, &OBJECT_CLASS, nullptr, valueOf<__CFString>());
+
+std::optional<std::string> utf8Of(CFTypeRef text) {
+    const __CFString* const string = objectOf<__CFString>(STRING_CLASS, text);
+    if (string == nullptr) {
+        return std::nullopt;
+    }
+    std::string utf8(3 * string->units().size(), '\0');
+    const auto size = encodeText(string->units(), kCFStringEncodingUTF8, utf8.data(), utf8.size());
+    if (!size) {
+        return std::nullopt;
+    }
+    utf8.resize(*size);
+    return utf8;
+}
+
+CFStringRef createString(std::string_view utf8) {
+    // Decoding drops one such mark, so it is given one to drop.
+    const auto units = decodeText("\xEF\xBB\xBF" + std::string(utf8), kCFStringEncodingUTF8);
+    return units ? __CFString::make(*units) : nullptr;
+}
+
+}  // namespace cv
+
+__CFString::__CFString(std::u16string_view text, std::uint32_t references) noexcept
+    : objc_object(cv::STRING_CLASS, references), units_(text) {}
+
+const __CFString* __CFString::make(std::u16string_view text, std::uint32_t references) {
+    if (text.size() > (std::numeric_limits<std::size_t>::max() - sizeof(__CFString)) / sizeof(char16_t)) {
+        throw std::bad_alloc();
+    }
+    const std::size_t size = text.size() * sizeof(char16_t);
+    auto* const block = static_cast<char*>(::operator new(sizeof(__CFString) + size));
+    auto* const units = reinterpret_cast<char16_t*>(block + sizeof(__CFString));
+    if (size != 0) {
+        std::memcpy(units, text.data(), size);
+    }
+    return new (block) __CFString(std::u16string_view(units, text.size()), references);
+}
 
 namespace {
 
-CFStringRef newString(const char16_t* units, std::size_t count, bool immortal = false) {
-    return cv::guarded<CFStringRef>(nullptr, [=] {
-        return cv::reference<CFStringRef>([CvUnitString newWithUnits:units length:count immortal:immortal]);
-    });
-}
-
-CFStringRef newString(std::string_view bytes, CFStringEncoding encoding, bool immortal = false) {
+CFStringRef createDecoded(std::string_view bytes, CFStringEncoding encoding) {
     const auto units = cv::decodeText(bytes, encoding);
-    return units ? newString(units->data(), units->size(), immortal) : nullptr;
+    return units ? __CFString::make(*units) : nullptr;
 }
 
 bool isByteEncoding(CFStringEncoding encoding) {
@@ -31,7 +66,7 @@ bool isByteEncoding(CFStringEncoding encoding) {
 }  // namespace
 
 CFTypeID CFStringGetTypeID() {
-    return cv::typeID([NSString class]);
+    return cv::typeID(cv::STRING_CLASS);
 }
 
 CFStringRef __CFStringMakeConstantString(const char* utf8) {
@@ -42,23 +77,24 @@ CFStringRef __CFStringMakeConstantString(const char* utf8) {
     const std::lock_guard<std::mutex> lock(mutex);
     CFStringRef& constant = constants[utf8];
     if (constant == nullptr) {
-        constant = newString(utf8, kCFStringEncodingUTF8, true);
-    }
-    if (constant == nullptr) {
-        cv::fail("CFSTR", "the literal is not UTF-8");
+        const auto units = cv::decodeText(utf8, kCFStringEncodingUTF8);
+        if (!units) {
+            cv::fail("CFSTR", "the literal is not UTF-8");
+        }
+        constant = __CFString::make(*units, objc_object::IMMORTAL);
     }
     return constant;
 }
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* bytes, CFStringEncoding encoding) {
-    return bytes != nullptr && isByteEncoding(encoding) ? newString(bytes, encoding) : nullptr;
+    return bytes != nullptr && isByteEncoding(encoding) ? createDecoded(bytes, encoding) : nullptr;
 }
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, CFIndex count) {
     if (count < 0 || (units == nullptr && count != 0)) {
         return nullptr;
     }
-    return newString(reinterpret_cast<const char16_t*>(units), static_cast<std::size_t>(count));
+    return __CFString::make({reinterpret_cast<const char16_t*>(units), static_cast<std::size_t>(count)});
 }
 
 CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef, const UInt8* bytes, CFIndex byteCount,
@@ -69,11 +105,11 @@ CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef, const UInt8* bytes, CF
     if (byteCount < 0 || (bytes == nullptr && byteCount != 0)) {
         return nullptr;
     }
-    return newString({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(byteCount)}, encoding);
+    return createDecoded({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(byteCount)}, encoding);
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {
-    return static_cast<CFIndex>([cv::object<NSString*>(string) length]);
+    return static_cast<CFIndex>(string->units().size());
 }
 
 void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* units) {
@@ -81,17 +117,17 @@ void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* units) {
     if (range.location < 0 || range.length < 0 || range.location > length || range.length > length - range.location) {
         cv::fail("CFStringGetCharacters", "the range is not inside the string");
     }
-    [cv::object<NSString*>(string)
-        getCharacters:units
-                range:NSMakeRange(static_cast<NSUInteger>(range.location), static_cast<NSUInteger>(range.length))];
+    if (range.length != 0) {
+        std::memcpy(units, string->units().data() + range.location,
+                    static_cast<std::size_t>(range.length) * sizeof(UniChar));
+    }
 }
 
 Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding) {
     if (buffer == nullptr || bufferSize <= 0 || !isByteEncoding(encoding)) {
         return false;
     }
-    const std::u16string units = cv::unitsOf(cv::object<NSString*>(string));
-    const auto count = cv::encodeText(units, encoding, buffer, static_cast<std::size_t>(bufferSize) - 1);
+    const auto count = cv::encodeText(string->units(), encoding, buffer, static_cast<std::size_t>(bufferSize) - 1);
     if (!count) {
         return false;
     }
