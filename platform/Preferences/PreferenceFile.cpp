@@ -1,4 +1,4 @@
-#include "platform/CoreFoundation/PreferenceFile.h"
+#include "platform/Preferences/PreferenceFile.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -7,14 +7,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
 #include "platform/Descriptor.h"
+#include "platform/PropertyList/PropertyList.h"
 #include "platform/Report.h"
 
 namespace cv {
@@ -30,6 +34,9 @@ constexpr std::string_view TEMPORARY_SUFFIX = ".new";
 constexpr std::size_t RANDOM_DIGITS = 16;
 
 [[noreturn]] void fail(const std::string& path, int error) {
+    if (error == ENOMEM) {
+        throw std::bad_alloc();
+    }
     throw PreferenceFault{path, errorText(error)};
 }
 
@@ -82,6 +89,13 @@ Descriptor makeFolder(const std::string& path) {
     return folder;
 }
 
+/// Reads the open file, or one byte more of it than a property list may have. Returns 0 or the errno value.
+int readFile(int fd, off_t expectedSize, std::string& bytes) {
+    const auto expected = std::clamp<off_t>(expectedSize, 0, plist::MAX_FILE_SIZE);
+    bytes.reserve(static_cast<std::size_t>(expected) + 1);
+    return readAll(fd, plist::MAX_FILE_SIZE, bytes);
+}
+
 std::string randomName(const std::string& path) {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) {
@@ -113,21 +127,8 @@ public:
 
     void run(const PreferenceChanges& changes) {
         removeLeftovers();
-        plist::Tree root = readOld();
-        const bool isNew = root == nullptr;
-        if (isNew) {
-            root.reset(plist_new_dict());
-        }
-        for (const auto& [key, value] : changes) {
-            while (plist_dict_get_item(root.get(), key.c_str()) != nullptr) {
-                plist_dict_remove_item(root.get(), key.c_str());
-            }
-            if (value != nullptr) {
-                plist_dict_set_item(root.get(), key.c_str(), plist_copy(value.get()));
-            }
-        }
-        if (!isNew || plist_dict_get_size(root.get()) != 0) {
-            store(plist::toBinary(root.get()));
+        if (const std::optional<std::string> bytes = newContent(changes)) {
+            store(*bytes);
         }
     }
 
@@ -139,15 +140,53 @@ private:
             fail(location_.folder, errno);
         }
         const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(fd), closedir);
-        while (const dirent* entry = entries != nullptr ? readdir(entries.get()) : nullptr) {
+        if (entries == nullptr) {
+            const int error = errno;
+            close(fd);
+            fail(location_.folder, error);
+        }
+        while (const dirent* entry = nextEntry(entries.get())) {
             if (isTemporaryName(entry->d_name)) {
                 unlinkat(folder_.get(), entry->d_name, 0);
             }
         }
     }
 
-    /// The dictionary of the file in place; null when there is none, or none that is a preference file.
-    plist::Tree readOld() {
+    const dirent* nextEntry(DIR* entries) const {
+        errno = 0;
+        const dirent* const entry = readdir(entries);
+        if (entry == nullptr && errno != 0) {
+            fail(location_.folder, errno);
+        }
+        return entry;
+    }
+
+    /// What the file is to hold; nothing when there is none and none is needed.
+    std::optional<std::string> newContent(const PreferenceChanges& changes) {
+        std::optional<plist::Dictionary> old = readOld();
+        const bool isNew = !old;
+        plist::Value root{old ? std::move(*old) : plist::Dictionary()};
+        plist::Dictionary& dictionary = *root.dictionary();
+        for (const auto& [key, value] : changes) {
+            if (value) {
+                dictionary.insert_or_assign(key, *value);
+            } else {
+                dictionary.erase(key);
+            }
+        }
+        return isNew && dictionary.empty() ? std::nullopt : std::optional(binaryOf(root));
+    }
+
+    std::string binaryOf(const plist::Value& root) const {
+        try {
+            return plist::toBinary(root);
+        } catch (const std::logic_error& error) {
+            throw PreferenceFault{path_, std::string("it cannot be written: ") + error.what()};
+        }
+    }
+
+    /// The dictionary of the file in place; nothing when there is none, or none that is a preference file.
+    std::optional<plist::Dictionary> readOld() {
         const Descriptor file(
             openat(folder_.get(), location_.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         if (!file.isOpen()) {
@@ -156,7 +195,7 @@ private:
             } else if (errno != ENOENT) {
                 fail(path_, errno);
             }
-            return nullptr;
+            return std::nullopt;
         }
         struct stat status {};
         if (fstat(file.get(), &status) != 0) {
@@ -166,30 +205,32 @@ private:
             throw PreferenceFault{path_, "it is no regular file"};
         }
         std::string bytes;
-        if (const int error = readAll(file.get(), plist::MAX_FILE_SIZE, bytes)) {
+        if (const int error = readFile(file.get(), status.st_size, bytes)) {
             fail(path_, error);
         }
         return parseOld(bytes);
     }
 
-    plist::Tree parseOld(const std::string& bytes) {
+    std::optional<plist::Dictionary> parseOld(const std::string& bytes) {
         plist::Parsed parsed = plist::parse(bytes);
         if (parsed.fault == plist::Parsed::Fault::unsupported) {
             throw PreferenceFault{path_, "it cannot be rewritten without loss: " + parsed.reason};
         }
-        if (parsed.root != nullptr && plist_get_node_type(parsed.root.get()) != PLIST_DICT) {
-            parsed = {nullptr, plist::Parsed::Fault::malformed, "its root is no dictionary"};
+        plist::Dictionary* const dictionary = parsed.root ? parsed.root->dictionary() : nullptr;
+        if (dictionary == nullptr) {
+            foreign_ = parsed.root ? "its root is no dictionary" : parsed.reason;
+            return std::nullopt;
         }
-        foreign_ = parsed.reason;
-        return std::move(parsed.root);
+        return std::move(*dictionary);
     }
 
     /// Keeps what is in the file's place, and is no preference file, under a free name.
     void moveAside() {
         for (unsigned number = 1;; ++number) {
             const std::string name = location_.name + ".corrupt-" + std::to_string(number);
+            const std::string line = path_ + ": " + foreign_ + "; kept as " + name;
             if (renameat2(folder_.get(), location_.name.c_str(), folder_.get(), name.c_str(), RENAME_NOREPLACE) == 0) {
-                report("CFPreferencesSynchronize", path_ + ": " + foreign_ + "; kept as " + name);
+                report("CFPreferencesSynchronize", line);
                 return;
             }
             if (errno != EEXIST) {
@@ -200,7 +241,7 @@ private:
     }
 
     void store(const std::string& bytes) {
-        if (const plist::Parsed again = plist::parse(bytes); again.root == nullptr) {
+        if (const plist::Parsed again = plist::parse(bytes); !again.root) {
             throw PreferenceFault{path_, "it could not be read again: " + again.reason};
         }
         const std::string temporary = randomName(path_);
@@ -243,14 +284,19 @@ private:
 
 }  // namespace
 
-plist::Tree readPreferences(const PreferenceLocation& location) {
-    const Descriptor file(open(location.path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+std::optional<plist::Dictionary> readPreferences(const PreferenceLocation& location) {
+    const std::string path = location.path();
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
     std::string bytes;
-    if (!file.isOpen() || readAll(file.get(), plist::MAX_FILE_SIZE, bytes) != 0) {
-        return nullptr;
+    const bool isOpen = file.isOpen() && fstat(file.get(), &status) == 0;
+    const int error = isOpen ? readFile(file.get(), status.st_size, bytes) : errno;
+    if (error == ENOMEM) {
+        throw std::bad_alloc();
     }
-    plist::Tree root = plist::parse(bytes).root;
-    return root != nullptr && plist_get_node_type(root.get()) == PLIST_DICT ? std::move(root) : nullptr;
+    plist::Parsed parsed = error == 0 ? plist::parse(bytes) : plist::Parsed();
+    plist::Dictionary* const dictionary = parsed.root ? parsed.root->dictionary() : nullptr;
+    return dictionary != nullptr ? std::optional(std::move(*dictionary)) : std::nullopt;
 }
 
 std::optional<PreferenceFault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes) {
