@@ -1,6 +1,5 @@
 #include "platform/CoreFoundation/PropertyListBridge.h"
 
-#include <cmath>
 #include <type_traits>
 
 #include "platform/CoreFoundation/Collections.h"
@@ -23,82 +22,77 @@ class Reader {
 public:
     explicit Reader(std::string& reason) : reason_(reason) {}
 
-    std::optional<Value> read(CFTypeRef object, unsigned depth) {
+    bool read(CFTypeRef object, unsigned depth, Value& value) {
         const objc_class* const type = object != nullptr ? cv::object(object).isa : nullptr;
         if (type == &STRING_CLASS) {
-            return readText(object);
+            return readText(object, value.content.emplace<std::string>(), "text in it has half a surrogate pair");
         }
         if (type == &BOOLEAN_CLASS) {
-            return Value{cv::object<__CFBoolean>(object).value};
+            value.content.emplace<bool>(cv::object<__CFBoolean>(object).value);
+        } else if (type == &NUMBER_CLASS) {
+            readNumber(cv::object<__CFNumber>(object), value);
+        } else if (type == &DATA_CLASS) {
+            value.content.emplace<Data>(Data{cv::object<DataObject>(object).bytes});
+        } else if (type == &DATE_CLASS) {
+            value.content.emplace<Date>(Date{cv::object<DateObject>(object).seconds});
+        } else {
+            return readCollection(object, type, depth, value);
         }
-        if (type == &NUMBER_CLASS) {
-            return readNumber(cv::object<__CFNumber>(object));
-        }
-        if (type == &DATA_CLASS) {
-            return Value{Data{cv::object<DataObject>(object).bytes}};
-        }
-        if (type == &DATE_CLASS) {
-            const double seconds = cv::object<DateObject>(object).seconds;
-            return std::isfinite(seconds) ? Value{Date{seconds}} : refuse("a date in it is no number");
-        }
-        return readCollection(object, type, depth);
+        return true;
     }
 
 private:
-    std::optional<Value> refuse(const char* why) {
+    bool refuse(const char* why) {
         reason_ = why;
-        return std::nullopt;
+        return false;
     }
 
-    std::optional<Value> readText(CFTypeRef object) {
-        auto text = utf8Of(object);
-        return text ? std::optional(Value{std::move(*text)}) : refuse("text in it has half a surrogate pair");
-    }
-
-    static Value readNumber(const __CFNumber& number) {
-        if (number.isFloating()) {
-            return Value{Real{number.real(), number.type == kCFNumberFloat32Type}};
+    bool readText(CFTypeRef object, std::string& text, const char* whyNot) {
+        auto utf8 = utf8Of(object);
+        if (utf8) {
+            text = std::move(*utf8);
         }
-        return Value{Integer{number.bits(), number.isNegative()}};
+        return utf8 || refuse(whyNot);
     }
 
-    std::optional<Value> readCollection(CFTypeRef object, const objc_class* type, unsigned depth) {
+    static void readNumber(const __CFNumber& number, Value& value) {
+        if (number.isFloating()) {
+            value.content.emplace<Real>(Real{number.real(), number.type == kCFNumberFloat32Type});
+        } else {
+            value.content.emplace<Integer>(Integer{number.bits(), number.isNegative()});
+        }
+    }
+
+    bool readCollection(CFTypeRef object, const objc_class* type, unsigned depth, Value& value) {
         if (type != &ARRAY_CLASS && type != &DICTIONARY_CLASS) {
             return refuse("it is no property list");
         }
         if (depth == MAX_DEPTH) {
             return refuse("it is nested too deeply");
         }
-        return type == &ARRAY_CLASS ? readArray(cv::object<__CFArray>(object), depth)
-                                    : readDictionary(cv::object<__CFDictionary>(object), depth);
+        return type == &ARRAY_CLASS
+                   ? readArray(cv::object<__CFArray>(object), depth, value.content.emplace<Array>())
+                   : readDictionary(cv::object<__CFDictionary>(object), depth, value.content.emplace<Dictionary>());
     }
 
-    std::optional<Value> readArray(const __CFArray& array, unsigned depth) {
-        Array values;
+    bool readArray(const __CFArray& array, unsigned depth, Array& values) {
         for (const auto& item : array.items) {
-            auto value = read(item.get(), depth + 1);
-            if (!value) {
-                return std::nullopt;
+            if (!read(item.get(), depth + 1, values.emplace_back())) {
+                return false;
             }
-            values.push_back(std::move(*value));
         }
-        return Value{std::move(values)};
+        return true;
     }
 
-    std::optional<Value> readDictionary(const __CFDictionary& dictionary, unsigned depth) {
-        Dictionary values;
+    bool readDictionary(const __CFDictionary& dictionary, unsigned depth, Dictionary& values) {
         for (const auto& [key, item] : dictionary.entries) {
-            auto name = utf8Of(key.get());
-            if (!name) {
-                return refuse("a key in it is no text, or has half a surrogate pair");
+            std::string name;
+            if (!readText(key.get(), name, "a key in it is no text, or has half a surrogate pair") ||
+                !read(item.get(), depth + 1, values[name])) {
+                return false;
             }
-            auto value = read(item.get(), depth + 1);
-            if (!value) {
-                return std::nullopt;
-            }
-            values.emplace(std::move(*name), std::move(*value));
         }
-        return Value{std::move(values)};
+        return true;
     }
 
     std::string& reason_;
@@ -155,7 +149,11 @@ AnyObject newObject(const Value& value) {
 }  // namespace
 
 std::optional<Value> valueOf(CFPropertyListRef object, std::string& reason) {
-    return Reader(reason).read(object, 0);
+    std::optional<Value> value(std::in_place);
+    if (!Reader(reason).read(object, 1, *value)) {
+        value.reset();
+    }
+    return value;
 }
 
 CFPropertyListRef createObject(const Value& value) {
