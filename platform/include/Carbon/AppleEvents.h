@@ -97,7 +97,8 @@ CF_EXPORT OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, Des
 /// ends. Errors: procNotFound (another application), errAEEventNotHandled (another event), errAENotAppleEvent,
 /// errAEDescNotFound (a parameter is missing), errAECoercionFail (a parameter is wrongly made), errAETimeout, paramErr,
 /// or what kept the item from being moved: errFSBadFSRef, dirNFErr (HOME is unset or no absolute path), wPrErr,
-/// afpAccessDenied, dskFulErr, errFSUnknownCall (the item's volume can have no Trash), ioErr.
+/// afpAccessDenied, dskFulErr, errFSUnknownCall (the item's volume can have no Trash, or the port's module for the
+/// Trash cannot be loaded, which standard error says more about), ioErr.
 CF_EXPORT OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESendPriority priority,
                        SInt32 timeoutTicks, AEIdleUPP idle, AEFilterUPP filter);
 
