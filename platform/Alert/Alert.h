@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace cv {
+
+/// What kind of news an alert brings, with the values of NSAlertStyle.
+enum class AlertStyle { warning = 0, informational = 1, critical = 2 };
+
+struct Alert {
+    std::string message;  ///< UTF-8, shown as it is and whole
+    AlertStyle style = AlertStyle::warning;
+    std::vector<std::string> buttons;  ///< UTF-8, in the order they were added; the first is the default. Never empty.
+};
+
+/// Shows the alert, waits for its answer, and returns the index of the button that was pressed. From any thread; of
+/// several threads one asks at a time.
+///
+/// Asked is whoever serves the socket that the program was handed, if it was (AlertClient.h); else a panel on the
+/// display; else, where no display answers, the terminal. Whoever breaks off without an answer is reported on standard
+/// error, and the alert counts as closed: the first button titled "Cancel", or the first of all without one.
+std::size_t runAlert(const Alert& alert);
+
+}  // namespace cv

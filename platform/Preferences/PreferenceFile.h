@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/PropertyList/Value.h"
+
+namespace cv {
+
+/// Where the preferences of one domain are kept.
+struct PreferenceLocation {
+    std::string folder;  ///< absolute
+    std::string name;    ///< of the file in it
+    std::string path() const { return folder + "/" + name; }
+};
+
+/// Changes to make: a value for each key, or none to remove the key.
+using PreferenceChanges = std::map<std::string, std::optional<plist::Value>>;
+
+/// The dictionary that the file holds; nothing when there is no file, it cannot be read, or it holds something else.
+/// Waits for no lock: writers put a whole new file in the place of the old one. Throws std::bad_alloc.
+std::optional<plist::Dictionary> readPreferences(const PreferenceLocation& location);
+
+/// Why changes could not be stored.
+struct PreferenceFault {
+    std::string path;    ///< the file or folder concerned
+    std::string reason;  ///< to end a sentence with
+};
+
+/// Makes the changes in the file and leaves its other keys as they are. Returns nothing when the new file is on the
+/// disk, and otherwise what went wrong; the old file is then whole and in its place.
+///
+/// Throws std::bad_alloc when memory ran out, the system's own included. The file is then the old one or, when only
+/// the last steps were missing, the new one, and what is in its place is never taken for damaged for that reason. The
+/// same call may be made again.
+///
+/// Takes an exclusive lock on the folder and waits for it, so that programs that write at the same time lose none of
+/// each other's keys. The process may be killed at any moment: the file is the old one or the new one. A temporary file
+/// that a killed process left is removed by the next call for the same folder.
+///
+/// A missing folder is made. What is in the file's place but holds no dictionary, or is a symbolic link, is kept under
+/// the first free name of NAME.corrupt-1, NAME.corrupt-2, ... and that is reported on standard error; a link's target
+/// is neither read nor written. A folder, a pipe or a device in the file's place, and a property list that cannot be
+/// rewritten without loss, are left alone and are errors.
+std::optional<PreferenceFault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes);
+
+}  // namespace cv
