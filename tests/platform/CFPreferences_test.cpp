@@ -80,15 +80,6 @@ TEST_F(UserPreferences, OtherKeysKeepTheirValuesAndTypes) {
     }
 }
 
-TEST_F(UserPreferences, AKeyThatTheFileHasTwiceIsThereOnceAfterwards) {
-    const std::string twice = "\xD2\x01\x01\x02\x03\x51"s + "a\x10\x01\x10\x02";
-    const std::string trailer = "\0\0\0\0\0\0\x01\x01\0\0\0\0\0\0\0\x04"s + std::string(15, '\0') + "\x13";
-    writeFile(file(), "bplist00" + twice + "\x08\x0D\x0F\x11" + trailer);
-    setText("a", "new");
-    ASSERT_TRUE(synchronize());
-    EXPECT_EQ(python("p", file()), "{'a': 'new'}");
-}
-
 TEST_F(UserPreferences, TheLastCollectedValueIsStoredAndNullRemovesTheKey) {
     set("Never", nullptr);
     EXPECT_TRUE(synchronize());
