@@ -1,14 +1,17 @@
 """Stands for the user of a program that shows an alert: says what is to be seen, and presses keys and buttons.
 
-    alert_user.py [--window-manager] [--pointer X,Y] [--picture FILE] [--do ACTION]... -- COMMAND...
+    alert_user.py [--window-manager] [--do ACTION]... -- COMMAND...
 
-Runs COMMAND on the display at hand and waits for its alert. Prints what a screen reader is told of it, a line for each of
-    alert TITLE             lines COUNT (of the text, as it is wrapped)
-    text TEXT (quoted)      button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
+Runs COMMAND on the display at hand, with the pointer in a corner, and waits for its alert. Prints what a screen reader is
+told of it:
+    alert TITLE
+    line TEXT (quoted; for each line of the text as it is wrapped)
+    button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
 then takes each ACTION, printing "still up" when the alert has not gone half a second after it:
-    key:NAME    click:N (the button with this index)    press (where the pointer is)
-    signal:NAME (to the command)    kill (the process of the panel)
-and at the end "exit STATUS", after "left behind" if the panel outlives the command.
+    key:NAME, click:N (the button with this index), press (where the pointer is), picture:FILE (of the screen),
+    signal:NAME (to the command), kill (the process of the panel), next (waits for one more alert)
+and at the end "exit STATUS", "left behind" if the panel outlives the command, and "error LINE" for each line that the
+command wrote to standard error.
 """
 
 import argparse
@@ -42,10 +45,11 @@ def all_below(node):
             yield from all_below(child)
 
 
-def find_alert():
-    """The alert, once it is on the screen and has the focus."""
+def find_alert(but=None):
+    """The alert, once it is on the screen and has the focus; not that of the process `but`."""
     for node in all_below(Atspi.get_desktop(0)):
-        if node.get_role() == Atspi.Role.ALERT and node.get_state_set().contains(Atspi.StateType.ACTIVE):
+        if (node.get_role() == Atspi.Role.ALERT and node.get_state_set().contains(Atspi.StateType.ACTIVE)
+                and node.get_process_id() != but):
             return node
     return None
 
@@ -59,20 +63,25 @@ def buttons_of(alert):
     return sorted(buttons, key=lambda button: place(button).x)
 
 
-def count_lines(label):
-    length, lines, offset = Atspi.Text.get_character_count(label), 0, 0
-    while offset < length:
-        offset = Atspi.Text.get_string_at_offset(label, offset, Atspi.TextGranularity.LINE).end_offset
-        lines += 1
-    return lines
+def line_at(label, offset):
+    return Atspi.Text.get_string_at_offset(label, offset, Atspi.TextGranularity.LINE)
+
+
+def lines_of(label):
+    offset = 0
+    while offset < Atspi.Text.get_character_count(label):
+        line = line_at(label, offset)
+        if line.end_offset <= offset:  # where a line is wrapped, its end and the start of the next are one place
+            line = line_at(label, offset + 1)
+        yield line.content
+        offset = max(line.end_offset, offset + 1)
 
 
 def describe(alert):
     print("alert", alert.get_name())
     for label in (node for node in all_below(alert) if node.get_role() == Atspi.Role.LABEL):
-        print("text", repr(Atspi.Text.get_text(label, 0, -1)))
-        print("lines", count_lines(label))
-    screen = place(Atspi.get_desktop(0))
+        for line in lines_of(label):
+            print("line", repr(line))
     width, height = map(int, subprocess.check_output(["xdotool", "getdisplaygeometry"]).split())
     for button in buttons_of(alert):
         states, area = button.get_state_set(), place(button)
@@ -83,7 +92,7 @@ def describe(alert):
               *["outside"] * (not inside))
 
 
-def take(action, alert, panel, program):
+def take(action, alert, program):
     kind, _, value = action.partition(":")
     if kind == "key":
         subprocess.check_call(["xdotool", "key", value])
@@ -93,10 +102,12 @@ def take(action, alert, panel, program):
         subprocess.check_call(["xdotool", "mousemove", str(x), str(y), "click", "1"])
     elif kind == "press":
         subprocess.check_call(["xdotool", "click", "1"])
+    elif kind == "picture":
+        subprocess.check_call(["import", "-window", "root", value])
     elif kind == "signal":
         program.send_signal(signal.Signals["SIG" + value])
     elif kind == "kill":
-        os.kill(panel, signal.SIGKILL)
+        os.kill(alert.get_process_id(), signal.SIGKILL)
 
 
 def is_running(process):
@@ -107,40 +118,52 @@ def is_running(process):
         return False
 
 
+def start_window_manager():
+    subprocess.Popen(["evilwm", "--fn", "fixed"], stderr=subprocess.DEVNULL)
+    is_there = ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]
+    if not wait_for(lambda: b"window id" in subprocess.check_output(is_there)):
+        sys.exit("alert_user: the window manager does not come")
+
+
+def answer(program, actions):
+    """Describes the alert and takes the actions; the panel's process id at last."""
+    alert = wait_for(lambda: find_alert() or program.poll() is not None)
+    if not isinstance(alert, Atspi.Accessible):
+        sys.exit("alert_user: no alert came")
+    describe(alert)
+    panel = alert.get_process_id()
+    for action in actions:
+        if action == "next":
+            alert = wait_for(lambda: find_alert(but=panel))
+            panel = alert.get_process_id()
+            continue
+        take(action, alert, program)
+        if not wait_for(lambda: program.poll() is not None or not is_running(panel), 0.5):
+            print("still up")
+    return panel
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--window-manager", action="store_true")
-    parser.add_argument("--pointer", default="1,1")
-    parser.add_argument("--picture")
     parser.add_argument("--do", action="append", default=[])
     parser.add_argument("command", nargs="+")
     arguments = parser.parse_args()
     sys.stdout.reconfigure(line_buffering=True)
     if arguments.window_manager:
-        subprocess.Popen(["evilwm"], stderr=subprocess.DEVNULL)
-        wait_for(lambda: b"window id" in subprocess.check_output(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]))
-    subprocess.check_call(["xdotool", "mousemove", *arguments.pointer.split(",")])
-    program = subprocess.Popen(arguments.command)
-    alert = wait_for(lambda: find_alert() or program.poll() is not None)
-    if not isinstance(alert, Atspi.Accessible):
-        program.kill()
-        sys.exit("alert_user: no alert came")
-    panel = alert.get_process_id()
-    describe(alert)
-    if arguments.picture:
-        subprocess.check_call(["import", "-window", "root", arguments.picture])
-    for action in arguments.do:
-        take(action, alert, panel, program)
-        if wait_for(lambda: program.poll() is not None, 0.5) is False:
-            print("still up")
+        start_window_manager()
+    subprocess.check_call(["xdotool", "mousemove", "1", "1"])
+    program = subprocess.Popen(arguments.command, stderr=subprocess.PIPE, text=True)
     try:
-        status = program.wait(PATIENCE)
-    except subprocess.TimeoutExpired:
+        panel = answer(program, arguments.do)
+        errors = program.communicate(timeout=PATIENCE)[1]
+    finally:
         program.kill()
-        sys.exit("alert_user: the command does not end")
-    if wait_for(lambda: not is_running(panel), 5) is False:
+    print("exit", program.returncode)
+    if not wait_for(lambda: not is_running(panel), 5):
         print("left behind")
-    print("exit", status)
+    for line in errors.splitlines():
+        print("error", line)
 
 
 main()
