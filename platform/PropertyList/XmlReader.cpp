@@ -250,19 +250,24 @@ private:
         if (error == XML_ERROR_UNKNOWN_ENCODING) {
             refuseUnsupported("it is in an unknown encoding");
         }
-        if (error == XML_ERROR_INVALID_TOKEN && isAtControlCharacter(bytes)) {
-            refuseUnsupported("it holds text with a control character");
+        if (error == XML_ERROR_INVALID_TOKEN && isAtForbiddenCharacter(bytes)) {
+            refuseUnsupported("it holds text with a character that XML forbids");
         }
         throw Refusal{Parsed::Fault::malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
                                                     " in line " +
                                                     std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
     }
 
-    /// No XML may have these characters, but other programs that read and write property lists let them pass.
-    bool isAtControlCharacter(std::string_view bytes) const {
+    /// No XML may have control characters, U+FFFE and U+FFFF, but other programs that write property lists let them
+    /// pass.
+    bool isAtForbiddenCharacter(std::string_view bytes) const {
         const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
-        const auto position = static_cast<std::size_t>(std::max<XML_Index>(index, 0));
-        return tree_.isInText() && position < bytes.size() && bytes[position] > '\0' && bytes[position] < ' ';
+        if (!tree_.isInText() || index < 0 || static_cast<std::size_t>(index) >= bytes.size()) {
+            return false;
+        }
+        const std::string_view rest = bytes.substr(static_cast<std::size_t>(index));
+        const bool isControl = rest[0] > '\0' && rest[0] < ' ';
+        return isControl || rest.substr(0, 3) == "\xEF\xBF\xBE" || rest.substr(0, 3) == "\xEF\xBF\xBF";
     }
 
     void checkProgress(std::size_t given) const {
