@@ -9,6 +9,8 @@ if(NOT APPLE)
     list(APPEND libraries platform)
     install(DIRECTORY platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/CvPlatform)
     target_include_directories(platform INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/CvPlatform>)
+    install(TARGETS CvTrash DESTINATION ${CMAKE_INSTALL_LIBDIR}/CvPlatform)
+    set_target_properties(CvTrash PROPERTIES INSTALL_RPATH "\$ORIGIN/..")
 endif()
 install(TARGETS ${libraries} EXPORT CvBaseTargets FILE_SET HEADERS)
 install(EXPORT CvBaseTargets NAMESPACE CvBase:: DESTINATION ${package_folder})
@@ -19,10 +21,11 @@ install(FILES ${PROJECT_BINARY_DIR}/CvBaseConfig.cmake ${PROJECT_BINARY_DIR}/CvB
     DESTINATION ${package_folder})
 
 install(TARGETS installer-host)
+install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
 install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR}
     USE_SOURCE_PERMISSIONS PATTERN CorvaneInstall EXCLUDE)
 install(TARGETS CorvaneInstall
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/CorvaneInstall.bundle/Contents/${CV_BUNDLE_CODE_FOLDER})
-set_target_properties(installer-host PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")

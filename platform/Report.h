@@ -1,32 +1,16 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
-#include <cstdio>
+#include <initializer_list>
 #include <string_view>
-#include <utility>
 
 namespace cv {
 
 /// Writes one line about a fault to standard error, "WHO: TEXT": `who` is the function or the service that was called.
-/// Line breaks and other control characters in the text, which may come from file names, are shown as '?'. Asks for no
-/// memory: that there is none may be what is reported.
-inline void report(std::string_view who, std::string_view text) noexcept {
-    std::array<char, 512> line;
-    std::size_t size = 0;
-    const auto flush = [&] { static_cast<void>(std::fwrite(line.data(), 1, std::exchange(size, 0), stderr)); };
-    flockfile(stderr);
-    for (const std::string_view part : {who, std::string_view(": "), text}) {
-        for (const char c : part) {
-            line[size++] = static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
-            if (size == line.size()) {
-                flush();
-            }
-        }
-    }
-    line[size++] = '\n';
-    flush();
-    funlockfile(stderr);
-}
+/// Line breaks and other control characters in the text, which may come from file names, are shown as '?'. Takes no
+/// memory, so that its lack can be reported, too.
+void report(std::string_view who, std::string_view text) noexcept;
+
+/// The same with a text in pieces.
+void report(std::string_view who, std::initializer_list<std::string_view> pieces) noexcept;
 
 }  // namespace cv

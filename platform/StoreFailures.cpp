@@ -1,8 +1,8 @@
 #include "platform/StoreFailures.h"
 
 #include <algorithm>
-#include <exception>
 #include <mutex>
+#include <new>
 
 namespace cv {
 
@@ -11,6 +11,7 @@ namespace {
 struct Record {
     std::mutex mutex;
     std::vector<StoreFailure> failures;
+    bool isIncomplete = false;  ///< there was no memory for a failure
 
     void forget(const char* what) {
         failures.erase(std::remove_if(failures.begin(), failures.end(),
@@ -19,36 +20,37 @@ struct Record {
     }
 };
 
-/// Lives as long as the process: a store may fail while other objects are destroyed.
+/// Lives as long as the process, in memory that is always there: a store may fail while other objects are destroyed.
 Record& record() {
-    static auto* const instance = new Record;
+    alignas(Record) static unsigned char place[sizeof(Record)];
+    static auto* const instance = new (place) Record;
     return *instance;
 }
 
 }  // namespace
 
 void storeFailed(const char* what, const char* reason) noexcept {
+    const std::lock_guard<std::mutex> lock(record().mutex);
+    record().forget(what);
     try {
-        const std::lock_guard<std::mutex> lock(record().mutex);
-        record().forget(what);
         record().failures.push_back({what, reason});
-    } catch (const std::exception&) {
-        // The calls that fail to store are C functions and let nothing out.
+    } catch (const std::bad_alloc&) {
+        record().isIncomplete = true;
     }
 }
 
 void storeSucceeded(const char* what) noexcept {
-    try {
-        const std::lock_guard<std::mutex> lock(record().mutex);
-        record().forget(what);
-    } catch (const std::exception&) {
-        // As above.
-    }
+    const std::lock_guard<std::mutex> lock(record().mutex);
+    record().forget(what);
 }
 
 std::vector<StoreFailure> storeFailures() {
     const std::lock_guard<std::mutex> lock(record().mutex);
-    return record().failures;
+    std::vector<StoreFailure> failures = record().failures;
+    if (record().isIncomplete) {
+        failures.push_back({"something", "there was not enough memory to store it, nor to remember what it was"});
+    }
+    return failures;
 }
 
 }  // namespace cv

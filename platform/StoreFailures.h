@@ -14,8 +14,8 @@ struct StoreFailure {
     std::string reason;  ///< to end a sentence with
 };
 
-/// Records that `what` could not be stored, in place of an earlier failure of the same. Without memory to do so, only
-/// the record is missing.
+/// Records that `what` could not be stored, in place of an earlier failure of the same. Without memory to do so, it is
+/// remembered that there was one.
 CF_EXPORT void storeFailed(const char* what, const char* reason) noexcept;
 
 /// Records that `what` was stored: an earlier failure is made good.

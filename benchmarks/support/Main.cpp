@@ -19,32 +19,43 @@ std::string processorName() {
     return "unknown";
 }
 
+void prepare(Subject const& subject) {
+    if (subject.prepare) {
+        subject.prepare();
+    }
+}
+
 }  // namespace
 
 void add(std::string const& work, Subject subject) {
     bool const wall = subject.clock == Clock::WALL;
+    bool const once = subject.once;
     std::string const name = work + "/" + subject.name;
     auto const run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {
-        if (subject.prepare) {
-            subject.prepare();
-        }
+        prepare(subject);
         if (!checked) {
             subject.body();
             right = subject.correct();
             checked = true;
+            prepare(subject);
+        }
+        if (right) {
+            for ([[maybe_unused]] auto _ : state) {
+                subject.body();
+                benchmark::ClobberMemory();
+            }
+            right = !subject.once || subject.correct();
         }
         if (!right) {
             state.SkipWithError("the result is wrong");
-            return;
-        }
-        for ([[maybe_unused]] auto _ : state) {
-            subject.body();
-            benchmark::ClobberMemory();
         }
     };
     auto* const registered = benchmark::RegisterBenchmark(name.c_str(), run);
     if (wall) {
         registered->UseRealTime();
+    }
+    if (once) {
+        registered->Iterations(1);
     }
 }
 
@@ -56,6 +67,15 @@ void addAnswering(std::string const& work, std::string const& name, std::functio
                [answer, wanted] { return *answer == wanted; },
                {},
                clock});
+}
+
+void addCount(std::string const& work, std::function<std::uint64_t()> count) {
+    auto const run = [count = std::move(count)](benchmark::State& state) {
+        for ([[maybe_unused]] auto _ : state) {
+        }
+        state.counters["count"] = static_cast<double>(count());
+    };
+    benchmark::RegisterBenchmark((work + "/CvBase").c_str(), run)->Iterations(1);
 }
 
 }  // namespace bench

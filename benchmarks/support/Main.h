@@ -22,13 +22,18 @@ struct Subject {
     /// Makes ready what `body` needs, before each measurement and outside of it; may be empty.
     std::function<void()> prepare = {};
     Clock clock = Clock::PROCESSOR;
+    /// Whether a measurement is one run of `body` only, and the answer is checked after each.
+    bool once = false;
 };
 
 /// Adds the benchmark `work`/`subject.name`. Its answer is checked once before anything is measured; a wrong one ends
 /// it with an error. The table compares the subjects of one work.
 void add(std::string const& work, Subject subject);
 
-/// The same for a body that gives a number made of all its results, which must be `wanted`.
+/// Adds a number that is counted and not measured, the smaller the better: the table shows it for `work`.
+void addCount(std::string const& work, std::function<std::uint64_t()> count);
+
+/// The same as add for a body that gives a number made of all its results, which must be `wanted`.
 void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
                   std::uint64_t wanted, Clock clock = Clock::PROCESSOR);
 

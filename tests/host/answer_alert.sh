@@ -14,7 +14,7 @@ command=$!
 
 # The alert is the one window of the program that is larger than an icon.
 find_alert() {
-    xwininfo -root -tree | sed -n 's/^ *\(0x[0-9a-f]*\) "\(.*\)": ("installer-host" .*  \([0-9]\{3,\}\)x\([0-9]\{3,\}\)+.*/\1 \3 \4 \2/p'
+    xwininfo -root -tree | sed -n 's/^ *\(0x[0-9a-f]*\) "\(.*\)": ("installer-host[^"]*" .*  \([0-9]\{3,\}\)x\([0-9]\{3,\}\)+.*/\1 \3 \4 \2/p'
 }
 
 tries=200

@@ -173,6 +173,12 @@ TEST(Install, SaysWhatIsMissing) {
         EXPECT_THAT(result.err, HasSubstr(c.message));
         EXPECT_THAT(result.out, IsEmpty());
     }
+    const std::string alone = folder / "bin/installer-host";
+    fs::create_directory(folder / "bin");
+    fs::copy_file(HOST_PROGRAM, alone);
+    const ProcessResult withoutWorker = run({alone, "check", PLUGIN_BUNDLE});
+    EXPECT_EQ(withoutWorker.exitStatus, 6);
+    EXPECT_THAT(withoutWorker.err, HasSubstr("'" + folder / "libexec/installer-host-worker" + "': No such file"));
     const ProcessResult version = runHost({"--version"});
     EXPECT_EQ(version.exitStatus, 0);
     EXPECT_THAT(version.out, testing::StartsWith("installer-host "));

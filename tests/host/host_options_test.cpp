@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <optional>
+#include <tuple>
+
 #include "tools/installer-host/Options.h"
+#include "tools/installer-host/WorkerProtocol.h"
 
 namespace {
 
@@ -14,32 +18,50 @@ ParsedOptions parse(std::vector<const char*> arguments) {
     return parseOptions(static_cast<int>(arguments.size()), arguments.data());
 }
 
-TEST(Options, AreReadAndSurviveTheWayToTheWorker) {
+TEST(Options, AreRead) {
     const ParsedOptions parsed =
-        parse({"run",   "--product", "-2147483648", "--language=-1", "--step",       "post",      "--block-version",
-               "65535", "--entry",   "direct",      "--root",        "/r",           "--dry-run", "--format",
-               "json",  "--timeout", "0",           "--verbose",     "--event-fd=7", "--",        "-x"});
+        parse({"run",   "--product", "-2147483648", "--language=-1", "--step", "post",      "--block-version",
+               "65535", "--entry",   "direct",      "--root",        "/r",     "--dry-run", "--format",
+               "json",  "--timeout", "0",           "--verbose",     "--",     "-x"});
     ASSERT_TRUE(parsed.proceed) << parsed.text;
-    EXPECT_TRUE(parsed.options.dryRun && parsed.options.verbose);
-    EXPECT_EQ(parsed.options.root, "/r");
-    EXPECT_EQ(parsed.options.format, Format::Json);
-    EXPECT_EQ(parsed.options.timeout, 0U);
+    const Options& options = parsed.options;
+    EXPECT_EQ(options.command, Command::Run);
+    EXPECT_EQ(options.product, -2147483647 - 1);
+    EXPECT_EQ(options.language, -1);
+    EXPECT_THAT(options.steps, ElementsAre(Step::PostInstall));
+    EXPECT_EQ(options.blockVersion, 65535);
+    EXPECT_TRUE(options.direct && options.dryRun && options.verbose);
+    EXPECT_EQ(options.root, "/r");
+    EXPECT_EQ(options.format, Format::Json);
+    EXPECT_EQ(options.timeout, 0U);
+    EXPECT_EQ(options.bundle, "-x") << "a bundle's name may look like an option";
+}
 
-    std::vector<const char*> toWorker;
-    const std::vector<std::string> arguments = toArguments(parsed.options);
+std::optional<WorkerOrder> parseWorkerArguments(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "installer-host-worker");
+    std::vector<const char*> argv;
     for (const std::string& argument : arguments) {
-        toWorker.push_back(argument.c_str());
+        argv.push_back(argument.c_str());
     }
-    for (const Options& options : {parsed.options, parse(toWorker).options}) {
-        EXPECT_EQ(options.command, Command::Run);
-        EXPECT_EQ(options.product, -2147483647 - 1);
-        EXPECT_EQ(options.language, -1);
-        EXPECT_THAT(options.steps, ElementsAre(Step::PostInstall));
-        EXPECT_EQ(options.blockVersion, 65535);
-        EXPECT_TRUE(options.direct);
-        EXPECT_EQ(options.eventFd, 7);
-        EXPECT_EQ(options.bundle, "-x") << "a bundle's name may look like an option";
+    return parseOrder(static_cast<int>(argv.size()), argv.data());
+}
+
+TEST(WorkerOrder, SurvivesTheWayToTheWorker) {
+    const WorkerOrder order{7,   "/a bundle\n\xFF", {Step::PostInstall, Step::PreInstall}, -2147483647 - 1, -1, 65535,
+                            true};
+    const std::vector<std::string> arguments = toArguments(order);
+    const auto parsed = parseWorkerArguments(arguments);
+    ASSERT_TRUE(parsed);
+    EXPECT_EQ(std::tie(parsed->eventFd, parsed->bundle, parsed->steps, parsed->product, parsed->language,
+                       parsed->blockVersion, parsed->direct),
+              std::tie(order.eventFd, order.bundle, order.steps, order.product, order.language, order.blockVersion,
+                       order.direct));
+    for (std::size_t spoilt = 0; spoilt < arguments.size(); ++spoilt) {
+        std::vector<std::string> wrong = arguments;
+        wrong[spoilt] += "x";
+        EXPECT_EQ(parseWorkerArguments(wrong).has_value(), spoilt == 1) << "argument " << spoilt;
     }
+    EXPECT_FALSE(parseWorkerArguments({"7", "/bundle"}));
 }
 
 struct WrongUsage {
@@ -81,7 +103,6 @@ TEST(Options, HelpShowsHowToBegin) {
         EXPECT_EQ(parsed.status, ExitStatus::Done);
         EXPECT_THAT(parsed.text, HasSubstr("Usage: installer-host")) << arguments.front();
         EXPECT_THAT(parsed.text, HasSubstr("xample")) << arguments.front();
-        EXPECT_THAT(parsed.text, testing::Not(HasSubstr("event-fd")));
     }
 }
 

@@ -28,17 +28,22 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
     root.writeStatus("UpdatesDisabled");
     fs::permissions(root.statusPath(), fs::perms::none);
     const TempDir programs;
-    const std::string library = fs::path(HOST_PROGRAM).parent_path().parent_path() / "lib/libCvPlatform.so";
-    ASSERT_EQ(run({"cp", "-r", HOST_PROGRAM, library, PLUGIN_BUNDLE, programs.path()}).exitStatus, 0);
+    ProcessOptions inBuild;
+    inBuild.workingFolder = fs::path(HOST_PROGRAM).parent_path().parent_path();
+    ASSERT_EQ(run({"cp", "-r", "--parents", "bin/installer-host", "lib/libCvPlatform.so", "libexec",
+                   "CorvaneInstall.bundle", programs.path()},
+                  inBuild)
+                  .exitStatus,
+              0);
     ProcessOptions options;
-    options.set = {{"LD_LIBRARY_PATH", programs.path()}};
+    options.set = {{"LD_LIBRARY_PATH", programs / "lib"}};
     options.unset = {"DISPLAY"};
     const bool isRoot = geteuid() == 0;
     if (isRoot) {
         options.user = 65534;
         ASSERT_EQ(run({"chown", "-R", "65534:65534", root.path(), programs.path()}).exitStatus, 0);
     }
-    std::vector<std::string> command{programs / "installer-host",       "run", "--product=5100", "--root", root.path(),
+    std::vector<std::string> command{programs / "bin/installer-host",   "run", "--product=5100", "--root", root.path(),
                                      programs / "CorvaneInstall.bundle"};
     const ProcessResult result = run(command, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;

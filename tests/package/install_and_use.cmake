@@ -21,3 +21,12 @@ if(NOT report STREQUAL "three-lines.txt in ${WORK_FOLDER}/: 3 lines, 6 bytes\n")
     message(FATAL_ERROR "file_report printed: ${report}")
 endif()
 run(report ${installed}/bin/installer-host check ${installed}/lib/CorvaneInstall.bundle)
+set(root ${WORK_FOLDER}/root)
+file(MAKE_DIRECTORY ${root})
+run(report ${installed}/bin/installer-host run --product=5100 --root=${root} ${installed}/lib/CorvaneInstall.bundle)
+if(NOT EXISTS ${root}/Library/Preferences/com.corvane.updater.plist)
+    message(FATAL_ERROR "nothing was stored:\n${report}")
+endif()
+# The module of the Trash finds the libraries that it needs.
+run(ignored python3 -c "import ctypes, sys; ctypes.CDLL(sys.argv[1]).CvMoveToTrash"
+    ${installed}/lib/CvPlatform/CvTrash.so)

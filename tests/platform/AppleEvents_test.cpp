@@ -1,6 +1,6 @@
 #include <Carbon/Carbon.h>
 #include <dlfcn.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <atomic>
 #include <chrono>
@@ -9,8 +9,10 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
 
+using testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
@@ -19,13 +21,14 @@ std::atomic<bool> g_trashIsStuck{false};
 
 }  // namespace
 
-/// Stands before GIO's own, to play a volume that does not answer.
+/// Stands before GIO's own for the Trash's module, to play a volume that does not answer.
 extern "C" __attribute__((visibility("default"))) int g_file_trash(void* file, void* cancellable, void** error) {
     while (g_trashIsStuck) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     using Function = int (*)(void*, void*, void**);
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, "g_file_trash"))(file, cancellable, error);
+    void* const gio = dlopen("libgio-2.0.so.0", RTLD_LAZY);
+    return reinterpret_cast<Function>(dlsym(gio, "g_file_trash"))(file, cancellable, error);
 }
 
 namespace {
@@ -165,6 +168,19 @@ TEST_F(Trash, WaitsNoLongerThanTheTimeOut) {
     event.timeout = kNoTimeOut;
     EXPECT_EQ(event.send(ref), noErr) << "the move that was given up is not made later";
     EXPECT_EQ(test::readFile(trash_ + "/files/item"), "late");
+}
+
+/// One of the cases above, in a copy of this program whose port has no module beside it.
+TEST_F(Trash, SaysThatItsModuleIsMissing) {
+    const test::TempDir folder;
+    Dl_info port{};
+    ASSERT_NE(dladdr(reinterpret_cast<const void*>(&AESend), &port), 0);
+    fs::copy_file(port.dli_fname, folder / "libCvPlatform.so");
+    const auto result = test::run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
+                                  {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_THAT(result.err, HasSubstr("AESend: the Trash cannot be used: " + folder.path() + "/CvPlatform/CvTrash.so"));
+    EXPECT_THAT(result.out, HasSubstr("Which is: " + std::to_string(errFSUnknownCall)));
 }
 
 TEST(AppleEvents, RefuseWhatIsNoEventAndNoMemoryBlock) {

@@ -33,8 +33,8 @@ protected:
     static bool synchronize() {
         return CFPreferencesSynchronize(CFSTR("com.corvane.test"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
     }
-    static Owned<CFPropertyListRef> copy(const std::string& key) {
-        return Owned(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
+    static cv::CFReference<CFPropertyListRef> copy(const std::string& key) {
+        return cv::CFReference(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
                                             kCFPreferencesAnyHost));
     }
     static std::string copyText(const std::string& key) {

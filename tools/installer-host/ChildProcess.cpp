@@ -219,15 +219,4 @@ void endBySignal(int signal) {
     _exit(128 + signal);
 }
 
-void writeEvent(int fd, const nlohmann::json& event) {
-    const std::string line = event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-    for (std::size_t written = 0; written < line.size();) {
-        const ssize_t count = write(fd, line.data() + written, line.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return;
-        }
-        written += count < 0 ? 0 : static_cast<std::size_t>(count);
-    }
-}
-
 }  // namespace host

@@ -51,7 +51,4 @@ ChildEnd runChild(const std::vector<std::string>& command, EventPipe& events, st
 /// The same for a child that has nothing to tell.
 ChildEnd runChild(const std::vector<std::string>& command);
 
-/// Writes one event in the child. What cannot be written is lost: the parent is gone then, and this process with it.
-void writeEvent(int fd, const nlohmann::json& event);
-
 }  // namespace host

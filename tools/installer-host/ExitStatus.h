@@ -13,7 +13,7 @@ enum class ExitStatus : int {
     BundleUnusable = 3,     ///< the bundle is missing, malformed or cannot be loaded
     InterfaceRefused = 4,   ///< the factory or the interface was refused
     ExceptionLeftStep = 5,  ///< an exception left a step, or a step ended the process
-    RootNotMade = 6,        ///< the private root, or what else a run needs, could not be made
+    RootNotMade = 6,        ///< the private root, or what else a run needs, could not be made or is missing
     NotStored = 7,          ///< something could not be stored
     TimedOut = 9,           ///< the time-out ended the run
 };

@@ -84,10 +84,6 @@ void addTimeout(CLI::App& app, Options& options) {
               "End the run when the bundle's code takes longer; 0: never (default: 60)");
 }
 
-void addEventFd(CLI::App& app, Options& options) {
-    app.add_option("--event-fd", options.eventFd)->group("");
-}
-
 void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
@@ -124,7 +120,6 @@ void addRunCommand(CLI::App& app, Options& options) {
     addTimeout(run, options);
     run.add_flag("--verbose", options.verbose,
                  "Say what is being done; list the preferences that stay as they are, too");
-    addEventFd(run, options);
 }
 
 void addCheckCommand(CLI::App& app, Options& options) {
@@ -134,7 +129,6 @@ void addCheckCommand(CLI::App& app, Options& options) {
     addBundle(check, options);
     addFormat(check, options);
     addTimeout(check, options);
-    addEventFd(check, options);
 }
 
 void addShowCommand(CLI::App& app, Options& options) {
@@ -197,33 +191,6 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
                                                     : Command::Show;
     parsed.proceed = true;
     return parsed;
-}
-
-std::vector<std::string> toArguments(const Options& options) {
-    std::vector<std::string> arguments;
-    if (options.command == Command::Run) {
-        const bool both = options.steps.size() > 1;
-        arguments = {"run",
-                     "--product=" + std::to_string(options.product),
-                     "--language=" + std::to_string(options.language),
-                     std::string("--step=") + (both ? "both" : shortName(options.steps.front())),
-                     "--block-version=" + std::to_string(options.blockVersion),
-                     std::string("--entry=") + (options.direct ? "direct" : "table")};
-    } else {
-        arguments = {"check"};
-    }
-    arguments.push_back("--event-fd=" + std::to_string(options.eventFd));
-    arguments.push_back("--");
-    arguments.push_back(options.bundle);
-    return arguments;
-}
-
-const char* shortName(Step step) {
-    return step == Step::PreInstall ? "pre" : "post";
-}
-
-const char* longName(Step step) {
-    return step == Step::PreInstall ? "pre-install step" : "post-install step";
 }
 
 }  // namespace host

@@ -28,10 +28,6 @@ struct Options {
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
     bool verbose = false;
-
-    /// Where the worker process, which this program starts to run the bundle's code in, writes its events; -1 in the
-    /// process that the user started.
-    int eventFd = -1;
 };
 
 /// What the command line came to: options to work with, or a text for the user and the end.
@@ -44,13 +40,14 @@ struct ParsedOptions {
 
 ParsedOptions parseOptions(int argc, const char* const* argv);
 
-/// The options as arguments that give them again, from the command's name on; the worker reads them.
-std::vector<std::string> toArguments(const Options& options);
-
 /// The step's name in options and reports, "pre" or "post".
-const char* shortName(Step step);
+inline const char* shortName(Step step) {
+    return step == Step::PreInstall ? "pre" : "post";
+}
 
 /// "pre-install step" or "post-install step".
-const char* longName(Step step);
+inline const char* longName(Step step) {
+    return step == Step::PreInstall ? "pre-install step" : "post-install step";
+}
 
 }  // namespace host

@@ -1,76 +1,22 @@
 #include "tools/installer-host/Worker.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
+#include <cstdio>
 #include <cstring>
-#include <exception>
 #include <filesystem>
-#include <new>
+#include <nlohmann/json.hpp>
 #include <optional>
-#include <system_error>
 
-#include "platform/StoreFailures.h"
-#include "tools/installer-host/BundleSession.h"
-#include "tools/installer-host/Checks.h"
 #include "tools/installer-host/ChildProcess.h"
 #include "tools/installer-host/Sandbox.h"
+#include "tools/installer-host/WorkerProtocol.h"
 
 namespace host {
 
 namespace {
 
 using nlohmann::json;
-
-XCodSelector selectorOf(Step step) {
-    return step == Step::PreInstall ? XCOD_SELECTOR_PRE_INSTALL : XCOD_SELECTOR_POST_INSTALL;
-}
-
-/// A host's parameter block is longer than what plug-ins know of it.
-constexpr std::size_t HOST_BLOCK_SIZE = 4096;
-
-/// Calls one step with a fresh block; false when an exception left it.
-bool runStep(const Options& options, Step step, StepFunction entry) {
-    alignas(std::max_align_t) std::array<unsigned char, HOST_BLOCK_SIZE> storage{};
-    auto* block = new (storage.data()) XCodParamBlock();
-    block->version = options.blockVersion;
-    block->selector = selectorOf(step);
-    block->productCode = options.product;
-    block->languageCode = options.language;
-    writeEvent(options.eventFd,
-               {{"event", "stepBegins"}, {"step", step}, {"flags", std::uint32_t{block->resultFlags}}});
-    const CallResult result = callStep(entry, block);
-    writeEvent(options.eventFd, {{"event", "stepEnds"},
-                                 {"step", step},
-                                 {"flags", std::uint32_t{block->resultFlags}},
-                                 {"type", result.exceptionType},
-                                 {"message", result.exceptionMessage}});
-    return !result.threw;
-}
-
-void runSteps(const Options& options) {
-    const BundleSession session(options.bundle);
-    const StepEntries entries(session, options.direct);
-    for (const Step step : options.steps) {
-        if (!runStep(options, step, entries.entry(step))) {
-            break;
-        }
-    }
-    for (const cv::StoreFailure& failure : cv::storeFailures()) {
-        writeEvent(options.eventFd, {{"event", "notStored"}, {"what", failure.what}, {"reason", failure.reason}});
-    }
-}
-
-void runChecks(const Options& options) {
-    checkBundle(options.bundle, [&](const Finding& finding) {
-        writeEvent(options.eventFd, {{"event", "finding"},
-                                     {"subject", finding.subject},
-                                     {"ok", finding.ok},
-                                     {"text", finding.text},
-                                     {"status", finding.status}});
-    });
-}
 
 /// Makes a WorkerResult of the events as they come.
 class Listener {
@@ -151,33 +97,36 @@ std::string endText(int exitStatus) {
     return "exit status " + std::to_string(exitStatus);
 }
 
-std::vector<std::string> workerCommand(Options options, int eventFd, const std::string& bundleInside) {
-    options.eventFd = eventFd;
-    options.bundle = bundleInside;
-    std::vector<std::string> command = toArguments(options);
-    command.insert(command.begin(), std::filesystem::read_symlink("/proc/self/exe").string());
+/// The worker's program, which lies at a fixed place as seen from this one, built and installed alike.
+std::string workerProgram() {
+    namespace fs = std::filesystem;
+    const fs::path ownFolder = fs::read_symlink("/proc/self/exe").parent_path();
+    const std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
+    if (access(program.c_str(), X_OK) != 0) {
+        throw Failure(ExitStatus::RootNotMade, "the program that runs the bundle's code cannot be started: '" +
+                                                   program + "': " + std::strerror(errno) +
+                                                   "\nIt belongs to installer-host; build or install that again.");
+    }
+    return program;
+}
+
+std::vector<std::string> workerCommand(const Options& options, int eventFd, const std::string& bundleInside) {
+    WorkerOrder order;
+    order.eventFd = eventFd;
+    order.bundle = bundleInside;
+    if (options.command == Command::Run) {
+        order.steps = options.steps;
+    }
+    order.product = options.product;
+    order.language = options.language;
+    order.blockVersion = options.blockVersion;
+    order.direct = options.direct;
+    std::vector<std::string> command = toArguments(order);
+    command.insert(command.begin(), workerProgram());
     return command;
 }
 
 }  // namespace
-
-void work(const Options& options) {
-    fcntl(options.eventFd, F_SETFD, FD_CLOEXEC);
-    writeEvent(options.eventFd, {{"event", "started"}});
-    json end{{"event", "finished"}};
-    try {
-        if (options.command == Command::Run) {
-            runSteps(options);
-        } else {
-            runChecks(options);
-        }
-    } catch (const Failure& failure) {
-        end = {{"event", "failure"}, {"status", failure.status()}, {"text", failure.what()}};
-    } catch (const std::exception& fault) {
-        end = {{"event", "failure"}, {"status", ExitStatus::BundleUnusable}, {"text", fault.what()}};
-    }
-    writeEvent(options.eventFd, end);
-}
 
 WorkerResult runWorker(const Options& options, const std::string& root) {
     EventPipe events;
@@ -197,8 +146,9 @@ WorkerResult runWorker(const Options& options, const std::string& root) {
         throw *listener.failure;
     }
     if (!end.timedOut && !listener.started) {
-        throw Failure(ExitStatus::RootNotMade,
-                      root.empty() ? "the program could not be started a second time" : sandboxRefusedText());
+        throw Failure(ExitStatus::RootNotMade, root.empty()
+                                                   ? "the worker, which runs the bundle's code, could not be started"
+                                                   : sandboxRefusedText());
     }
     WorkerResult& result = listener.result;
     result.timedOut = end.timedOut;

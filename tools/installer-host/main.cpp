@@ -151,10 +151,6 @@ ExitStatus showCommand(Options options) {
 }
 
 ExitStatus perform(const Options& options) {
-    if (options.eventFd >= 0) {
-        work(options);
-        return ExitStatus::Done;
-    }
     switch (options.command) {
         case Command::Run:
             return runCommand(options);

@@ -1,0 +1,146 @@
+// Whole programs from their start to their end: one that uses CvBase a little, and the installer host.
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/support/Main.h"
+#include "tests/support/TempDir.h"
+#include "tools/installer-host/Sandbox.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Command = std::vector<std::string>;
+
+char const* const TRUE_PROGRAM = "/bin/true";
+
+/// The file actions of a program that prints nothing.
+class Silence {
+public:
+    Silence() {
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawn_file_actions_addopen(&actions_, 1, "/dev/null", O_WRONLY, 0);
+    }
+    ~Silence() { posix_spawn_file_actions_destroy(&actions_); }
+    Silence(Silence const&) = delete;
+    Silence& operator=(Silence const&) = delete;
+
+    posix_spawn_file_actions_t const* get() const { return &actions_; }
+
+private:
+    posix_spawn_file_actions_t actions_;
+};
+
+/// Runs `command` to its end; whether it ended with the exit status 0. The C library starts it without a copy of this
+/// process, so that the size of this one does not matter.
+bool succeeds(Command const& command) {
+    static Silence const silence;
+    std::vector<char*> arguments;
+    for (std::string const& argument : command) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    pid_t process = 0;
+    if (int const error = posix_spawnp(&process, arguments[0], silence.get(), nullptr, arguments.data(), environ)) {
+        throw std::system_error(error, std::generic_category(), command[0]);
+    }
+    int status = 0;
+    return waitpid(process, &status, 0) == process && status == 0;
+}
+
+/// A machine as it stands before its first installation.
+class Machine {
+public:
+    Machine() { reset(); }
+
+    std::string const& path() const { return folder_.path(); }
+
+    void reset() const {
+        fs::remove_all(folder_ / "Library");
+        fs::remove_all(folder_ / "Applications");
+        test::writeFile(folder_ / "Library/Application Support/Corvane/Updater/install_status.txt", "UpdatesEnabled\n");
+        test::writeFile(folder_ / "Applications/Corvane/Icon\r", "");
+    }
+
+    bool isInstalled() const {
+        return fs::exists(folder_ / "Library/Preferences/com.corvane.updater.plist") &&
+               fs::exists(folder_ / "Library/Preferences/com.corvane.audioplugins.Ambrel.plist");
+    }
+
+private:
+    test::TempDir folder_;
+};
+
+/// Adds one whole run of a program, which `prepare` gives the command of, as a subject; `correct` looks at what it did.
+void addProgram(
+    std::string const& work, std::string const& name, std::function<Command()> prepare,
+    std::function<bool()> correct = [] { return true; }) {
+    struct Run {
+        Command command;
+        bool succeeded = false;
+    };
+    auto const run = std::make_shared<Run>();
+    bench::add(work, {name, [run] { run->succeeded = succeeds(run->command); },
+                      [run, correct = std::move(correct)] { return run->succeeded && correct(); },
+                      [run, prepare = std::move(prepare)] { run->command = prepare(); }, bench::Clock::WALL, true});
+}
+
+void addProgram(std::string const& work, std::string const& name, Command const& command) {
+    addProgram(work, name, [command] { return command; });
+}
+
+/// An installation, and the making of its private root alone, by the host's own options.
+void addInstallation() {
+    std::string const work = "Startup/installation";
+    auto const machine = std::make_shared<Machine>();
+    addProgram(
+        work, "CvBase",
+        [machine]() -> Command {
+            machine->reset();
+            return {CV_HOST_PROGRAM, "run", "--product=5100", "--root=" + machine->path(), CV_PLUGIN_BUNDLE};
+        },
+        [machine] { return machine->isInstalled(); });
+    auto const sandbox = std::make_shared<std::optional<host::Sandbox>>();
+    addProgram(work, "bwrap", [machine, sandbox] {
+        machine->reset();
+        return sandbox->emplace(machine->path()).wrap({TRUE_PROGRAM});
+    });
+}
+
+/// How many lines `ldd` prints of a program: the libraries that are loaded with it.
+std::uint64_t countLibraries(std::string const& program) {
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const pipe(popen(("ldd '" + program + "'").c_str(), "r"), pclose);
+    std::string text;
+    for (int c; (c = std::fgetc(pipe.get())) != EOF;) {
+        text += static_cast<char>(c);
+    }
+    if (text.empty() || text.find("not found") != std::string::npos) {
+        throw std::runtime_error("ldd cannot tell the libraries of " + program);
+    }
+    return static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+[[maybe_unused]] bool const added = [] {
+    addProgram("Startup/one-string", "CvBase", {CV_ONE_STRING});
+    addProgram("Startup/one-string", "ICU", {CV_ONLY_ICU});
+    bench::addCount("Startup/libraries-of-one-string", [] { return countLibraries(CV_ONE_STRING); });
+    addProgram("Startup/installer-host-version", "CvBase", {CV_HOST_PROGRAM, "--version"});
+    addProgram("Startup/installer-host-version", "true", {TRUE_PROGRAM});
+    addInstallation();
+    return true;
+}();
+
+}  // namespace
