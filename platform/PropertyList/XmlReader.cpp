@@ -20,6 +20,9 @@ namespace {
 /// longer.
 constexpr std::size_t PIECE_SIZE = 1U << 20;
 
+/// The parser tells every line and every character reference on its own; that many cost about half a second.
+constexpr unsigned MAX_TEXT_PIECES = 1U << 24;
+
 enum class Element { plist, dictionary, array, key, string, integer, real, yes, no, date, data };
 
 Element elementOf(std::string_view name) {
@@ -72,6 +75,9 @@ public:
     }
 
     void addText(std::string_view text) {
+        if (++textPieces_ > MAX_TEXT_PIECES) {
+            refuseUnsupported("it has too many lines");
+        }
         if (isInText()) {
             budget_.makeRoom(text_, text.size());
             text_.append(text);
@@ -167,6 +173,7 @@ private:
     std::vector<Container> open_;
     std::optional<Element> simple_;  ///< the open element that is no array or dictionary
     std::string text_;               ///< of that element, so far
+    unsigned textPieces_ = 0;
     std::optional<Value> root_;
     bool isInPlist_ = false;
 };
