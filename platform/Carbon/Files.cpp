@@ -20,8 +20,8 @@ constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
 /// The attribute's value: the 16 bytes of FSCatalogInfo, then 16 of extended Finder information, big-endian.
 using FinderInfo = std::array<UInt8, 32>;
 
-static_assert(sizeof(FileInfo) == 16 && sizeof(FolderInfo) == 16 && sizeof(FSCatalogInfo::finderInfo) == 16);
-static_assert(offsetof(FileInfo, finderFlags) == 8 && offsetof(FolderInfo, finderFlags) == 8);
+static_assert(sizeof(FileInfo) == 16 && sizeof(FSCatalogInfo::finderInfo) == 16);
+static_assert(offsetof(FileInfo, finderFlags) == 8);
 
 template <typename Word>
 void swapWord(UInt8* bytes) {
@@ -130,7 +130,7 @@ OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {
             return object->error();
         }
         if (!object->isRegularFile()) {
-            return errFSNotAFile;
+            return OSErr{notAFileErr};
         }
     }
     if (a->device == b->device && a->inode == b->inode) {

@@ -5,7 +5,6 @@
 #include <stdint.h>
 
 typedef uint8_t UInt8;
-typedef int8_t SInt8;
 typedef uint16_t UInt16;
 typedef int16_t SInt16;
 typedef uint32_t UInt32;
@@ -15,17 +14,13 @@ typedef int64_t SInt64;
 
 typedef UInt8 Boolean;
 typedef UInt16 UniChar;
-typedef unsigned long UniCharCount;
 typedef UInt32 FourCharCode;
 typedef FourCharCode OSType;
-typedef FourCharCode ResType;
 typedef SInt16 OSErr;
 typedef SInt32 OSStatus;
-typedef unsigned long ByteCount;
 typedef UInt32 ItemCount;
 typedef UInt32 OptionBits;
 typedef char* Ptr;
-typedef Ptr* Handle;
 typedef long Size;
 typedef unsigned char Str255[256];
 typedef unsigned char* StringPtr;
@@ -44,9 +39,9 @@ enum {
     wPrErr = -44,
     afpAccessDenied = -5000,
     dirNFErr = -120,
+    notAFileErr = -1302,
     diffVolErr = -1303,
     errFSBadFSRef = -1401,
-    errFSNotAFile = -1406,
     errFSUnknownCall = -1400,
     procNotFound = -600
 };

@@ -187,7 +187,7 @@ TEST_F(FSExchangeObjectsTest, MovesNothingWhenItCannot) {
     const FSRef special = refTo("/proc/version");
 
     const std::pair<const FSRef*, OSErr> cases[] = {
-        {&folder, errFSNotAFile}, {&link, errFSNotAFile}, {&special, diffVolErr}, {nullptr, paramErr}, {&twin, noErr}};
+        {&folder, -1302}, {&link, notAFileErr}, {&special, diffVolErr}, {nullptr, paramErr}, {&twin, noErr}};
     for (const auto& [other, error] : cases) {
         EXPECT_EQ(FSExchangeObjects(&ref, other), error);
         EXPECT_EQ(FSExchangeObjects(other, &ref), error);

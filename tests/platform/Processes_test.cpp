@@ -14,20 +14,50 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* SHOW = "--gtest_filter=ShowProcessName.*";
+
 TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
     const test::TempDir folder;
-    for (const std::string& name : {std::string(255, 'n'), std::string("na\xC3\xAFve (deleted)")}) {
+    const std::string full(255, 'n');
+    for (const auto& [name, shown] : {std::pair<std::string, std::string>{full, full},
+                                      {"na\xC3\xAFve (deleted)", "na\xC3\xAFve (deleted)"},
+                                      {"na\xEFve", ""},
+                                      {"\xED\xA0\x80", ""}}) {
         const std::string program = folder / name;
         fs::copy_file("/proc/self/exe", program);
-        const std::string show = "--gtest_filter=ShowProcessName.*";
-        EXPECT_THAT(test::run({program, show}).out, testing::HasSubstr("<" + name + ">"));
-        const auto removing = test::run({program, show}, {"", "", {{"REMOVE", program}}, {}, 0});
-        EXPECT_THAT(removing.out, testing::HasSubstr("<" + name + ">"));
+        EXPECT_THAT(test::run({program, SHOW}).out, testing::HasSubstr("<" + shown + ">"));
+        fs::remove(folder / "another name");
+        fs::create_hard_link(program, folder / "another name");
+        const auto removing = test::run({program, SHOW}, {"", "", {{"REMOVE", program}}, {}, 0});
+        EXPECT_THAT(removing.out, testing::HasSubstr("<" + shown + ">"));
         EXPECT_FALSE(fs::exists(program));
     }
 }
 
-/// Run by the case above under other names.
+/// Linux does not tell a path of more than 4096 bytes; then the name is what the program was called by, of any length.
+TEST(GetProcessInformation, CutsALongNameBetweenCharacters) {
+    const test::TempDir folder;
+    const char* const startFarBelow = R"(
+import os, shutil, sys
+os.chdir(sys.argv[1])
+for _ in range(17):
+    os.mkdir("d" * 250)
+    os.chdir("d" * 250)
+shutil.copy(sys.argv[2], "program")
+program = os.open("program", os.O_RDONLY)
+os.chdir("/")
+os.execve(program, sys.argv[3:], os.environ))";
+    std::string name, shown;
+    for (int i = 0; i < 200; ++i) {
+        name += "\xC3\xA9";
+        shown += i < 127 ? "\xC3\xA9" : "";
+    }
+    const auto result =
+        test::run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), name, SHOW});
+    EXPECT_THAT(result.out, testing::HasSubstr("<" + shown + ">"));
+}
+
+/// Run by the cases above under other names.
 TEST(ShowProcessName, OnStandardOutput) {
     if (const char* program = std::getenv("REMOVE")) {
         fs::remove(program);

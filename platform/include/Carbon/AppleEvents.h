@@ -14,14 +14,13 @@ typedef SInt32 AESendMode;
 typedef SInt16 AESendPriority;
 typedef struct OpaqueAEDataStorage* AEDataStorage;
 
-/// A piece of data with its type, a record or an event. Owned by whoever made it, until AEDisposeDesc.
+/// A piece of data with its type, or an event. Owned by whoever made it, until AEDisposeDesc.
 typedef struct {
     DescType descriptorType;
     AEDataStorage dataHandle;
 } AEDesc;
 typedef AEDesc AEAddressDesc;
-typedef AEDesc AERecord;
-typedef AERecord AppleEvent;
+typedef AEDesc AppleEvent;
 
 typedef struct OpaqueAEIdleUPP* AEIdleUPP;
 typedef struct OpaqueAEFilterUPP* AEFilterUPP;
@@ -30,7 +29,6 @@ enum {
     typeNull = CV_FOUR_CHAR_CODE('n', 'u', 'l', 'l'),
     typeEnumerated = CV_FOUR_CHAR_CODE('e', 'n', 'u', 'm'),
     typeType = CV_FOUR_CHAR_CODE('t', 'y', 'p', 'e'),
-    typeProperty = CV_FOUR_CHAR_CODE('p', 'r', 'o', 'p'),
     typeFSRef = CV_FOUR_CHAR_CODE('f', 's', 'r', 'f'),
     typeApplSignature = CV_FOUR_CHAR_CODE('s', 'i', 'g', 'n'),
     typeObjectSpecifier = CV_FOUR_CHAR_CODE('o', 'b', 'j', ' '),
@@ -51,7 +49,7 @@ enum {
 };
 
 enum { kAutoGenerateReturnID = -1, kAnyTransactionID = 0 };
-enum { kAENoReply = 0x00000001, kAEQueueReply = 0x00000002, kAEWaitReply = 0x00000003 };
+enum { kAENoReply = 0x00000001, kAEWaitReply = 0x00000003 };
 enum { kAENormalPriority = 0 };
 enum { kAEDefaultTimeout = -1, kNoTimeOut = -2 };
 enum {

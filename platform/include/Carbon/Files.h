@@ -26,15 +26,8 @@ typedef struct {
     SInt16 h;
 } Point;
 
-typedef struct {
-    SInt16 top;
-    SInt16 left;
-    SInt16 bottom;
-    SInt16 right;
-} Rect;
-
-/// The 16 bytes of Finder information of a file and of a folder, in the processor's own byte order. The flags lie at
-/// byte 8 of both.
+/// The 16 bytes of Finder information of a file, in the processor's own byte order. A folder has the rectangle of its
+/// window in place of the first two fields, so that its flags lie at byte 8, too.
 typedef struct {
     OSType fileType;
     OSType fileCreator;
@@ -42,13 +35,6 @@ typedef struct {
     Point location;
     UInt16 reservedField;
 } FileInfo;
-
-typedef struct {
-    Rect windowBounds;
-    UInt16 finderFlags;
-    Point location;
-    UInt16 reservedField;
-} FolderInfo;
 
 /// The catalogue information of an object, as far as this project asks for it.
 typedef struct {
@@ -85,7 +71,7 @@ CF_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo
 
 /// Exchanges two regular files in place, in one indivisible step: each path then holds the other's contents and
 /// identity (owner, mode, times, Finder information). Both references are out of date afterwards. Two references to the
-/// same file give noErr, and nothing moves. On any error nothing has moved: errFSBadFSRef, errFSNotAFile (one of them
+/// same file give noErr, and nothing moves. On any error nothing has moved: errFSBadFSRef, notAFileErr (one of them
 /// is no regular file), paramErr, diffVolErr, afpAccessDenied, wPrErr, errFSUnknownCall (the file system cannot do it),
 /// ioErr.
 CF_EXPORT OSErr FSExchangeObjects(const FSRef* a, const FSRef* b);

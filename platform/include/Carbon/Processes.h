@@ -10,7 +10,7 @@ typedef struct {
     UInt32 lowLongOfPSN;
 } ProcessSerialNumber;
 
-enum { kNoProcess = 0, kSystemProcess = 1, kCurrentProcess = 2 };
+enum { kCurrentProcess = 2 };
 
 /// What the Process Manager tells of a process. The caller sets processInfoLength to the record's size and processName
 /// to a buffer of 256 bytes or null; the other fields that a Mac fills are zero here.
@@ -30,9 +30,9 @@ typedef struct {
     FSRef* processAppRef;
 } ProcessInfoRec;
 
-/// Fills `info` for the current process, {0, kCurrentProcess}: its name is the name of its program file in UTF-8, as a
-/// length byte and at most 255 bytes (cut between characters). Errors: procNotFound (another process), paramErr (null,
-/// or another record size).
+/// Fills `info` for the current process, {0, kCurrentProcess}: its name is the name that its program file was started
+/// by, in UTF-8, as a length byte and at most 255 bytes (cut between characters); no bytes when that is no UTF-8.
+/// Errors: procNotFound (another process), paramErr (null, or another record size), memFullErr.
 CF_EXPORT OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info);
 
 CF_EXTERN_C_END
