@@ -3,20 +3,49 @@
 #include <algorithm>
 #include <exception>
 #include <mutex>
+#include <utility>
 
 namespace cv {
 
 namespace {
 
-struct Record {
-    std::mutex mutex;
-    std::vector<StoreFailure> failures;
-
-    void forget(const char* what) {
-        failures.erase(std::remove_if(failures.begin(), failures.end(),
-                                      [&](const StoreFailure& failure) { return failure.what == what; }),
-                       failures.end());
+class Record {
+public:
+    void add(StoreFailure failure) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto earlier = find(failure.what);
+        if (earlier == failures_.end() || failure.wasToBeStored || !earlier->wasToBeStored) {
+            erase(earlier);
+            failures_.push_back(std::move(failure));
+        }
     }
+
+    void forget(const std::string& what) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        erase(find(what));
+    }
+
+    std::vector<StoreFailure> all() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return failures_;
+    }
+
+private:
+    using Iterator = std::vector<StoreFailure>::iterator;
+
+    Iterator find(const std::string& what) {
+        return std::find_if(failures_.begin(), failures_.end(),
+                            [&](const StoreFailure& failure) { return failure.what == what; });
+    }
+
+    void erase(Iterator failure) {
+        if (failure != failures_.end()) {
+            failures_.erase(failure);
+        }
+    }
+
+    std::mutex mutex_;
+    std::vector<StoreFailure> failures_;  // one for each object
 };
 
 /// Lives as long as the process: a store may fail while other objects are destroyed.
@@ -25,30 +54,32 @@ Record& record() {
     return *instance;
 }
 
+/// The calls that fail to store are C functions and let nothing out.
+template <typename Work>
+void unlessOutOfMemory(Work work) noexcept {
+    try {
+        work();
+    } catch (const std::exception&) {
+        // As StoreFailures.h says, only the record is missing.
+    }
+}
+
 }  // namespace
 
 void storeFailed(const char* what, const char* reason) noexcept {
-    try {
-        const std::lock_guard<std::mutex> lock(record().mutex);
-        record().forget(what);
-        record().failures.push_back({what, reason});
-    } catch (const std::exception&) {
-        // The calls that fail to store are C functions and let nothing out.
-    }
+    unlessOutOfMemory([=] { record().add({what, reason, true}); });
+}
+
+void lookupFailed(const char* what, const char* reason) noexcept {
+    unlessOutOfMemory([=] { record().add({what, reason, false}); });
 }
 
 void storeSucceeded(const char* what) noexcept {
-    try {
-        const std::lock_guard<std::mutex> lock(record().mutex);
-        record().forget(what);
-    } catch (const std::exception&) {
-        // As above.
-    }
+    unlessOutOfMemory([=] { record().forget(what); });
 }
 
 std::vector<StoreFailure> storeFailures() {
-    const std::lock_guard<std::mutex> lock(record().mutex);
-    return record().failures;
+    return record().all();
 }
 
 }  // namespace cv
