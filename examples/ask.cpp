@@ -6,7 +6,7 @@
 
 #include "CvBase/common/common_string.h"
 #include "UI/Native/MessageBox.h"
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/AutoreleasePool.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -14,11 +14,10 @@ int main(int argc, char** argv) {
         return 2;
     }
     // The message boxes leave their temporary objects to the caller's pool.
-    const id pool = cv::send<id>(cv::send<id>(cv::classNamed("NSAutoreleasePool"), "alloc"), "init");
+    const cv::AutoreleasePool pool;
     bool cancelled = false;
     const bool yes = UI::Native::MessageYesNoCancel(cancelled, nullptr, "", argv[1], UI::Native::YesNoCancelFocus{0},
                                                     false, UI::Native::IconType{0});
-    cv::send<void>(pool, "drain");
     std::puts(cancelled ? "cancelled" : yes ? "yes" : "no");
     return yes ? 0 : 1;
 }

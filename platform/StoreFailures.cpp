@@ -1,81 +1,80 @@
 #include "platform/StoreFailures.h"
 
 #include <algorithm>
-#include <exception>
 #include <mutex>
-#include <utility>
+#include <new>
+#include <string_view>
 
 namespace cv {
 
 namespace {
 
+/// One failure for each object.
 class Record {
 public:
-    void add(StoreFailure failure) {
+    void add(const char* what, const char* reason, bool wasToBeStored) noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
-        const auto earlier = find(failure.what);
-        if (earlier == failures_.end() || failure.wasToBeStored || !earlier->wasToBeStored) {
-            erase(earlier);
-            failures_.push_back(std::move(failure));
+        const auto earlier = find(what);
+        if (earlier != failures_.end()) {
+            if (earlier->wasToBeStored && !wasToBeStored) {
+                return;
+            }
+            failures_.erase(earlier);
+        }
+        try {
+            failures_.push_back({what, reason, wasToBeStored});
+        } catch (const std::bad_alloc&) {
+            isIncomplete_ = true;
         }
     }
 
-    void forget(const std::string& what) {
+    void forget(const char* what) noexcept {
         const std::lock_guard<std::mutex> lock(mutex_);
-        erase(find(what));
-    }
-
-    std::vector<StoreFailure> all() {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return failures_;
-    }
-
-private:
-    using Iterator = std::vector<StoreFailure>::iterator;
-
-    Iterator find(const std::string& what) {
-        return std::find_if(failures_.begin(), failures_.end(),
-                            [&](const StoreFailure& failure) { return failure.what == what; });
-    }
-
-    void erase(Iterator failure) {
-        if (failure != failures_.end()) {
+        if (const auto failure = find(what); failure != failures_.end()) {
             failures_.erase(failure);
         }
     }
 
+    std::vector<StoreFailure> all() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        std::vector<StoreFailure> failures = failures_;
+        if (isIncomplete_) {
+            failures.push_back(
+                {"something", "there was not enough memory to store it, nor to remember what it was", true});
+        }
+        return failures;
+    }
+
+private:
+    std::vector<StoreFailure>::iterator find(std::string_view what) noexcept {
+        return std::find_if(failures_.begin(), failures_.end(),
+                            [=](const StoreFailure& failure) { return failure.what == what; });
+    }
+
     std::mutex mutex_;
-    std::vector<StoreFailure> failures_;  // one for each object
+    std::vector<StoreFailure> failures_;
+    bool isIncomplete_ = false;  ///< there was no memory for a failure
 };
 
-/// Lives as long as the process: a store may fail while other objects are destroyed.
+/// Lives as long as the process, in memory that is always there: a store may fail while other objects are destroyed.
 Record& record() {
-    static auto* const instance = new Record;
+    alignas(Record) static unsigned char place[sizeof(Record)];
+    static auto* const instance = new (place) Record;
     return *instance;
-}
-
-/// The calls that fail to store are C functions and let nothing out.
-template <typename Work>
-void unlessOutOfMemory(Work work) noexcept {
-    try {
-        work();
-    } catch (const std::exception&) {
-        // As StoreFailures.h says, only the record is missing.
-    }
 }
 
 }  // namespace
 
 void storeFailed(const char* what, const char* reason) noexcept {
-    unlessOutOfMemory([=] { record().add({what, reason, true}); });
+    record().add(what, reason, true);
 }
 
 void lookupFailed(const char* what, const char* reason) noexcept {
-    unlessOutOfMemory([=] { record().add({what, reason, false}); });
+    record().add(what, reason, false);
 }
 
 void storeSucceeded(const char* what) noexcept {
-    unlessOutOfMemory([=] { record().forget(what); });
+    record().forget(what);
 }
 
 std::vector<StoreFailure> storeFailures() {

@@ -18,8 +18,8 @@ struct StoreFailure {
     bool wasToBeStored;
 };
 
-/// Records that `what` could not be stored, in place of an earlier failure of the same. Without memory to do so, only
-/// the record is missing.
+/// Records that `what` could not be stored, in place of an earlier failure of the same. Without memory to do so, it is
+/// remembered that there was one.
 CF_EXPORT void storeFailed(const char* what, const char* reason) noexcept;
 
 /// Records that `what`, which is there, could not be found or read on the way to storing something of it, unless it is

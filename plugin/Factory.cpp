@@ -2,6 +2,7 @@
 
 #include <Carbon/Carbon.h>
 
+#include "CvBase/Mac/CFReference.h"
 #include "plugin/Dispatch.h"
 
 std::int32_t g_cvPluginID = 0;
@@ -23,13 +24,12 @@ ULONG changeCount(XCodInstance& instance, ULONG amount) {
 }
 
 HRESULT myQueryInterface(void* self, REFIID iid, LPVOID* out) {
-    const CFUUIDRef wanted = CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, iid);
-    const bool known = CFEqual(wanted, XCodInterfaceID()) || CFEqual(wanted, IUnknownUUID);
+    const cv::CFReference wanted(CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, iid));
+    const bool known = CFEqual(wanted.get(), XCodInterfaceID()) || CFEqual(wanted.get(), IUnknownUUID);
     if (known) {
         static_cast<XCodInstance*>(self)->functionBlock->AddRef(self);
     }
     *out = known ? self : nullptr;
-    CFRelease(wanted);
     return known ? S_OK : E_NOINTERFACE;
 }
 

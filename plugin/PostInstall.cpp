@@ -6,6 +6,7 @@
 #include <new>
 #include <vector>
 
+#include "CvBase/Mac/CFReference.h"
 #include "CvBase/Util/CFString.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "CvBase/Util/File.h"
@@ -56,9 +57,10 @@ checked_value<UpdateInterval> readUpdateInterval() {
 
 void storeUpdateInterval(UpdateInterval interval) {
     const SInt32 value = interval;
-    const CFNumberRef number = CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value);
-    setMachinePreference(CFSTR("UpdateInterval"), number, updaterDomain());
-    CFRelease(number);
+    {
+        const cv::CFReference number(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value));
+        setMachinePreference(CFSTR("UpdateInterval"), number.get(), updaterDomain());
+    }
     synchronizeMachinePreferences(updaterDomain());
 }
 
@@ -95,13 +97,9 @@ UInt16 withFlag(UInt16 flags, UInt16 flag, bool set) {
 bool findObject(const char* path, FSRef& ref) {
     const Util::CFString text(path, Util::CFString::ReleaseOnDestroy);
     // The directory flag says how the URL is written; the object is found all the same when it is a file.
-    const CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, text.Get(), kCFURLPOSIXPathStyle, true);
-    if (url == nullptr) {
-        return false;
-    }
-    const bool found = CFURLGetFSRef(url, &ref);
-    CFRelease(url);
-    return found;
+    const cv::CFReference url(
+        CFURLCreateWithFileSystemPath(kCFAllocatorDefault, text.Get(), kCFURLPOSIXPathStyle, true));
+    return url && CFURLGetFSRef(url.get(), &ref);
 }
 
 /// Sets or clears the two Finder flags of a file or folder, leaving its other flags; true when they were stored. The

@@ -21,7 +21,8 @@ public:
     /// DoNotRelease, a string made here is the caller's to release through Get().
     enum ReleaseBehavior : std::int32_t { ReleaseOnDestroy = 0, DoNotRelease = 1 };
 
-    /// The string of the text up to its NUL. Text that is null or not valid UTF-8 gives the empty string.
+    /// The string of the text up to its NUL. Text that is null or not valid UTF-8 gives the empty string. Throws
+    /// std::bad_alloc.
     CFString(const char* text, ReleaseBehavior behavior);
     CFString(const String& text, ReleaseBehavior behavior);
 

@@ -4,27 +4,17 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <unistd.h>
 
-#include <exception>
-
+#include "CvBase/Mac/MessageSend.h"
 #include "CvBase/Util/CFString.h"
-#include "platform/MessageSend.h"
 
 namespace Util {
 namespace {
 
 /// The value of `key` in the main bundle's information dictionary, owned by the bundle; null when there is none.
 CFTypeRef mainBundleValue(CFStringRef key) {
-    try {
-        const id bundle = cv::send<id>(cv::classNamed("NSBundle"), "mainBundle");
-        const id information = cv::send<id>(bundle, "infoDictionary");
-        return information != nullptr ? CFDictionaryGetValue(reinterpret_cast<CFDictionaryRef>(information), key)
-                                      : nullptr;
-    } catch (const std::exception&) {
-        throw;
-    } catch (...) {
-        // An Objective-C exception: Foundation may refuse to look, as GNUstep's does where there is no user database.
-        return nullptr;
-    }
+    const id bundle = cv::send<id>(cv::classNamed("NSBundle"), "mainBundle");
+    const id information = cv::send<id>(bundle, "infoDictionary");
+    return information != nullptr ? CFDictionaryGetValue(reinterpret_cast<CFDictionaryRef>(information), key) : nullptr;
 }
 
 /// The same as text; empty when there is no value or it is no text.

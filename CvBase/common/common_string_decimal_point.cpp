@@ -4,17 +4,18 @@
 
 #include <array>
 
+#include "CvBase/Mac/CFReference.h"
+
 char g_chDecimalPoint = '.';
 
 namespace {
 
 char readDecimalPoint() {
     std::array<char, 50> separator{};
-    const CFLocaleRef locale = CFLocaleCopyCurrent();
-    const CFTypeRef value = CFLocaleGetValue(locale, kCFLocaleDecimalSeparator);
+    const cv::CFReference locale(CFLocaleCopyCurrent());
+    const CFTypeRef value = CFLocaleGetValue(locale.get(), kCFLocaleDecimalSeparator);
     const bool isAscii = value != nullptr && CFStringGetCString(static_cast<CFStringRef>(value), separator.data(),
                                                                 CFIndex{separator.size()}, kCFStringEncodingASCII);
-    CFRelease(locale);
     return isAscii && separator[0] != '\0' ? separator[0] : '.';
 }
 

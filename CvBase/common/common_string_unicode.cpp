@@ -2,10 +2,9 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
-#include <memory>
-#include <type_traits>
 #include <vector>
 
+#include "CvBase/Mac/CFReference.h"
 #include "CvBase/common/common_string_bytes.h"
 
 static_assert(sizeof(wchar_t) == 4, "wide text is UTF-32");
@@ -16,10 +15,7 @@ namespace {
 /// Longer text is refused rather than allocated for.
 constexpr CFIndex MOST_UNITS = 100000;
 
-struct Releaser {
-    void operator()(CFStringRef string) const { CFRelease(string); }
-};
-using StringRef = std::unique_ptr<std::remove_pointer_t<CFStringRef>, Releaser>;
+using StringRef = cv::CFReference<CFStringRef>;
 
 CFStringEncoding platformEncoding(unsigned int selector) {
     return selector == 2 ? CFStringEncoding{kCFStringEncodingMacRoman} : CFStringEncoding{kCFStringEncodingUTF8};
@@ -74,7 +70,7 @@ String::String(wchar_t const* s) {
 
 shared_array<unsigned short> String::Unicode(unsigned int encoding) const {
     const StringRef string(CFStringCreateWithCString(kCFAllocatorDefault, CStr(), platformEncoding(encoding)));
-    if (string == nullptr) {
+    if (!string) {
         return {};
     }
     const CFIndex units = CFStringGetLength(string.get());

@@ -6,7 +6,7 @@
 
 #include "CvBase/Util/CFString.h"
 #include "CvBase/Util/PlatformInfo.h"
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/MessageSend.h"
 
 namespace UI {
 namespace Native {

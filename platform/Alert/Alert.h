@@ -16,11 +16,13 @@ struct Alert {
 };
 
 /// Shows the alert, waits for its answer, and returns the index of the button that was pressed. From any thread; of
-/// several threads one asks at a time.
+/// several threads one asks at a time. The program's signals, locale and descriptors stay as they are.
 ///
-/// Asked is whoever serves the socket that the program was handed, if it was (AlertClient.h); else a panel on the
-/// display; else, where no display answers, the terminal. Whoever breaks off without an answer is reported on standard
-/// error, and the alert counts as closed: the first button titled "Cancel", or the first of all without one.
-std::size_t runAlert(const Alert& alert);
+/// Asked is whoever serves the socket that CV_ALERT_SOCKET names (AlertMessage.h tells how), if the variable is set;
+/// else a panel on the display; else, where no display answers, the terminal. Whoever breaks off without an answer is
+/// reported on standard error, and unansweredButton() is returned (AlertMessage.h).
+///
+/// Throws std::bad_alloc only.
+__attribute__((visibility("default"))) std::size_t runAlert(const Alert& alert);
 
 }  // namespace cv

@@ -2,15 +2,23 @@
 
 #include <CoreFoundation/CFBundle.h>
 
-#include <mutex>
+#include <atomic>
 #include <string>
+
+#include "platform/CoreFoundation/Collections.h"
+
+struct __CFBundle : objc_object {
+    __CFBundle(std::string location, cv::Owned<__CFDictionary> information);
+
+    const std::string path;  ///< absolute, without symbolic links
+    const cv::Owned<__CFDictionary> info;
+    std::atomic<void*> code{nullptr};  ///< what dlopen gave; never closed
+};
 
 namespace cv {
 
-/// Guards all bundles and the registered plug-ins. Recursive, since loading code runs that code's initialisers.
-std::recursive_mutex& bundleMutex();
-
-/// The bundle's absolute path, for messages.
-const std::string& bundlePath(CFBundleRef bundle);
+/// What Contents/Info.plist of the bundle at a path holds; null, with `reason` set, when it cannot be read. Throws
+/// std::bad_alloc.
+Owned<__CFDictionary> readInfo(const std::string& bundlePath, std::string& reason);
 
 }  // namespace cv

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace cv {
@@ -94,7 +95,13 @@ std::optional<std::u16string> decodeUTF32LE(std::string_view bytes) {
     return units;
 }
 
-/// A strict converter for an 8-bit encoding; null for every other one.
+/// Leaves the error as it is, which ends the conversion. ICU's own callback for that skips the characters that Unicode
+/// calls ignorable (U+00AD, U+200B, U+FEFF, ...).
+void stopAtEveryCharacter(const void*, UConverterFromUnicodeArgs*, const UChar*, std::int32_t, UChar32,
+                          UConverterCallbackReason, UErrorCode*) {}
+
+/// A strict converter for an 8-bit encoding; null for every other one. ICU always has these two, so what fails is the
+/// memory: std::bad_alloc.
 icu::LocalUConverterPointer openConverter(CFStringEncoding encoding) {
     const char* name = encoding == kCFStringEncodingMacRoman ? "macintosh"
                        : encoding == kCFStringEncodingASCII  ? "US-ASCII"
@@ -104,12 +111,22 @@ icu::LocalUConverterPointer openConverter(CFStringEncoding encoding) {
     }
     UErrorCode error = U_ZERO_ERROR;
     icu::LocalUConverterPointer converter(ucnv_open(name, &error));
-    if (U_SUCCESS(error)) {
-        ucnv_setToUCallBack(converter.getAlias(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
-        ucnv_setFromUCallBack(converter.getAlias(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
-        ucnv_setFallback(converter.getAlias(), false);
+    ucnv_setToUCallBack(converter.getAlias(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &error);
+    ucnv_setFromUCallBack(converter.getAlias(), stopAtEveryCharacter, nullptr, nullptr, nullptr, &error);
+    if (U_FAILURE(error)) {
+        throw std::bad_alloc();
     }
-    return U_SUCCESS(error) ? std::move(converter) : icu::LocalUConverterPointer();
+    ucnv_setFallback(converter.getAlias(), false);
+    return converter;
+}
+
+/// Whether a conversion succeeded; false when the text does not convert or the buffer is full. Throws std::bad_alloc
+/// when it is neither.
+bool isConverted(UErrorCode error) {
+    if (error == U_MEMORY_ALLOCATION_ERROR) {
+        throw std::bad_alloc();
+    }
+    return U_SUCCESS(error);
 }
 
 std::optional<std::u16string> decodeBytes(std::string_view bytes, CFStringEncoding encoding) {
@@ -121,7 +138,7 @@ std::optional<std::u16string> decodeBytes(std::string_view bytes, CFStringEncodi
     UErrorCode error = U_ZERO_ERROR;
     const std::int32_t count = ucnv_toUChars(converter.getAlias(), units.data(), length32(units.size()), bytes.data(),
                                              length32(bytes.size()), &error);
-    if (U_FAILURE(error)) {
+    if (!isConverted(error)) {
         return std::nullopt;
     }
     units.resize(static_cast<std::size_t>(count));
@@ -163,7 +180,7 @@ std::optional<std::size_t> encodeText(std::u16string_view units, CFStringEncodin
         }
         count = ucnv_fromUChars(converter.getAlias(), buffer, room, units.data(), length32(units.size()), &error);
     }
-    return U_SUCCESS(error) ? std::optional<std::size_t>(static_cast<std::size_t>(count)) : std::nullopt;
+    return isConverted(error) ? std::optional<std::size_t>(static_cast<std::size_t>(count)) : std::nullopt;
 }
 
 }  // namespace cv

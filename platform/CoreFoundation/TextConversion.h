@@ -1,6 +1,7 @@
 #pragma once
 
-// Strict conversion between bytes and UTF-16 units: all or nothing, never a replacement character.
+// Strict conversion between bytes and UTF-16 units: all or nothing, never a replacement character and none left out.
+// Running out of memory is std::bad_alloc, never a text that does not convert.
 
 #include <CoreFoundation/CFString.h>
 

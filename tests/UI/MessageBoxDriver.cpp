@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "UI/Native/MessageBox.h"
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/MessageSend.h"
 
 extern char** environ;
 

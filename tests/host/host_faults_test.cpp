@@ -40,7 +40,7 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
          "exception int, not run, "},
         {"runtime_error", "--step=post", 5, "type std::runtime_error left the post-install step: the disk",
          "exception std::runtime_error, "},
-        {"NSException", "--step=both", 5, "NSException", "exception NSException (or another language's), not run, "},
+        {"foreign exception", "--step=both", 5, "an exception of another language", "exception an exception of another language, not run, "},
         {"crash", "--step=both", 5, "the pre-install step ended the process: signal 6 (Aborted)",
          "crashed signal 6 (Aborted), not run, "},
         {"hang", "--timeout=1", 9, "after 1 s: the bundle's code was in the pre-install step", "timed out, not run, "},

@@ -7,29 +7,29 @@
 
 namespace {
 
-using test::Owned;
+using cv::CFReference;
 
 template <typename T>
 using Limits = std::numeric_limits<T>;
 
-Owned<CFNumberRef> number(SInt64 value) {
-    return Owned<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
+CFReference<CFNumberRef> number(SInt64 value) {
+    return CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
 }
 
-Owned<CFNumberRef> number(double value) {
-    return Owned<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
+CFReference<CFNumberRef> number(double value) {
+    return CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
 }
 
 TEST(CFNumber, TakesAndGivesAValueAtAnyAddress) {
     alignas(8) char memory[] = "\0\x2A\0\0\0\0\0\0";
-    const Owned<CFNumberRef> made(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, memory + 1));
+    const CFReference<CFNumberRef> made(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, memory + 1));
     EXPECT_TRUE(CFNumberGetValue(made.get(), kCFNumberSInt32Type, memory + 3));
     EXPECT_EQ(memory[3], 42);
 }
 
 TEST(CFNumber, SaysWhenAnIntegerLosesSomething) {
     const struct {
-        Owned<CFNumberRef> number;
+        CFReference<CFNumberRef> number;
         bool fits32;
         SInt32 as32;
         bool fits64;

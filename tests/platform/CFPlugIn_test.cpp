@@ -13,7 +13,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using test::Owned;
+using cv::CFReference;
 using testing::HasSubstr;
 
 constexpr const char* TYPE_OF_ALL = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01";
@@ -21,21 +21,21 @@ constexpr const char* TYPE_OF_ONE = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E02";
 constexpr const char* SAMPLE = "0D1F7AB2-6C2E-4D0B-9E44-3C1F4B0B6A01";
 constexpr const char* MISSING_FUNCTION = "0D1F7AB2-6C2E-4D0B-9E44-3C1F4B0B6A02";
 
-Owned<CFURLRef> urlOf(const std::string& path) {
-    return Owned(CFURLCreateFromFileSystemRepresentation(
+CFReference<CFURLRef> urlOf(const std::string& path) {
+    return CFReference(CFURLCreateFromFileSystemRepresentation(
         kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()), static_cast<CFIndex>(path.size()), true));
 }
 
-Owned<CFUUIDRef> uuid(const char* text) {
-    return Owned(CFUUIDCreateFromString(kCFAllocatorDefault, test::string(text).get()));
+CFReference<CFUUIDRef> uuid(const char* text) {
+    return CFReference(CFUUIDCreateFromString(kCFAllocatorDefault, test::string(text).get()));
 }
 
-Owned<CFBundleRef> createBundle(const std::string& path) {
-    return Owned(CFBundleCreate(kCFAllocatorDefault, urlOf(path).get()));
+CFReference<CFBundleRef> createBundle(const std::string& path) {
+    return CFReference(CFBundleCreate(kCFAllocatorDefault, urlOf(path).get()));
 }
 
-Owned<CFPlugInRef> createPlugIn(const std::string& path) {
-    return Owned(CFPlugInCreate(kCFAllocatorDefault, urlOf(path).get()));
+CFReference<CFPlugInRef> createPlugIn(const std::string& path) {
+    return CFReference(CFPlugInCreate(kCFAllocatorDefault, urlOf(path).get()));
 }
 
 /// Writes X.bundle with these entries of its Info.plist to `folder` and returns its path.
@@ -60,7 +60,7 @@ TEST(CFBundle, OnePathIsOneObjectUntilItIsReleased) {
     const test::TempDir folder;
     fs::create_directory_symlink("X.bundle", folder / "link");
     for (const std::string name : {"a.b", "c.d"}) {
-        const Owned bundle =
+        const CFReference bundle =
             createBundle(makeBundle(folder, "<key>CFBundleIdentifier</key><string>" + name + "</string>"));
         ASSERT_TRUE(bundle);
         EXPECT_EQ(createBundle(folder / "link").get(), bundle.get());
@@ -89,14 +89,14 @@ TEST(CFBundle, CodeThatCannotBeLoadedIsExplained) {
                                       {"<string>..</string>", "there is no such file"},
                                       {"<string>absent</string>", "/Contents/Linux/absent: there is no such file"},
                                       {"<string>notCode</string>", "notCode"}}) {
-        const Owned bundle = createBundle(makeBundle(folder, "<key>CFBundleExecutable</key>" + std::string(value)));
+        const CFReference bundle = createBundle(makeBundle(folder, "<key>CFBundleExecutable</key>" + std::string(value)));
         ASSERT_TRUE(bundle);
         expectOneLine(text, folder.path(), [&] { EXPECT_FALSE(CFBundleLoadExecutable(bundle.get())); });
     }
 }
 
 TEST(CFBundle, OnlyWhatItsOwnCodeExportsIsFound) {
-    const Owned bundle = createBundle(SAMPLE_PLUGIN);
+    const CFReference bundle = createBundle(SAMPLE_PLUGIN);
     ASSERT_TRUE(bundle);
     EXPECT_NE(CFBundleGetFunctionPointerForName(bundle.get(), CFSTR("SampleFactory")), nullptr);
     EXPECT_NE(CFBundleGetDataPointerForName(bundle.get(), CFSTR("sampleCalls")), nullptr);
@@ -111,7 +111,7 @@ TEST(CFPlugIn, TheCodeOutlivesTheHostsReferenceToThePlugIn) {
 }
 
 TEST(CFPlugIn, RefusedInstancesAreExplained) {
-    const Owned plugIn = createPlugIn(SAMPLE_PLUGIN);
+    const CFReference plugIn = createPlugIn(SAMPLE_PLUGIN);
     const struct {
         const char* factory;
         const char* type;
@@ -166,7 +166,7 @@ TEST(CFPlugIn, MalformedRegistrationIsRefusedAndExplained) {
 }
 
 TEST(CFPlugIn, ASecondPlugInWithTheSameFactoryIsRefused) {
-    const Owned plugIn = createPlugIn(SAMPLE_PLUGIN);
+    const CFReference plugIn = createPlugIn(SAMPLE_PLUGIN);
     const test::TempDir folder;
     fs::copy(SAMPLE_PLUGIN, folder / "Copy.bundle", fs::copy_options::recursive);
     expectOneLine("already registered by", "", [&] { EXPECT_FALSE(createPlugIn(folder / "Copy.bundle")); });

@@ -11,15 +11,15 @@ namespace {
 
 using namespace std::string_literals;
 using test::makeString;
-using test::Owned;
+using cv::CFReference;
 using test::units;
 
 constexpr CFStringEncoding UTF8 = kCFStringEncodingUTF8, UTF16 = kCFStringEncodingUTF16,
                            UTF32 = kCFStringEncodingUTF32LE, MAC_ROMAN = kCFStringEncodingMacRoman,
                            ASCII = kCFStringEncodingASCII, UNKNOWN = 0x0BFF;
 
-Owned<CFStringRef> fromBytes(std::string_view bytes, CFStringEncoding encoding) {
-    return Owned<CFStringRef>(
+CFReference<CFStringRef> fromBytes(std::string_view bytes, CFStringEncoding encoding) {
+    return CFReference<CFStringRef>(
         CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
                                       static_cast<CFIndex>(bytes.size()), encoding, false, kCFAllocatorNull));
 }
@@ -111,6 +111,9 @@ TEST(CFString, OutputIsAllOrNothing) {
         {u"\u20AC", MAC_ROMAN, 2, "\xDB\0"s},
         {u"\u20AC", MAC_ROMAN, 1, ""},
         {u"a\uFF21", MAC_ROMAN, 99, ""},
+        {u"a\u00AD", MAC_ROMAN, 99, ""},
+        {u"\u200Ba", ASCII, 99, ""},
+        {u"\uFEFF", MAC_ROMAN, 99, ""},
         {u"\u0080", ASCII, 50, ""},
         {u"abc", UNKNOWN, 99, ""},
     };

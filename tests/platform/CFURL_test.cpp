@@ -12,19 +12,19 @@
 
 namespace {
 
-using test::Owned;
+using cv::CFReference;
 
-Owned<CFURLRef> fromBytes(const std::string& path, bool isDirectory = false) {
-    return Owned<CFURLRef>(CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault,
+CFReference<CFURLRef> fromBytes(const std::string& path, bool isDirectory = false) {
+    return CFReference<CFURLRef>(CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault,
                                                                    reinterpret_cast<const UInt8*>(path.data()),
                                                                    static_cast<CFIndex>(path.size()), isDirectory));
 }
 
-Owned<CFURLRef> fromString(CFStringRef path) {
-    return Owned<CFURLRef>(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, false));
+CFReference<CFURLRef> fromString(CFStringRef path) {
+    return CFReference<CFURLRef>(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, false));
 }
 
-std::optional<std::string> pathOf(const Owned<CFURLRef>& url, CFIndex size = 5000) {
+std::optional<std::string> pathOf(const CFReference<CFURLRef>& url, CFIndex size = 5000) {
     std::vector<UInt8> buffer(static_cast<std::size_t>(size));
     if (!url || !CFURLGetFileSystemRepresentation(url.get(), true, buffer.data(), size)) {
         return std::nullopt;

@@ -7,7 +7,7 @@
 
 namespace {
 
-using test::Owned;
+using cv::CFReference;
 
 constexpr CFUUIDBytes BYTES = {0x5C, 0xD9, 0x48, 0x4B, 0x4A, 0x86, 0x11, 0xEF,
                                0x80, 0x00, 0xAB, 0xCD, 0xEF, 0x01, 0x23, 0x45};
@@ -18,13 +18,13 @@ CFUUIDRef constantUUID(UInt8 last) {
                                           0x00, 0xAB, 0xCD, 0xEF, 0x01, 0x23, last);
 }
 
-Owned<CFUUIDRef> fromText(const char* text) {
-    return Owned<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, test::string(text).get()));
+CFReference<CFUUIDRef> fromText(const char* text) {
+    return CFReference<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, test::string(text).get()));
 }
 
 TEST(CFUUID, BytesAndTextAreTheSameIdentifier) {
-    const Owned<CFUUIDRef> fromBytes(CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, BYTES));
-    const Owned<CFStringRef> text(CFUUIDCreateString(kCFAllocatorDefault, fromBytes.get()));
+    const CFReference<CFUUIDRef> fromBytes(CFUUIDCreateFromUUIDBytes(kCFAllocatorDefault, BYTES));
+    const CFReference<CFStringRef> text(CFUUIDCreateString(kCFAllocatorDefault, fromBytes.get()));
     EXPECT_EQ(test::text(text.get()), TEXT);
     for (const char* spelling : {TEXT, "5cd9484b-4a86-11ef-8000-abcdef012345"}) {
         const auto uuid = fromText(spelling);
@@ -42,6 +42,8 @@ TEST(CFUUID, RefusesEveryOtherText) {
           "5CD9484B+4A86-11EF-8000-ABCDEF012345", "{5CD9484B-4A86-11EF-8000-ABCDEF01234}"}) {
         EXPECT_FALSE(fromText(text)) << text;
     }
+    const auto withEnd = test::makeString({u"5CD9484B-4A86-11EF-8000-ABCDEF012345\0", 37});
+    EXPECT_EQ(CFUUIDCreateFromString(kCFAllocatorDefault, withEnd.get()), nullptr);
     EXPECT_EQ(CFUUIDCreateFromString(kCFAllocatorDefault, nullptr), nullptr);
 }
 

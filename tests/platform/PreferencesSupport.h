@@ -5,40 +5,17 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
-#include <vector>
 
+#include "tests/platform/PreferenceFiles.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
 
 namespace test {
 
-namespace fs = std::filesystem;
-
 /// The domain that the tests write.
 constexpr const char* DOMAIN_NAME = "com.corvane.test";
-
-/// What `expression` is in Python, with `p` the dictionary that the property list file holds.
-inline std::string python(const std::string& expression, const std::string& file) {
-    const std::string script =
-        "import plistlib,sys,datetime\np=plistlib.load(open(sys.argv[1],'rb'))\nprint(" + expression + ")";
-    const ProcessResult result = run({"python3", "-c", script, file});
-    return result.exitStatus == 0 ? result.out.substr(0, result.out.size() - 1) : result.err;
-}
-
-/// The names in the folder, sorted.
-inline std::vector<std::string> namesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder)) {
-        names.push_back(entry.path().filename());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
 
 /// The current user's preferences on any host, in a home folder of the test's own.
 class UserPreferences : public ::testing::Test {
@@ -56,8 +33,8 @@ protected:
     static bool synchronize() {
         return CFPreferencesSynchronize(CFSTR("com.corvane.test"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
     }
-    static Owned<CFPropertyListRef> copy(const std::string& key) {
-        return Owned(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
+    static cv::CFReference<CFPropertyListRef> copy(const std::string& key) {
+        return cv::CFReference(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
                                             kCFPreferencesAnyHost));
     }
     static std::string copyText(const std::string& key) {
@@ -67,11 +44,7 @@ protected:
 
     /// Writes the preference file with Python: `entries` is an expression for a dictionary, `format` BINARY or XML.
     void writeWithPython(const std::string& entries, const std::string& format) const {
-        fs::create_directories(folder());
-        const std::string script = "import plistlib,sys,datetime\nplistlib.dump(" + entries +
-                                   ",open(sys.argv[1],'wb'),fmt=plistlib.FMT_" + format + ")";
-        const ProcessResult result = run({"python3", "-c", script, file()});
-        ASSERT_EQ(result.exitStatus, 0) << result.err;
+        test::writeWithPython(file(), entries, format);
     }
 
     TempDir home_;

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/AutoreleasePool.h"
 #include "plugin/Catalogue.h"
 #include "plugin/Steps.h"
 #include "tests/support/CFSupport.h"
@@ -89,9 +89,8 @@ XCodParamBlock makeBlock(std::int32_t product) {
 
 /// Calls a step inside an autorelease pool, as a host does, and returns the block's result.
 std::uint32_t call(Step step, XCodParamBlock block) {
-    const id pool = cv::send<id>(cv::send<id>(cv::classNamed("NSAutoreleasePool"), "alloc"), "init");
+    const cv::AutoreleasePool pool;
     step(&block);
-    cv::send<void>(pool, "drain");
     return block.resultFlags;
 }
 

@@ -10,37 +10,19 @@
 #include <string_view>
 #include <vector>
 
+#include "CvBase/Mac/CFReference.h"
+
 namespace test {
 
-/// Owns one reference count of a CoreFoundation object, or nothing.
-template <typename Ref>
-class Owned {
-public:
-    explicit Owned(Ref ref) : ref_(ref) {}
-    ~Owned() {
-        if (ref_ != nullptr) {
-            CFRelease(ref_);
-        }
-    }
-    Owned(Owned&& other) noexcept : ref_(other.ref_) { other.ref_ = nullptr; }
-    Owned& operator=(Owned&&) = delete;
-
-    Ref get() const { return ref_; }
-    explicit operator bool() const { return ref_ != nullptr; }
-
-private:
-    Ref ref_;
-};
-
 /// A string of exactly these UTF-16 units.
-inline Owned<CFStringRef> makeString(std::u16string_view units) {
-    return Owned<CFStringRef>(CFStringCreateWithCharacters(
+inline cv::CFReference<CFStringRef> makeString(std::u16string_view units) {
+    return cv::CFReference<CFStringRef>(CFStringCreateWithCharacters(
         kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size())));
 }
 
 /// A string of the text in UTF-8; none when it is no UTF-8.
-inline Owned<CFStringRef> string(const std::string& text) {
-    return Owned<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
+inline cv::CFReference<CFStringRef> string(const std::string& text) {
+    return cv::CFReference<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
 /// The UTF-16 units of `string`.

@@ -7,29 +7,18 @@
 #include <memory>
 #include <typeinfo>
 
+#include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/common/common_exception_base.h"
-#include "platform/MessageSend.h"
 
 namespace host {
 
 namespace {
 
-CFHandle<CFURLRef> makeURL(const std::string& path) {
+cv::CFReference<CFURLRef> makeURL(const std::string& path) {
     const auto* bytes = reinterpret_cast<const UInt8*>(path.data());
-    return CFHandle<CFURLRef>(
+    return cv::CFReference<CFURLRef>(
         CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, bytes, static_cast<CFIndex>(path.size()), true));
 }
-
-class AutoreleasePool {
-public:
-    AutoreleasePool() : pool_(cv::send<id>(cv::send<id>(cv::classNamed("NSAutoreleasePool"), "alloc"), "init")) {}
-    ~AutoreleasePool() { cv::send<void>(pool_, "drain"); }
-    AutoreleasePool(const AutoreleasePool&) = delete;
-    AutoreleasePool& operator=(const AutoreleasePool&) = delete;
-
-private:
-    id pool_;
-};
 
 std::string demangled(const char* name) {
     int status = 0;
@@ -42,8 +31,8 @@ CallResult describeException() {
     CallResult result;
     result.threw = true;
     if (std::current_exception() == nullptr) {
-        // Not thrown by C++. Of what such an exception is, C++ can learn nothing.
-        result.exceptionType = "NSException (or another language's)";
+        // Not thrown by C++, which can learn nothing of it.
+        result.exceptionType = "an exception of another language";
         return result;
     }
     result.exceptionType = demangled(abi::__cxa_current_exception_type()->name());
@@ -62,6 +51,10 @@ CallResult describeException() {
 
 }  // namespace
 
+cv::CFReference<CFStringRef> makeString(const std::string& text) {
+    return cv::CFReference(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
+}
+
 BundleSession::BundleSession(const std::string& path)
     : path_(path), plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
     if (!plugIn_) {
@@ -70,7 +63,7 @@ BundleSession::BundleSession(const std::string& path)
                           "' is no plug-in: a plug-in is a folder such as NAME.bundle whose "
                           "Contents/Info.plist registers a factory under CFPlugInFactories");
     }
-    factories_ = CFHandle<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));
+    factories_ = cv::CFReference<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));
 }
 
 std::vector<CFUUIDRef> BundleSession::factories() const {
@@ -139,7 +132,7 @@ StepFunction StepEntries::entry(Step step) const {
 }
 
 CallResult callStep(StepFunction step, XCodParamBlock* block) {
-    const AutoreleasePool pool;
+    const cv::AutoreleasePool pool;
     try {
         step(block);
         return {};

@@ -3,11 +3,14 @@
 #include <string>
 #include <vector>
 
+#include "CvBase/Mac/CFReference.h"
 #include "plugin/InstallerInterface.h"
-#include "tools/installer-host/CFHandle.h"
 #include "tools/installer-host/Options.h"
 
 namespace host {
+
+/// A string of the UTF-8 text; null when it is no UTF-8.
+cv::CFReference<CFStringRef> makeString(const std::string& text);
 
 /// A step as it is called.
 using StepFunction = void (*)(XCodParamBlock* block);
@@ -32,8 +35,8 @@ public:
 
 private:
     std::string path_;
-    CFHandle<CFPlugInRef> plugIn_;
-    CFHandle<CFArrayRef> factories_;
+    cv::CFReference<CFPlugInRef> plugIn_;
+    cv::CFReference<CFArrayRef> factories_;
 };
 
 /// The steps of an open plug-in, through the interface table of an instance or as exported functions.

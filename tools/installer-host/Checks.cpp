@@ -25,7 +25,7 @@ std::string textOf(CFStringRef string) {
 }
 
 std::string textOf(CFUUIDRef uuid) {
-    return textOf(CFHandle<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, uuid)).get());
+    return textOf(cv::CFReference<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, uuid)).get());
 }
 
 class Checker {

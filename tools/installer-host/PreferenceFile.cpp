@@ -5,12 +5,12 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <memory>
+#include <utility>
+#include <variant>
 
-#include "platform/CoreFoundation/PropertyList.h"
+#include "platform/PropertyList/PropertyList.h"
 #include "tools/installer-host/Text.h"
 
 namespace host {
@@ -45,87 +45,40 @@ std::string dateText(double seconds) {
     return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts));
 }
 
-std::string stringOf(plist_t node) {
-    std::uint64_t length = 0;
-    const char* text = plist_get_string_ptr(node, &length);
-    return text == nullptr ? std::string() : std::string(text, static_cast<std::size_t>(length));
-}
+Value valueOf(const cv::plist::Value& value);
 
-std::string hexOf(plist_t node) {
-    std::uint64_t length = 0;
-    const char* bytes = plist_get_data_ptr(node, &length);
-    return bytes == nullptr ? std::string() : hexText({bytes, static_cast<std::size_t>(length)});
-}
+/// What JSON data there is for each kind of value.
+struct MakeValue {
+    Value operator()(bool flag) const { return makeValue("boolean", flag); }
+    Value operator()(const std::string& text) const { return makeValue("string", text); }
+    Value operator()(cv::plist::Integer integer) const {
+        return makeValue("integer",
+                         integer.isNegative ? json(static_cast<std::int64_t>(integer.bits)) : json(integer.bits));
+    }
+    Value operator()(cv::plist::Real real) const { return makeValue("real", realValue(real.value)); }
+    Value operator()(cv::plist::Date date) const { return makeValue("date", dateText(date.seconds)); }
+    Value operator()(const cv::plist::Data& data) const { return makeValue("data", hexText(data.bytes)); }
+    Value operator()(cv::plist::Uid uid) const { return makeValue("uid", uid.number); }
 
-json integerOf(plist_t node) {
-    const cv::plist::Integer integer = cv::plist::integerOf(node);
-    return integer.negative ? json(static_cast<std::int64_t>(integer.bits)) : json(integer.bits);
-}
-
-/// Calls `visit` with each key and its node.
-template <typename Visit>
-void forEachItem(plist_t dictionary, Visit visit) {
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(dictionary, &iterator);
-    const std::unique_ptr<void, void (*)(void*)> owner(iterator, std::free);
-    for (;;) {
-        char* key = nullptr;
-        plist_t node = nullptr;
-        plist_dict_next_item(dictionary, iterator, &key, &node);
-        const std::unique_ptr<char, void (*)(void*)> keyOwner(key, std::free);
-        if (node == nullptr) {
-            return;
+    Value operator()(const cv::plist::Array& array) const {
+        json items = json::array();
+        for (const cv::plist::Value& item : array) {
+            items.push_back(valueOf(item));
         }
-        visit(std::string(key == nullptr ? "" : key), node);
+        return makeValue("array", std::move(items));
     }
-}
 
-Value valueOf(plist_t node);
-
-json arrayOf(plist_t node) {
-    json items = json::array();
-    for (std::uint32_t i = 0; i < plist_array_get_size(node); ++i) {
-        items.push_back(valueOf(plist_array_get_item(node, i)));
+    Value operator()(const cv::plist::Dictionary& dictionary) const {
+        json items = json::object();
+        for (const auto& [key, item] : dictionary) {
+            items[key] = valueOf(item);
+        }
+        return makeValue("dictionary", std::move(items));
     }
-    return items;
-}
+};
 
-json dictionaryOf(plist_t node) {
-    json items = json::object();
-    forEachItem(node, [&](const std::string& key, plist_t item) { items[key] = valueOf(item); });
-    return items;
-}
-
-Value valueOf(plist_t node) {
-    std::uint8_t flag = 0;
-    double real = 0;
-    std::uint64_t uid = 0;
-    switch (plist_get_node_type(node)) {
-        case PLIST_STRING:
-        case PLIST_KEY:
-            return makeValue("string", stringOf(node));
-        case PLIST_UINT:
-            return makeValue("integer", integerOf(node));
-        case PLIST_REAL:
-            plist_get_real_val(node, &real);
-            return makeValue("real", realValue(real));
-        case PLIST_BOOLEAN:
-            plist_get_bool_val(node, &flag);
-            return makeValue("boolean", flag != 0);
-        case PLIST_DATE:
-            return makeValue("date", dateText(cv::plist::dateOf(node)));
-        case PLIST_DATA:
-            return makeValue("data", hexOf(node));
-        case PLIST_ARRAY:
-            return makeValue("array", arrayOf(node));
-        case PLIST_DICT:
-            return makeValue("dictionary", dictionaryOf(node));
-        case PLIST_UID:
-            plist_get_uid_val(node, &uid);
-            return makeValue("uid", uid);
-        default:
-            return makeValue("null", nullptr);
-    }
+Value valueOf(const cv::plist::Value& value) {
+    return std::visit(MakeValue(), value.content);
 }
 
 /// All bytes of the file, or false with errno set.
@@ -167,13 +120,14 @@ PreferenceFile readPreferenceFile(int fd) {
         return file;
     }
     const cv::plist::Parsed parsed = cv::plist::parse(bytes);
-    if (parsed.root == nullptr) {
+    if (!parsed.root) {
         file.problem = parsed.reason;
-    } else if (plist_get_node_type(parsed.root.get()) != PLIST_DICT) {
-        file.problem = "it holds no dictionary";
+    } else if (const cv::plist::Dictionary* dictionary = parsed.root->dictionary()) {
+        for (const auto& [key, value] : *dictionary) {
+            file.keys.emplace(key, valueOf(value));
+        }
     } else {
-        forEachItem(parsed.root.get(),
-                    [&](const std::string& key, plist_t node) { file.keys.emplace(key, valueOf(node)); });
+        file.problem = "it holds no dictionary";
     }
     return file;
 }

@@ -9,7 +9,7 @@
 namespace host {
 
 /// A value of a property list as data: {"type": TYPE, "value": VALUE}. TYPE is one of string, integer, real, boolean,
-/// date, data, array, dictionary, uid and null. A date is text in ISO 8601, data is hexadecimal text, and a real that
+/// date, data, array, dictionary and uid. A date is text in ISO 8601, data is hexadecimal text, and a real that
 /// JSON cannot write is text ("nan", "inf", "-inf"); arrays and dictionaries hold values of this kind again.
 using Value = nlohmann::json;
 
@@ -20,7 +20,7 @@ struct PreferenceFile {
     struct stat status {};              ///< tells a file that was stored anew from one left alone
 };
 
-/// Reads the file that is open at `fd`. Never throws for what the file holds.
+/// Reads the file that is open at `fd`. Throws nothing but std::bad_alloc.
 PreferenceFile readPreferenceFile(int fd);
 
 /// The value for a reader: "fr", 2, 1.5, true, 2026-01-02T03:04:05Z, <00ff>, ["a", 1], {"key": "text"}. Long data is

@@ -1,7 +1,12 @@
 #pragma once
 
-// The part of CoreFoundation's CFBase.h that this project uses. Every CoreFoundation object here is a Foundation
-// object (toll-free bridged): a CFTypeRef is an Objective-C `id`, CFRetain sends retain, CFRelease sends release.
+// The part of CoreFoundation's CFBase.h that this project uses. Every reference is an `id` to message sending too.
+//
+// Every function may be called from any thread, and while the static objects of any image are made. An object may be
+// used by several threads at once; none can be changed after it was made.
+//
+// Where memory runs out, a function that makes or converts something throws std::bad_alloc (a Mac ends the process), so
+// that null and false always mean what their comments say. Those that only read, retain, release or compare never throw.
 //
 // Ownership follows the Mac's rule: a function with Create or Copy in its name gives the caller one reference to
 // release with CFRelease; every other function gives a reference that the callee keeps.
@@ -28,6 +33,7 @@ typedef UInt32 CFOptionFlags;
 
 typedef const struct __CFAllocator* CFAllocatorRef;
 typedef const struct __CFArray* CFArrayRef;
+typedef const struct __CFBoolean* CFBooleanRef;
 typedef struct __CFBundle* CFBundleRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
 typedef const struct __CFLocale* CFLocaleRef;
@@ -52,7 +58,8 @@ static inline CFRange CFRangeMake(CFIndex location, CFIndex length) {
 CF_EXPORT const CFAllocatorRef kCFAllocatorDefault;
 CF_EXPORT const CFAllocatorRef kCFAllocatorNull;
 
-/// Adds a reference and returns `cf`. A null `cf` ends the process with a message, as on a Mac.
+/// Adds a reference and returns `cf`. Constants, and objects with 2^31 references, are never destroyed: retaining and
+/// releasing them does nothing. A null `cf` ends the process with a message, as on a Mac.
 CF_EXPORT CFTypeRef CFRetain(CFTypeRef cf);
 
 /// Gives a reference up; the last one destroys the object. A null `cf` ends the process with a message, as on a Mac.
@@ -61,9 +68,12 @@ CF_EXPORT void CFRelease(CFTypeRef cf);
 /// The number of references, for tests and diagnostics only.
 CF_EXPORT CFIndex CFGetRetainCount(CFTypeRef cf);
 
-/// Whether the two objects have the same type and value. A null operand equals nothing, not even another null (a Mac
-/// would trap).
+/// Whether the two objects have the same type and value: strings the same UTF-16 units, numbers exactly the same number
+/// whatever they were made from. A null operand equals nothing, not even another null (a Mac would trap).
 CF_EXPORT Boolean CFEqual(CFTypeRef a, CFTypeRef b);
+
+/// A number that is the same for equal objects.
+CF_EXPORT CFHashCode CFHash(CFTypeRef cf);
 
 /// The kind of an object, to compare with CFStringGetTypeID() and its like.
 CF_EXPORT CFTypeID CFGetTypeID(CFTypeRef cf);

@@ -20,11 +20,11 @@ CF_EXPORT const CFStringRef kCFPlugInTypesKey;
 /// its registration is malformed, or another plug-in has registered one of its factories.
 CF_EXPORT CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url);
 
+/// The bundle that the plug-in is, not retained.
 CF_EXPORT CFBundleRef CFPlugInGetBundle(CFPlugInRef plugIn);
 
-/// A new array of the registered factories (CFUUIDRef) for a type; empty or null when there is none. The second form
-/// looks at one plug-in only.
-CF_EXPORT CFArrayRef CFPlugInFindFactoriesForPlugInType(CFUUIDRef typeID);
+/// A new array of the factories (CFUUIDRef) that the plug-in registers for a type, empty when there is none; null for a
+/// null argument.
 CF_EXPORT CFArrayRef CFPlugInFindFactoriesForPlugInTypeInPlugIn(CFUUIDRef typeID, CFPlugInRef plugIn);
 
 /// Loads the factory's code if need be, calls its function with `allocator` and `typeID`, and returns what that

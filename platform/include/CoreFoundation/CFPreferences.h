@@ -20,7 +20,7 @@ CF_EXPORT const CFStringRef kCFPreferencesCurrentHost;
 /// Collects one change for the next CFPreferencesSynchronize of the same domain and scopes; nothing is written yet.
 /// `key` is one literal key, whatever characters it has. A null `value` removes the key. The value is copied. Refused
 /// with a line on standard error: a value that is no property list (string, number, boolean, date, data, array,
-/// dictionary with strings for keys, 511 levels at most), and text or a key that has a NUL or half a surrogate pair.
+/// dictionary with strings for keys, 511 levels at most), and text or a key that has half a surrogate pair.
 CF_EXPORT void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
                                      CFStringRef host);
 

@@ -10,8 +10,6 @@ typedef CFIndex CFURLPathStyle;
 
 enum { kCFURLPOSIXPathStyle = 0 };
 
-CF_EXPORT CFTypeID CFURLGetTypeID(void);
-
 /// A new file URL for a path; null for a null or empty path or another path style. Any byte but NUL may stand in the
 /// path. `isDirectory` says how the URL is written, not what the path must name.
 CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style,

@@ -10,8 +10,6 @@ typedef struct {
     UInt8 byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15;
 } CFUUIDBytes;
 
-CF_EXPORT CFTypeID CFUUIDGetTypeID(void);
-
 /// A new identifier with these bytes.
 CF_EXPORT CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef allocator, CFUUIDBytes bytes);
 
@@ -23,7 +21,8 @@ CF_EXPORT CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UIn
 
 CF_EXPORT CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
-/// A new identifier from its text form ("5CD9484B-4A86-...", either letter case); null for any other text.
+/// A new identifier from its text form ("5CD9484B-4A86-...", either letter case, 36 characters); null for
+/// any other text.
 CF_EXPORT CFUUIDRef CFUUIDCreateFromString(CFAllocatorRef allocator, CFStringRef text);
 
 /// A new string with the identifier's text form in upper case.

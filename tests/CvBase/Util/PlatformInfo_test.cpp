@@ -26,14 +26,14 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
     };
     // clang-format on
     for (const auto& c : cases) {
-        // As GNUstep looks for it; on a Mac the dictionary lies in Contents/Info.plist.
         const test::TempDir folder;
         const std::string bundle = folder / "Demo.app";
         test::writeFile(
-            bundle + "/Resources/Info-gnustep.plist",
+            bundle + "/Contents/Info.plist",
             R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)" + c.entries + "</dict></plist>");
-        std::filesystem::copy_file(PRINT_PLATFORM_INFO, bundle + "/Demo");
-        const test::ProcessResult result = test::run({bundle + "/Demo"});
+        std::filesystem::create_directory(bundle + "/Contents/Linux");
+        std::filesystem::copy_file(PRINT_PLATFORM_INFO, bundle + "/Contents/Linux/Demo");
+        const test::ProcessResult result = test::run({bundle + "/Contents/Linux/Demo"});
         EXPECT_EQ(result.out, "Demo\n" + c.expectedName + "\n" + c.expectedVersion + "\n") << c.entries;
         EXPECT_EQ(result.exitStatus, 0) << result.err;
         EXPECT_EQ(result.err, "");

@@ -3,13 +3,12 @@
 #include <cstdio>
 
 #include "CvBase/Util/PlatformInfo.h"
-#include "platform/MessageSend.h"
+#include "CvBase/Mac/AutoreleasePool.h"
 
 int main() {
-    const id pool = cv::send<id>(cv::classNamed("NSAutoreleasePool"), "new");
+    const cv::AutoreleasePool pool;
     std::puts(Util::GetCurrentProcessName().CStr());
     std::puts(Util::GetCurrentProcessDisplayName().CStr());
     std::puts(Util::GetCurrentProcessDisplayVersion().CStr());
     std::fflush(stdout);
-    cv::send<void>(pool, "release");
 }

@@ -1,0 +1,39 @@
+#pragma once
+
+// Typed message sending from C++ to the classes that the Mac reaches by Objective-C alone.
+//
+//     const id panel = cv::send<id>(cv::classNamed("NSAlert"), "alloc");
+//     cv::send<void>(panel, "setAlertStyle:", cv::UInteger{2});
+//     const auto button = cv::send<cv::Integer>(panel, "runModal");
+
+#include <objc/objc.h>
+#include <objc/runtime.h>
+
+namespace cv {
+
+/// NSInteger and NSUInteger, as wide as a pointer.
+using Integer = long;
+using UInteger = unsigned long;
+
+/// The class object of `name`, or null when the process knows no such class.
+inline id classNamed(const char* name) {
+    return reinterpret_cast<id>(objc_getClass(name));
+}
+
+/// Sends `selector` to `receiver` and returns the method's result as `Result`. The arguments must have exactly the
+/// method's parameter types, and `Result` must be void, a pointer, a Boolean or an integer. A null receiver gives
+/// `Result()`. A method that the receiver does not have ends the process.
+template <typename Result, typename... Args>
+Result send(id receiver, const char* selector, Args... args) {
+    if (receiver == nullptr) {
+        return Result();
+    }
+    using Method = Result (*)(id, SEL, Args...);
+    using AnyFunction = void (*)();  // what compilers let every function type be cast to and from
+    const SEL name = sel_registerName(selector);
+    const auto function =
+        reinterpret_cast<AnyFunction>(class_getMethodImplementation(object_getClass(receiver), name));
+    return reinterpret_cast<Method>(function)(receiver, name, args...);
+}
+
+}  // namespace cv

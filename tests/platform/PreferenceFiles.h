@@ -1,0 +1,46 @@
+#pragma once
+
+// What the tests of property lists and of preferences see in files and folders.
+
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "tests/support/Process.h"
+
+namespace test {
+
+namespace fs = std::filesystem;
+
+/// What `expression` is in Python, with `p` the dictionary that the property list file holds.
+inline std::string python(const std::string& expression, const std::string& file) {
+    const std::string script =
+        "import plistlib,sys,datetime\np=plistlib.load(open(sys.argv[1],'rb'))\nprint(" + expression + ")";
+    const ProcessResult result = run({"python3", "-c", script, file});
+    return result.exitStatus == 0 ? result.out.substr(0, result.out.size() - 1) : result.err;
+}
+
+/// Writes a file with Python: `value` is an expression for a property list, `format` BINARY or XML.
+inline void writeWithPython(const std::string& file, const std::string& value, const std::string& format) {
+    fs::create_directories(fs::path(file).parent_path());
+    const std::string script = "import plistlib,sys,datetime\nplistlib.dump(" + value +
+                               ",open(sys.argv[1],'wb'),fmt=plistlib.FMT_" + format + ")";
+    const ProcessResult result = run({"python3", "-c", script, file});
+    if (result.exitStatus != 0) {
+        throw std::runtime_error(result.err);
+    }
+}
+
+/// The names in the folder, sorted.
+inline std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        names.push_back(entry.path().filename());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace test

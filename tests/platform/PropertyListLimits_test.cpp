@@ -1,0 +1,123 @@
+// Files as large as they may be, made to cost as much as they can: each is read or refused within bounded memory.
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "platform/PropertyList/PropertyList.h"
+#include "tests/support/Process.h"
+
+namespace {
+
+using namespace std::string_literals;
+using Fault = cv::plist::Parsed::Fault;
+using cv::plist::MAX_FILE_SIZE;
+
+constexpr rlim_t MAX_MEMORY = rlim_t{512} << 20;
+constexpr unsigned MAX_SECONDS = 120;  // far more than any takes on a slow machine
+
+/// `text`, as often as a file may hold it or `most` times, between `begin` and `end`.
+std::string filled(const std::string& begin, const std::string& text, const std::string& end,
+                   std::size_t most = MAX_FILE_SIZE) {
+    std::string bytes;
+    bytes.reserve(MAX_FILE_SIZE);
+    bytes = begin;
+    while (most-- > 0 && bytes.size() + text.size() + end.size() <= MAX_FILE_SIZE) {
+        bytes += text;
+    }
+    return bytes += end;
+}
+
+std::string inPlist(const std::string& begin, const std::string& text, const std::string& end) {
+    return filled("<plist>" + begin, text, end + "</plist>");
+}
+
+std::string bigEndian(std::uint64_t number, unsigned size = 8) {
+    std::string bytes;
+    while (size-- > 0) {
+        bytes += static_cast<char>(static_cast<unsigned char>(number >> 8 * size & 0xFF));
+    }
+    return bytes;
+}
+
+std::string withTable(std::string bytes, const std::string& table, std::uint64_t objects, char referenceSize) {
+    const std::size_t position = bytes.size();
+    return bytes += table + std::string(6, '\0') + '\4' + referenceSize + bigEndian(objects) + bigEndian(0) +
+                    bigEndian(position);
+}
+
+/// A binary array that refers so many times to the object.
+std::string references(std::size_t count, const std::string& object) {
+    const std::string bytes = filled("bplist00\xAF\x13" + bigEndian(count), "\x01", object, count);
+    return withTable(bytes, bigEndian(8, 4) + bigEndian(bytes.size() - object.size(), 4), 2, '\1');
+}
+
+/// A binary dictionary with so many keys, in no order.
+std::string dictionary(std::uint64_t count) {
+    std::string bytes = "bplist00\xDF\x13" + bigEndian(count), table = bigEndian(8, 4);
+    for (std::uint64_t i = 0; i < 2 * count; ++i) {
+        bytes += bigEndian(i < count ? i + 1 : count + 1, 4);
+    }
+    for (std::uint64_t i = 0; i < count; ++i) {
+        table += bigEndian(bytes.size(), 4);
+        bytes += "\x5A" + std::to_string(1000000000 + i * 7919 % count);
+    }
+    table += bigEndian(bytes.size(), 4);
+    return withTable(bytes + "\x09", table, count + 2, '\4');
+}
+
+std::string longTexts(char marker, std::size_t count, std::size_t size) {
+    return references(count, std::string{marker, '\x13'} + bigEndian(size) + std::string(30U << 20, 'x'));
+}
+
+struct Case {
+    const char* name;
+    Fault fault;
+    std::function<std::string()> bytes;
+};
+
+const Case CASES[] = {
+    {"every reference to one value", Fault::unsupported, [] { return references(60'000'000, "\x09"); }},
+    {"many references to one value", Fault::none, [] { return references(500'000, "\x09"); }},
+    {"many references to one text", Fault::none,
+     [] { return references(500'000, "\x5F\x10\x20" + std::string(32, 'x')); }},
+    {"many references to one empty array", Fault::none, [] { return references(500'000, "\xA0"); }},
+    {"references to a long text", Fault::unsupported, [] { return longTexts('\x5F', 1000, 30U << 20); }},
+    {"a long text of two-byte units", Fault::none, [] { return longTexts('\x6F', 1, 15U << 20); }},
+    {"a dictionary", Fault::none, [] { return dictionary(200'000); }},
+    {"a larger dictionary", Fault::unsupported, [] { return dictionary(1'000'000); }},
+    {"open arrays", Fault::unsupported, [] { return filled("", "<array>", ""); }},
+    {"open elements", Fault::malformed, [] { return filled("", "<a>", ""); }},
+    {"values", Fault::unsupported, [] { return inPlist("<array>", "<true/>", "</array>"); }},
+    {"arrays of one", Fault::unsupported, [] { return inPlist("<array>", "<array><true/></array>", "</array>"); }},
+    {"a text", Fault::none, [] { return inPlist("<string>", "x", "</string>"); }},
+    {"empty lines", Fault::none, [] { return inPlist("<string>", "\n", "</string>"); }},
+    {"empty lines between elements", Fault::none, [] { return inPlist("<array>", "\n", "</array>"); }},
+    {"character references", Fault::none, [] { return inPlist("<string>", "&#9;", "</string>"); }},
+    {"one character reference", Fault::unsupported, [] { return inPlist("<string>&#", "0", "9;</string>"); }},
+    {"zeros", Fault::none, [] { return inPlist("<integer>", "0", "</integer>"); }},
+    {"digits", Fault::none, [] { return inPlist("<real>0.", "1", "</real>"); }},
+    {"data", Fault::none, [] { return inPlist("<data>", "QUJD", "</data>"); }},
+    {"an attribute", Fault::unsupported, [] { return filled("<plist a=\"", "x", "\"><true/></plist>"); }},
+    {"a name", Fault::unsupported, [] { return filled("<", "x", "/>"); }},
+    {"a comment", Fault::unsupported, [] { return filled("<!--", "x", "--><plist><true/></plist>"); }},
+    {"comments", Fault::none, [] { return filled("", "<!---->", "<plist><true/></plist>"); }},
+    {"spaces before anything", Fault::none, [] { return filled("", " ", "<true/>"); }},
+    {"zero bytes", Fault::malformed, [] { return filled("", "\0"s, ""); }},
+};
+
+TEST(PropertyListLimits, EveryFileIsReadOrRefusedWithinBoundedMemory) {
+    for (const Case& file : CASES) {
+        EXPECT_TRUE(test::holdsInACopy([&file] {
+            const rlimit limit{MAX_MEMORY, MAX_MEMORY};
+            alarm(MAX_SECONDS);
+            return setrlimit(RLIMIT_AS, &limit) == 0 && cv::plist::parse(file.bytes()).fault == file.fault;
+        })) << file.name;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,86 @@
+#include "tests/support/MallocFailures.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+
+// The C library's own functions, by the names under which they remain reachable.
+extern "C" {
+void* __libc_malloc(std::size_t size) noexcept;
+void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
+void* __libc_realloc(void* block, std::size_t size) noexcept;
+void* __libc_memalign(std::size_t alignment, std::size_t size) noexcept;
+}
+
+namespace {
+
+struct Plan {
+    bool isArmed;
+    unsigned long tried;
+    unsigned long firstFailure;
+    unsigned long failures;
+};
+
+// In the memory that every thread has from its start, because asking for it must not need malloc.
+__attribute__((tls_model("initial-exec"))) thread_local Plan plan{};
+
+bool mayPass() {
+    if (!plan.isArmed) {
+        return true;
+    }
+    const unsigned long number = plan.tried++;
+    if (number < plan.firstFailure || number - plan.firstFailure >= plan.failures) {
+        return true;
+    }
+    errno = ENOMEM;
+    return false;
+}
+
+}  // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) void* malloc(std::size_t size) noexcept {
+    return mayPass() ? __libc_malloc(size) : nullptr;
+}
+
+__attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size) noexcept {
+    return mayPass() ? __libc_calloc(count, size) : nullptr;
+}
+
+__attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) noexcept {
+    return mayPass() ? __libc_realloc(block, size) : nullptr;
+}
+
+__attribute__((visibility("default"))) void* memalign(std::size_t alignment, std::size_t size) noexcept {
+    return mayPass() ? __libc_memalign(alignment, size) : nullptr;
+}
+
+__attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return memalign(alignment, size);
+}
+
+__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment,
+                                                          std::size_t size) noexcept {
+    void* const given = memalign(alignment, size);
+    if (given == nullptr) {
+        return ENOMEM;
+    }
+    *block = given;
+    return 0;
+}
+
+}  // extern "C"
+
+namespace test {
+
+void failMalloc(unsigned long passes, unsigned long failures) {
+    plan = {true, 0, passes, failures};
+}
+
+unsigned long endMallocFailures() {
+    plan.isArmed = false;
+    return plan.tried;
+}
+
+}  // namespace test
