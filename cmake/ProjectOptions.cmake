@@ -29,6 +29,11 @@ endif()
 # 2038 there.
 add_compile_definitions(_FILE_OFFSET_BITS=64 $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>:_TIME_BITS=64>)
 
+# Nothing is loaded with a program that it calls nothing of.
+if(NOT APPLE)
+    add_link_options(-Wl,--as-needed -Wl,-O1)
+endif()
+
 if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${CVBASE_SANITIZERS})

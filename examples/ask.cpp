@@ -4,9 +4,9 @@
 
 #include <cstdio>
 
+#include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/common/common_string.h"
 #include "UI/Native/MessageBox.h"
-#include "CvBase/Mac/AutoreleasePool.h"
 
 int main(int argc, char** argv) {
     if (argc != 2) {

@@ -3,21 +3,57 @@
 #include <algorithm>
 #include <mutex>
 #include <new>
+#include <string_view>
 
 namespace cv {
 
 namespace {
 
-struct Record {
-    std::mutex mutex;
-    std::vector<StoreFailure> failures;
-    bool isIncomplete = false;  ///< there was no memory for a failure
-
-    void forget(const char* what) {
-        failures.erase(std::remove_if(failures.begin(), failures.end(),
-                                      [&](const StoreFailure& failure) { return failure.what == what; }),
-                       failures.end());
+/// One failure for each object.
+class Record {
+public:
+    void add(const char* what, const char* reason, bool wasToBeStored) noexcept {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto earlier = find(what);
+        if (earlier != failures_.end()) {
+            if (earlier->wasToBeStored && !wasToBeStored) {
+                return;
+            }
+            failures_.erase(earlier);
+        }
+        try {
+            failures_.push_back({what, reason, wasToBeStored});
+        } catch (const std::bad_alloc&) {
+            isIncomplete_ = true;
+        }
     }
+
+    void forget(const char* what) noexcept {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (const auto failure = find(what); failure != failures_.end()) {
+            failures_.erase(failure);
+        }
+    }
+
+    std::vector<StoreFailure> all() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        std::vector<StoreFailure> failures = failures_;
+        if (isIncomplete_) {
+            failures.push_back(
+                {"something", "there was not enough memory to store it, nor to remember what it was", true});
+        }
+        return failures;
+    }
+
+private:
+    std::vector<StoreFailure>::iterator find(std::string_view what) noexcept {
+        return std::find_if(failures_.begin(), failures_.end(),
+                            [=](const StoreFailure& failure) { return failure.what == what; });
+    }
+
+    std::mutex mutex_;
+    std::vector<StoreFailure> failures_;
+    bool isIncomplete_ = false;  ///< there was no memory for a failure
 };
 
 /// Lives as long as the process, in memory that is always there: a store may fail while other objects are destroyed.
@@ -30,27 +66,19 @@ Record& record() {
 }  // namespace
 
 void storeFailed(const char* what, const char* reason) noexcept {
-    const std::lock_guard<std::mutex> lock(record().mutex);
-    record().forget(what);
-    try {
-        record().failures.push_back({what, reason});
-    } catch (const std::bad_alloc&) {
-        record().isIncomplete = true;
-    }
+    record().add(what, reason, true);
+}
+
+void lookupFailed(const char* what, const char* reason) noexcept {
+    record().add(what, reason, false);
 }
 
 void storeSucceeded(const char* what) noexcept {
-    const std::lock_guard<std::mutex> lock(record().mutex);
     record().forget(what);
 }
 
 std::vector<StoreFailure> storeFailures() {
-    const std::lock_guard<std::mutex> lock(record().mutex);
-    std::vector<StoreFailure> failures = record().failures;
-    if (record().isIncomplete) {
-        failures.push_back({"something", "there was not enough memory to store it, nor to remember what it was"});
-    }
-    return failures;
+    return record().all();
 }
 
 }  // namespace cv

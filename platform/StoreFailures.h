@@ -12,13 +12,21 @@ namespace cv {
 struct StoreFailure {
     std::string what;    ///< the file or folder concerned
     std::string reason;  ///< to end a sentence with
+    /// False when `what` could not be found or its Finder information not be read, which is the way to storing that
+    /// information. A caller that meant to change it gives up there; one that only wanted to look has lost nothing. The
+    /// calls are the same for both: whoever knows what was to be stored decides.
+    bool wasToBeStored;
 };
 
 /// Records that `what` could not be stored, in place of an earlier failure of the same. Without memory to do so, it is
 /// remembered that there was one.
 CF_EXPORT void storeFailed(const char* what, const char* reason) noexcept;
 
-/// Records that `what` was stored: an earlier failure is made good.
+/// Records that `what`, which is there, could not be found or read on the way to storing something of it, unless it is
+/// already known that it could not be stored. What is not there at all is no failure, and not recorded.
+CF_EXPORT void lookupFailed(const char* what, const char* reason) noexcept;
+
+/// Records that `what` was stored: an earlier failure is made good, that of a look at it, too.
 CF_EXPORT void storeSucceeded(const char* what) noexcept;
 
 /// The failures that were not made good, in the order they came in.

@@ -31,8 +31,7 @@ Result send(id receiver, const char* selector, Args... args) {
     using Method = Result (*)(id, SEL, Args...);
     using AnyFunction = void (*)();  // what compilers let every function type be cast to and from
     const SEL name = sel_registerName(selector);
-    const auto function =
-        reinterpret_cast<AnyFunction>(class_getMethodImplementation(object_getClass(receiver), name));
+    const auto function = reinterpret_cast<AnyFunction>(class_getMethodImplementation(object_getClass(receiver), name));
     return reinterpret_cast<Method>(function)(receiver, name, args...);
 }
 

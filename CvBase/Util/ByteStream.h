@@ -119,8 +119,8 @@ private:
     /// Whether `count` bytes are there to be read. The position may be anywhere.
     bool has(std::size_t count) const { return position_ <= buffer_.size() && count <= buffer_.size() - position_; }
 
-    /// Whether the position is where the vector ends. The position may be anywhere: addresses as numbers cannot overflow,
-    /// and comparing them takes a step less than comparing sizes.
+    /// Whether the position is where the vector ends. The position may be anywhere: addresses as numbers cannot
+    /// overflow, and comparing them takes a step less than comparing sizes.
     bool isAtVectorEnd() const {
         auto const start = reinterpret_cast<std::uintptr_t>(buffer_.data());
         return start + position_ == reinterpret_cast<std::uintptr_t>(buffer_.data() + buffer_.size());

@@ -4,9 +4,9 @@
 
 #include <memory>
 
+#include "CvBase/Mac/MessageSend.h"
 #include "CvBase/Util/CFString.h"
 #include "CvBase/Util/PlatformInfo.h"
-#include "CvBase/Mac/MessageSend.h"
 
 namespace UI {
 namespace Native {

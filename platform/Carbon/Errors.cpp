@@ -1,6 +1,7 @@
 #include "platform/Carbon/Errors.h"
 
 #include <cerrno>
+#include <cstring>
 
 namespace cv {
 
@@ -30,6 +31,11 @@ OSErr fileError(int errnoValue) {
         default:
             return ioErr;
     }
+}
+
+const char* errorName(int errnoValue) {
+    const char* const text = strerrordesc_np(errnoValue);
+    return text != nullptr ? text : "unknown error";
 }
 
 }  // namespace cv

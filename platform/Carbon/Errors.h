@@ -9,6 +9,9 @@ namespace cv {
 /// The Mac's result code for an `errno` value of a file system call.
 OSErr fileError(int errnoValue);
 
+/// What an `errno` value means, for a report. Never null.
+const char* errorName(int errnoValue);
+
 /// What `work` answers, or memFullErr when it throws std::bad_alloc: a call of the File Manager or the Apple Event
 /// Manager never throws.
 template <typename Work>

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/Carbon/Errors.h"
+#include "platform/StoreFailures.h"
 
 static_assert(sizeof(FSRef::path) == PATH_MAX, "a reference has room for every path that realpath gives");
 
@@ -26,7 +27,9 @@ OpenReference::OpenReference(const FSRef* ref) {
     }
     descriptor_ = Descriptor(open(ref->path, O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (!descriptor_.isOpen() || fstat(descriptor_.get(), &status_) != 0) {
-        error_ = errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? OSErr{errFSBadFSRef} : fileError(errno);
+        const bool isGone = errno == ENOENT || errno == ENOTDIR || errno == ELOOP;
+        systemError_ = isGone ? 0 : errno;
+        error_ = isGone ? OSErr{errFSBadFSRef} : fileError(errno);
     } else if (status_.st_dev != ref->device || status_.st_ino != ref->inode) {
         error_ = errFSBadFSRef;
     }
@@ -64,9 +67,8 @@ bool resolve(const std::string& path, bool followLeaf, char* resolved) {
     return true;
 }
 
-/// Why resolving `path` failed, by errno.
-OSErr resolveError(const std::string& path) {
-    const int error = errno;
+/// What it means that resolving `path` failed with `error`, an errno value.
+OSErr resolveError(const std::string& path, int error) {
     const bool folderIsMissing = error == ENOENT && access(folderOf(path).c_str(), F_OK) != 0;
     return folderIsMissing ? OSErr{dirNFErr} : fileError(error);
 }
@@ -76,7 +78,11 @@ OSErr findObject(const char* path, bool followLeaf, FSRef& ref, Boolean* isDirec
     FSRef found{};
     struct stat status {};
     if (!resolve(wanted, followLeaf, found.path) || lstat(found.path, &status) != 0) {
-        return resolveError(wanted);
+        const int error = errno;
+        if (error != ENOENT && error != ENOTDIR) {
+            lookupFailed(wanted.c_str(), errorName(error));
+        }
+        return resolveError(wanted, error);
     }
     found.device = status.st_dev;
     found.inode = status.st_ino;
@@ -97,8 +103,12 @@ OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits options, FSRef* 
         return paramErr;
     }
     const bool followLeaf = (options & kFSPathMakeRefDoNotFollowLeafSymlink) == 0;
-    return cv::orMemoryError(
-        [&] { return cv::findObject(reinterpret_cast<const char*>(path), followLeaf, *ref, isDirectory); });
+    const char* const text = reinterpret_cast<const char*>(path);
+    const OSErr error = cv::orMemoryError([&] { return cv::findObject(text, followLeaf, *ref, isDirectory); });
+    if (error == memFullErr) {
+        cv::lookupFailed(text, cv::errorName(ENOMEM));
+    }
+    return error;
 }
 
 OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory) {

@@ -18,6 +18,8 @@ public:
 
     /// noErr when the reference's path still leads to its object; only then do the others mean something.
     OSErr error() const { return error_; }
+    /// What the system said (errno) where the object is there and could not be opened; 0 otherwise.
+    int systemError() const { return systemError_; }
     int descriptor() const { return descriptor_.get(); }
     bool isFolder() const { return S_ISDIR(status_.st_mode); }
     bool isRegularFile() const { return S_ISREG(status_.st_mode); }
@@ -25,6 +27,7 @@ public:
 private:
     Descriptor descriptor_;
     OSErr error_ = noErr;
+    int systemError_ = 0;
     struct stat status_ {};
 };
 

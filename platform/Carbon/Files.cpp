@@ -56,70 +56,85 @@ struct PathOf {
     char text[32];
 };
 
-OSErr readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
+/// Why Finder information cannot be read.
+struct Fault {
+    OSErr error = noErr;
+    const char* reason = "";
+};
+
+Fault readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
+    if (object.error() != noErr) {
+        return {object.error(), cv::errorName(object.systemError())};
+    }
     const ssize_t size = getxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size());
     if (size == static_cast<ssize_t>(info.size())) {
-        return noErr;
+        return {};
     }
-    if (size >= 0) {
-        return ioErr;
+    if (size >= 0 || errno == ERANGE) {
+        return {ioErr, "its Finder information has a size other than 32 bytes"};
     }
     if (errno == ENODATA || errno == ENOTSUP) {
         info.fill(0);
-        return noErr;
+        return {};
     }
-    return errno == EACCES || errno == EPERM ? afpAccessDenied : ioErr;
+    return {errno == EACCES || errno == EPERM ? OSErr{afpAccessDenied} : OSErr{ioErr}, cv::errorName(errno)};
 }
 
-/// Checks what reading and storing have in common.
-OSErr checkRequest(const cv::OpenReference& object, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
-    if ((whichInfo & ~FSCatalogInfoBitmap{kFSCatInfoFinderInfo}) != 0 || (whichInfo != 0 && catalogInfo == nullptr)) {
-        return paramErr;
+/// Whether reading and storing can do what they are asked for.
+bool isValidRequest(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
+    return ref != nullptr && (whichInfo & ~FSCatalogInfoBitmap{kFSCatInfoFinderInfo}) == 0 &&
+           (whichInfo == 0 || catalogInfo != nullptr);
+}
+
+OSErr storeFinderInfo(const FSRef& ref, const FSCatalogInfo& catalogInfo) {
+    const cv::OpenReference object(&ref);
+    FinderInfo info{};
+    const Fault fault = readFinderInfo(object, info);
+    if (fault.error == errFSBadFSRef) {
+        return fault.error;
     }
-    return object.error();
+    if (fault.error != noErr) {
+        cv::storeFailed(ref.path, fault.reason);
+        return fault.error;
+    }
+    std::memcpy(info.data(), catalogInfo.finderInfo, sizeof catalogInfo.finderInfo);
+    swapFinderInfo(info.data(), object.isFolder());
+    if (setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0) != 0) {
+        const int error = errno;
+        cv::storeFailed(ref.path, cv::errorName(error));
+        return cv::fileError(error);
+    }
+    cv::storeSucceeded(ref.path);
+    return noErr;
 }
 
 }  // namespace
 
 OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
                        struct HFSUniStr255* name, struct FSSpec* spec, FSRef* parent) {
-    if (name != nullptr || spec != nullptr || parent != nullptr) {
+    if (name != nullptr || spec != nullptr || parent != nullptr || !isValidRequest(ref, whichInfo, catalogInfo)) {
         return paramErr;
     }
     const cv::OpenReference object(ref);
-    OSErr error = checkRequest(object, whichInfo, catalogInfo);
-    if (error != noErr || whichInfo == 0) {
-        return error;
+    if (whichInfo == 0) {
+        return object.error();
     }
     FinderInfo info{};
-    error = readFinderInfo(object, info);
-    if (error == noErr) {
+    const Fault fault = readFinderInfo(object, info);
+    if (fault.error == noErr) {
         swapFinderInfo(info.data(), object.isFolder());
         std::memcpy(catalogInfo->finderInfo, info.data(), sizeof catalogInfo->finderInfo);
+    } else if (fault.error != errFSBadFSRef) {
+        cv::lookupFailed(ref->path, fault.reason);
     }
-    return error;
+    return fault.error;
 }
 
 OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo) {
-    const cv::OpenReference object(ref);
-    OSErr error = checkRequest(object, whichInfo, catalogInfo);
-    if (error != noErr || whichInfo == 0) {
-        return error;
+    if (!isValidRequest(ref, whichInfo, catalogInfo)) {
+        return paramErr;
     }
-    FinderInfo info{};
-    error = readFinderInfo(object, info);
-    if (error != noErr) {
-        return error;
-    }
-    std::memcpy(info.data(), catalogInfo->finderInfo, sizeof catalogInfo->finderInfo);
-    swapFinderInfo(info.data(), object.isFolder());
-    if (setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0) != 0) {
-        const int reason = errno;
-        cv::storeFailed(ref->path, std::strerror(reason));
-        return cv::fileError(reason);
-    }
-    cv::storeSucceeded(ref->path);
-    return noErr;
+    return whichInfo == 0 ? cv::OpenReference(ref).error() : storeFinderInfo(*ref, *catalogInfo);
 }
 
 OSErr FSExchangeObjects(const FSRef* a, const FSRef* b) {

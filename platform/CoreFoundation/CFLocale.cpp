@@ -72,8 +72,7 @@ std::string bundleName(const std::string& name) {
     const icu::LocalUResourceBundlePointer bundle(ures_open(nullptr, name.c_str(), &error));
     throwWithoutMemory(error);
     const bool isKnown = U_SUCCESS(error) && error != U_USING_DEFAULT_WARNING;
-    const char* const actual =
-        isKnown ? ures_getLocaleByType(bundle.getAlias(), ULOC_ACTUAL_LOCALE, &error) : nullptr;
+    const char* const actual = isKnown ? ures_getLocaleByType(bundle.getAlias(), ULOC_ACTUAL_LOCALE, &error) : nullptr;
     return actual != nullptr ? actual : ROOT;
 }
 

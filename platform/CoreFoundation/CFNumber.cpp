@@ -57,8 +57,7 @@ double asDouble(const __CFNumber& number) {
 bool storeInteger(const __CFNumber& number, CFNumberType type, void* target) {
     const std::int64_t value =
         number.isFloating() ? nearestInteger(number.real()) : static_cast<std::int64_t>(number.bits());
-    const bool fits =
-        type == kCFNumberSInt64Type ? storeLow<SInt64>(value, target) : storeLow<SInt32>(value, target);
+    const bool fits = type == kCFNumberSInt64Type ? storeLow<SInt64>(value, target) : storeLow<SInt32>(value, target);
     return fits && number == __CFNumber(value, kCFNumberSInt64Type);
 }
 
@@ -94,7 +93,8 @@ bool __CFNumber::integer(bool& isNegative, std::uint64_t& bits) const noexcept {
         return false;
     }
     isNegative = real_ < 0;
-    bits = isNegative ? static_cast<std::uint64_t>(static_cast<std::int64_t>(real_)) : static_cast<std::uint64_t>(real_);
+    bits =
+        isNegative ? static_cast<std::uint64_t>(static_cast<std::int64_t>(real_)) : static_cast<std::uint64_t>(real_);
     return true;
 }
 

@@ -39,8 +39,8 @@ struct __CFArray : objc_object {
 
 /// Filled before it is handed out, and not changed afterwards.
 struct __CFDictionary : objc_object {
-    using Entries = std::unordered_map<cv::Owned<objc_object>, cv::Owned<objc_object>, cv::HashObject,
-                                       cv::EqualObjects>;
+    using Entries =
+        std::unordered_map<cv::Owned<objc_object>, cv::Owned<objc_object>, cv::HashObject, cv::EqualObjects>;
 
     explicit __CFDictionary(Entries&& values) : objc_object(cv::DICTIONARY_CLASS), entries(std::move(values)) {}
     bool operator==(const __CFDictionary& other) const;

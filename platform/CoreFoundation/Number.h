@@ -50,5 +50,4 @@ extern const objc_class NUMBER_CLASS;
 
 }  // namespace cv
 
-constexpr __CFBoolean::__CFBoolean(bool isTrue) noexcept
-    : objc_object(cv::BOOLEAN_CLASS, IMMORTAL), value(isTrue) {}
+constexpr __CFBoolean::__CFBoolean(bool isTrue) noexcept : objc_object(cv::BOOLEAN_CLASS, IMMORTAL), value(isTrue) {}

@@ -57,9 +57,10 @@ constexpr Behaviour identityOf() {
 /// The behaviour of objects that are deleted as a T and compared by their values: T has == and hash().
 template <typename T>
 constexpr Behaviour valueOf() {
-    return {identityOf<T>().destroy,
-            [](const objc_object& a, const objc_object& b) { return static_cast<const T&>(a) == static_cast<const T&>(b); },
-            [](const objc_object& object) { return static_cast<const T&>(object).hash(); }};
+    return {
+        identityOf<T>().destroy,
+        [](const objc_object& a, const objc_object& b) { return static_cast<const T&>(a) == static_cast<const T&>(b); },
+        [](const objc_object& object) { return static_cast<const T&>(object).hash(); }};
 }
 
 /// The function of the method that `selector` names, null when the class has none of its own.
@@ -113,7 +114,6 @@ namespace cv {
 /// NSObject, the class above all others, and its metaclass.
 extern const objc_class OBJECT_CLASS;
 extern const objc_class OBJECT_METACLASS;
-
 
 /// The object behind a reference.
 template <typename T = objc_object>

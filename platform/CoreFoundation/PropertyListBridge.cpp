@@ -104,7 +104,9 @@ AnyObject newObject(const Value& value);
 
 /// Makes the object of each kind of value.
 struct Maker {
-    AnyObject operator()(bool isTrue) const { return retained<objc_object>(*(isTrue ? kCFBooleanTrue : kCFBooleanFalse)); }
+    AnyObject operator()(bool isTrue) const {
+        return retained<objc_object>(*(isTrue ? kCFBooleanTrue : kCFBooleanFalse));
+    }
     AnyObject operator()(const Integer& integer) const {
         return AnyObject(integer.isNegative
                              ? new __CFNumber(static_cast<std::int64_t>(integer.bits), kCFNumberSInt64Type)

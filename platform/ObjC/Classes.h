@@ -34,8 +34,8 @@ IMP findMethod(const Method (&table)[N], std::string_view selector) {
 }
 
 /// Gives a reference to `object` up at the end of the thread's innermost autorelease pool. Without a pool the object
-/// stays for ever, which is reported on standard error, as on a Mac. Throws std::bad_alloc, and the reference is given up
-/// then.
+/// stays for ever, which is reported on standard error, as on a Mac. Throws std::bad_alloc, and the reference is given
+/// up then.
 void autorelease(id object);
 
 }  // namespace cv

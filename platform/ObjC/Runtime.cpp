@@ -2,9 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
+#include <cstring>
+#include <map>
 #include <mutex>
-#include <set>
 #include <string>
 
 #include "platform/CoreFoundation/Object.h"
@@ -12,11 +12,30 @@
 
 /// A selector is its name, at one place for each name.
 struct objc_selector {
-    std::string name;
-    bool operator<(const objc_selector& other) const { return name < other.name; }
+    const char* name;
 };
 
 namespace {
+
+/// The selectors of the methods that there are: sending what an object understands takes no memory, so that it can be
+/// done while memory runs out, as in destructors.
+const objc_selector KNOWN_SELECTORS[] = {
+    {"addButtonWithTitle:"}, {"alloc"},   {"autorelease"}, {"drain"},    {"infoDictionary"}, {"init"},
+    {"mainBundle"},          {"release"}, {"retain"},      {"runModal"}, {"setAlertStyle:"}, {"setMessageText:"}};
+
+/// The selector of a name that no method has.
+SEL otherSelector(const char* name) {
+    static std::mutex mutex;
+    // Never destroyed: objects are sent messages until the process ends.
+    static auto& selectors = *new std::map<std::string, objc_selector>;
+
+    const std::lock_guard<std::mutex> lock(mutex);
+    const auto [place, isNew] = selectors.try_emplace(name);
+    if (isNew) {
+        place->second.name = place->first.c_str();
+    }
+    return &place->second;
+}
 
 const objc_class* const CLASSES[] = {&cv::ALERT_CLASS, &cv::AUTORELEASE_POOL_CLASS, &cv::BUNDLE_PROXY_CLASS,
                                      &cv::OBJECT_CLASS};
@@ -50,7 +69,7 @@ IMP objectMethod(std::string_view selector) {
 void endProcess(id self, SEL selector) {
     const bool isClass = self->isa == &cv::OBJECT_METACLASS || self->isa->superclass == &cv::OBJECT_METACLASS;
     std::fprintf(stderr, "*** %c[%s %s]: unrecognized selector sent to %s ***\n", isClass ? '+' : '-', self->isa->name,
-                 selector->name.c_str(), isClass ? "class" : "instance");
+                 selector->name, isClass ? "class" : "instance");
     std::abort();
 }
 
@@ -64,12 +83,12 @@ const objc_class OBJECT_CLASS("NSObject", OBJECT_METACLASS, nullptr, objectMetho
 }  // namespace cv
 
 SEL sel_registerName(const char* name) {
-    static std::mutex mutex;
-    // Never destroyed: objects are sent messages until the process ends.
-    static auto& selectors = *new std::set<objc_selector>;
-
-    const std::lock_guard<std::mutex> lock(mutex);
-    return &*selectors.insert({name}).first;
+    for (const objc_selector& known : KNOWN_SELECTORS) {
+        if (std::strcmp(known.name, name) == 0) {
+            return &known;
+        }
+    }
+    return otherSelector(name);
 }
 
 id objc_getClass(const char* name) {

@@ -18,11 +18,20 @@ std::size_t taken(std::size_t size) {
     return size == 0 ? 0 : (size + sizeof(std::size_t) + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
 }
 
+/// A Mac also reads the older form, whose dictionaries are in braces and whose arrays are in parentheses.
+void refuseOldForm(std::string_view bytes) {
+    const std::size_t begin = bytes.find_first_not_of(" \t\r\n");
+    if (begin != std::string_view::npos && (bytes[begin] == '{' || bytes[begin] == '(')) {
+        refuseUnsupported("it is in the old form of property lists");
+    }
+}
+
 Value read(std::string_view bytes) {
     if (bytes.size() > MAX_FILE_SIZE) {
         refuseUnsupported(TOO_LARGE);
     }
     if (bytes.substr(0, BINARY_MAGIC.size()) != BINARY_MAGIC) {
+        refuseOldForm(bytes);
         return readXml(bytes);
     }
     const std::string_view version = bytes.substr(BINARY_MAGIC.size(), BINARY_VERSION.size());

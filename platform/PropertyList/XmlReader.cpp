@@ -20,6 +20,9 @@ namespace {
 /// longer.
 constexpr std::size_t PIECE_SIZE = 1U << 20;
 
+/// The parser tells every line and every character reference on its own; that many cost about half a second.
+constexpr unsigned MAX_TEXT_PIECES = 1U << 24;
+
 enum class Element { plist, dictionary, array, key, string, integer, real, yes, no, date, data };
 
 Element elementOf(std::string_view name) {
@@ -72,6 +75,9 @@ public:
     }
 
     void addText(std::string_view text) {
+        if (++textPieces_ > MAX_TEXT_PIECES) {
+            refuseUnsupported("it has too many lines");
+        }
         if (isInText()) {
             budget_.makeRoom(text_, text.size());
             text_.append(text);
@@ -167,6 +173,7 @@ private:
     std::vector<Container> open_;
     std::optional<Element> simple_;  ///< the open element that is no array or dictionary
     std::string text_;               ///< of that element, so far
+    unsigned textPieces_ = 0;
     std::optional<Value> root_;
     bool isInPlist_ = false;
 };
@@ -250,19 +257,24 @@ private:
         if (error == XML_ERROR_UNKNOWN_ENCODING) {
             refuseUnsupported("it is in an unknown encoding");
         }
-        if (error == XML_ERROR_INVALID_TOKEN && isAtControlCharacter(bytes)) {
-            refuseUnsupported("it holds text with a control character");
+        if (error == XML_ERROR_INVALID_TOKEN && isAtForbiddenCharacter(bytes)) {
+            refuseUnsupported("it holds text with a character that XML forbids");
         }
         throw Refusal{Parsed::Fault::malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
                                                     " in line " +
                                                     std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
     }
 
-    /// No XML may have these characters, but other programs that read and write property lists let them pass.
-    bool isAtControlCharacter(std::string_view bytes) const {
+    /// No XML may have control characters, U+FFFE and U+FFFF, but other programs that write property lists let them
+    /// pass.
+    bool isAtForbiddenCharacter(std::string_view bytes) const {
         const XML_Index index = XML_GetCurrentByteIndex(parser_.get());
-        const auto position = static_cast<std::size_t>(std::max<XML_Index>(index, 0));
-        return tree_.isInText() && position < bytes.size() && bytes[position] > '\0' && bytes[position] < ' ';
+        if (!tree_.isInText() || index < 0 || static_cast<std::size_t>(index) >= bytes.size()) {
+            return false;
+        }
+        const std::string_view rest = bytes.substr(static_cast<std::size_t>(index));
+        const bool isControl = rest[0] > '\0' && rest[0] < ' ';
+        return isControl || rest.substr(0, 3) == "\xEF\xBF\xBE" || rest.substr(0, 3) == "\xEF\xBF\xBF";
     }
 
     void checkProgress(std::size_t given) const {

@@ -59,6 +59,15 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
         EXPECT_THAT(foreign.out, HasSubstr("  not stored: /Applications/Corvane: Permission denied\n"));
     }
 
+    // For the host the link leads to nothing in the root; for the steps, to where they may not look.
+    fs::create_directory(root / "closed");
+    fs::permissions(root / "closed", fs::perms::none);
+    fs::remove_all(root / "Applications/Corvane");
+    fs::create_symlink(root / "closed/inside", root / "Applications/Corvane");
+    const ProcessResult closed = run(command, options);
+    EXPECT_EQ(closed.exitStatus, 7);
+    EXPECT_THAT(closed.out, HasSubstr("  not stored: /Applications/Corvane: Permission denied\n"));
+
     command.emplace_back("--dry-run");
     const ProcessResult refused = run(command, options);
     EXPECT_EQ(refused.exitStatus, 6) << "a dry run cannot copy what its user may not read";
@@ -125,6 +134,10 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
     writeFile(root.preferenceFile("com.others"), "not the plug-in's business");
     expectInReport(0, "/Library/Preferences/com.others.plist cannot be read");
 
+    writeFile(root / "Applications/Corvane", "no folder");
+    expectInReport(0, "/Applications/Corvane/Icon\\r    does not exist");
+
+    fs::remove(root / "Applications/Corvane");
     root.makeVendorFolder();
     ASSERT_EQ(
         run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", "short", root / "Applications/Corvane"}).exitStatus,

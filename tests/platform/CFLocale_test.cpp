@@ -14,9 +14,17 @@ TEST(CFLocale, TheDecimalSeparatorIsThatOfTheNamedLocale) {
     setenv("LC_ALL", "", 1);
     unsetenv("LC_NUMERIC");
     const std::pair<std::string, const char*> cases[] = {
-        {"POSIX", "."},     {"fr_FR.ISO8859-15@euro", ","}, {"de_CH.UTF-8", "."},
-        {"fr_CA", ","}, {"en_ZA", ","}, {"pt_AO", ","}, {"uz_AF", "\xD9\xAB"}, {"ar_EG@numbers=latn", "."},
-        {"../../etc", "."}, {"fa_IR.UTF-8", "\xD9\xAB"},    {std::string(4000, 'x'), "."},
+        {"POSIX", "."},
+        {"fr_FR.ISO8859-15@euro", ","},
+        {"de_CH.UTF-8", "."},
+        {"fr_CA", ","},
+        {"en_ZA", ","},
+        {"pt_AO", ","},
+        {"uz_AF", "\xD9\xAB"},
+        {"ar_EG@numbers=latn", "."},
+        {"../../etc", "."},
+        {"fa_IR.UTF-8", "\xD9\xAB"},
+        {std::string(4000, 'x'), "."},
     };
     for (const auto& [name, expected] : cases) {
         setenv("LANG", name.c_str(), 1);

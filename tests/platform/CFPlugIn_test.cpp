@@ -89,7 +89,8 @@ TEST(CFBundle, CodeThatCannotBeLoadedIsExplained) {
                                       {"<string>..</string>", "there is no such file"},
                                       {"<string>absent</string>", "/Contents/Linux/absent: there is no such file"},
                                       {"<string>notCode</string>", "notCode"}}) {
-        const CFReference bundle = createBundle(makeBundle(folder, "<key>CFBundleExecutable</key>" + std::string(value)));
+        const CFReference bundle =
+            createBundle(makeBundle(folder, "<key>CFBundleExecutable</key>" + std::string(value)));
         ASSERT_TRUE(bundle);
         expectOneLine(text, folder.path(), [&] { EXPECT_FALSE(CFBundleLoadExecutable(bundle.get())); });
     }

@@ -52,7 +52,8 @@ TEST_F(UserPreferences, NumbersKeepTheirValueAndType) {
 }
 
 TEST_F(UserPreferences, TextIsKeptExactly) {
-    for (const std::u16string& text : {u""s, u"\uFEFFmark"s, u"e\u0301\u00e9"s, u"\U0001F600"s, u"line\nline\r\t\x01"s, u"a\0b"s}) {
+    for (const std::u16string& text :
+         {u""s, u"\uFEFFmark"s, u"e\u0301\u00e9"s, u"\U0001F600"s, u"line\nline\r\t\x01"s, u"a\0b"s}) {
         set("Text", makeString(text).get());
         ASSERT_TRUE(synchronize());
         const auto copied = copy("Text");

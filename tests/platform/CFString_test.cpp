@@ -10,8 +10,8 @@
 namespace {
 
 using namespace std::string_literals;
-using test::makeString;
 using cv::CFReference;
+using test::makeString;
 using test::units;
 
 constexpr CFStringEncoding UTF8 = kCFStringEncodingUTF8, UTF16 = kCFStringEncodingUTF16,

@@ -15,9 +15,9 @@ namespace {
 using cv::CFReference;
 
 CFReference<CFURLRef> fromBytes(const std::string& path, bool isDirectory = false) {
-    return CFReference<CFURLRef>(CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault,
-                                                                   reinterpret_cast<const UInt8*>(path.data()),
-                                                                   static_cast<CFIndex>(path.size()), isDirectory));
+    return CFReference<CFURLRef>(
+        CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
+                                                static_cast<CFIndex>(path.size()), isDirectory));
 }
 
 CFReference<CFURLRef> fromString(CFStringRef path) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/StoreFailures.h"
 #include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
@@ -134,6 +135,43 @@ TEST_F(FinderInfoTest, OfAWrongSizeIsAnErrorAndStays) {
         EXPECT_EQ(setInfo(refTo(file_), info), ioErr) << size;
         EXPECT_EQ(attribute(file_), value);
     }
+}
+
+/// What became of the way to storing an object's Finder information: who fails on it is in the record, once.
+TEST_F(FinderInfoTest, ThatCannotBeReachedIsRecorded) {
+    const auto recorded = [](const std::string& path) -> std::string {
+        for (const cv::StoreFailure& failure : cv::storeFailures()) {
+            if (failure.what == path) {
+                return (failure.wasToBeStored ? "store: " : "look: ") + failure.reason;
+            }
+        }
+        return "";
+    };
+    fs::create_symlink("loop", folder_ / "loop");
+    for (const auto& [name, reason] : {std::pair<std::string, std::string>{"missing", ""},
+                                       {"file/inside", ""},
+                                       {"loop", "look: Too many levels of symbolic links"},
+                                       {std::string(256, 'n'), "look: File name too long"}}) {
+        FSRef ref;
+        EXPECT_NE(makeRef(folder_ / name, ref), noErr);
+        EXPECT_EQ(recorded(folder_ / name), reason);
+    }
+    const FSRef ref = refTo(file_);
+    const std::string path = ref.path;
+    FSCatalogInfo info{};
+    const std::string size = "its Finder information has a size other than 32 bytes";
+    ASSERT_EQ(setxattr(file_.c_str(), ATTRIBUTE, "short", 5, 0), 0);
+    EXPECT_EQ(getInfo(ref, info), ioErr);
+    EXPECT_EQ(recorded(path), "look: " + size);
+    EXPECT_EQ(setInfo(ref, info), ioErr);
+    EXPECT_EQ(recorded(path), "store: " + size);
+    EXPECT_EQ(getInfo(ref, info), ioErr);
+    EXPECT_EQ(recorded(path), "store: " + size) << "a look says no more than the storing did";
+    ASSERT_EQ(removexattr(file_.c_str(), ATTRIBUTE), 0);
+    EXPECT_EQ(getInfo(ref, info), noErr);
+    EXPECT_EQ(recorded(path), "store: " + size);
+    EXPECT_EQ(setInfo(ref, info), noErr);
+    EXPECT_EQ(recorded(path), "");
 }
 
 TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {

@@ -29,6 +29,7 @@ TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
         "bplist00 cut short",
         "<plist><array/></plist>",
         "<plist><dict><key>a</key><string>cut",
+        "<plist><dict><key>a</key><integer>2x5</integer></dict></plist>",
     };
     int number = 0;
     for (const std::string& bytes : cases) {
@@ -43,10 +44,10 @@ TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
 }
 
 TEST_F(PreferenceFaults, AFileThatCannotBeRewrittenWithoutLossIsLeftAlone) {
-    writeWithPython("{'Text': 'a\\0b'}", "BINARY");
-    const std::string before = readFile(file());
+    const std::string before = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
+    writeFile(file(), before);
     setText("Lang", "fr");
-    EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr("it holds text with a NUL"));
+    EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr("a dictionary in it has the same key twice"));
     EXPECT_EQ(readFile(file()), before);
     fs::remove(file());
     EXPECT_TRUE(synchronize()) << "the change was still collected";

@@ -34,8 +34,8 @@ protected:
         return CFPreferencesSynchronize(CFSTR("com.corvane.test"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost);
     }
     static cv::CFReference<CFPropertyListRef> copy(const std::string& key) {
-        return cv::CFReference(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"), kCFPreferencesCurrentUser,
-                                            kCFPreferencesAnyHost));
+        return cv::CFReference(CFPreferencesCopyValue(string(key).get(), CFSTR("com.corvane.test"),
+                                                      kCFPreferencesCurrentUser, kCFPreferencesAnyHost));
     }
     static std::string copyText(const std::string& key) {
         const auto value = copy(key);

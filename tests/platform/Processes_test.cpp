@@ -44,7 +44,9 @@ for _ in range(17):
     os.mkdir("d" * 250)
     os.chdir("d" * 250)
 shutil.copy(sys.argv[2], "program")
-os.execv("program", sys.argv[3:]))";
+program = os.open("program", os.O_RDONLY)
+os.chdir("/")
+os.execve(program, sys.argv[3:], os.environ))";
     std::string name, shown;
     for (int i = 0; i < 200; ++i) {
         name += "\xC3\xA9";

@@ -298,12 +298,14 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
 }
 
 TEST(PropertyList, XmlThatATreeCannotCarryIsUnsupported) {
-    expectRefused(Fault::unsupported,
-                  {{"document type", {"<!DOCTYPE plist [<!ENTITY a \"b\">]>" + xml("<string>&a;</string>")}},
-                   {"unknown encoding", {"<?xml version=\"1.0\" encoding=\"EBCDIC\"?>" + xml("<true/>")}},
-                   {"control character", {xml("<string>a\x01</string>")}},
-                   {"64 bits cannot carry", {xml("<real>1e999</real>"), xml("<real>1e-999</real>")}},
-                   {"attributes", {xml("<string lang=\"fr\">a</string>")}}});
+    expectRefused(
+        Fault::unsupported,
+        {{"document type", {"<!DOCTYPE plist [<!ENTITY a \"b\">]>" + xml("<string>&a;</string>")}},
+         {"unknown encoding", {"<?xml version=\"1.0\" encoding=\"EBCDIC\"?>" + xml("<true/>")}},
+         {"character that XML forbids", {xml("<string>a\x01</string>"), xml("<string>a\xEF\xBF\xBF</string>")}},
+         {"old form", {"\n{ a = b; }"}},
+         {"64 bits cannot carry", {xml("<real>1e999</real>"), xml("<real>1e-999</real>")}},
+         {"attributes", {xml("<string lang=\"fr\">a</string>")}}});
 }
 
 TEST(PropertyList, NestingIsBoundedTheSameWayInBothForms) {

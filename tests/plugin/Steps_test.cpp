@@ -21,7 +21,6 @@
 #include "plugin/Catalogue.h"
 #include "plugin/Steps.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/FailingAllocations.h"
 #include "tests/support/Process.h"
 #include "tests/support/StandardError.h"
 #include "tests/support/TempDir.h"
@@ -198,17 +197,6 @@ TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
     }
     EXPECT_FALSE(fs::exists(PREFERENCES)) << "nothing that comes after the file is done";
     EXPECT_EQ(getxattr(VENDOR_FOLDER, FINDER_INFO, nullptr, 0), -1);
-}
-
-TEST_F(Steps, GiveEverythingBackWhenMemoryRunsOut) {
-    test::writeFile(STATUS_FILE, "UpdatesEnabled");
-    for (const Step step : {&PreInstall, &PostInstall}) {
-        runStep(step);  // what is made once stays
-        const auto before = openFiles();
-        test::exhaustMemory([step] { runStep(step); }, [before] { EXPECT_EQ(openFiles(), before); });
-        EXPECT_EQ(openFiles(), before);
-    }
-    EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}");
 }
 
 TEST_F(Steps, ChangeTwoFinderFlagsAndNothingElse) {

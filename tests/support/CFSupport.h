@@ -22,7 +22,8 @@ inline cv::CFReference<CFStringRef> makeString(std::u16string_view units) {
 
 /// A string of the text in UTF-8; none when it is no UTF-8.
 inline cv::CFReference<CFStringRef> string(const std::string& text) {
-    return cv::CFReference<CFStringRef>(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
+    return cv::CFReference<CFStringRef>(
+        CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
 /// The UTF-16 units of `string`.

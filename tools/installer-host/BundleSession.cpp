@@ -63,7 +63,8 @@ BundleSession::BundleSession(const std::string& path)
                           "' is no plug-in: a plug-in is a folder such as NAME.bundle whose "
                           "Contents/Info.plist registers a factory under CFPlugInFactories");
     }
-    factories_ = cv::CFReference<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));
+    factories_ =
+        cv::CFReference<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));
 }
 
 std::vector<CFUUIDRef> BundleSession::factories() const {

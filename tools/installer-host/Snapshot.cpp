@@ -14,7 +14,6 @@ namespace host {
 namespace {
 
 constexpr const char* PREFERENCES_FOLDER = "/Library/Preferences";
-constexpr const char* FINDER_OBJECTS[] = {"/Applications/Corvane", "/Applications/Corvane/Icon\r"};
 constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
 constexpr std::size_t FINDER_INFO_SIZE = 32;
 constexpr std::size_t FLAGS_OFFSET = 8;
@@ -81,7 +80,7 @@ FinderObject lookAt(const RootFolder& root, const std::string& path) {
     const FileDescriptor file = root.open(path, O_PATH);
     object.exists = file.valid();
     if (!object.exists) {
-        object.problem = errno == ENOENT ? "" : std::strerror(errno);
+        object.problem = errno == ENOENT || errno == ENOTDIR ? "" : std::strerror(errno);
         return object;
     }
     std::array<unsigned char, FINDER_INFO_SIZE + 1> info{};

@@ -11,6 +11,9 @@
 
 namespace host {
 
+/// The objects that an installation sets the Finder flags of: the vendor's folder and the icon file in it.
+constexpr const char* FINDER_OBJECTS[] = {"/Applications/Corvane", "/Applications/Corvane/Icon\r"};
+
 /// The Finder information of a file or folder.
 struct FinderObject {
     std::string path;
@@ -25,7 +28,7 @@ struct Snapshot {
     std::map<std::string, PreferenceFile> domains;
     /// The other files there, by their path from there: corrupt preference files that were moved aside, for example.
     std::set<std::string> otherFiles;
-    /// The vendor's folder and the icon file in it.
+    /// FINDER_OBJECTS.
     std::vector<FinderObject> objects;
 };
 

@@ -2,17 +2,22 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <iterator>
 #include <new>
 #include <nlohmann/json.hpp>
+#include <system_error>
 
 #include "platform/StoreFailures.h"
 #include "tools/installer-host/BundleSession.h"
 #include "tools/installer-host/Checks.h"
+#include "tools/installer-host/Snapshot.h"
 #include "tools/installer-host/WorkerProtocol.h"
 
 namespace {
@@ -45,6 +50,14 @@ bool runStep(const WorkerOrder& order, Step step, StepFunction entry) {
     return !result.threw;
 }
 
+/// Whether a step sets the Finder flags of the object at `path`, the port's way to write it.
+bool isFinderObject(const std::string& path) {
+    return std::any_of(std::begin(FINDER_OBJECTS), std::end(FINDER_OBJECTS), [&](const char* object) {
+        std::error_code ignored;
+        return path == object || path == std::filesystem::canonical(object, ignored);
+    });
+}
+
 void runSteps(const WorkerOrder& order) {
     const BundleSession session(order.bundle);
     const StepEntries entries(session, order.direct);
@@ -54,7 +67,9 @@ void runSteps(const WorkerOrder& order) {
         }
     }
     for (const cv::StoreFailure& failure : cv::storeFailures()) {
-        writeEvent(order.eventFd, {{"event", "notStored"}, {"what", failure.what}, {"reason", failure.reason}});
+        if (failure.wasToBeStored || isFinderObject(failure.what)) {
+            writeEvent(order.eventFd, {{"event", "notStored"}, {"what", failure.what}, {"reason", failure.reason}});
+        }
     }
 }
 

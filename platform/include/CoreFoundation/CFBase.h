@@ -6,7 +6,8 @@
 // used by several threads at once; none can be changed after it was made.
 //
 // Where memory runs out, a function that makes or converts something throws std::bad_alloc (a Mac ends the process), so
-// that null and false always mean what their comments say. Those that only read, retain, release or compare never throw.
+// that null and false always mean what their comments say. Those that only read, retain, release or compare never
+// throw.
 //
 // Ownership follows the Mac's rule: a function with Create or Copy in its name gives the caller one reference to
 // release with CFRelease; every other function gives a reference that the callee keeps.

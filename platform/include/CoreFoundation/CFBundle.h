@@ -14,9 +14,9 @@ CF_EXPORT CFDictionaryRef CFBundleGetInfoDictionary(CFBundleRef bundle);
 /// The text of CFBundleIdentifier in Info.plist, owned by the bundle; null when there is none.
 CF_EXPORT CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
 
-/// Loads the bundle's code (Contents/MacOS/NAME on a Mac, Contents/Linux/NAME here, with the name in Info.plist) if it is
-/// not loaded; false, with one line on standard error, when that fails. Code that was
-/// loaded stays in the process until it ends.
+/// Loads the bundle's code (Contents/MacOS/NAME on a Mac, Contents/Linux/NAME here, with the name in Info.plist) if it
+/// is not loaded; false, with one line on standard error, when that fails. Code that was loaded stays in the process
+/// until it ends.
 CF_EXPORT Boolean CFBundleLoadExecutable(CFBundleRef bundle);
 
 /// The address of an exported function or variable of the bundle's code, which is loaded first; null when it has none

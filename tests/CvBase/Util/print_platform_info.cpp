@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "CvBase/Util/PlatformInfo.h"
 #include "CvBase/Mac/AutoreleasePool.h"
+#include "CvBase/Util/PlatformInfo.h"
 
 int main() {
     const cv::AutoreleasePool pool;

@@ -33,7 +33,7 @@ protected:
 };
 
 using Handles = testing::Types<shared_ptr<Counted>, shared_array<Counted>>;
-TYPED_TEST_SUITE(SmartPtr, Handles);
+TYPED_TEST_SUITE(SmartPtr, Handles, );
 
 TYPED_TEST(SmartPtr, HandlesCountThemselves) {
     TypeParam a(this->make());

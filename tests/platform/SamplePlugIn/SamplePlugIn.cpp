@@ -2,9 +2,11 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <atomic>
+
 extern "C" {
 
-__attribute__((visibility("default"))) int sampleCalls = 0;
+__attribute__((visibility("default"))) std::atomic<int> sampleCalls{0};
 
 __attribute__((visibility("default"))) void* SampleFactory(CFAllocatorRef, CFUUIDRef) {
     ++sampleCalls;
