@@ -33,7 +33,7 @@ protected:
     /// Makes a new socket.
     void connect() {
         std::array<int, 2> ends{};
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);  // blocking ones: Alert_test
         asking = cv::Descriptor(ends[0]);
         showing = cv::Descriptor(ends[1]);
         setenv("CV_ALERT_SOCKET", std::to_string(asking.get()).c_str(), 1);
