@@ -4,21 +4,24 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all configure build run test test-i386 bench docs clean install-deps
+.PHONY: all build run test test-i386 bench docs clean install-deps
 
 all: build
 
 install-deps:
-	@tools/install-deps
+	@tools/install-deps test
 
-configure: install-deps
+# Configures each time: what was installed since, Google Test or GTK, is found then.
+build: install-deps
 	@mkdir -p build
-	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET)
-
-build: configure
+	@cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=ON
 	@cmake --build --preset $(PRESET)
 
-run: configure
+# Needs none of the packages that only tests and alerts on a display need.
+run:
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
 	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
 	@tools/run-sample $(BUILD)
 

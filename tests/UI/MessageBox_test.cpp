@@ -4,53 +4,27 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include "tests/support/Process.h"
+#include "tests/UI/AlertUser.h"
 
 namespace {
 
-using Strings = std::vector<std::string>;
+using namespace test;
 
-Strings linesWith(const std::string& output, const std::string& keyword) {
-    Strings values;
-    for (std::size_t start = 0; start < output.size();) {
-        const std::size_t end = output.find('\n', start);
-        if (output.compare(start, keyword.size() + 1, keyword + " ") == 0) {
-            values.push_back(output.substr(start + keyword.size() + 1, end - start - keyword.size() - 1));
-        }
-        start = end + 1;
-    }
-    return values;
-}
-
-/// Runs the driver under an X server of its own.
-test::ProcessResult showPanel(Strings driverArguments) {
-    Strings command = {"xvfb-run", "--auto-servernum", "--server-args=-screen 0 1024x768x24", MESSAGE_BOX_DRIVER};
-    command.insert(command.end(), driverArguments.begin(), driverArguments.end());
-    return test::run(command);
-}
-
-/// Runs the driver without an X server.
-test::ProcessResult showOnConsole(const Strings& driverArguments, const std::string& display = "") {
+/// Runs the driver without a display, or with one that does not answer.
+ProcessResult showOnConsole(const Strings& driverArguments, const std::string& display = "") {
     Strings command = {MESSAGE_BOX_DRIVER};
     command.insert(command.end(), driverArguments.begin(), driverArguments.end());
-    test::ProcessOptions options;
-    if (display.empty()) {
-        options.unset = {"DISPLAY"};
-    } else {
-        options.set = {{"DISPLAY", display}};
-    }
-    return test::run(command, options);
+    ProcessOptions options;
+    options.unset = {"WAYLAND_DISPLAY"};
+    options.set = {{"DISPLAY", display}};
+    return run(command, options);
 }
 
 struct PanelCase {
     const char* name;
     const char* form;
     Strings buttons;
-    const char* press;
+    int press;
     const char* answer;
     Strings cancelled;
 };
@@ -59,14 +33,16 @@ class Panel : public testing::TestWithParam<PanelCase> {};
 
 TEST_P(Panel, ShowsItsTextAndButtonsAndGivesTheAnswer) {
     const PanelCase& c = GetParam();
-    const std::string message = "Where to? à la carte";
-    const test::ProcessResult result = showPanel({c.form, "1", message, c.press});
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(linesWith(result.out, "text"), Strings{message});
-    EXPECT_THAT(linesWith(result.out, "button"), testing::UnorderedElementsAreArray(c.buttons));
+    const std::string message = "Where to? \u00E0 la carte";
+    const ProcessResult result =
+        runAlertUser({"--do", "click:" + std::to_string(c.press), "--", MESSAGE_BOX_DRIVER, c.form, "0", message});
+    EXPECT_EQ(linesWith(result.out, "line"), Strings{"'" + message + "'"}) << result.out << result.err;
+    Strings buttons = c.buttons;
+    buttons.front() += " default focused";
+    EXPECT_EQ(linesWith(result.out, "button"), buttons);
     EXPECT_EQ(linesWith(result.out, "answer"), Strings{c.answer}) << result.out;
     EXPECT_EQ(linesWith(result.out, "cancelled"), c.cancelled);
+    EXPECT_EQ(linesWith(result.out, "error"), Strings{});
 }
 
 const Strings OK{"OK"}, OK_CANCEL{"OK", "Cancel"}, YES_NO{"Yes", "No"}, YES_CANCEL_NO{"Yes", "Cancel", "No"},
@@ -74,49 +50,46 @@ const Strings OK{"OK"}, OK_CANCEL{"OK", "Cancel"}, YES_NO{"Yes", "No"}, YES_CANC
 
 INSTANTIATE_TEST_SUITE_P(
     Forms, Panel,
-    testing::Values(PanelCase{"OK", "OK", OK, "OK", "true", {}},                                //
-                    PanelCase{"Utf16", "UTF16", OK, "OK", "true", {}},                          //
-                    PanelCase{"OKCancelOK", "OKCancel", OK_CANCEL, "OK", "true", {}},           //
-                    PanelCase{"OKCancelCancel", "OKCancel", OK_CANCEL, "Cancel", "false", {}},  //
-                    PanelCase{"YesNoYes", "YesNo", YES_NO, "Yes", "true", {}},                  //
-                    PanelCase{"YesNoNo", "YesNo", YES_NO, "No", "false", {}},                   //
-                    PanelCase{"YesNoCancelYes", "YesNoCancel", YES_CANCEL_NO, "Yes", "true", {"false"}},
-                    PanelCase{"YesNoCancelNo", "YesNoCancel", YES_CANCEL_NO, "No", "false", {"false"}},
-                    PanelCase{"YesNoCancelCancel", "YesNoCancel", YES_CANCEL_NO, "Cancel", "false", {"true"}},
-                    PanelCase{"RetryCancelOK", "RetryCancel", RETRY, "OK", "true", {}},
-                    PanelCase{"RetryCancelFirstCancel", "RetryCancel", RETRY, "Cancel/1", "false", {}},
-                    PanelCase{"RetryCancelRetry", "RetryCancel", RETRY, "Retry", "false", {}},
-                    PanelCase{"RetryCancelSecondCancel", "RetryCancel", RETRY, "Cancel/2", "false", {}}),
+    testing::Values(PanelCase{"OK", "OK", OK, 0, "true", {}},                            //
+                    PanelCase{"Utf16", "UTF16", OK, 0, "true", {}},                      //
+                    PanelCase{"OKCancelOK", "OKCancel", OK_CANCEL, 0, "true", {}},       //
+                    PanelCase{"OKCancelCancel", "OKCancel", OK_CANCEL, 1, "false", {}},  //
+                    PanelCase{"YesNoYes", "YesNo", YES_NO, 0, "true", {}},               //
+                    PanelCase{"YesNoNo", "YesNo", YES_NO, 1, "false", {}},               //
+                    PanelCase{"YesNoCancelYes", "YesNoCancel", YES_CANCEL_NO, 0, "true", {"false"}},
+                    PanelCase{"YesNoCancelCancel", "YesNoCancel", YES_CANCEL_NO, 1, "false", {"true"}},
+                    PanelCase{"YesNoCancelNo", "YesNoCancel", YES_CANCEL_NO, 2, "false", {"false"}},
+                    PanelCase{"RetryCancelOK", "RetryCancel", RETRY, 0, "true", {}},
+                    PanelCase{"RetryCancelFirstCancel", "RetryCancel", RETRY, 1, "false", {}},
+                    PanelCase{"RetryCancelRetry", "RetryCancel", RETRY, 2, "false", {}},
+                    PanelCase{"RetryCancelSecondCancel", "RetryCancel", RETRY, 3, "false", {}}),
     [](const auto& parameter) { return parameter.param.name; });
 
-TEST(PanelText, MayBeEmptyOrInvalid) {
-    for (const char* const message : {"", "(invalid UTF-8)"}) {
-        const test::ProcessResult result = showPanel({"OK", "0", message, "OK"});
-        EXPECT_EQ(linesWith(result.out, "button"), OK) << result.err;
-        EXPECT_EQ(linesWith(result.out, "text"), Strings{});
+TEST(PanelStyle, IsThatOfTheIconAndTheTextMayBeEmptyOrInvalid) {
+    const struct {
+        const char *icon, *message, *title;
+    } ROWS[] = {{"0", "", "Information"}, {"1", "(invalid UTF-8)", "Critical"}, {"2", "", "Alert"}};
+    for (const auto& row : ROWS) {
+        const ProcessResult result =
+            runAlertUser({"--do", "key:Return", "--", MESSAGE_BOX_DRIVER, "OK", row.icon, row.message});
+        EXPECT_EQ(linesWith(result.out, "alert"), Strings{row.title}) << result.out << result.err;
+        EXPECT_EQ(linesWith(result.out, "line"), Strings{});
         EXPECT_EQ(linesWith(result.out, "answer"), Strings{"true"});
     }
 }
 
-TEST(PanelScreenshot, IsSaved) {
-    const std::filesystem::path picture = std::filesystem::path(SCREENSHOT_FOLDER) / "wrong-version.png";
-    std::filesystem::create_directories(picture.parent_path());
-    std::filesystem::remove(picture);
-    showPanel({"OK", "0", "Unable to set post install option keys.", "OK", picture.string()});
-    ASSERT_TRUE(std::filesystem::exists(picture));
-    EXPECT_GT(std::filesystem::file_size(picture), 1000u);
-}
-
 TEST(Console, TakesTheFirstButtonWithoutDisplayAndTerminal) {
-    for (const char* const display : {"", ":77"}) {
-        const test::ProcessResult result = showOnConsole({"YesNoCancel", "2", "Line 1\nLine 2"}, display);
-        EXPECT_EQ(result.out, "answer true\ncancelled false\n");
-        EXPECT_EQ(result.err,
-                  "[alert] Warning: Line 1\n"
-                  "[alert] Line 2\n"
-                  "[alert] 1 Yes   2 Cancel   3 No\n"
-                  "[alert] There is no display and no terminal to ask; taking 1 Yes.\n");
-    }
+    const std::string taken =
+        "[alert] Warning: Line 1\n"
+        "[alert] Line 2\n"
+        "[alert] 1 Yes   2 Cancel   3 No\n"
+        "[alert] There is no display and no terminal to ask; taking 1 Yes.\n";
+    const Strings arguments{"YesNoCancel", "2", "Line 1\nLine 2"};
+    const ProcessResult result = showOnConsole(arguments);
+    EXPECT_EQ(result.out, "answer true\ncancelled false\n");
+    EXPECT_EQ(result.err, taken);
+    EXPECT_EQ(showOnConsole(arguments, ":77").err,
+              "alert: the display does not answer; asking on the terminal\n" + taken);
 }
 
 TEST(Console, ShowsTheStyleOfTheIcon) {
@@ -134,10 +107,10 @@ TEST(Console, ShowsTheStyleOfTheIcon) {
 
 TEST(Console, AsksAtTheTerminalUntilTheAnswerIsAButton) {
     const std::string driver = std::string(MESSAGE_BOX_DRIVER) + " YesNoCancel 0 Sure?";
-    test::ProcessOptions options;
-    options.unset = {"DISPLAY"};
+    ProcessOptions options;
+    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
     options.in = "4\nmaybe\n2\n";
-    const std::string out = test::run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
+    const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
     EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
     EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
     EXPECT_THAT(out, testing::HasSubstr("answer false\r\ncancelled true\r\n"));

@@ -46,7 +46,7 @@ json.dump({"preferences": preferences, "finder": finder}, sys.stdout))";
 }
 
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {
-    options.unset.emplace_back("DISPLAY");
+    options.unset.insert(options.unset.end(), {"DISPLAY", "WAYLAND_DISPLAY"});
     std::vector<std::string> command{HOST_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return run(command, options);

@@ -37,7 +37,7 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
               0);
     ProcessOptions options;
     options.set = {{"LD_LIBRARY_PATH", programs / "lib"}};
-    options.unset = {"DISPLAY"};
+    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
     const bool isRoot = geteuid() == 0;
     if (isRoot) {
         options.user = 65534;

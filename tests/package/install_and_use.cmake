@@ -30,3 +30,8 @@ endif()
 # The module of the Trash finds the libraries that it needs.
 run(ignored python3 -c "import ctypes, sys; ctypes.CDLL(sys.argv[1]).CvMoveToTrash"
     ${installed}/lib/CvPlatform/CvTrash.so)
+# The program that shows alerts is found: it is what finds no display. The "Yes" that is taken then is status 0.
+run(asked ${CMAKE_COMMAND} -E env --unset=WAYLAND_DISPLAY DISPLAY=:77 ${WORK_FOLDER}/examples/ask "Really?")
+if(NOT asked MATCHES "the display does not answer")
+    message(FATAL_ERROR "ask printed: ${asked}")
+endif()

@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     test::PrivateRoot root;
     test::ProcessOptions options;
     options.set = {{"IN_PRIVATE_ROOT", "1"}};
-    options.unset = {"DISPLAY"};
+    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
     // googletest captures standard error in a file in /tmp.
     const test::ProcessResult result = test::run(root.wrap(command, {"--bind", "/tmp", "/tmp"}), options);
     std::fputs(result.out.c_str(), stdout);

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int MARGIN = 18;
 constexpr int ICON_GAP = 14;
+constexpr int BUTTON_GAP = 8;
 constexpr int LINE_CHARACTERS = 60;
 constexpr int LEAST_CHARACTERS = 24;
 constexpr int BUTTON_CHARACTERS = 40;
@@ -137,10 +138,13 @@ void addContent(GtkWidget* window, const Alert& alert) {
 GtkWidget* addButton(GtkWidget* window, const std::string& title, int response) {
     GtkWidget* const button = gtk_dialog_add_button(GTK_DIALOG(window), "-", response);
     gtk_button_set_use_underline(GTK_BUTTON(button), FALSE);
-    GtkWidget* const label = gtk_bin_get_child(GTK_BIN(button));
-    gtk_label_set_text(GTK_LABEL(label), validText(title).get());
-    gtk_label_set_ellipsize(GTK_LABEL(label), PANGO_ELLIPSIZE_END);
-    gtk_label_set_max_width_chars(GTK_LABEL(label), BUTTON_CHARACTERS);
+    GtkLabel* const label = GTK_LABEL(gtk_bin_get_child(GTK_BIN(button)));
+    const auto text = validText(title);
+    gtk_label_set_text(label, text.get());
+    if (g_utf8_strlen(text.get(), -1) > BUTTON_CHARACTERS) {
+        gtk_label_set_ellipsize(label, PANGO_ELLIPSIZE_END);
+        gtk_label_set_width_chars(label, BUTTON_CHARACTERS);
+    }
     return button;
 }
 
@@ -156,6 +160,11 @@ void addButtons(GtkWidget* window, const Alert& alert) {
         }
     }
     GtkWidget* const row = gtk_widget_get_parent(gtk_window_get_default_widget(GTK_WINDOW(window)));
+    gtk_widget_set_margin_start(row, MARGIN);
+    gtk_widget_set_margin_end(row, MARGIN);
+    gtk_widget_set_margin_bottom(row, MARGIN);
+    gtk_box_set_spacing(GTK_BOX(row), BUTTON_GAP);
+    gtk_widget_show_all(row);
     int width = 0;
     gtk_widget_get_preferred_width(row, nullptr, &width);
     if (width > screenRoom().width) {
