@@ -34,11 +34,11 @@ constexpr std::string_view EXTENSION = ".txt";
 constexpr int TOP_FOLDERS = 10;
 constexpr int FOLDERS_IN_EACH = 10;
 constexpr int FILES_IN_EACH = 200;
-char const* const WANTED = "wanted.txt";
+const char* const WANTED = "wanted.txt";
 
 /// "file 000042.txt".
 std::string fileName(int number, bool isText) {
-    std::string const digits = std::to_string(number);
+    const std::string digits = std::to_string(number);
     return "file " + std::string(6 - digits.size(), '0') + digits + (isText ? ".txt" : ".dat");
 }
 
@@ -49,9 +49,9 @@ std::string innerFolder(int number) {
 }
 
 /// The folder of LISTED_FILES files, TEXT_FILES of them with EXTENSION, made at the first call.
-std::string const& largeFolder() {
-    static test::TempDir const folder;
-    static bool const filled = [] {
+const std::string& largeFolder() {
+    static const test::TempDir folder;
+    static const bool filled = [] {
         for (int i = 0; i < LISTED_FILES; ++i) {
             test::writeFile(folder / fileName(i * 7919 % LISTED_FILES, i % 5 != 0), "");
         }
@@ -62,10 +62,10 @@ std::string const& largeFolder() {
 }
 
 /// The tree of 20,000 files; the one called WANTED is in its last folder.
-std::string const& tree() {
-    static test::TempDir const folder;
-    static bool const filled = [] {
-        int const folders = TOP_FOLDERS * FOLDERS_IN_EACH;
+const std::string& tree() {
+    static const test::TempDir folder;
+    static const bool filled = [] {
+        const int folders = TOP_FOLDERS * FOLDERS_IN_EACH;
         for (int i = 0; i < folders; ++i) {
             for (int file = 0; file < FILES_IN_EACH; ++file) {
                 test::writeFile(folder / (innerFolder(i) + fileName(file, file % 5 == 0)), "");
@@ -89,7 +89,7 @@ using Folder = std::unique_ptr<DIR, CloseFolder>;
 
 /// The number of names, when they are in order and end as they should.
 template <typename List>
-std::uint64_t countSorted(List const& names) {
+std::uint64_t countSorted(const List& names) {
     return std::is_sorted(names.begin(), names.end()) ? static_cast<std::uint64_t>(names.size()) : 0;
 }
 
@@ -101,8 +101,8 @@ std::uint64_t listWithCvBase() {
 
 std::uint64_t listWithReaddir() {
     Names names;
-    Folder const folder(opendir(largeFolder().c_str()));
-    while (dirent const* const entry = readdir(folder.get())) {
+    const Folder folder(opendir(largeFolder().c_str()));
+    while (const dirent* const entry = readdir(folder.get())) {
         if (isText(entry->d_name)) {
             names.emplace_back(entry->d_name);
         }
@@ -113,7 +113,7 @@ std::uint64_t listWithReaddir() {
 
 std::uint64_t listWithFilesystem() {
     Names names;
-    for (auto const& entry : std::filesystem::directory_iterator(largeFolder())) {
+    for (const auto& entry : std::filesystem::directory_iterator(largeFolder())) {
         if (entry.path().extension() == EXTENSION && entry.is_regular_file()) {
             names.push_back(entry.path().filename().string());
         }
@@ -123,12 +123,12 @@ std::uint64_t listWithFilesystem() {
 }
 
 /// What a shell command writes, line by line.
-Names linesOf(std::string const& command) {
+Names linesOf(const std::string& command) {
     Names lines;
     std::FILE* const pipe = popen(command.c_str(), "r");
     char line[4096];
     while (std::fgets(line, sizeof line, pipe) != nullptr) {
-        std::string_view const text(line);
+        const std::string_view text(line);
         lines.emplace_back(text.substr(0, text.size() - 1));
     }
     pclose(pipe);
@@ -143,16 +143,16 @@ std::uint64_t listWithFind() {
 
 std::uint64_t searchWithCvBase() {
     unsigned int visited = 0;
-    FilePath const found = Util::Dir::FindFile(WANTED, String(tree().c_str()), true, visited);
+    const FilePath found = Util::Dir::FindFile(WANTED, String(tree().c_str()), true, visited);
     return found.ToString().EndsWith(WANTED);
 }
 
 /// Whether a file of the name is below the folder: reads every folder once, and asks nothing else of the system.
-bool isBelow(std::string const& path, std::string_view name) {
-    Folder const folder(opendir(path.c_str()));
+bool isBelow(const std::string& path, std::string_view name) {
+    const Folder folder(opendir(path.c_str()));
     Names inner;
-    while (dirent const* const entry = readdir(folder.get())) {
-        std::string_view const entryName(entry->d_name);
+    while (const dirent* const entry = readdir(folder.get())) {
+        const std::string_view entryName(entry->d_name);
         if (entry->d_type == DT_DIR && entryName != "." && entryName != "..") {
             inner.emplace_back(entryName);
         } else if (entryName == name) {
@@ -162,12 +162,12 @@ bool isBelow(std::string const& path, std::string_view name) {
     // The order of the names is that of the other searches, so that the file is the last one for all.
     std::sort(inner.begin(), inner.end());
     return std::any_of(inner.begin(), inner.end(),
-                       [&](std::string const& innerName) { return isBelow(path + '/' + innerName, name); });
+                       [&](const std::string& innerName) { return isBelow(path + '/' + innerName, name); });
 }
 
 std::uint64_t searchWithFilesystem() {
     std::uint64_t found = 0;
-    for (auto const& entry : std::filesystem::recursive_directory_iterator(tree())) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(tree())) {
         found += entry.path().filename() == WANTED;
     }
     return found;
@@ -175,7 +175,7 @@ std::uint64_t searchWithFilesystem() {
 
 #if CV_PEER_QT
 std::uint64_t listWithQDir() {
-    QStringList const names = QDir(largeFolder().c_str()).entryList({"*.txt"}, QDir::Files | QDir::Hidden, QDir::Name);
+    const QStringList names = QDir(largeFolder().c_str()).entryList({"*.txt"}, QDir::Files | QDir::Hidden, QDir::Name);
     return static_cast<std::uint64_t>(names.size());
 }
 
@@ -189,13 +189,13 @@ std::uint64_t searchWithQDir() {
 }
 #endif
 
-[[maybe_unused]] bool const added = [] {
-    std::string const list = "Folders/list-100000-files";
+[[maybe_unused]] const bool added = [] {
+    const std::string list = "Folders/list-100000-files";
     addAnswering(list, "CvBase", listWithCvBase, TEXT_FILES);
     addAnswering(list, "readdir", listWithReaddir, TEXT_FILES);
     addAnswering(list, "std::filesystem", listWithFilesystem, TEXT_FILES);
     addAnswering(list, "find", listWithFind, TEXT_FILES, bench::Clock::WALL);
-    std::string const search = "Folders/search-20000-files";
+    const std::string search = "Folders/search-20000-files";
     addAnswering(search, "CvBase", searchWithCvBase, 1);
     addAnswering(
         search, "readdir", [] { return isBelow(tree(), WANTED); }, 1);

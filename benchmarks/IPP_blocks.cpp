@@ -15,14 +15,14 @@ using bench::destination;
 using bench::source;
 using Byte = unsigned char;
 
-std::string workName(std::string const& name, std::size_t n) {
+std::string workName(const std::string& name, std::size_t n) {
     return "IPP/" + name + "/" + std::to_string(n);
 }
 
 void addCopying(std::size_t n) {
-    auto const count = static_cast<unsigned int>(n);
-    std::size_t const size = n * sizeof(float);
-    auto const correct = [n, size] { return std::memcmp(destination<float>(n), source<float>(n), size) == 0; };
+    const auto count = static_cast<unsigned int>(n);
+    const std::size_t size = n * sizeof(float);
+    const auto correct = [n, size] { return std::memcmp(destination<float>(n), source<float>(n), size) == 0; };
     add(workName("copy", n),
         {"CvBase", [n, count] { IPP::Copy(count, source<float>(n), destination<float>(n)); }, correct});
     add(workName("copy", n),
@@ -34,13 +34,13 @@ void addCopying(std::size_t n) {
 }
 
 template <typename T>
-void addSetting(std::string const& name, std::size_t n, T value) {
-    auto const count = static_cast<unsigned int>(n);
-    std::size_t const size = n * sizeof(T);
+void addSetting(const std::string& name, std::size_t n, T value) {
+    const auto count = static_cast<unsigned int>(n);
+    const std::size_t size = n * sizeof(T);
     add(workName(name, n), {"CvBase",
                             [n, count, value] { IPP::Set(count, destination<T>(n), value); },
                             [n, value] {
-                                T const* const dst = destination<T>(n);
+                                const T* const dst = destination<T>(n);
                                 return std::all_of(dst, dst + n, [value](T element) { return element == value; });
                             },
                             {}});
@@ -51,17 +51,17 @@ void addSetting(std::string const& name, std::size_t n, T value) {
 }
 
 void addZeroing(std::size_t n) {
-    auto const count = static_cast<unsigned int>(n);
-    std::size_t const size = n * sizeof(double);
-    auto const correct = [n] { return destination<double>(n)[0] == 0.0 && destination<double>(n)[n - 1] == 0.0; };
+    const auto count = static_cast<unsigned int>(n);
+    const std::size_t size = n * sizeof(double);
+    const auto correct = [n] { return destination<double>(n)[0] == 0.0 && destination<double>(n)[n - 1] == 0.0; };
     add(workName("zero", n), {"CvBase", [n, count] { IPP::Zero(count, destination<double>(n)); }, correct});
     add(workName("zero", n), {"memset", [n, size] { std::memset(destination<double>(n), 0, size); }, correct});
 }
 
 void addComparing(std::size_t n) {
     static bool same = false;
-    auto const prepare = [n] { std::memcpy(destination<Byte>(n), source<Byte>(n), n); };
-    auto const correct = [] { return same; };
+    const auto prepare = [n] { std::memcpy(destination<Byte>(n), source<Byte>(n), n); };
+    const auto correct = [] { return same; };
     add(workName("equal", n),
         {"CvBase", [n] { same = IPP::Equal(static_cast<unsigned int>(n), source<Byte>(n), destination<Byte>(n)); },
          correct, prepare});
@@ -72,8 +72,8 @@ void addComparing(std::size_t n) {
                                [] { return sum == 0; }, prepare});
 }
 
-[[maybe_unused]] bool const added = [] {
-    for (std::size_t const n : {bench::IN_CACHE, bench::IN_MEMORY}) {
+[[maybe_unused]] const bool added = [] {
+    for (const std::size_t n : {bench::IN_CACHE, bench::IN_MEMORY}) {
         addCopying(n);
         addZeroing(n);
         addSetting<Byte>("set-byte", n, 0x5A);

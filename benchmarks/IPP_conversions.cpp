@@ -18,11 +18,11 @@ using bench::source;
 /// Whether each result is the source times `factor`, give or take one step of an integer and a float's precision.
 template <typename From, typename To>
 bool isScaled(std::size_t n, double factor) {
-    From const* const src = source<From>(n);
-    To const* const dst = destination<From, To>(n);
+    const From* const src = source<From>(n);
+    const To* const dst = destination<From, To>(n);
     for (std::size_t i = 0; i < n; ++i) {
-        double const wanted = static_cast<double>(src[i]) * factor;
-        double const step = std::is_integral_v<To> ? 1.0 : 0.0;
+        const double wanted = static_cast<double>(src[i]) * factor;
+        const double step = std::is_integral_v<To> ? 1.0 : 0.0;
         if (!(std::abs(static_cast<double>(dst[i]) - wanted) <= step + std::abs(wanted) * 1e-6)) {
             return false;
         }
@@ -31,18 +31,18 @@ bool isScaled(std::size_t n, double factor) {
 }
 
 template <typename From, typename To, typename Convert>
-void addConversion(std::string const& name, double factor, Convert convert) {
-    for (std::size_t const n : {bench::IN_CACHE, bench::IN_MEMORY}) {
-        std::string const work = "IPP/" + name + "/" + std::to_string(n);
-        auto const correct = [n, factor] { return isScaled<From, To>(n, factor); };
+void addConversion(const std::string& name, double factor, Convert convert) {
+    for (const std::size_t n : {bench::IN_CACHE, bench::IN_MEMORY}) {
+        const std::string work = "IPP/" + name + "/" + std::to_string(n);
+        const auto correct = [n, factor] { return isScaled<From, To>(n, factor); };
         add(work, {"CvBase",
                    [n, convert] { convert(static_cast<unsigned int>(n), source<From>(n), destination<From, To>(n)); },
                    correct,
                    {}});
-        for (auto const& peer : bench::peerConversions<From, To>()) {
+        for (const auto& peer : bench::peerConversions<From, To>()) {
             add(work, {peer.name, [n, peer] { peer.convert(n, source<From>(n), destination<From, To>(n)); }, correct});
         }
-        auto const copy = n == bench::IN_CACHE ? bench::vectorCopy : bench::streamingCopy;
+        const auto copy = n == bench::IN_CACHE ? bench::vectorCopy : bench::streamingCopy;
         add(work, {"copy",
                    [n, copy] { copy(source<From>(n), n * sizeof(From), destination<From, To>(n), n * sizeof(To)); },
                    [] { return true; },
@@ -51,26 +51,26 @@ void addConversion(std::string const& name, double factor, Convert convert) {
 }
 
 template <typename To>
-void addRounding(std::string const& name, double factor, int scale) {
-    for (bool const round : {false, true}) {
+void addRounding(const std::string& name, double factor, int scale) {
+    for (const bool round : {false, true}) {
         addConversion<float, To>(
             name + (round ? "-rounded" : "-truncated"), factor,
-            [scale, round](unsigned int n, float const* src, To* dst) { IPP::Convert(n, src, dst, scale, round); });
+            [scale, round](unsigned int n, const float* src, To* dst) { IPP::Convert(n, src, dst, scale, round); });
     }
 }
 
 template <typename From, typename To>
-void addPlain(std::string const& name) {
-    addConversion<From, To>(name, 1.0, [](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst); });
+void addPlain(const std::string& name) {
+    addConversion<From, To>(name, 1.0, [](unsigned int n, const From* src, To* dst) { IPP::Convert(n, src, dst); });
 }
 
 template <typename From, typename To>
-void addScaled(std::string const& name, int scale) {
+void addScaled(const std::string& name, int scale) {
     addConversion<From, To>(name, std::ldexp(1.0, -scale),
-                            [scale](unsigned int n, From const* src, To* dst) { IPP::Convert(n, src, dst, scale); });
+                            [scale](unsigned int n, const From* src, To* dst) { IPP::Convert(n, src, dst, scale); });
 }
 
-[[maybe_unused]] bool const added = [] {
+[[maybe_unused]] const bool added = [] {
     addPlain<unsigned char, float>("byte-to-float");
     addScaled<short, float>("short-to-float", 15);
     addScaled<short, double>("short-to-double", 15);

@@ -25,20 +25,20 @@ using Peers = std::vector<PeerConversion<From, To>>;
 #if CV_PEER_SWRESAMPLE
 
 template <typename T>
-AVSampleFormat const SAMPLE_FORMAT = AV_SAMPLE_FMT_NONE;
+const AVSampleFormat SAMPLE_FORMAT = AV_SAMPLE_FMT_NONE;
 template <>
-AVSampleFormat const SAMPLE_FORMAT<short> = AV_SAMPLE_FMT_S16;
+const AVSampleFormat SAMPLE_FORMAT<short> = AV_SAMPLE_FMT_S16;
 template <>
-AVSampleFormat const SAMPLE_FORMAT<int> = AV_SAMPLE_FMT_S32;
+const AVSampleFormat SAMPLE_FORMAT<int> = AV_SAMPLE_FMT_S32;
 template <>
-AVSampleFormat const SAMPLE_FORMAT<float> = AV_SAMPLE_FMT_FLT;
+const AVSampleFormat SAMPLE_FORMAT<float> = AV_SAMPLE_FMT_FLT;
 template <>
-AVSampleFormat const SAMPLE_FORMAT<double> = AV_SAMPLE_FMT_DBL;
+const AVSampleFormat SAMPLE_FORMAT<double> = AV_SAMPLE_FMT_DBL;
 
 /// One channel, the rate as it is: what remains is the conversion.
 template <typename From, typename To>
 PeerConversion<From, To> swresample() {
-    int const rate = 48000;
+    const int rate = 48000;
     AVChannelLayout mono{};
     av_channel_layout_default(&mono, 1);
     SwrContext* made = nullptr;
@@ -46,9 +46,9 @@ PeerConversion<From, To> swresample() {
         swr_init(made) < 0) {
         throw std::runtime_error("libswresample cannot be set up");
     }
-    std::shared_ptr<SwrContext> const context(made, [](SwrContext* used) { swr_free(&used); });
-    return {"libswresample", [context](std::size_t n, From const* src, To* dst) {
-                auto const* in = reinterpret_cast<std::uint8_t const*>(src);
+    const std::shared_ptr<SwrContext> context(made, [](SwrContext* used) { swr_free(&used); });
+    return {"libswresample", [context](std::size_t n, const From* src, To* dst) {
+                const auto* in = reinterpret_cast<const std::uint8_t*>(src);
                 auto* out = reinterpret_cast<std::uint8_t*>(dst);
                 swr_convert(context.get(), &out, static_cast<int>(n), &in, static_cast<int>(n));
             }};
@@ -80,12 +80,12 @@ template <>
 Peers<short, float> peerConversions() {
     Peers<short, float> peers;
 #if CV_PEER_VOLK
-    peers.push_back({"VOLK", [](std::size_t n, short const* src, float* dst) {
+    peers.push_back({"VOLK", [](std::size_t n, const short* src, float* dst) {
                          volk_16i_s32f_convert_32f(dst, src, 32768.0F, countOf(n));
                      }});
 #endif
 #if CV_PEER_SAMPLERATE
-    peers.push_back({"libsamplerate", [](std::size_t n, short const* src, float* dst) {
+    peers.push_back({"libsamplerate", [](std::size_t n, const short* src, float* dst) {
                          src_short_to_float_array(src, dst, static_cast<int>(countOf(n)));
                      }});
 #endif
@@ -104,12 +104,12 @@ template <>
 Peers<int, float> peerConversions() {
     Peers<int, float> peers;
 #if CV_PEER_VOLK
-    peers.push_back({"VOLK", [](std::size_t n, int const* src, float* dst) {
+    peers.push_back({"VOLK", [](std::size_t n, const int* src, float* dst) {
                          volk_32i_s32f_convert_32f(dst, src, 2147483648.0F, countOf(n));
                      }});
 #endif
 #if CV_PEER_SAMPLERATE
-    peers.push_back({"libsamplerate", [](std::size_t n, int const* src, float* dst) {
+    peers.push_back({"libsamplerate", [](std::size_t n, const int* src, float* dst) {
                          src_int_to_float_array(src, dst, static_cast<int>(countOf(n)));
                      }});
 #endif
@@ -128,12 +128,12 @@ template <>
 Peers<float, short> peerConversions() {
     Peers<float, short> peers;
 #if CV_PEER_VOLK
-    peers.push_back({"VOLK", [](std::size_t n, float const* src, short* dst) {
+    peers.push_back({"VOLK", [](std::size_t n, const float* src, short* dst) {
                          volk_32f_s32f_convert_16i(dst, src, 32768.0F, countOf(n));
                      }});
 #endif
 #if CV_PEER_SAMPLERATE
-    peers.push_back({"libsamplerate", [](std::size_t n, float const* src, short* dst) {
+    peers.push_back({"libsamplerate", [](std::size_t n, const float* src, short* dst) {
                          src_float_to_short_array(src, dst, static_cast<int>(countOf(n)));
                      }});
 #endif
@@ -145,12 +145,12 @@ template <>
 Peers<float, int> peerConversions() {
     Peers<float, int> peers;
 #if CV_PEER_VOLK
-    peers.push_back({"VOLK", [](std::size_t n, float const* src, int* dst) {
+    peers.push_back({"VOLK", [](std::size_t n, const float* src, int* dst) {
                          volk_32f_s32f_convert_32i(dst, src, 2147483648.0F, countOf(n));
                      }});
 #endif
 #if CV_PEER_SAMPLERATE
-    peers.push_back({"libsamplerate", [](std::size_t n, float const* src, int* dst) {
+    peers.push_back({"libsamplerate", [](std::size_t n, const float* src, int* dst) {
                          src_float_to_int_array(src, dst, static_cast<int>(countOf(n)));
                      }});
 #endif
@@ -163,7 +163,7 @@ Peers<float, double> peerConversions() {
     Peers<float, double> peers;
 #if CV_PEER_VOLK
     peers.push_back(
-        {"VOLK", [](std::size_t n, float const* src, double* dst) { volk_32f_convert_64f(dst, src, countOf(n)); }});
+        {"VOLK", [](std::size_t n, const float* src, double* dst) { volk_32f_convert_64f(dst, src, countOf(n)); }});
 #endif
     addSwresample(peers);
     return peers;
@@ -174,7 +174,7 @@ Peers<double, float> peerConversions() {
     Peers<double, float> peers;
 #if CV_PEER_VOLK
     peers.push_back(
-        {"VOLK", [](std::size_t n, double const* src, float* dst) { volk_64f_convert_32f(dst, src, countOf(n)); }});
+        {"VOLK", [](std::size_t n, const double* src, float* dst) { volk_64f_convert_32f(dst, src, countOf(n)); }});
 #endif
     addSwresample(peers);
     return peers;

@@ -11,7 +11,7 @@ namespace bench {
 template <typename From, typename To>
 struct PeerConversion {
     std::string name;
-    std::function<void(std::size_t n, From const* src, To* dst)> convert;
+    std::function<void(std::size_t n, const From* src, To* dst)> convert;
 };
 
 /// The libraries that this was built with and that have the conversion.

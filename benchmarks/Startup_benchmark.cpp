@@ -25,7 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 using Command = std::vector<std::string>;
 
-char const* const TRUE_PROGRAM = "/bin/true";
+const char* const TRUE_PROGRAM = "/bin/true";
 
 /// The file actions of a program that prints nothing.
 class Silence {
@@ -35,10 +35,10 @@ public:
         posix_spawn_file_actions_addopen(&actions_, 1, "/dev/null", O_WRONLY, 0);
     }
     ~Silence() { posix_spawn_file_actions_destroy(&actions_); }
-    Silence(Silence const&) = delete;
-    Silence& operator=(Silence const&) = delete;
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
 
-    posix_spawn_file_actions_t const* get() const { return &actions_; }
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
 
 private:
     posix_spawn_file_actions_t actions_;
@@ -46,15 +46,15 @@ private:
 
 /// Runs `command` to its end; whether it ended with the exit status 0. The C library starts it without a copy of this
 /// process, so that the size of this one does not matter.
-bool succeeds(Command const& command) {
-    static Silence const silence;
+bool succeeds(const Command& command) {
+    static const Silence silence;
     std::vector<char*> arguments;
-    for (std::string const& argument : command) {
+    for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
     arguments.push_back(nullptr);
     pid_t process = 0;
-    if (int const error = posix_spawnp(&process, arguments[0], silence.get(), nullptr, arguments.data(), environ)) {
+    if (const int error = posix_spawnp(&process, arguments[0], silence.get(), nullptr, arguments.data(), environ)) {
         throw std::system_error(error, std::generic_category(), command[0]);
     }
     int status = 0;
@@ -66,7 +66,7 @@ class Machine {
 public:
     Machine() { reset(); }
 
-    std::string const& path() const { return folder_.path(); }
+    const std::string& path() const { return folder_.path(); }
 
     void reset() const {
         fs::remove_all(folder_ / "Library");
@@ -86,26 +86,26 @@ private:
 
 /// Adds one whole run of a program, which `prepare` gives the command of, as a subject; `correct` looks at what it did.
 void addProgram(
-    std::string const& work, std::string const& name, std::function<Command()> prepare,
+    const std::string& work, const std::string& name, std::function<Command()> prepare,
     std::function<bool()> correct = [] { return true; }) {
     struct Run {
         Command command;
         bool succeeded = false;
     };
-    auto const run = std::make_shared<Run>();
+    const auto run = std::make_shared<Run>();
     bench::add(work, {name, [run] { run->succeeded = succeeds(run->command); },
                       [run, correct = std::move(correct)] { return run->succeeded && correct(); },
                       [run, prepare = std::move(prepare)] { run->command = prepare(); }, bench::Clock::WALL, true});
 }
 
-void addProgram(std::string const& work, std::string const& name, Command const& command) {
+void addProgram(const std::string& work, const std::string& name, const Command& command) {
     addProgram(work, name, [command] { return command; });
 }
 
 /// An installation, and the making of its private root alone, by the host's own options.
 void addInstallation() {
-    std::string const work = "Startup/installation";
-    auto const machine = std::make_shared<Machine>();
+    const std::string work = "Startup/installation";
+    const auto machine = std::make_shared<Machine>();
     addProgram(
         work, "CvBase",
         [machine]() -> Command {
@@ -113,7 +113,7 @@ void addInstallation() {
             return {CV_HOST_PROGRAM, "run", "--product=5100", "--root=" + machine->path(), CV_PLUGIN_BUNDLE};
         },
         [machine] { return machine->isInstalled(); });
-    auto const sandbox = std::make_shared<std::optional<host::Sandbox>>();
+    const auto sandbox = std::make_shared<std::optional<host::Sandbox>>();
     addProgram(work, "bwrap", [machine, sandbox] {
         machine->reset();
         return sandbox->emplace(machine->path()).wrap({TRUE_PROGRAM});
@@ -121,8 +121,8 @@ void addInstallation() {
 }
 
 /// How many lines `ldd` prints of a program: the libraries that are loaded with it.
-std::uint64_t countLibraries(std::string const& program) {
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> const pipe(popen(("ldd '" + program + "'").c_str(), "r"), pclose);
+std::uint64_t countLibraries(const std::string& program) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(("ldd '" + program + "'").c_str(), "r"), pclose);
     std::string text;
     for (int c; (c = std::fgetc(pipe.get())) != EOF;) {
         text += static_cast<char>(c);
@@ -133,7 +133,7 @@ std::uint64_t countLibraries(std::string const& program) {
     return static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-[[maybe_unused]] bool const added = [] {
+[[maybe_unused]] const bool added = [] {
     addProgram("Startup/one-string", "CvBase", {CV_ONE_STRING});
     addProgram("Startup/one-string", "ICU", {CV_ONLY_ICU});
     bench::addCount("Startup/libraries-of-one-string", [] { return countLibraries(CV_ONE_STRING); });

@@ -58,14 +58,14 @@ Record makeRecord(unsigned int i) {
 }
 
 /// A number made of all values of a record, with what came before.
-std::uint64_t mixed(std::uint64_t before, Record const& record) {
+std::uint64_t mixed(std::uint64_t before, const Record& record) {
     std::uint64_t values = static_cast<std::uint64_t>(record.number) ^ static_cast<std::uint64_t>(record.large);
     values += record.flag + record.byte + static_cast<std::uint64_t>(record.small) + record.positive;
     return before + values + static_cast<std::uint64_t>(record.single + record.real);
 }
 
-std::vector<Record> const& records() {
-    static std::vector<Record> const made = [] {
+const std::vector<Record>& records() {
+    static const std::vector<Record> made = [] {
         std::vector<Record> all;
         for (unsigned int i = 0; i < RECORDS; ++i) {
             all.push_back(makeRecord(i));
@@ -77,7 +77,7 @@ std::vector<Record> const& records() {
 
 std::uint64_t recordsMixed() {
     std::uint64_t total = 0;
-    for (Record const& record : records()) {
+    for (const Record& record : records()) {
         total = mixed(total, record);
     }
     return total;
@@ -85,7 +85,7 @@ std::uint64_t recordsMixed() {
 
 template <typename Stream>
 void writeRecords(Stream& stream) {
-    for (Record const& record : records()) {
+    for (const Record& record : records()) {
         stream << record.flag << record.byte << record.small << record.number << record.positive << record.large
                << record.single << record.real;
     }
@@ -106,14 +106,14 @@ std::uint64_t readRecords(Stream& stream) {
 /// A stream that has room for everything from the start, most significant byte first. What is measured uses it through
 /// its base class and does not make it anew: page faults would cost more than the rest.
 std::shared_ptr<Util::ByteStream> makeStream(unsigned int size) {
-    auto const stream = std::make_shared<Util::ByteStream>(size);
+    const auto stream = std::make_shared<Util::ByteStream>(size);
     stream->SetEndianType(static_cast<Util::DataStream::EndianType>(2));
     return stream;
 }
 
 void addValues() {
-    auto const stream = makeStream(RECORDS * RECORD_SIZE);
-    std::uint64_t const written = std::uint64_t{RECORDS} * RECORD_SIZE;
+    const auto stream = makeStream(RECORDS * RECORD_SIZE);
+    const std::uint64_t written = std::uint64_t{RECORDS} * RECORD_SIZE;
     addAnswering(
         "Stream/write-1000000-values", "CvBase",
         [stream] {
@@ -123,7 +123,7 @@ void addValues() {
             return base.GetSize();
         },
         written);
-    auto const filled = makeStream(RECORDS * RECORD_SIZE);
+    const auto filled = makeStream(RECORDS * RECORD_SIZE);
     writeRecords<Util::DataStream>(*filled);
     addAnswering(
         "Stream/read-1000000-values", "CvBase",
@@ -136,8 +136,8 @@ void addValues() {
 }
 
 void addTexts() {
-    std::string const work = "Stream/100000-texts-there-and-back";
-    auto const stream = makeStream(TEXTS * (TEXT_LENGTH + 4));
+    const std::string work = "Stream/100000-texts-there-and-back";
+    const auto stream = makeStream(TEXTS * (TEXT_LENGTH + 4));
     addAnswering(
         work, "CvBase",
         [stream, text = String(std::string(TEXT_LENGTH, 'x').c_str())] {
@@ -158,16 +158,16 @@ void addTexts() {
         std::uint64_t{TEXTS} * TEXT_LENGTH);
 }
 
-void copyBlocks(Byte* dst, Byte const* src) {
+void copyBlocks(Byte* dst, const Byte* src) {
     for (unsigned int i = 0; i < BLOCKS; ++i) {
         std::memcpy(dst + i * BLOCK_SIZE, src + i * BLOCK_SIZE, BLOCK_SIZE);
     }
 }
 
 void addBlocks() {
-    std::uint64_t const size = std::uint64_t{BLOCKS} * BLOCK_SIZE;
-    Byte const* const source = bench::source<Byte>(bench::IN_MEMORY);
-    auto const stream = makeStream(static_cast<unsigned int>(size));
+    const std::uint64_t size = std::uint64_t{BLOCKS} * BLOCK_SIZE;
+    const Byte* const source = bench::source<Byte>(bench::IN_MEMORY);
+    const auto stream = makeStream(static_cast<unsigned int>(size));
     add("Stream/write-blocks", {"CvBase",
                                 [stream, source] {
                                     stream->Clear();
@@ -182,11 +182,11 @@ void addBlocks() {
                                     stream->Read(static_cast<unsigned int>(size), written.data());
                                     return std::memcmp(written.data(), source, size) == 0;
                                 }});
-    auto const memory = std::make_shared<Bytes>(size);
-    auto const copied = [memory, source, size] { return std::memcmp(memory->data(), source, size) == 0; };
+    const auto memory = std::make_shared<Bytes>(size);
+    const auto copied = [memory, source, size] { return std::memcmp(memory->data(), source, size) == 0; };
     add("Stream/write-blocks", {"memcpy", [memory, source] { copyBlocks(memory->data(), source); }, copied});
 
-    auto const filled = makeStream(static_cast<unsigned int>(size));
+    const auto filled = makeStream(static_cast<unsigned int>(size));
     filled->Write(static_cast<unsigned int>(size), source);
     add("Stream/read-blocks", {"CvBase",
                                [filled, memory] {
@@ -199,7 +199,7 @@ void addBlocks() {
                                copied});
     // Out of a vector too: the C library's copy is many times slower where one side is aligned to a page and the other
     // is not.
-    auto const vector = std::make_shared<Bytes>(source, source + size);
+    const auto vector = std::make_shared<Bytes>(source, source + size);
     add("Stream/read-blocks", {"memcpy", [memory, vector] { copyBlocks(memory->data(), vector->data()); }, copied});
 }
 
@@ -207,19 +207,19 @@ void addBlocks() {
 
 template <typename T>
 void append(Bytes& bytes, T value) {
-    std::size_t const size = bytes.size();
+    const std::size_t size = bytes.size();
     bytes.resize(size + sizeof value);
     boost::endian::endian_store<T, sizeof value, boost::endian::order::big>(bytes.data() + size, value);
 }
 
 template <typename T>
-T take(Byte const*& from) {
-    T const value = boost::endian::endian_load<T, sizeof(T), boost::endian::order::big>(from);
+T take(const Byte*& from) {
+    const T value = boost::endian::endian_load<T, sizeof(T), boost::endian::order::big>(from);
     from += sizeof(T);
     return value;
 }
 
-void appendRecord(Bytes& bytes, Record const& record) {
+void appendRecord(Bytes& bytes, const Record& record) {
     append<unsigned char>(bytes, record.flag);
     append(bytes, record.byte);
     append(bytes, record.small);
@@ -230,7 +230,7 @@ void appendRecord(Bytes& bytes, Record const& record) {
     append(bytes, record.real);
 }
 
-Record takeRecord(Byte const*& from) {
+Record takeRecord(const Byte*& from) {
     Record record;
     record.flag = take<unsigned char>(from) != 0;
     record.byte = take<unsigned char>(from);
@@ -244,11 +244,11 @@ Record takeRecord(Byte const*& from) {
 }
 
 void addBoost() {
-    auto const bytes = std::make_shared<Bytes>();
+    const auto bytes = std::make_shared<Bytes>();
     bytes->reserve(std::size_t{RECORDS} * RECORD_SIZE);
-    auto const write = [bytes] {
+    const auto write = [bytes] {
         bytes->clear();
-        for (Record const& record : records()) {
+        for (const Record& record : records()) {
             appendRecord(*bytes, record);
         }
         return bytes->size();
@@ -260,7 +260,7 @@ void addBoost() {
             if (bytes->empty()) {
                 write();
             }
-            Byte const* from = bytes->data();
+            const Byte* from = bytes->data();
             std::uint64_t total = 0;
             for (unsigned int i = 0; i < RECORDS; ++i) {
                 total = mixed(total, takeRecord(from));
@@ -288,8 +288,8 @@ struct QtStream {
 };
 
 template <typename Text>
-void addQtTexts(std::string const& name, Text const& text) {
-    auto const qt = std::make_shared<QtStream>(TEXTS * (2 * TEXT_LENGTH + 4));
+void addQtTexts(const std::string& name, const Text& text) {
+    const auto qt = std::make_shared<QtStream>(TEXTS * (2 * TEXT_LENGTH + 4));
     addAnswering(
         "Stream/100000-texts-there-and-back", name,
         [qt, text] {
@@ -310,8 +310,8 @@ void addQtTexts(std::string const& name, Text const& text) {
 }
 
 void addQt() {
-    auto const qt = std::make_shared<QtStream>(RECORDS * RECORD_SIZE);
-    auto const write = [qt] {
+    const auto qt = std::make_shared<QtStream>(RECORDS * RECORD_SIZE);
+    const auto write = [qt] {
         qt->memory.seek(0);
         writeRecords(qt->stream);
         return static_cast<std::uint64_t>(qt->memory.pos());
@@ -333,7 +333,7 @@ void addQt() {
 
 #endif
 
-[[maybe_unused]] bool const added = [] {
+[[maybe_unused]] const bool added = [] {
     addValues();
     addTexts();
     addBlocks();

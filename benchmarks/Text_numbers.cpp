@@ -44,29 +44,29 @@ std::uint64_t renderAll(Value value, Render render) {
 }
 
 template <typename Render>
-void addIntegers(std::string const& name, Render render) {
-    std::uint64_t const wanted = renderAll(integer, [](int value) { return std::to_string(value).size(); });
+void addIntegers(const std::string& name, Render render) {
+    const std::uint64_t wanted = renderAll(integer, [](int value) { return std::to_string(value).size(); });
     addAnswering(
         "Text/1000-integers-to-text", name, [render] { return renderAll(integer, render); }, wanted);
 }
 
 template <typename Render>
-void addFloatings(std::string const& name, Render render) {
-    std::uint64_t const wanted =
+void addFloatings(const std::string& name, Render render) {
+    const std::uint64_t wanted =
         renderAll(floating, [](double value) { return std::snprintf(nullptr, 0, "%.2f", value); });
     addAnswering(
         "Text/1000-doubles-to-text", name, [render] { return renderAll(floating, render); }, wanted);
 }
 
 template <typename Fill>
-void addFilling(std::string const& name, Fill fill) {
-    std::uint64_t const wanted = renderAll(
+void addFilling(const std::string& name, Fill fill) {
+    const std::uint64_t wanted = renderAll(
         integer, [](int value) { return std::snprintf(nullptr, 0, "%d of %s are in the folder", value, "the files"); });
     addAnswering(
         "Text/fill-1000-templates", name, [fill] { return renderAll(integer, fill); }, wanted);
 }
 
-[[maybe_unused]] bool const added = [] {
+[[maybe_unused]] const bool added = [] {
     addIntegers("CvBase", [](int value) { return String::Number(value).Length(); });
     addIntegers("std::to_string", [](int value) { return std::to_string(value).size(); });
     addFloatings("CvBase", [](double value) { return String::Number(value, 2).Length(); });

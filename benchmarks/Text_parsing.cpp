@@ -26,8 +26,8 @@ constexpr int ROUNDS = 250;
 
 /// DIFFERENT texts of up to ten bytes; the same ones for every T.
 template <typename T>
-std::vector<T> const& texts(bool floating) {
-    auto const make = [](bool withPoint) {
+const std::vector<T>& texts(bool floating) {
+    const auto make = [](bool withPoint) {
         std::mt19937 random(20070612);
         std::vector<T> made;
         made.reserve(DIFFERENT);
@@ -40,8 +40,8 @@ std::vector<T> const& texts(bool floating) {
         }
         return made;
     };
-    static std::vector<T> const integers = make(false);
-    static std::vector<T> const floatings = make(true);
+    static const std::vector<T> integers = make(false);
+    static const std::vector<T> floatings = make(true);
     return floating ? floatings : integers;
 }
 
@@ -50,7 +50,7 @@ template <typename T, typename Read>
 std::uint64_t sum(bool floating, Read read) {
     double total = 0;
     for (int round = 0; round < ROUNDS; ++round) {
-        for (T const& text : texts<T>(floating)) {
+        for (const T& text : texts<T>(floating)) {
             total += static_cast<double>(read(text));
         }
     }
@@ -58,10 +58,10 @@ std::uint64_t sum(bool floating, Read read) {
 }
 
 template <typename T, typename Read>
-void addReading(std::string const& name, bool floating, Read read) {
-    static std::uint64_t const wanted[] = {
-        sum<std::string>(false, [](std::string const& text) { return std::stoi(text); }),
-        sum<std::string>(true, [](std::string const& text) { return std::stod(text); })};
+void addReading(const std::string& name, bool floating, Read read) {
+    static const std::uint64_t wanted[] = {
+        sum<std::string>(false, [](const std::string& text) { return std::stoi(text); }),
+        sum<std::string>(true, [](const std::string& text) { return std::stod(text); })};
     addAnswering(
         floating ? "Parsing/ToDouble" : "Parsing/ToInt", name, [floating, read] { return sum<T>(floating, read); },
         wanted[floating]);
@@ -69,31 +69,31 @@ void addReading(std::string const& name, bool floating, Read read) {
 
 /// std::from_chars on the bytes of a String.
 template <typename Number>
-Number fromChars(String const& text) {
+Number fromChars(const String& text) {
     Number value{};
     std::from_chars(text.CStr(), text.CStr() + text.Length(), value);
     return value;
 }
 
 // strtol, strtod and std::from_chars read the bytes of the same Strings; the others have texts of their own.
-[[maybe_unused]] bool const added = [] {
-    addReading<String>("CvBase", false, [](String const& text) { return text.ToInt(); });
-    addReading<String>("strtol", false, [](String const& text) { return std::strtol(text.CStr(), nullptr, 10); });
+[[maybe_unused]] const bool added = [] {
+    addReading<String>("CvBase", false, [](const String& text) { return text.ToInt(); });
+    addReading<String>("strtol", false, [](const String& text) { return std::strtol(text.CStr(), nullptr, 10); });
     addReading<String>("from_chars", false, fromChars<int>);
-    addReading<String>("CvBase", true, [](String const& text) { return text.ToDouble(); });
-    addReading<String>("strtod", true, [](String const& text) { return std::strtod(text.CStr(), nullptr); });
+    addReading<String>("CvBase", true, [](const String& text) { return text.ToDouble(); });
+    addReading<String>("strtod", true, [](const String& text) { return std::strtod(text.CStr(), nullptr); });
     addReading<String>("from_chars", true, fromChars<double>);
 #if CV_PEER_QT
-    addReading<QByteArray>("QByteArray", false, [](QByteArray const& text) { return text.toInt(); });
-    addReading<QByteArray>("QByteArray", true, [](QByteArray const& text) { return text.toDouble(); });
+    addReading<QByteArray>("QByteArray", false, [](const QByteArray& text) { return text.toInt(); });
+    addReading<QByteArray>("QByteArray", true, [](const QByteArray& text) { return text.toDouble(); });
 #endif
 #if CV_PEER_ABSEIL
-    addReading<std::string>("Abseil", false, [](std::string const& text) {
+    addReading<std::string>("Abseil", false, [](const std::string& text) {
         int value = 0;
         (void)absl::SimpleAtoi(text, &value);
         return value;
     });
-    addReading<std::string>("Abseil", true, [](std::string const& text) {
+    addReading<std::string>("Abseil", true, [](const std::string& text) {
         double value = 0;
         (void)absl::SimpleAtod(text, &value);
         return value;

@@ -37,8 +37,8 @@ std::string makeField(unsigned int i) {
 }
 
 /// FIELDS fields with commas between them, about 18 KB.
-std::string const& line() {
-    static std::string const made = [] {
+const std::string& line() {
+    static const std::string made = [] {
         std::string text = makeField(0);
         for (unsigned int i = 1; i < FIELDS; ++i) {
             text += SEPARATOR + makeField(i);
@@ -57,25 +57,25 @@ std::vector<T> makeFields() {
     return fields;
 }
 
-std::size_t lengthOf(String const& text) {
+std::size_t lengthOf(const String& text) {
     return text.Length();
 }
 std::size_t lengthOf(std::string_view text) {
     return text.size();
 }
 #if CV_PEER_QT
-std::size_t lengthOf(QByteArray const& text) {
+std::size_t lengthOf(const QByteArray& text) {
     return static_cast<std::size_t>(text.size());
 }
-std::size_t lengthOf(QString const& text) {
+std::size_t lengthOf(const QString& text) {
     return static_cast<std::size_t>(text.size());
 }
 #endif
 
 template <typename Texts>
-std::uint64_t totalLength(Texts const& texts) {
+std::uint64_t totalLength(const Texts& texts) {
     std::uint64_t total = 0;
-    for (auto const& text : texts) {
+    for (const auto& text : texts) {
         total += lengthOf(text);
     }
     return total;
@@ -86,14 +86,14 @@ std::uint64_t fieldsLength() {
 }
 
 template <typename T>
-void addCopying(std::string const& name) {
+void addCopying(const std::string& name) {
     addAnswering(
         "Text/copy-1000-texts", name, [fields = makeFields<T>()] { return totalLength(std::vector<T>(fields)); },
         fieldsLength());
 }
 
 template <typename T>
-void addAppending(std::string const& name) {
+void addAppending(const std::string& name) {
     addAnswering(
         "Text/append-1000-pieces", name,
         [fields = makeFields<T>()] {
@@ -107,7 +107,7 @@ void addAppending(std::string const& name) {
 }
 
 template <typename T, typename Find>
-void addFinding(std::string const& work, std::string const& name, std::size_t wanted, Find find) {
+void addFinding(const std::string& work, const std::string& name, std::size_t wanted, Find find) {
     addAnswering(
         "Text/" + work, name, [text = T(line().c_str()), find] { return static_cast<std::uint64_t>(find(text)); },
         wanted);
@@ -115,25 +115,25 @@ void addFinding(std::string const& work, std::string const& name, std::size_t wa
 
 void addFindings() {
     // The last field, and a byte that comes nowhere: the whole line is read.
-    std::string const last = makeField(FIELDS - 1);
-    std::size_t const at = line().size() - last.size();
+    const std::string last = makeField(FIELDS - 1);
+    const std::size_t at = line().size() - last.size();
     addFinding<String>("find-text", "CvBase", at,
-                       [last](String const& text) { return text.Find(last.c_str()).Value(); });
+                       [last](const String& text) { return text.Find(last.c_str()).Value(); });
     addFinding<std::string>("find-text", "std::string", at,
-                            [last](std::string const& text) { return text.find(last); });
-    addFinding<String>("find-byte", "CvBase", 0, [](String const& text) { return text.Find('~').IsSet(); });
+                            [last](const std::string& text) { return text.find(last); });
+    addFinding<String>("find-byte", "CvBase", 0, [](const String& text) { return text.Find('~').IsSet(); });
     addFinding<std::string>("find-byte", "std::string", 0,
-                            [](std::string const& text) { return text.find('~') != std::string::npos; });
+                            [](const std::string& text) { return text.find('~') != std::string::npos; });
 #if CV_PEER_QT
     addFinding<QByteArray>("find-text", "QByteArray", at,
-                           [last](QByteArray const& text) { return text.indexOf(last.c_str()); });
-    addFinding<QByteArray>("find-byte", "QByteArray", 0, [](QByteArray const& text) { return text.contains('~'); });
+                           [last](const QByteArray& text) { return text.indexOf(last.c_str()); });
+    addFinding<QByteArray>("find-byte", "QByteArray", 0, [](const QByteArray& text) { return text.contains('~'); });
     addFinding<QString>("find-text", "QString", at,
-                        [needle = QString(last.c_str())](QString const& text) { return text.indexOf(needle); });
+                        [needle = QString(last.c_str())](const QString& text) { return text.indexOf(needle); });
 #endif
 }
 
-std::uint64_t splitByHand(std::string const& text) {
+std::uint64_t splitByHand(const std::string& text) {
     std::vector<std::string> fields;
     std::size_t start = 0;
     for (std::size_t end; (end = text.find(SEPARATOR, start)) != std::string::npos; start = end + 1) {
@@ -144,7 +144,7 @@ std::uint64_t splitByHand(std::string const& text) {
 }
 
 void addSplitting() {
-    std::string const work = "Text/split-1000-fields";
+    const std::string work = "Text/split-1000-fields";
     addAnswering(
         work, "CvBase",
         [text = String(line().c_str())] {
@@ -164,7 +164,7 @@ void addSplitting() {
     addAnswering(
         work, "Abseil",
         [] {
-            std::vector<std::string> const fields = absl::StrSplit(line(), SEPARATOR);
+            const std::vector<std::string> fields = absl::StrSplit(line(), SEPARATOR);
             return totalLength(fields);
         },
         fieldsLength());
@@ -172,11 +172,11 @@ void addSplitting() {
 }
 
 void addJoining() {
-    std::string const work = "Text/join-1000-fields";
+    const std::string work = "Text/join-1000-fields";
     addAnswering(
         work, "CvBase", [fields = makeFields<String>()] { return String::Join(",", fields).Length(); }, line().size());
 #if CV_PEER_QT
-    auto const made = makeFields<QByteArray>();
+    const auto made = makeFields<QByteArray>();
     addAnswering(
         work, "QByteArray", [fields = QByteArrayList(made.begin(), made.end())] { return lengthOf(fields.join(',')); },
         line().size());
@@ -201,8 +201,8 @@ std::uint64_t replaceByHand(std::string text, std::string_view from, std::string
 }
 
 void addReplacing() {
-    std::string const work = "Text/replace-1000-places";
-    std::size_t const wanted = line().size() - FIELDS * 2;  // "number" becomes "no. "
+    const std::string work = "Text/replace-1000-places";
+    const std::size_t wanted = line().size() - FIELDS * 2;  // "number" becomes "no. "
     addAnswering(
         work, "CvBase", [text = String(line().c_str())] { return text.Replace("number", "no. ").Length(); }, wanted);
     addAnswering(
@@ -227,7 +227,7 @@ void addReplacing() {
 }
 
 void addUpperCase() {
-    std::string const work = "Text/to-upper-18-KB";
+    const std::string work = "Text/to-upper-18-KB";
     addAnswering(
         work, "CvBase", [text = String(line().c_str())] { return text.ToUpper().BeginsWith("FIELD NUMBER 0"); }, 1);
     addAnswering(
@@ -250,7 +250,7 @@ void addUpperCase() {
 }
 
 void addUtf16() {
-    std::string const work = "Text/utf16-there-and-back";
+    const std::string work = "Text/utf16-there-and-back";
     addAnswering(
         work, "CvBase", [text = String(line().c_str())] { return String(text.Unicode().get()).Length(); },
         line().size());
@@ -261,7 +261,7 @@ void addUtf16() {
 #endif
 }
 
-[[maybe_unused]] bool const added = [] {
+[[maybe_unused]] const bool added = [] {
     addCopying<String>("CvBase");
     addCopying<std::string>("std::string");
     addAppending<String>("CvBase");

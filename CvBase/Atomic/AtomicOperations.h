@@ -14,7 +14,7 @@ namespace Atomic {
 static_assert(sizeof(unsigned int) == sizeof(std::int32_t), "the operations are those of 32-bit words");
 
 /// The word's value.
-inline unsigned int AtomicRead(unsigned int const volatile& target) {
+inline unsigned int AtomicRead(const volatile unsigned int& target) {
     return __atomic_load_n(&target, __ATOMIC_RELAXED);
 }
 
@@ -25,11 +25,11 @@ inline void* AtomicRead(void* const volatile& target) {
 
 /// The word's value. What a thread did before it gave the word this value with one of the indivisible operations has
 /// happened for the caller.
-inline unsigned int AtomicReadAcquire(unsigned int const volatile& target) {
+inline unsigned int AtomicReadAcquire(const volatile unsigned int& target) {
     return __atomic_load_n(&target, __ATOMIC_ACQUIRE);
 }
 
-inline void AtomicWrite(unsigned int volatile& target, unsigned int value) {
+inline void AtomicWrite(volatile unsigned int& target, unsigned int value) {
     __atomic_store_n(&target, value, __ATOMIC_RELAXED);
 }
 
@@ -38,20 +38,20 @@ inline void AtomicWrite(void* volatile& target, void* value) {
 }
 
 /// Adds 1, wrapping to 0 after the largest value; returns the new value.
-inline unsigned int AtomicIncrement(unsigned int volatile& target) {
-    return static_cast<unsigned int>(OSAtomicAdd32(1, reinterpret_cast<std::int32_t volatile*>(&target)));
+inline unsigned int AtomicIncrement(volatile unsigned int& target) {
+    return static_cast<unsigned int>(OSAtomicAdd32(1, reinterpret_cast<volatile std::int32_t*>(&target)));
 }
 
 /// Subtracts 1, wrapping to the largest value after 0; returns the new value. What the other holders of a count did
 /// before they gave up their shares has happened, for the thread that gets 0.
-inline unsigned int AtomicDecrement(unsigned int volatile& target) {
-    return static_cast<unsigned int>(OSAtomicAdd32(-1, reinterpret_cast<std::int32_t volatile*>(&target)));
+inline unsigned int AtomicDecrement(volatile unsigned int& target) {
+    return static_cast<unsigned int>(OSAtomicAdd32(-1, reinterpret_cast<volatile std::int32_t*>(&target)));
 }
 
 /// Stores `newValue` if the word equals `comparand`; true when it stored. A full barrier either way.
-inline bool AtomicCompareExchange(unsigned int volatile& target, unsigned int newValue, unsigned int comparand) {
+inline bool AtomicCompareExchange(volatile unsigned int& target, unsigned int newValue, unsigned int comparand) {
     return OSAtomicCompareAndSwap32(static_cast<std::int32_t>(comparand), static_cast<std::int32_t>(newValue),
-                                    reinterpret_cast<std::int32_t volatile*>(&target));
+                                    reinterpret_cast<volatile std::int32_t*>(&target));
 }
 
 }  // namespace Atomic

@@ -7,7 +7,7 @@ namespace IPP::Detail {
 namespace {
 
 /// The table of a path, or null where the build lacks it or the processor cannot run it.
-Kernels const* supportedKernels(Path path) {
+const Kernels* supportedKernels(Path path) {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_cpu_init();
     switch (path) {
@@ -27,11 +27,11 @@ Kernels const* supportedKernels(Path path) {
 }
 
 /// Null until the first call chooses. Two threads that choose at once choose the same.
-std::atomic<Kernels const*> activeKernels{nullptr};
+std::atomic<const Kernels*> activeKernels{nullptr};
 
 }  // namespace
 
-char const* NameOf(Path path) {
+const char* NameOf(Path path) {
     switch (path) {
         case Path::PLAIN:
             return "plain";
@@ -51,7 +51,7 @@ bool IsSupported(Path path) {
 
 Path BestPath() {
     Path best = Path::PLAIN;
-    for (Path const path : PATHS) {
+    for (const Path path : PATHS) {
         if (IsSupported(path)) {
             best = path;
         }
@@ -63,8 +63,8 @@ void UsePath(Path path) {
     activeKernels.store(supportedKernels(path), std::memory_order_release);
 }
 
-Kernels const& ActiveKernels() {
-    Kernels const* kernels = activeKernels.load(std::memory_order_acquire);
+const Kernels& ActiveKernels() {
+    const Kernels* kernels = activeKernels.load(std::memory_order_acquire);
     if (kernels == nullptr) {
         UsePath(BestPath());
         kernels = activeKernels.load(std::memory_order_acquire);

@@ -12,7 +12,7 @@ enum class Path { PLAIN, SSE2, AVX2, AVX512 };
 constexpr Path PATHS[] = {Path::PLAIN, Path::SSE2, Path::AVX2, Path::AVX512};
 
 /// "plain", "SSE2", "AVX2" or "AVX-512".
-char const* NameOf(Path path);
+const char* NameOf(Path path);
 
 /// Whether this build has the path and this processor can run it.
 bool IsSupported(Path path);
@@ -24,6 +24,6 @@ Path BestPath();
 void UsePath(Path path);
 
 /// The table of the path in use.
-Kernels const& ActiveKernels();
+const Kernels& ActiveKernels();
 
 }  // namespace IPP::Detail

@@ -53,8 +53,8 @@ struct FloatToShort {
     using Result = short;
     float multiplier;
     short operator()(float x) const {
-        float const product = x * multiplier;
-        std::int32_t const value = truncate(rounded ? product + halfLike(x) : product);
+        const float product = x * multiplier;
+        const std::int32_t value = truncate(rounded ? product + halfLike(x) : product);
         return static_cast<short>(value > 32767 ? 32767 : value < -32768 ? -32768 : value);
     }
 };
@@ -68,7 +68,7 @@ struct FloatToInt {
         if (clamped) {
             x = x >= 1.0F ? 1.0F : x <= -1.0F ? -1.0F : x;
         }
-        float const product = x * multiplier;
+        const float product = x * multiplier;
         return truncate(rounded ? product + halfLike(product) : product);
     }
 };
@@ -76,13 +76,13 @@ struct FloatToInt {
 /// Applies a conversion to `n` elements, one by one from the first. The elements go through memcpy, so that neither
 /// their alignment nor a destination that is the source matters.
 template <typename Operation>
-[[maybe_unused, gnu::always_inline]] inline void convertEach(Operation const& operation, std::size_t n,
-                                                             typename Operation::Source const* src,
+[[maybe_unused, gnu::always_inline]] inline void convertEach(const Operation& operation, std::size_t n,
+                                                             const typename Operation::Source* src,
                                                              typename Operation::Result* dst) {
     for (std::size_t i = 0; i < n; ++i) {
         typename Operation::Source element;
         std::memcpy(&element, src + i, sizeof element);
-        typename Operation::Result const result = operation(element);
+        const typename Operation::Result result = operation(element);
         std::memcpy(dst + i, &result, sizeof result);
     }
 }
@@ -93,14 +93,14 @@ template <typename Operation>
     for (; size - done >= sizeof pattern; done += sizeof pattern) {
         std::memcpy(dst + done, &pattern, sizeof pattern);
     }
-    for (unsigned char const* from = reinterpret_cast<unsigned char const*>(&pattern); done < size; ++done) {
+    for (const unsigned char* from = reinterpret_cast<const unsigned char*>(&pattern); done < size; ++done) {
         dst[done] = *from++;
     }
 }
 
 /// Compares byte by byte from the first on, eight at a time.
-[[maybe_unused, gnu::always_inline]] inline bool equalEach(std::size_t size, unsigned char const* a,
-                                                           unsigned char const* b) {
+[[maybe_unused, gnu::always_inline]] inline bool equalEach(std::size_t size, const unsigned char* a,
+                                                           const unsigned char* b) {
     std::size_t done = 0;
     for (; size - done >= sizeof(std::uint64_t); done += sizeof(std::uint64_t)) {
         std::uint64_t left;

@@ -9,7 +9,7 @@
 namespace IPP {
 namespace {
 
-Detail::Kernels const& kernels() {
+const Detail::Kernels& kernels() {
     return Detail::ActiveKernels();
 }
 
@@ -46,53 +46,53 @@ void fill(unsigned int n, T* dst, T value) {
 
 }  // namespace
 
-void Convert(unsigned int n, unsigned char const* src, float* dst) {
+void Convert(unsigned int n, const unsigned char* src, float* dst) {
     kernels().byteToFloat(n, src, dst);
 }
 
-void Convert(unsigned int n, short const* src, float* dst, int scale) {
+void Convert(unsigned int n, const short* src, float* dst, int scale) {
     kernels().shortToFloat(n, src, dst, 1.0F / static_cast<float>(shiftedOne(static_cast<unsigned int>(scale))));
 }
 
-void Convert(unsigned int n, short const* src, double* dst, int scale) {
+void Convert(unsigned int n, const short* src, double* dst, int scale) {
     kernels().shortToDouble(n, src, dst, 1.0 / shiftedOne(static_cast<unsigned int>(scale)));
 }
 
-void Convert(unsigned int n, int const* src, float* dst, int scale) {
+void Convert(unsigned int n, const int* src, float* dst, int scale) {
     kernels().intToFloat(n, src, dst, powerOfTwo<float>(scale));
 }
 
-void Convert(unsigned int n, int const* src, double* dst, int scale) {
+void Convert(unsigned int n, const int* src, double* dst, int scale) {
     kernels().intToDouble(n, src, dst, powerOfTwo<double>(scale));
 }
 
-void Convert(unsigned int n, float const* src, short* dst, int scale, bool round) {
-    auto const multiplier = static_cast<float>(shiftedOne(0U - static_cast<unsigned int>(scale)));
-    auto const convert = round ? kernels().floatToShortRounded : kernels().floatToShort;
+void Convert(unsigned int n, const float* src, short* dst, int scale, bool round) {
+    const auto multiplier = static_cast<float>(shiftedOne(0U - static_cast<unsigned int>(scale)));
+    const auto convert = round ? kernels().floatToShortRounded : kernels().floatToShort;
     convert(n, src, dst, multiplier);
 }
 
-void Convert(unsigned int n, float const* src, int* dst, int scale, bool round) {
-    auto const multiplier = powerOfTwo<float>(scale);
+void Convert(unsigned int n, const float* src, int* dst, int scale, bool round) {
+    const auto multiplier = powerOfTwo<float>(scale);
     // From 2^31 on, inputs of full scale and beyond leave the range of 32 bits, and their answer is the same unclamped.
     if (scale == 0 || multiplier >= 2147483648.0F) {
-        auto const convert = round ? kernels().floatToIntRounded : kernels().floatToInt;
+        const auto convert = round ? kernels().floatToIntRounded : kernels().floatToInt;
         convert(n, src, dst, multiplier);
     } else {
-        auto const convert = round ? kernels().clampedFloatToIntRounded : kernels().clampedFloatToInt;
+        const auto convert = round ? kernels().clampedFloatToIntRounded : kernels().clampedFloatToInt;
         convert(n, src, dst, multiplier);
     }
 }
 
-void Convert(unsigned int, float const*, unsigned char*, int, bool) {}
+void Convert(unsigned int, const float*, unsigned char*, int, bool) {}
 
-void Convert(unsigned int, double const*, int*, int, bool) {}
+void Convert(unsigned int, const double*, int*, int, bool) {}
 
-void Convert(unsigned int n, float const* src, double* dst) {
+void Convert(unsigned int n, const float* src, double* dst) {
     kernels().floatToDouble(n, src, dst);
 }
 
-void Convert(unsigned int n, double const* src, float* dst) {
+void Convert(unsigned int n, const double* src, float* dst) {
     kernels().doubleToFloat(n, src, dst);
 }
 
@@ -116,7 +116,7 @@ void Set(unsigned int n, double* dst, double value) {
     fill(n, dst, value);
 }
 
-bool Equal(unsigned int n, unsigned char const* a, unsigned char const* b) {
+bool Equal(unsigned int n, const unsigned char* a, const unsigned char* b) {
     return kernels().equal(n, a, b);
 }
 

@@ -24,11 +24,11 @@ namespace IPP {
 /// so a multiplier of -1 / 2^31. From 32 bits the multiplier is 2^-scale, for every scale: 31 maps the full scale to
 /// ±1.0. Where 2^-scale has no finite value in the destination's type it is infinite or 0. Bytes become 0.0 to 255.0.
 /// @{
-void Convert(unsigned int n, unsigned char const* src, float* dst);
-void Convert(unsigned int n, short const* src, float* dst, int scale);
-void Convert(unsigned int n, short const* src, double* dst, int scale);
-void Convert(unsigned int n, int const* src, float* dst, int scale);
-void Convert(unsigned int n, int const* src, double* dst, int scale);
+void Convert(unsigned int n, const unsigned char* src, float* dst);
+void Convert(unsigned int n, const short* src, float* dst, int scale);
+void Convert(unsigned int n, const short* src, double* dst, int scale);
+void Convert(unsigned int n, const int* src, float* dst, int scale);
+void Convert(unsigned int n, const int* src, double* dst, int scale);
 /// @}
 
 /// Float to 16 bits. The multiplier is the 32-bit integer 1 shifted left by (-scale) mod 32: -15 maps ±1.0 to the full
@@ -37,7 +37,7 @@ void Convert(unsigned int n, int const* src, double* dst, int scale);
 /// With `round` false the product is truncated toward zero; with `round` true 0.5 is added to it first, or -0.5 where
 /// the *input* is negative. The result is held to -32768 .. 32767, but a NaN, or a value outside the range of 32 bits,
 /// of either sign, stores -32768.
-void Convert(unsigned int n, float const* src, short* dst, int scale, bool round);
+void Convert(unsigned int n, const float* src, short* dst, int scale, bool round);
 
 /// Float to 32 bits. The multiplier is 2^-scale: -31 maps ±1.0 to the full scale of the samples.
 ///
@@ -45,31 +45,31 @@ void Convert(unsigned int n, float const* src, short* dst, int scale, bool round
 /// truncated toward zero; with `round` true 0.5 is added to it first, or -0.5 where the *product* is negative. A NaN,
 /// or a value outside the range of 32 bits, of either sign, stores -2147483648; with `scale` -31 so does an input
 /// of 1.0.
-void Convert(unsigned int n, float const* src, int* dst, int scale, bool round);
+void Convert(unsigned int n, const float* src, int* dst, int scale, bool round);
 
 /// Does nothing: no conversion from float to bytes is defined. The destination stays as it is.
-void Convert(unsigned int n, float const* src, unsigned char* dst, int scale, bool round);
+void Convert(unsigned int n, const float* src, unsigned char* dst, int scale, bool round);
 
 /// Does nothing: no conversion from double to 32 bits is defined. The destination stays as it is.
-void Convert(unsigned int n, double const* src, int* dst, int scale, bool round);
+void Convert(unsigned int n, const double* src, int* dst, int scale, bool round);
 
 /// Float to double: every value is kept.
-void Convert(unsigned int n, float const* src, double* dst);
+void Convert(unsigned int n, const float* src, double* dst);
 
 /// Double to float, rounded to nearest; a value too large for a float becomes infinite.
-void Convert(unsigned int n, double const* src, float* dst);
+void Convert(unsigned int n, const double* src, float* dst);
 
 namespace Detail {
 
 template <typename T>
-inline void copy(unsigned int n, T const* src, T* dst) {
+inline void copy(unsigned int n, const T* src, T* dst) {
     if (n != 0) {
         std::memcpy(dst, src, std::size_t{n} * sizeof(T));
     }
 }
 
 template <typename T>
-inline void move(unsigned int n, T const* src, T* dst) {
+inline void move(unsigned int n, const T* src, T* dst) {
     if (n != 0) {
         std::memmove(dst, src, std::size_t{n} * sizeof(T));
     }
@@ -88,25 +88,25 @@ inline void zero(unsigned int n, T* dst) {
 ///
 /// Copies `n` elements byte for byte. The two areas must not overlap.
 /// @{
-inline void Copy(unsigned int n, unsigned char const* src, unsigned char* dst) {
+inline void Copy(unsigned int n, const unsigned char* src, unsigned char* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, char const* src, char* dst) {
+inline void Copy(unsigned int n, const char* src, char* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, short const* src, short* dst) {
+inline void Copy(unsigned int n, const short* src, short* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, int const* src, int* dst) {
+inline void Copy(unsigned int n, const int* src, int* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, unsigned int const* src, unsigned int* dst) {
+inline void Copy(unsigned int n, const unsigned int* src, unsigned int* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, float const* src, float* dst) {
+inline void Copy(unsigned int n, const float* src, float* dst) {
     Detail::copy(n, src, dst);
 }
-inline void Copy(unsigned int n, double const* src, double* dst) {
+inline void Copy(unsigned int n, const double* src, double* dst) {
     Detail::copy(n, src, dst);
 }
 /// @}
@@ -115,19 +115,19 @@ inline void Copy(unsigned int n, double const* src, double* dst) {
 ///
 /// Copies `n` elements byte for byte. The two areas may overlap.
 /// @{
-inline void Move(unsigned int n, unsigned char const* src, unsigned char* dst) {
+inline void Move(unsigned int n, const unsigned char* src, unsigned char* dst) {
     Detail::move(n, src, dst);
 }
-inline void Move(unsigned int n, short const* src, short* dst) {
+inline void Move(unsigned int n, const short* src, short* dst) {
     Detail::move(n, src, dst);
 }
-inline void Move(unsigned int n, unsigned int const* src, unsigned int* dst) {
+inline void Move(unsigned int n, const unsigned int* src, unsigned int* dst) {
     Detail::move(n, src, dst);
 }
-inline void Move(unsigned int n, float const* src, float* dst) {
+inline void Move(unsigned int n, const float* src, float* dst) {
     Detail::move(n, src, dst);
 }
-inline void Move(unsigned int n, double const* src, double* dst) {
+inline void Move(unsigned int n, const double* src, double* dst) {
     Detail::move(n, src, dst);
 }
 /// @}
@@ -174,6 +174,6 @@ void Set(unsigned int n, double* dst, double value);
 /// @}
 
 /// Whether the first `n` bytes of `a` and `b` agree: true for an `n` of 0, whatever the pointers.
-bool Equal(unsigned int n, unsigned char const* a, unsigned char const* b);
+bool Equal(unsigned int n, const unsigned char* a, const unsigned char* b);
 
 }  // namespace IPP

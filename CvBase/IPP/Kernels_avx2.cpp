@@ -15,16 +15,16 @@ struct Avx2 {
     static constexpr std::size_t WIDTH = 32;
     static constexpr std::size_t LANES = 8;
 
-    static Floats loadFloats(float const* src) { return _mm256_loadu_ps(src); }
-    static Ints loadInts(void const* src) { return _mm256_loadu_si256(static_cast<Ints const*>(src)); }
-    static Ints widenBytes(unsigned char const* src) { return _mm256_cvtepu8_epi32(load8Bytes(src)); }
-    static Ints widenShorts(short const* src) { return _mm256_cvtepi16_epi32(load16Bytes(src)); }
-    static Doubles widenShortsToDoubles(short const* src) {
+    static Floats loadFloats(const float* src) { return _mm256_loadu_ps(src); }
+    static Ints loadInts(const void* src) { return _mm256_loadu_si256(static_cast<const Ints*>(src)); }
+    static Ints widenBytes(const unsigned char* src) { return _mm256_cvtepu8_epi32(load8Bytes(src)); }
+    static Ints widenShorts(const short* src) { return _mm256_cvtepi16_epi32(load16Bytes(src)); }
+    static Doubles widenShortsToDoubles(const short* src) {
         return _mm256_cvtepi32_pd(_mm_cvtepi16_epi32(load8Bytes(src)));
     }
-    static Doubles widenIntsToDoubles(int const* src) { return _mm256_cvtepi32_pd(load16Bytes(src)); }
-    static Doubles widenFloats(float const* src) { return _mm256_cvtps_pd(_mm_loadu_ps(src)); }
-    static __m128 narrowDoubles(double const* src) { return _mm256_cvtpd_ps(_mm256_loadu_pd(src)); }
+    static Doubles widenIntsToDoubles(const int* src) { return _mm256_cvtepi32_pd(load16Bytes(src)); }
+    static Doubles widenFloats(const float* src) { return _mm256_cvtps_pd(_mm_loadu_ps(src)); }
+    static __m128 narrowDoubles(const double* src) { return _mm256_cvtpd_ps(_mm256_loadu_pd(src)); }
 
     static Floats broadcast(float x) { return _mm256_set1_ps(x); }
     static Doubles broadcast(double x) { return _mm256_set1_pd(x); }
@@ -52,18 +52,18 @@ struct Avx2 {
     static void stream(void* dst, __m128 x) { _mm_stream_ps(static_cast<float*>(dst), x); }
     static void fence() { _mm_sfence(); }
 
-    static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allZero(difference(a, b)); }
-    static bool sameBytes4(unsigned char const* a, unsigned char const* b) {
-        Ints const low = _mm256_or_si256(difference(a, b), difference(a + WIDTH, b + WIDTH));
-        Ints const high =
+    static bool sameBytes(const unsigned char* a, const unsigned char* b) { return allZero(difference(a, b)); }
+    static bool sameBytes4(const unsigned char* a, const unsigned char* b) {
+        const Ints low = _mm256_or_si256(difference(a, b), difference(a + WIDTH, b + WIDTH));
+        const Ints high =
             _mm256_or_si256(difference(a + 2 * WIDTH, b + 2 * WIDTH), difference(a + 3 * WIDTH, b + 3 * WIDTH));
         return allZero(_mm256_or_si256(low, high));
     }
 
 private:
-    static __m128i load8Bytes(void const* src) { return _mm_loadl_epi64(static_cast<__m128i const*>(src)); }
-    static __m128i load16Bytes(void const* src) { return _mm_loadu_si128(static_cast<__m128i const*>(src)); }
-    static Ints difference(unsigned char const* a, unsigned char const* b) {
+    static __m128i load8Bytes(const void* src) { return _mm_loadl_epi64(static_cast<const __m128i*>(src)); }
+    static __m128i load16Bytes(const void* src) { return _mm_loadu_si128(static_cast<const __m128i*>(src)); }
+    static Ints difference(const unsigned char* a, const unsigned char* b) {
         return _mm256_xor_si256(loadInts(a), loadInts(b));
     }
     static bool allZero(Ints x) { return _mm256_testz_si256(x, x) != 0; }
@@ -75,15 +75,15 @@ private:
 template <>
 struct Block<Avx2, FloatToShort<true>> {
     explicit Block(FloatToShort<true> operation) : multiplier(Avx2::broadcast(operation.multiplier)) {}
-    __m256i operator()(float const* src) const {
+    __m256i operator()(const float* src) const {
         constexpr int UPPER_HALF_OF_SECOND = 0xF0;
-        __m256 const middle = Avx2::loadFloats(src + 4);
-        __m256 const first = _mm256_blend_ps(Avx2::loadFloats(src), middle, UPPER_HALF_OF_SECOND);
-        __m256 const second = _mm256_blend_ps(middle, Avx2::loadFloats(src + 8), UPPER_HALF_OF_SECOND);
+        const __m256 middle = Avx2::loadFloats(src + 4);
+        const __m256 first = _mm256_blend_ps(Avx2::loadFloats(src), middle, UPPER_HALF_OF_SECOND);
+        const __m256 second = _mm256_blend_ps(middle, Avx2::loadFloats(src + 8), UPPER_HALF_OF_SECOND);
         return _mm256_packs_epi32(rounded(first), rounded(second));
     }
     __m256i rounded(__m256 x) const {
-        __m256 const half = _mm256_blendv_ps(Avx2::broadcast(0.5F), Avx2::broadcast(-0.5F), x);
+        const __m256 half = _mm256_blendv_ps(Avx2::broadcast(0.5F), Avx2::broadcast(-0.5F), x);
         return Avx2::truncate(Avx2::multiplyAdd(x, multiplier, half));
     }
     __m256 multiplier;
@@ -91,6 +91,6 @@ struct Block<Avx2, FloatToShort<true>> {
 
 }  // namespace
 
-Kernels const AVX2_KERNELS = makeKernels<Avx2>();
+const Kernels AVX2_KERNELS = makeKernels<Avx2>();
 
 }  // namespace IPP::Detail

@@ -15,16 +15,16 @@ struct Avx512 {
     static constexpr std::size_t WIDTH = 64;
     static constexpr std::size_t LANES = 16;
 
-    static Floats loadFloats(float const* src) { return _mm512_loadu_ps(src); }
-    static Ints loadInts(void const* src) { return _mm512_loadu_si512(src); }
-    static Ints widenBytes(unsigned char const* src) { return _mm512_cvtepu8_epi32(load16Bytes(src)); }
-    static Ints widenShorts(short const* src) { return _mm512_cvtepi16_epi32(load32Bytes(src)); }
-    static Doubles widenShortsToDoubles(short const* src) {
+    static Floats loadFloats(const float* src) { return _mm512_loadu_ps(src); }
+    static Ints loadInts(const void* src) { return _mm512_loadu_si512(src); }
+    static Ints widenBytes(const unsigned char* src) { return _mm512_cvtepu8_epi32(load16Bytes(src)); }
+    static Ints widenShorts(const short* src) { return _mm512_cvtepi16_epi32(load32Bytes(src)); }
+    static Doubles widenShortsToDoubles(const short* src) {
         return _mm512_cvtepi32_pd(_mm256_cvtepi16_epi32(load16Bytes(src)));
     }
-    static Doubles widenIntsToDoubles(int const* src) { return _mm512_cvtepi32_pd(load32Bytes(src)); }
-    static Doubles widenFloats(float const* src) { return _mm512_cvtps_pd(_mm256_loadu_ps(src)); }
-    static __m256 narrowDoubles(double const* src) { return _mm512_cvtpd_ps(_mm512_loadu_pd(src)); }
+    static Doubles widenIntsToDoubles(const int* src) { return _mm512_cvtepi32_pd(load32Bytes(src)); }
+    static Doubles widenFloats(const float* src) { return _mm512_cvtps_pd(_mm256_loadu_ps(src)); }
+    static __m256 narrowDoubles(const double* src) { return _mm512_cvtpd_ps(_mm512_loadu_pd(src)); }
 
     static Floats broadcast(float x) { return _mm512_set1_ps(x); }
     static Doubles broadcast(double x) { return _mm512_set1_pd(x); }
@@ -57,18 +57,18 @@ struct Avx512 {
     static void stream(void* dst, __m256 x) { _mm256_stream_ps(static_cast<float*>(dst), x); }
     static void fence() { _mm_sfence(); }
 
-    static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allZero(difference(a, b)); }
-    static bool sameBytes4(unsigned char const* a, unsigned char const* b) {
-        Ints const low = _mm512_or_si512(difference(a, b), difference(a + WIDTH, b + WIDTH));
-        Ints const high =
+    static bool sameBytes(const unsigned char* a, const unsigned char* b) { return allZero(difference(a, b)); }
+    static bool sameBytes4(const unsigned char* a, const unsigned char* b) {
+        const Ints low = _mm512_or_si512(difference(a, b), difference(a + WIDTH, b + WIDTH));
+        const Ints high =
             _mm512_or_si512(difference(a + 2 * WIDTH, b + 2 * WIDTH), difference(a + 3 * WIDTH, b + 3 * WIDTH));
         return allZero(_mm512_or_si512(low, high));
     }
 
 private:
-    static __m128i load16Bytes(void const* src) { return _mm_loadu_si128(static_cast<__m128i const*>(src)); }
-    static __m256i load32Bytes(void const* src) { return _mm256_loadu_si256(static_cast<__m256i const*>(src)); }
-    static Ints difference(unsigned char const* a, unsigned char const* b) {
+    static __m128i load16Bytes(const void* src) { return _mm_loadu_si128(static_cast<const __m128i*>(src)); }
+    static __m256i load32Bytes(const void* src) { return _mm256_loadu_si256(static_cast<const __m256i*>(src)); }
+    static Ints difference(const unsigned char* a, const unsigned char* b) {
         return _mm512_xor_si512(loadInts(a), loadInts(b));
     }
     static bool allZero(Ints x) { return _mm512_test_epi32_mask(x, x) == 0; }
@@ -76,6 +76,6 @@ private:
 
 }  // namespace
 
-Kernels const AVX512_KERNELS = makeKernels<Avx512>();
+const Kernels AVX512_KERNELS = makeKernels<Avx512>();
 
 }  // namespace IPP::Detail

@@ -7,12 +7,12 @@ namespace IPP::Detail {
 namespace {
 
 template <typename Operation>
-void convert(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst) {
+void convert(std::size_t n, const typename Operation::Source* src, typename Operation::Result* dst) {
     convertEach(Operation{}, n, src, dst);
 }
 
 template <typename Operation, typename Multiplier>
-void convertScaled(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst,
+void convertScaled(std::size_t n, const typename Operation::Source* src, typename Operation::Result* dst,
                    Multiplier multiplier) {
     convertEach(Operation{multiplier}, n, src, dst);
 }
@@ -21,13 +21,13 @@ void fill(std::size_t size, void* dst, std::uint64_t pattern) {
     fillEach(size, static_cast<unsigned char*>(dst), pattern);
 }
 
-bool equal(std::size_t size, unsigned char const* a, unsigned char const* b) {
+bool equal(std::size_t size, const unsigned char* a, const unsigned char* b) {
     return equalEach(size, a, b);
 }
 
 }  // namespace
 
-Kernels const PLAIN_KERNELS = {
+const Kernels PLAIN_KERNELS = {
     convert<ByteToFloat>,
     convertScaled<Scale<short, float>, float>,
     convertScaled<Scale<short, double>, double>,

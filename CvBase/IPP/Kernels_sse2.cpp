@@ -14,17 +14,17 @@ struct Sse2 {
     static constexpr std::size_t WIDTH = 16;
     static constexpr std::size_t LANES = 4;
 
-    static Floats loadFloats(float const* src) { return _mm_loadu_ps(src); }
-    static Ints loadInts(void const* src) { return _mm_loadu_si128(static_cast<Ints const*>(src)); }
-    static Ints widenBytes(unsigned char const* src) {
-        Ints const zero = _mm_setzero_si128();
+    static Floats loadFloats(const float* src) { return _mm_loadu_ps(src); }
+    static Ints loadInts(const void* src) { return _mm_loadu_si128(static_cast<const Ints*>(src)); }
+    static Ints widenBytes(const unsigned char* src) {
+        const Ints zero = _mm_setzero_si128();
         return _mm_unpacklo_epi16(_mm_unpacklo_epi8(load4Bytes(src), zero), zero);
     }
-    static Ints widenShorts(short const* src) { return signExtend(load8Bytes(src)); }
-    static Doubles widenShortsToDoubles(short const* src) { return _mm_cvtepi32_pd(signExtend(load4Bytes(src))); }
-    static Doubles widenIntsToDoubles(int const* src) { return _mm_cvtepi32_pd(load8Bytes(src)); }
-    static Doubles widenFloats(float const* src) { return _mm_cvtps_pd(_mm_castsi128_ps(load8Bytes(src))); }
-    static Floats narrowDoubles(double const* src) {
+    static Ints widenShorts(const short* src) { return signExtend(load8Bytes(src)); }
+    static Doubles widenShortsToDoubles(const short* src) { return _mm_cvtepi32_pd(signExtend(load4Bytes(src))); }
+    static Doubles widenIntsToDoubles(const int* src) { return _mm_cvtepi32_pd(load8Bytes(src)); }
+    static Doubles widenFloats(const float* src) { return _mm_cvtps_pd(_mm_castsi128_ps(load8Bytes(src))); }
+    static Floats narrowDoubles(const double* src) {
         return _mm_movelh_ps(_mm_cvtpd_ps(_mm_loadu_pd(src)), _mm_cvtpd_ps(_mm_loadu_pd(src + 2)));
     }
 
@@ -51,22 +51,22 @@ struct Sse2 {
     static void stream(void* dst, Doubles x) { stream(dst, _mm_castpd_si128(x)); }
     static void fence() { _mm_sfence(); }
 
-    static bool sameBytes(unsigned char const* a, unsigned char const* b) { return allSet(compare(a, b)); }
-    static bool sameBytes4(unsigned char const* a, unsigned char const* b) {
-        Ints const low = _mm_and_si128(compare(a, b), compare(a + WIDTH, b + WIDTH));
-        Ints const high = _mm_and_si128(compare(a + 2 * WIDTH, b + 2 * WIDTH), compare(a + 3 * WIDTH, b + 3 * WIDTH));
+    static bool sameBytes(const unsigned char* a, const unsigned char* b) { return allSet(compare(a, b)); }
+    static bool sameBytes4(const unsigned char* a, const unsigned char* b) {
+        const Ints low = _mm_and_si128(compare(a, b), compare(a + WIDTH, b + WIDTH));
+        const Ints high = _mm_and_si128(compare(a + 2 * WIDTH, b + 2 * WIDTH), compare(a + 3 * WIDTH, b + 3 * WIDTH));
         return allSet(_mm_and_si128(low, high));
     }
 
 private:
-    static Ints load4Bytes(void const* src) {
+    static Ints load4Bytes(const void* src) {
         int bytes;
         std::memcpy(&bytes, src, sizeof bytes);
         return _mm_cvtsi32_si128(bytes);
     }
-    static Ints load8Bytes(void const* src) { return _mm_loadl_epi64(static_cast<Ints const*>(src)); }
+    static Ints load8Bytes(const void* src) { return _mm_loadl_epi64(static_cast<const Ints*>(src)); }
     static Ints signExtend(Ints shorts) { return _mm_srai_epi32(_mm_unpacklo_epi16(shorts, shorts), 16); }
-    static Ints compare(unsigned char const* a, unsigned char const* b) {
+    static Ints compare(const unsigned char* a, const unsigned char* b) {
         return _mm_cmpeq_epi8(loadInts(a), loadInts(b));
     }
     static bool allSet(Ints x) { return _mm_movemask_epi8(x) == 0xFFFF; }
@@ -74,6 +74,6 @@ private:
 
 }  // namespace
 
-Kernels const SSE2_KERNELS = makeKernels<Sse2>();
+const Kernels SSE2_KERNELS = makeKernels<Sse2>();
 
 }  // namespace IPP::Detail

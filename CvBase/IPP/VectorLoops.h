@@ -42,47 +42,47 @@ struct Block;
 template <typename Isa>
 struct Block<Isa, ByteToFloat> {
     explicit Block(ByteToFloat) {}
-    auto operator()(unsigned char const* src) const { return Isa::toFloats(Isa::widenBytes(src)); }
+    auto operator()(const unsigned char* src) const { return Isa::toFloats(Isa::widenBytes(src)); }
 };
 
 template <typename Isa>
 struct Block<Isa, Scale<short, float>> {
     explicit Block(Scale<short, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(short const* src) const { return Isa::multiply(Isa::toFloats(Isa::widenShorts(src)), multiplier); }
+    auto operator()(const short* src) const { return Isa::multiply(Isa::toFloats(Isa::widenShorts(src)), multiplier); }
     typename Isa::Floats multiplier;
 };
 
 template <typename Isa>
 struct Block<Isa, Scale<short, double>> {
     explicit Block(Scale<short, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(short const* src) const { return Isa::multiply(Isa::widenShortsToDoubles(src), multiplier); }
+    auto operator()(const short* src) const { return Isa::multiply(Isa::widenShortsToDoubles(src), multiplier); }
     typename Isa::Doubles multiplier;
 };
 
 template <typename Isa>
 struct Block<Isa, Scale<int, float>> {
     explicit Block(Scale<int, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(int const* src) const { return Isa::multiply(Isa::toFloats(Isa::loadInts(src)), multiplier); }
+    auto operator()(const int* src) const { return Isa::multiply(Isa::toFloats(Isa::loadInts(src)), multiplier); }
     typename Isa::Floats multiplier;
 };
 
 template <typename Isa>
 struct Block<Isa, Scale<int, double>> {
     explicit Block(Scale<int, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(int const* src) const { return Isa::multiply(Isa::widenIntsToDoubles(src), multiplier); }
+    auto operator()(const int* src) const { return Isa::multiply(Isa::widenIntsToDoubles(src), multiplier); }
     typename Isa::Doubles multiplier;
 };
 
 template <typename Isa>
 struct Block<Isa, FloatToDouble> {
     explicit Block(FloatToDouble) {}
-    auto operator()(float const* src) const { return Isa::widenFloats(src); }
+    auto operator()(const float* src) const { return Isa::widenFloats(src); }
 };
 
 template <typename Isa>
 struct Block<Isa, DoubleToFloat> {
     explicit Block(DoubleToFloat) {}
-    auto operator()(double const* src) const { return Isa::narrowDoubles(src); }
+    auto operator()(const double* src) const { return Isa::narrowDoubles(src); }
 };
 
 /// The sign of x serves for that of the product too: to 32 bits the multiplier is never negative. And -0.0, whose half
@@ -96,8 +96,8 @@ template <typename Isa, bool rounded>
 template <typename Isa, bool rounded>
 struct Block<Isa, FloatToShort<rounded>> {
     explicit Block(FloatToShort<rounded> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(float const* src) const { return Isa::packShorts(scaled(src), scaled(src + Isa::LANES)); }
-    typename Isa::Ints scaled(float const* src) const {
+    auto operator()(const float* src) const { return Isa::packShorts(scaled(src), scaled(src + Isa::LANES)); }
+    typename Isa::Ints scaled(const float* src) const {
         return scaledAndTruncated<Isa, rounded>(Isa::loadFloats(src), multiplier);
     }
     typename Isa::Floats multiplier;
@@ -106,8 +106,8 @@ struct Block<Isa, FloatToShort<rounded>> {
 template <typename Isa, bool rounded, bool clamped>
 struct Block<Isa, FloatToInt<rounded, clamped>> {
     explicit Block(FloatToInt<rounded, clamped> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(float const* src) const {
-        typename Isa::Floats const x = Isa::loadFloats(src);
+    auto operator()(const float* src) const {
+        const typename Isa::Floats x = Isa::loadFloats(src);
         return scaledAndTruncated<Isa, rounded>(clamped ? Isa::clamp(x) : x, multiplier);
     }
     typename Isa::Floats multiplier;
@@ -120,22 +120,22 @@ constexpr std::size_t COUNT_OF = sizeof(std::declval<Block<Isa, Operation>>()(nu
 
 /// Asks for the `size` bytes that come some way after `address`, past the end of the array too: that is no access.
 template <std::size_t size>
-[[gnu::always_inline]] inline void prefetch(void const* address) {
+[[gnu::always_inline]] inline void prefetch(const void* address) {
     constexpr std::uintptr_t AHEAD = 1024;
     for (std::uintptr_t at = 0; at < size; at += LINE) {
-        __builtin_prefetch(reinterpret_cast<void const*>(reinterpret_cast<std::uintptr_t>(address) + AHEAD + at), 0, 0);
+        __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(address) + AHEAD + at), 0, 0);
     }
 }
 
 /// The bytes from `address` to the next multiple of `alignment`.
-inline std::size_t bytesToAlignment(void const* address, std::size_t alignment) {
+inline std::size_t bytesToAlignment(const void* address, std::size_t alignment) {
     return (std::size_t{0} - reinterpret_cast<std::uintptr_t>(address)) & (alignment - 1);
 }
 
 /// Converts whole lines of an aligned destination with stores past the caches; gives the number of elements converted.
 template <typename Isa, typename Operation>
-[[gnu::always_inline]] inline std::size_t streamLines(Block<Isa, Operation> const& block, std::size_t n,
-                                                      typename Operation::Source const* src,
+[[gnu::always_inline]] inline std::size_t streamLines(const Block<Isa, Operation>& block, std::size_t n,
+                                                      const typename Operation::Source* src,
                                                       typename Operation::Result* dst) {
     constexpr std::size_t COUNT = COUNT_OF<Isa, Operation>;
     constexpr std::size_t COUNT_IN_LINE = LINE / sizeof(typename Operation::Result);
@@ -153,16 +153,16 @@ template <typename Isa, typename Operation>
 /// Converts whole vectors; gives the number of elements converted. All of a step is read before any of it is stored, so
 /// that the destination may be the source.
 template <typename Isa, typename Operation>
-[[gnu::always_inline]] inline std::size_t storeVectors(Block<Isa, Operation> const& block, std::size_t n,
-                                                       typename Operation::Source const* src,
+[[gnu::always_inline]] inline std::size_t storeVectors(const Block<Isa, Operation>& block, std::size_t n,
+                                                       const typename Operation::Source* src,
                                                        typename Operation::Result* dst) {
     constexpr std::size_t COUNT = COUNT_OF<Isa, Operation>;
     std::size_t done = 0;
     for (; n - done >= 4 * COUNT; done += 4 * COUNT) {
-        auto const first = block(src + done);
-        auto const second = block(src + done + COUNT);
-        auto const third = block(src + done + 2 * COUNT);
-        auto const fourth = block(src + done + 3 * COUNT);
+        const auto first = block(src + done);
+        const auto second = block(src + done + COUNT);
+        const auto third = block(src + done + 2 * COUNT);
+        const auto fourth = block(src + done + 3 * COUNT);
         Isa::store(dst + done, first);
         Isa::store(dst + done + COUNT, second);
         Isa::store(dst + done + 2 * COUNT, third);
@@ -175,11 +175,11 @@ template <typename Isa, typename Operation>
 }
 
 template <typename Isa, typename Operation>
-void convertAll(Operation const& operation, std::size_t n, typename Operation::Source const* src,
+void convertAll(const Operation& operation, std::size_t n, const typename Operation::Source* src,
                 typename Operation::Result* dst) {
     using Result = typename Operation::Result;
-    Block<Isa, Operation> const block(operation);
-    std::size_t const misalignment = bytesToAlignment(dst, LINE);
+    const Block<Isa, Operation> block(operation);
+    const std::size_t misalignment = bytesToAlignment(dst, LINE);
     std::size_t done = 0;
     if (n >= ALIGNING_BYTES / sizeof(Result) && misalignment % sizeof(Result) == 0) {
         done = misalignment / sizeof(Result);
@@ -193,19 +193,19 @@ void convertAll(Operation const& operation, std::size_t n, typename Operation::S
 }
 
 template <typename Isa, typename Operation>
-void convert(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst) {
+void convert(std::size_t n, const typename Operation::Source* src, typename Operation::Result* dst) {
     convertAll<Isa>(Operation{}, n, src, dst);
 }
 
 template <typename Isa, typename Operation, typename Multiplier>
-void convertScaled(std::size_t n, typename Operation::Source const* src, typename Operation::Result* dst,
+void convertScaled(std::size_t n, const typename Operation::Source* src, typename Operation::Result* dst,
                    Multiplier multiplier) {
     convertAll<Isa>(Operation{multiplier}, n, src, dst);
 }
 
 /// The pattern as it continues `offset` bytes further on, on a little-endian processor.
 inline std::uint64_t continued(std::uint64_t pattern, std::size_t offset) {
-    unsigned int const bits = offset % sizeof pattern * 8;
+    const unsigned int bits = offset % sizeof pattern * 8;
     return bits == 0 ? pattern : pattern >> bits | pattern << (64 - bits);
 }
 
@@ -217,10 +217,10 @@ void fill(std::size_t size, void* dst, std::uint64_t pattern) {
         return;
     }
     // The first and the last vector need no alignment and overlap the aligned ones between them.
-    auto const start = Isa::broadcast(pattern);
+    const auto start = Isa::broadcast(pattern);
     Isa::store(bytes, start);
     std::size_t done = bytesToAlignment(bytes, Isa::WIDTH);
-    auto const middle = Isa::broadcast(continued(pattern, done));
+    const auto middle = Isa::broadcast(continued(pattern, done));
     if (size >= STREAMING_BYTES) {
         for (; size - done >= 4 * Isa::WIDTH; done += 4 * Isa::WIDTH) {
             Isa::stream(bytes + done, middle);
@@ -243,7 +243,7 @@ void fill(std::size_t size, void* dst, std::uint64_t pattern) {
 }
 
 template <typename Isa>
-bool equal(std::size_t size, unsigned char const* a, unsigned char const* b) {
+bool equal(std::size_t size, const unsigned char* a, const unsigned char* b) {
     if (size < Isa::WIDTH) {
         return equalEach(size, a, b);
     }

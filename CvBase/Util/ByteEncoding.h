@@ -26,7 +26,7 @@ template <typename T>
 using StoredBits = UnsignedOfWidth<STORED_WIDTH<T>>;
 
 template <typename T>
-inline StoredBits<T> bitsOf(T const& value) {
+inline StoredBits<T> bitsOf(const T& value) {
     if constexpr (std::is_floating_point_v<T>) {
         StoredBits<T> bits;
         std::memcpy(&bits, &value, sizeof bits);
@@ -59,7 +59,7 @@ inline void storeBytes(Bits bits, unsigned char* dest, bool bigEndian, std::inde
 }
 
 template <typename Bits, std::size_t... i>
-inline Bits loadBytes(unsigned char const* src, bool bigEndian, std::index_sequence<i...>) {
+inline Bits loadBytes(const unsigned char* src, bool bigEndian, std::index_sequence<i...>) {
     if (bigEndian) {
         return static_cast<Bits>((... | (static_cast<Bits>(src[sizeof...(i) - 1 - i]) << (8 * i))));
     }
@@ -74,7 +74,7 @@ inline void store(Bits bits, unsigned char* dest, bool bigEndian) {
 
 /// The number whose bytes are at `src`.
 template <typename Bits>
-inline Bits load(unsigned char const* src, bool bigEndian) {
+inline Bits load(const unsigned char* src, bool bigEndian) {
     return loadBytes<Bits>(src, bigEndian, std::make_index_sequence<sizeof(Bits)>());
 }
 

@@ -19,16 +19,16 @@ constexpr unsigned int MAX_TEXT_LENGTH = 200000;
 /// The lines by which readers of logs know the failures. They stay as they are when the code moves.
 enum FailureLine { TEXT_LENGTH_LINE = 74, TEXT_LINE = 81, VECTOR_LINE = 104, READ_LINE = 123, EXTRACT_LINE = 141 };
 
-[[noreturn]] void fail(String const& message, std::size_t count, int line) {
+[[noreturn]] void fail(const String& message, std::size_t count, int line) {
     ::Exception::Throw(DataStreamIO(message.Arg(static_cast<unsigned long long>(count))), "Util/ByteStream", line);
 }
 
 /// The most bytes that a stream can hold: its positions have 32 bits.
-std::uint64_t maxSize(std::vector<unsigned char> const& buffer) {
+std::uint64_t maxSize(const std::vector<unsigned char>& buffer) {
     return std::min<std::uint64_t>(buffer.max_size(), std::numeric_limits<unsigned int>::max());
 }
 
-std::vector<unsigned char> const& checkedForSize(std::vector<unsigned char> const& bytes) {
+const std::vector<unsigned char>& checkedForSize(const std::vector<unsigned char>& bytes) {
     if (bytes.size() > maxSize(bytes)) {
         throw std::bad_alloc();
     }
@@ -41,13 +41,13 @@ ByteStream::ByteStream(unsigned int reserve) {
     makeRoom(reserve);
 }
 
-ByteStream::ByteStream(unsigned int size, unsigned char const* data) : ByteStream(size) {
+ByteStream::ByteStream(unsigned int size, const unsigned char* data) : ByteStream(size) {
     if (size != 0) {
         buffer_.assign(data, data + size);
     }
 }
 
-ByteStream::ByteStream(std::vector<unsigned char> const& bytes) : buffer_(checkedForSize(bytes)) {}
+ByteStream::ByteStream(const std::vector<unsigned char>& bytes) : buffer_(checkedForSize(bytes)) {}
 
 ByteStream::~ByteStream() = default;
 
@@ -65,7 +65,7 @@ DataStream& ByteStream::operator>>(bool& value) {
 
 DataStream& ByteStream::operator>>(String& text) {
     // Shared, it takes no memory; never destroyed, it serves streams that outlive it.
-    static String const& none = *new String();
+    static const String& none = *new String();
     try {
         unsigned int length = 0;
         *this >> length;
@@ -79,7 +79,7 @@ DataStream& ByteStream::operator>>(String& text) {
         if (!has(length)) {
             fail("Can't read string of length %1", length, TEXT_LINE);
         }
-        text.Assign(reinterpret_cast<char const*>(buffer_.data() + position_), length);
+        text.Assign(reinterpret_cast<const char*>(buffer_.data() + position_), length);
         position_ += length;
     } catch (...) {
         text = none;
@@ -97,23 +97,23 @@ void ByteStream::Read(unsigned int count, unsigned char* dest) {
     take(count, dest, READ_LINE);
 }
 
-DataStream& ByteStream::operator<<(String const& text) {
-    unsigned int const length = text.Length();
+DataStream& ByteStream::operator<<(const String& text) {
+    const unsigned int length = text.Length();
     // With room for both, no length is left behind without its text.
     makeRoom((writeStringLength_ ? sizeof length : 0) + std::uint64_t{length});
     if (writeStringLength_) {
         *this << length;
     }
-    write(length, reinterpret_cast<unsigned char const*>(text.CStr()));
+    write(length, reinterpret_cast<const unsigned char*>(text.CStr()));
     return *this;
 }
 
-DataStream& ByteStream::operator<<(std::vector<unsigned char> const& bytes) {
+DataStream& ByteStream::operator<<(const std::vector<unsigned char>& bytes) {
     write(bytes.size(), bytes.data());
     return *this;
 }
 
-void ByteStream::Write(unsigned int count, unsigned char const* src) {
+void ByteStream::Write(unsigned int count, const unsigned char* src) {
     write(count, src);
 }
 
@@ -133,17 +133,17 @@ void ByteStream::take(std::size_t count, unsigned char* dest, int failureLine) {
 }
 
 void ByteStream::makeRoom(std::uint64_t count) {
-    std::uint64_t const limit = maxSize(buffer_);
+    const std::uint64_t limit = maxSize(buffer_);
     if (count > limit || position_ > limit - count) {
         throw std::bad_alloc();
     }
-    std::uint64_t const end = position_ + count;
+    const std::uint64_t end = position_ + count;
     if (end > buffer_.capacity()) {
         buffer_.reserve(static_cast<std::size_t>(std::max(end, std::min(limit, 2 * std::uint64_t{buffer_.size()}))));
     }
 }
 
-void ByteStream::write(std::size_t count, unsigned char const* src) {
+void ByteStream::write(std::size_t count, const unsigned char* src) {
     if (count == 0) {
         return;
     }
@@ -152,14 +152,14 @@ void ByteStream::write(std::size_t count, unsigned char const* src) {
         buffer_.resize(position_);
     }
     // The part behind the end is appended as it is: zero bytes to write over would cost as much again.
-    std::size_t const inside = std::min(count, buffer_.size() - position_);
+    const std::size_t inside = std::min(count, buffer_.size() - position_);
     IPP::Copy(static_cast<unsigned int>(inside), src, buffer_.data() + position_);
     buffer_.insert(buffer_.end(), src + inside, src + count);
     position_ += static_cast<unsigned int>(count);
 }
 
 void ByteStream::failToExtract(std::size_t width) const {
-    String const message = String("Can't extract %1 bytes at position %2, total size %3")
+    const String message = String("Can't extract %1 bytes at position %2, total size %3")
                                .Arg(static_cast<unsigned int>(width))
                                .Arg(position_)
                                .Arg(GetSize());

@@ -20,9 +20,9 @@ public:
     explicit ByteStream(unsigned int reserve);
 
     /// A copy of the `size` bytes at `data`, which is not read when `size` is 0.
-    ByteStream(unsigned int size, unsigned char const* data);
+    ByteStream(unsigned int size, const unsigned char* data);
 
-    explicit ByteStream(std::vector<unsigned char> const& bytes);
+    explicit ByteStream(const std::vector<unsigned char>& bytes);
 
     ~ByteStream() override;
 
@@ -84,10 +84,10 @@ public:
     DataStream& operator<<(unsigned long value) override { return put(Detail::bitsOf(value)); }
     DataStream& operator<<(float value) override { return put(Detail::bitsOf(value)); }
     DataStream& operator<<(double value) override { return put(Detail::bitsOf(value)); }
-    DataStream& operator<<(String const& text) override;
-    DataStream& operator<<(std::vector<unsigned char> const& bytes) override;
+    DataStream& operator<<(const String& text) override;
+    DataStream& operator<<(const std::vector<unsigned char>& bytes) override;
 
-    void Write(unsigned int count, unsigned char const* src) override;
+    void Write(unsigned int count, const unsigned char* src) override;
 
     bool AtEnd() const override { return position_ >= buffer_.size(); }
     unsigned int GetPosition() const override { return position_; }
@@ -122,7 +122,7 @@ private:
     /// Whether the position is where the vector ends. The position may be anywhere: addresses as numbers cannot
     /// overflow, and comparing them takes a step less than comparing sizes.
     bool isAtVectorEnd() const {
-        auto const start = reinterpret_cast<std::uintptr_t>(buffer_.data());
+        const auto start = reinterpret_cast<std::uintptr_t>(buffer_.data());
         return start + position_ == reinterpret_cast<std::uintptr_t>(buffer_.data() + buffer_.size());
     }
 
@@ -141,7 +141,7 @@ private:
     /// Reads `count` bytes, or throws as from `failureLine`.
     void take(std::size_t count, unsigned char* dest, int failureLine);
 
-    [[gnu::noinline]] void write(std::size_t count, unsigned char const* src);
+    [[gnu::noinline]] void write(std::size_t count, const unsigned char* src);
 
     std::vector<unsigned char> buffer_;
     unsigned int position_ = 0;
@@ -162,7 +162,7 @@ inline DataStream& ByteStream::extract(T& value) {
 
 template <typename Bits>
 DataStream& ByteStream::put(Bits bits) {
-    unsigned int const position = position_;
+    const unsigned int position = position_;
     if (__builtin_expect(isAtVectorEnd() && spare() >= sizeof bits, 1)) {
         unsigned char bytes[sizeof bits];
         Detail::store(bits, bytes, isBigEndian());

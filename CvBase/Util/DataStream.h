@@ -109,17 +109,17 @@ public:
     virtual DataStream& operator<<(double value) = 0;
 
     /// All bytes of the text, embedded NULs too; without its length in front when IsWriteStringLength() is false.
-    virtual DataStream& operator<<(String const& text) = 0;
+    virtual DataStream& operator<<(const String& text) = 0;
 
-    virtual DataStream& operator<<(std::vector<unsigned char> const& bytes) = 0;
+    virtual DataStream& operator<<(const std::vector<unsigned char>& bytes) = 0;
 
     /// A pointer, such as "text", would be written as a bool. Write String("text").
     template <typename T>
-    DataStream& operator<<(T const* pointer) = delete;
+    DataStream& operator<<(const T* pointer) = delete;
     /// @}
 
     /// Writes the `count` bytes at `src`, which may be null when `count` is 0.
-    virtual void Write(unsigned int count, unsigned char const* src) = 0;
+    virtual void Write(unsigned int count, const unsigned char* src) = 0;
 
     /// Whether no byte is left at the position.
     virtual bool AtEnd() const = 0;

@@ -40,7 +40,7 @@ public:
 
     /// Gives up this handle's share and takes one of the object that `count` counts. Nothing happens when this handle
     /// has that count already, so that a handle can be assigned to itself.
-    void share(T* pointer, unsigned int volatile* count) noexcept {
+    void share(T* pointer, volatile unsigned int* count) noexcept {
         if (count == count_) {
             return;
         }
@@ -56,8 +56,8 @@ public:
         if (count_ == nullptr) {
             return;
         }
-        bool const last = isOnlyHolder() || Atomic::AtomicDecrement(*count_) == 0;
-        unsigned int volatile* const count = std::exchange(count_, nullptr);
+        const bool last = isOnlyHolder() || Atomic::AtomicDecrement(*count_) == 0;
+        volatile unsigned int* const count = std::exchange(count_, nullptr);
         if (last) {
             checked_delete(pointer_);
             delete count;
@@ -86,7 +86,7 @@ public:
     T& operator*() const { return *pointer_; }
 
     /// The word that the object's handles share.
-    unsigned int volatile* count() const { return count_; }
+    volatile unsigned int* count() const { return count_; }
 
     /// How many handles share the object now; other threads may change that at any time.
     unsigned int use_count() const { return Atomic::AtomicRead(*count_); }
@@ -97,15 +97,15 @@ private:
     bool isOnlyHolder() const { return Atomic::AtomicReadAcquire(*count_) == 1; }
 
     /// A new count of 1; deletes `object` when memory runs out.
-    static unsigned int volatile* newCount(T* object) {
+    static volatile unsigned int* newCount(T* object) {
         std::unique_ptr<T> guard(object);
-        unsigned int volatile* const count = new unsigned int volatile(1);
+        volatile unsigned int* const count = new volatile unsigned int(1);
         static_cast<void>(guard.release());
         return count;
     }
 
     T* pointer_;
-    unsigned int volatile* count_;
+    volatile unsigned int* count_;
 };
 
 /// Shared ownership of an array made with new[]. As shared_ptr, but the count is a plain integer: all handles of an
@@ -131,7 +131,7 @@ public:
     ~shared_array() { dispose(); }
 
     /// As shared_ptr::share.
-    void share(T* pointer, unsigned int volatile* count) noexcept {
+    void share(T* pointer, volatile unsigned int* count) noexcept {
         if (count == count_) {
             return;
         }
@@ -146,7 +146,7 @@ public:
         if (count_ == nullptr) {
             return;
         }
-        unsigned int volatile* const count = std::exchange(count_, nullptr);
+        volatile unsigned int* const count = std::exchange(count_, nullptr);
         *count = *count - 1;
         if (*count == 0) {
             delete[] pointer_;
@@ -158,20 +158,20 @@ public:
     T& operator[](std::size_t index) const { return pointer_[index]; }
 
     /// The word that the array's handles share.
-    unsigned int volatile* count() const { return count_; }
+    volatile unsigned int* count() const { return count_; }
 
     /// How many handles share the array.
     unsigned int use_count() const { return *count_; }
 
 private:
     /// A new count of 1; deletes `array` when memory runs out.
-    static unsigned int volatile* newCount(T* array) {
+    static volatile unsigned int* newCount(T* array) {
         std::unique_ptr<T[]> guard(array);
-        unsigned int volatile* const count = new unsigned int volatile(1);
+        volatile unsigned int* const count = new volatile unsigned int(1);
         static_cast<void>(guard.release());
         return count;
     }
 
     T* pointer_;
-    unsigned int volatile* count_;
+    volatile unsigned int* count_;
 };

@@ -17,31 +17,31 @@ String::String(std::nullptr_t) {}
 namespace {
 
 /// A text with the bytes of `s` up to its NUL; null when `s` is null.
-std::string* newText(char const* s) {
+std::string* newText(const char* s) {
     return s != nullptr ? new std::string(s) : nullptr;
 }
 
 /// The same of at most `maxLength` bytes.
-std::string* newText(char const* s, unsigned int maxLength) {
+std::string* newText(const char* s, unsigned int maxLength) {
     return s != nullptr ? new std::string(s, strnlen(s, maxLength)) : nullptr;
 }
 
 }  // namespace
 
-String::String(char const* s) : text_(newText(s)) {}
+String::String(const char* s) : text_(newText(s)) {}
 
-String::String(char const* s, unsigned int maxLength) : text_(newText(s, maxLength)) {}
+String::String(const char* s, unsigned int maxLength) : text_(newText(s, maxLength)) {}
 
 String::String(char c) : text_(new std::string(1, c)) {}
 
-String::String(Char const& c) : String(static_cast<char>(c)) {}
+String::String(const Char& c) : String(static_cast<char>(c)) {}
 
-String& String::operator=(char const* s) {
+String& String::operator=(const char* s) {
     text_.replace(newText(s));
     return *this;
 }
 
-String& String::Assign(char const* s, unsigned int maxLength) {
+String& String::Assign(const char* s, unsigned int maxLength) {
     text_.replace(newText(s, maxLength));
     return *this;
 }
@@ -50,7 +50,7 @@ String String::GetPlatformLinefeed() {
     return String('\n');
 }
 
-String& String::operator+=(String const& rhs) {
+String& String::operator+=(const String& rhs) {
     if (rhs.IsEmpty()) {
         return *this;
     }
@@ -101,13 +101,13 @@ void String::detachAndExtend(unsigned int index) {
     install(std::move(detached));
 }
 
-String operator+(String const& a, String const& b) {
+String operator+(const String& a, const String& b) {
     String joined(a);
     joined += b;
     return joined;
 }
 
-String operator+(String const& a, char const* b) {
+String operator+(const String& a, const char* b) {
     return a + String(b);
 }
 

@@ -35,28 +35,28 @@ public:
     String(std::nullptr_t);
 
     /// The bytes of `s` up to its NUL, whatever they are; null when `s` is null.
-    String(char const* s);
+    String(const char* s);
 
     /// The first bytes of `s` up to its NUL, at most `maxLength` of them, beyond which nothing is read; null when `s`
     /// is null.
-    String(char const* s, unsigned int maxLength);
+    String(const char* s, unsigned int maxLength);
 
     /// The one byte, NUL too. An int converts to char silently: String(65) is "A".
     String(char c);
-    String(Char const& c);
+    String(const Char& c);
 
     /// NUL-terminated UTF-16, converted to UTF-8, or to Mac OS Roman when `encoding` is 2. Null when `utf16` is null,
     /// has 100000 units or more, has an unpaired surrogate, or has a character that the encoding lacks.
-    String(unsigned short const* utf16, unsigned int encoding = 1);
+    String(const unsigned short* utf16, unsigned int encoding = 1);
 
     /// NUL-terminated UTF-32, converted to UTF-8; `s` must not be null. Null when there are 100000 units or more, one
     /// of them is no character, or the text needs more than three bytes a unit: characters beyond U+FFFF need four, and
     /// fit where ASCII characters make up for them.
-    String(wchar_t const* s);
+    String(const wchar_t* s);
 
     /// Shares the text.
-    String(String const& other) noexcept = default;
-    String& operator=(String const& other) noexcept = default;
+    String(const String& other) noexcept = default;
+    String& operator=(const String& other) noexcept = default;
 
     /// Exchanges the texts, which spares the counting when elements of a vector are moved about. There is no move
     /// construction: it would leave a String without a count.
@@ -68,10 +68,10 @@ public:
     ~String() = default;
 
     /// As `*this = String(s)`: a null `s` makes this null.
-    String& operator=(char const* s);
+    String& operator=(const char* s);
 
     /// As `*this = String(s, maxLength)`, without the memory and the time that another String takes.
-    String& Assign(char const* s, unsigned int maxLength);
+    String& Assign(const char* s, unsigned int maxLength);
 
     /// @}
     /// @name The text
@@ -81,7 +81,7 @@ public:
     unsigned int Length() const { return IsNull() ? 0 : static_cast<unsigned int>(text_->size()); }
 
     /// The bytes with a NUL behind them; "" when null. Good while a String with this text exists and is not changed.
-    char const* CStr() const { return IsNull() ? "" : text_->c_str(); }
+    const char* CStr() const { return IsNull() ? "" : text_->c_str(); }
 
     /// Whether the length is 0.
     bool IsEmpty() const { return Length() == 0; }
@@ -93,7 +93,7 @@ public:
     unsigned int UseCount() const { return text_.use_count(); }
 
     /// Whether the two hold one text between them, as copies do, and not merely equal ones.
-    bool SharesTextWith(String const& other) const { return text_.count() == other.text_.count(); }
+    bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
 
     /// The view as NUL-terminated UTF-16, read as UTF-8, or as Mac OS Roman when `encoding` is 2. A null array when the
     /// bytes are not valid in the encoding or give more than 100000 units; one unit, 0, for an empty view. The array
@@ -109,7 +109,7 @@ public:
 
     /// Appends all bytes of `rhs`. When this is null or empty it shares the text of `rhs`; when `rhs` is, nothing
     /// happens.
-    String& operator+=(String const& rhs);
+    String& operator+=(const String& rhs);
     String& operator+=(char c);
 
     /// Cuts the text to `length` bytes or pads it with NUL bytes; a null String becomes non-null. With `keepUtf8Whole`,
@@ -128,17 +128,17 @@ public:
     checked_value<unsigned int> Find(char c, unsigned int start = 0, bool caseSensitive = true) const;
 
     /// The last position not behind `start` that holds `c`; without a value, `start` is the last byte.
-    checked_value<unsigned int> FindRev(char c, checked_value<unsigned int> const& start = {},
+    checked_value<unsigned int> FindRev(char c, const checked_value<unsigned int>& start = {},
                                         bool caseSensitive = true) const;
 
     /// Where `needle` first begins at or after `start`, before the next NUL byte; an empty one is found at `start`.
     /// Without `caseSensitive`, only the view is searched and a null `needle` is an empty one; with it, `needle` must
     /// not be null.
-    checked_value<unsigned int> Find(char const* needle, unsigned int start = 0, bool caseSensitive = true) const;
+    checked_value<unsigned int> Find(const char* needle, unsigned int start = 0, bool caseSensitive = true) const;
 
     /// Whether the first, or the last, bytes are those of the argument, compared as ==. True for an empty one.
-    bool BeginsWith(String const& prefix, bool caseSensitive = true) const;
-    bool EndsWith(String const& suffix, bool caseSensitive = true) const;
+    bool BeginsWith(const String& prefix, bool caseSensitive = true) const;
+    bool EndsWith(const String& suffix, bool caseSensitive = true) const;
 
     /// @}
     /// @name Pieces
@@ -150,18 +150,18 @@ public:
 
     /// The bytes from `pos`, `count` of them or as many as there are; without a value, all. Null when `pos` is at or
     /// behind the end.
-    String Mid(unsigned int pos, checked_value<unsigned int> const& count = {}) const;
+    String Mid(unsigned int pos, const checked_value<unsigned int>& count = {}) const;
 
     /// @}
     /// @name Editing
     /// @{
 
     /// Puts `s` in front of byte `pos`, or at the end when `pos` is behind it.
-    String& Insert(unsigned int pos, String const& s);
+    String& Insert(unsigned int pos, const String& s);
 
     /// Takes out `count` bytes at `pos`, or, without a value, all from there on. Nothing happens when `pos` is at or
     /// behind the end or `count` is 0. `pos + count` wraps at 32 bits: "abcde".Remove(2, 0xFFFFFFFF) gives "abbcde".
-    String& Remove(unsigned int pos, checked_value<unsigned int> const& count = {});
+    String& Remove(unsigned int pos, const checked_value<unsigned int>& count = {});
 
     /// The view with its ASCII letters in the other case; null when the text begins with a NUL byte. A null or an empty
     /// String is shared by ToUpper and made anew by ToLower.
@@ -182,15 +182,15 @@ public:
 
     /// The parts with `separator` between them. Null when there is nothing to join; shares the text of the one piece
     /// when all others are empty.
-    static String Join(String const& separator, std::vector<String> const& parts);
+    static String Join(const String& separator, const std::vector<String>& parts);
 
     /// Every `from` replaced by `to`, from left to right; null when nothing is left. Shares the text when `from` is
     /// null or empty. Behind the first NUL byte of `from`, anything matches that a C string's comparison does not see.
-    String Replace(String const& from, String const& to) const;
+    String Replace(const String& from, const String& to) const;
 
     /// Every byte `from` replaced by `to`; never null. What is behind the first NUL byte is dropped, but a `from` there
     /// brings its position back, with NUL bytes between.
-    String ReplaceChar(Char const& from, Char const& to) const;
+    String ReplaceChar(const Char& from, const Char& to) const;
 
     /// @}
     /// @name Numbers as text
@@ -201,24 +201,24 @@ public:
     /// `value` in `base`, 2 to 36 with upper-case letters, 10 for any other; a sign, then at least `width` digits with
     /// zeros in front. The least value, -2147483648, pads its last digit on its own: with a width of 3 in base 10 it is
     /// "-214748364008".
-    static String Number(int value, unsigned int base = 10, checked_value<unsigned int> const& width = {});
-    static String Number(long value, unsigned int base = 10, checked_value<unsigned int> const& width = {});
-    static String Number(unsigned int value, unsigned int base = 10, checked_value<unsigned int> const& width = {});
-    static String Number(unsigned long value, unsigned int base = 10, checked_value<unsigned int> const& width = {});
+    static String Number(int value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
+    static String Number(long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
+    static String Number(unsigned int value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
+    static String Number(unsigned long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
 
     /// `value` as upper-case hexadecimal when `base` is 16, as decimal for any other; at least `width` digits with
     /// zeros in front. A negative value is its two's complement in hexadecimal, with a "-" before it when there is a
     /// width.
-    static String Number(long long value, unsigned int base = 10, checked_value<unsigned int> const& width = {});
+    static String Number(long long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
     static String Number(unsigned long long value, unsigned int base = 10,
-                         checked_value<unsigned int> const& width = {});
+                         const checked_value<unsigned int>& width = {});
 
     /// `value` as printf gives it with `precision`, at most 99, and the conversion letter `format`, one of f F e E g G
     /// ('f' without a value and for any other), with the user's decimal separator.
     static String Number(double value, unsigned int precision = NO_PRECISION,
-                         checked_value<unsigned int> const& format = {});
+                         const checked_value<unsigned int>& format = {});
     static String Number(float value, unsigned int precision = NO_PRECISION,
-                         checked_value<unsigned int> const& format = {});
+                         const checked_value<unsigned int>& format = {});
 
     /// @}
     /// @name Filling a template
@@ -227,22 +227,22 @@ public:
     /// The template with the lowest-numbered placeholder, %0 to %9, replaced by `value`: the first one of that number,
     /// no other. Without a placeholder, `value` is appended. "%%" is no escape, and "%10" is "%1" and a '0'. A
     /// placeholder in `value` is one for the next call.
-    String Arg(String const& value) const;
-    String Arg(char const* s) const;
+    String Arg(const String& value) const;
+    String Arg(const char* s) const;
     String Arg(char c) const;
-    String Arg(Char const& c) const;
+    String Arg(const Char& c) const;
 
     /// Arg with the number as Number renders it; short and unsigned short as int.
-    String Arg(int v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(long v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(short v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(unsigned short v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(unsigned int v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(unsigned long v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(long long v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(unsigned long long v, unsigned int base = 10, checked_value<unsigned int> const& width = {}) const;
-    String Arg(double v, unsigned int precision = NO_PRECISION, checked_value<unsigned int> const& format = {}) const;
-    String Arg(float v, unsigned int precision = NO_PRECISION, checked_value<unsigned int> const& format = {}) const;
+    String Arg(int v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(short v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(unsigned short v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(unsigned int v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(unsigned long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(long long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(unsigned long long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    String Arg(double v, unsigned int precision = NO_PRECISION, const checked_value<unsigned int>& format = {}) const;
+    String Arg(float v, unsigned int precision = NO_PRECISION, const checked_value<unsigned int>& format = {}) const;
 
     /// @}
     /// @name Reading numbers
@@ -286,65 +286,65 @@ private:
 };
 
 /// A copy of `a` with `b` appended, as by +=.
-String operator+(String const& a, String const& b);
-String operator+(String const& a, char const* b);
+String operator+(const String& a, const String& b);
+String operator+(const String& a, const char* b);
 
 /// The views compared byte by byte, as unsigned values; for UTF-8 that is the order of the code points. A null String,
 /// an empty one and "" are equal. A null pointer is neither equal to, less nor greater than anything, a null String
 /// included.
 /// @{
-inline bool operator==(String const& a, String const& b) {
+inline bool operator==(const String& a, const String& b) {
     return a.CStr() == b.CStr() || std::strcmp(a.CStr(), b.CStr()) == 0;
 }
-inline bool operator==(String const& a, char const* b) {
+inline bool operator==(const String& a, const char* b) {
     return b != nullptr && (a.CStr() == b || std::strcmp(a.CStr(), b) == 0);
 }
-inline bool operator<(String const& a, String const& b) {
+inline bool operator<(const String& a, const String& b) {
     return a.CStr() != b.CStr() && std::strcmp(a.CStr(), b.CStr()) < 0;
 }
-inline bool operator<(String const& a, char const* b) {
+inline bool operator<(const String& a, const char* b) {
     return b != nullptr && a.CStr() != b && std::strcmp(a.CStr(), b) < 0;
 }
-inline bool operator<=(String const& a, String const& b) {
+inline bool operator<=(const String& a, const String& b) {
     return a.CStr() == b.CStr() || std::strcmp(a.CStr(), b.CStr()) <= 0;
 }
-inline bool operator<=(String const& a, char const* b) {
+inline bool operator<=(const String& a, const char* b) {
     return b != nullptr && (a.CStr() == b || std::strcmp(a.CStr(), b) <= 0);
 }
-inline bool operator!=(String const& a, String const& b) {
+inline bool operator!=(const String& a, const String& b) {
     return !(a == b);
 }
-inline bool operator!=(String const& a, char const* b) {
+inline bool operator!=(const String& a, const char* b) {
     return !(a == b);
 }
-inline bool operator>(String const& a, String const& b) {
+inline bool operator>(const String& a, const String& b) {
     return b < a;
 }
-inline bool operator>(String const& a, char const* b) {
+inline bool operator>(const String& a, const char* b) {
     return b != nullptr && !(a <= b);
 }
-inline bool operator>=(String const& a, String const& b) {
+inline bool operator>=(const String& a, const String& b) {
     return b <= a;
 }
-inline bool operator>=(String const& a, char const* b) {
+inline bool operator>=(const String& a, const char* b) {
     return b != nullptr && !(a < b);
 }
-inline bool operator==(char const* a, String const& b) {
+inline bool operator==(const char* a, const String& b) {
     return b == a;
 }
-inline bool operator!=(char const* a, String const& b) {
+inline bool operator!=(const char* a, const String& b) {
     return b != a;
 }
-inline bool operator<(char const* a, String const& b) {
+inline bool operator<(const char* a, const String& b) {
     return b > a;
 }
-inline bool operator<=(char const* a, String const& b) {
+inline bool operator<=(const char* a, const String& b) {
     return b >= a;
 }
-inline bool operator>(char const* a, String const& b) {
+inline bool operator>(const char* a, const String& b) {
     return b < a;
 }
-inline bool operator>=(char const* a, String const& b) {
+inline bool operator>=(const char* a, const String& b) {
     return b <= a;
 }
 /// @}

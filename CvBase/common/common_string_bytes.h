@@ -8,7 +8,7 @@
 #include "CvBase/common/common_string.h"
 
 /// All bytes of the text, embedded NULs included; they live as long as the text.
-inline std::string_view bytesOf(String const& text) {
+inline std::string_view bytesOf(const String& text) {
     return {text.CStr(), text.Length()};
 }
 

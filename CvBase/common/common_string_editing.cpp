@@ -14,7 +14,7 @@ bool isWhiteSpace(char c) {
 
 /// The view with `fold` applied to each byte.
 template <typename Fold>
-std::string folded(String const& text, Fold fold) {
+std::string folded(const String& text, Fold fold) {
     std::string bytes(text.CStr());
     std::transform(bytes.begin(), bytes.end(), bytes.begin(), fold);
     return bytes;
@@ -22,11 +22,11 @@ std::string folded(String const& text, Fold fold) {
 
 }  // namespace
 
-String& String::Insert(unsigned int pos, String const& s) {
+String& String::Insert(unsigned int pos, const String& s) {
     return *this = Left(pos) + s + Mid(pos);
 }
 
-String& String::Remove(unsigned int pos, checked_value<unsigned int> const& count) {
+String& String::Remove(unsigned int pos, const checked_value<unsigned int>& count) {
     const unsigned int n = count.ValueOr(Length());
     if (pos >= Length() || n == 0) {
         return *this;
@@ -67,7 +67,7 @@ String String::SimplifyWhiteSpace() const {
     }
     std::string simplified;
     simplified.reserve(Length());
-    for (char const c : bytesOf(*this)) {
+    for (const char c : bytesOf(*this)) {
         if (!isWhiteSpace(c)) {
             simplified += c;
         } else if (!simplified.empty() && simplified.back() != ' ') {
@@ -102,7 +102,7 @@ void String::Split(char separator, std::vector<String>& out) const {
     }
 }
 
-String String::Join(String const& separator, std::vector<String> const& parts) {
+String String::Join(const String& separator, const std::vector<String>& parts) {
     const auto forEachPiece = [&](auto&& visit) {
         for (std::size_t i = 0; i < parts.size(); ++i) {
             if (i > 0 && !separator.IsEmpty()) {
@@ -116,7 +116,7 @@ String String::Join(String const& separator, std::vector<String> const& parts) {
     String first;
     std::size_t pieces = 0;
     std::size_t size = 0;
-    forEachPiece([&](String const& piece) {
+    forEachPiece([&](const String& piece) {
         if (pieces++ == 0) {
             first = piece;
         }
@@ -127,11 +127,11 @@ String String::Join(String const& separator, std::vector<String> const& parts) {
     }
     std::string joined;
     joined.reserve(size);
-    forEachPiece([&](String const& piece) { joined += bytesOf(piece); });
+    forEachPiece([&](const String& piece) { joined += bytesOf(piece); });
     return fromBytes(std::move(joined));
 }
 
-String String::Replace(String const& from, String const& to) const {
+String String::Replace(const String& from, const String& to) const {
     if (IsEmpty()) {
         return IsNull() ? String() : String("");
     }
@@ -144,11 +144,11 @@ String String::Replace(String const& from, String const& to) const {
     std::string replaced;
     std::size_t copied = 0;
     for (std::size_t i = 0; i < source.size() && i < lastStart;) {
-        void const* const hit = std::memchr(source.data() + i, from.CStr()[0], source.size() - i);
+        const void* const hit = std::memchr(source.data() + i, from.CStr()[0], source.size() - i);
         if (hit == nullptr) {
             break;
         }
-        i = static_cast<std::size_t>(static_cast<char const*>(hit) - source.data());
+        i = static_cast<std::size_t>(static_cast<const char*>(hit) - source.data());
         if (i < lastStart && viewOf(source.substr(i, from.Length())) == pattern) {
             replaced.append(source, copied, i - copied).append(bytesOf(to));
             i += from.Length();
@@ -161,7 +161,7 @@ String String::Replace(String const& from, String const& to) const {
     return replaced.empty() ? String() : fromBytes(std::move(replaced));
 }
 
-String String::ReplaceChar(Char const& from, Char const& to) const {
+String String::ReplaceChar(const Char& from, const Char& to) const {
     String replaced(CStr());
     const checked_value<unsigned int> last = FindRev(from);
     if (!last.IsSet()) {

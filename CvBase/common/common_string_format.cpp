@@ -17,7 +17,7 @@ using Width = checked_value<unsigned int>;
 constexpr unsigned int PLACEHOLDER_LENGTH = 2;  // '%' and a digit
 
 /// `digits` with zeros in front up to `width`.
-std::string padded(std::string_view digits, Width const& width) {
+std::string padded(std::string_view digits, const Width& width) {
     std::string text;
     if (width.Value() > digits.size()) {
         text.reserve(width.Value() + std::size_t{1});  // the caller may put a sign in front
@@ -30,7 +30,7 @@ unsigned int knownBase(unsigned int base) {
     return base >= 2 && base <= 36 ? base : 10;
 }
 
-std::string formatUnsigned(std::uint32_t value, unsigned int base, Width const& width) {
+std::string formatUnsigned(std::uint32_t value, unsigned int base, const Width& width) {
     static const char DIGITS[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
     base = knownBase(base);
     std::array<char, 32> digits;
@@ -42,7 +42,7 @@ std::string formatUnsigned(std::uint32_t value, unsigned int base, Width const& 
     return padded({digits.data() + first, digits.size() - first}, width);
 }
 
-std::string formatInteger(std::int32_t value, unsigned int base, Width const& width) {
+std::string formatInteger(std::int32_t value, unsigned int base, const Width& width) {
     if (value >= 0) {
         return formatUnsigned(static_cast<std::uint32_t>(value), base, width);
     }
@@ -56,14 +56,14 @@ std::string formatInteger(std::int32_t value, unsigned int base, Width const& wi
            formatUnsigned(magnitude % base, base, width);
 }
 
-std::string formatUnsigned64(unsigned long long value, unsigned int base, Width const& width) {
+std::string formatUnsigned64(unsigned long long value, unsigned int base, const Width& width) {
     std::array<char, 4096> digits;
     const int length = base == 16 ? std::snprintf(digits.data(), digits.size(), "%llX", value)
                                   : std::snprintf(digits.data(), digits.size(), "%llu", value);
     return padded({digits.data(), static_cast<std::size_t>(length)}, width);
 }
 
-std::string formatInteger64(long long value, unsigned int base, Width const& width) {
+std::string formatInteger64(long long value, unsigned int base, const Width& width) {
     const auto bits = static_cast<unsigned long long>(value);
     if (value >= 0) {
         return formatUnsigned64(bits, base, width);
@@ -73,7 +73,7 @@ std::string formatInteger64(long long value, unsigned int base, Width const& wid
     return base != 16 || width.IsSet() ? text.insert(0, 1, '-') : text;
 }
 
-String formatFloating(double value, unsigned int precision, checked_value<unsigned int> const& format) {
+String formatFloating(double value, unsigned int precision, const checked_value<unsigned int>& format) {
     const unsigned int wanted = format.Value();
     const bool isKnown = wanted != 0 && wanted < 0x80 && std::strchr("fFeEgG", static_cast<char>(wanted)) != nullptr;
     const char conversion[] = {'%', '.', '*', isKnown ? static_cast<char>(wanted) : 'f', '\0'};
@@ -87,7 +87,7 @@ String formatFloating(double value, unsigned int precision, checked_value<unsign
 }
 
 /// The text with the user's decimal separator in place of `separator`, unless they are the same.
-String withUsersDecimalPoint(String const& text, char separator) {
+String withUsersDecimalPoint(const String& text, char separator) {
     return g_chDecimalPoint == separator ? text : text.StripWhiteSpace().ReplaceChar(separator, g_chDecimalPoint);
 }
 
@@ -105,40 +105,40 @@ checked_value<unsigned int> findPlaceholder(std::string_view text) {
 
 }  // namespace
 
-String String::Number(int value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(int value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatInteger(value, base, width));
 }
 
-String String::Number(long value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(long value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatInteger(static_cast<std::int32_t>(value), base, width));
 }
 
-String String::Number(unsigned int value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(unsigned int value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatUnsigned(value, base, width));
 }
 
-String String::Number(unsigned long value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(unsigned long value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatUnsigned(static_cast<std::uint32_t>(value), base, width));
 }
 
-String String::Number(long long value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(long long value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatInteger64(value, base, width));
 }
 
-String String::Number(unsigned long long value, unsigned int base, checked_value<unsigned int> const& width) {
+String String::Number(unsigned long long value, unsigned int base, const checked_value<unsigned int>& width) {
     return fromBytes(formatUnsigned64(value, base, width));
 }
 
-String String::Number(double value, unsigned int precision, checked_value<unsigned int> const& format) {
+String String::Number(double value, unsigned int precision, const checked_value<unsigned int>& format) {
     // Whichever separator the C library has put in, the user's is what remains.
     return withUsersDecimalPoint(withUsersDecimalPoint(formatFloating(value, precision, format), '.'), ',');
 }
 
-String String::Number(float value, unsigned int precision, checked_value<unsigned int> const& format) {
+String String::Number(float value, unsigned int precision, const checked_value<unsigned int>& format) {
     return Number(double{value}, precision, format);
 }
 
-String String::Arg(String const& value) const {
+String String::Arg(const String& value) const {
     const checked_value<unsigned int> placeholder = findPlaceholder(bytesOf(*this));
     if (!placeholder.IsSet()) {
         return *this + value;
@@ -155,7 +155,7 @@ String String::Arg(String const& value) const {
     return fromBytes(std::move(filled));
 }
 
-String String::Arg(char const* s) const {
+String String::Arg(const char* s) const {
     return Arg(String(s));
 }
 
@@ -163,46 +163,46 @@ String String::Arg(char c) const {
     return Arg(String(c));
 }
 
-String String::Arg(Char const& c) const {
+String String::Arg(const Char& c) const {
     return Arg(String(c));
 }
 
-String String::Arg(int v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(int v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(long v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(long v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(short v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(short v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(int{v}, base, width));
 }
 
-String String::Arg(unsigned short v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(unsigned short v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(int{v}, base, width));
 }
 
-String String::Arg(unsigned int v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(unsigned int v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(unsigned long v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(unsigned long v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(long long v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(long long v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(unsigned long long v, unsigned int base, checked_value<unsigned int> const& width) const {
+String String::Arg(unsigned long long v, unsigned int base, const checked_value<unsigned int>& width) const {
     return Arg(Number(v, base, width));
 }
 
-String String::Arg(double v, unsigned int precision, checked_value<unsigned int> const& format) const {
+String String::Arg(double v, unsigned int precision, const checked_value<unsigned int>& format) const {
     return Arg(Number(v, precision, format));
 }
 
-String String::Arg(float v, unsigned int precision, checked_value<unsigned int> const& format) const {
+String String::Arg(float v, unsigned int precision, const checked_value<unsigned int>& format) const {
     return Arg(Number(v, precision, format));
 }

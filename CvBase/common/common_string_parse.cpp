@@ -21,7 +21,7 @@ constexpr unsigned int LONGEST_PLAIN = 100000;  // bytes, of which no more units
 /// The first byte of the decimal separator that strtod reads now; unset when the C library has none. It is the text
 /// that localeconv() has too, which may not be called on two threads at once.
 checked_value<char> systemDecimalPoint() {
-    char const* const text = nl_langinfo(RADIXCHAR);
+    const char* const text = nl_langinfo(RADIXCHAR);
     return text != nullptr && *text != '\0' ? checked_value<char>(*text) : checked_value<char>();
 }
 
@@ -35,7 +35,7 @@ bool isAscii(char c) {
 }
 
 /// The text with `to` in place of `from`, unless they are the same.
-String withSeparator(String const& text, char from, char to) {
+String withSeparator(const String& text, char from, char to) {
     return from == to ? text : text.StripWhiteSpace().ReplaceChar(from, to);
 }
 
@@ -61,14 +61,14 @@ unsigned short narrowed(unsigned short unit, char decimalPoint) {
 
 /// The text as strtod expects it: the system's decimal point for every separator, ASCII for full-width characters, no
 /// white space at the ends. Empty when it has bytes beyond ASCII and is not UTF-8.
-String normalizeNumberString(String const& text) {
+String normalizeNumberString(const String& text) {
     if (text.IsEmpty()) {
         return text;
     }
     String normalized(text);
     const checked_value<char> decimalPoint = systemDecimalPoint();
     if (decimalPoint.IsSet()) {
-        for (char const separator : {'.', ',', g_chDecimalPoint}) {
+        for (const char separator : {'.', ',', g_chDecimalPoint}) {
             normalized = withSeparator(normalized, separator, decimalPoint.Value());
         }
     }
@@ -97,7 +97,7 @@ int digitValue(char c, unsigned int base) {
         return -1;
     }
     const int letters = static_cast<int>(std::min(base - 10, 0x80U));
-    for (char const first : {'A', 'a'}) {
+    for (const char first : {'A', 'a'}) {
         if (byte >= first && byte < first + letters) {
             return byte - first + 10;
         }
@@ -111,17 +111,17 @@ struct Scanned {
     T magnitude = 0;
     bool isNegative = false;
     bool isNumber = false;      ///< there are digits, and T is large enough
-    char const* end = nullptr;  ///< behind the last digit
+    const char* end = nullptr;  ///< behind the last digit
 };
 
 /// Scans a number at `p`, before the NUL that ends the text. Part of its callers, so that base 10 has a loop of its
 /// own.
 template <typename T>
-[[gnu::always_inline]] inline Scanned<T> scanInteger(char const* p, unsigned int base, bool takesMinus) {
+[[gnu::always_inline]] inline Scanned<T> scanInteger(const char* p, unsigned int base, bool takesMinus) {
     Scanned<T> number;
     number.isNegative = takesMinus && *p == '-';
     p += static_cast<int>(number.isNegative) | static_cast<int>(*p == '+');  // no branch: signs are hard to foresee
-    char const* const firstDigit = p;
+    const char* const firstDigit = p;
     for (int digit; (digit = digitValue(*p, base)) >= 0; ++p) {
         if (__builtin_mul_overflow(number.magnitude, base, &number.magnitude) ||
             __builtin_add_overflow(number.magnitude, digit, &number.magnitude)) {
@@ -135,10 +135,10 @@ template <typename T>
 
 /// Scans a whole text, normalised, that is a number with white space at its ends.
 template <typename T>
-[[gnu::noinline]] Scanned<T> scanNormalized(String const& text, unsigned int base, bool takesMinus) {
+[[gnu::noinline]] Scanned<T> scanNormalized(const String& text, unsigned int base, bool takesMinus) {
     const auto isWhiteSpace = [](char c) { return Char(c).IsWhiteSpace(); };
     const String normalized = normalizeNumberString(text);
-    char const* const end = normalized.CStr() + normalized.Length();
+    const char* const end = normalized.CStr() + normalized.Length();
     Scanned<T> number = scanInteger<T>(std::find_if_not(normalized.CStr(), end, isWhiteSpace), base, takesMinus);
     number.isNumber = number.isNumber && std::all_of(number.end, end, isWhiteSpace);
     return number;
@@ -147,7 +147,7 @@ template <typename T>
 /// Reads the text as a number of at most these magnitudes and returns it in an R, which may keep its lower bits only.
 /// Only a signed R takes a '-'.
 template <typename R, typename T>
-R readInteger(String const& text, unsigned int base, T mostPositive, T mostNegative, bool* ok) {
+R readInteger(const String& text, unsigned int base, T mostPositive, T mostNegative, bool* ok) {
     // Normalising leaves a text of nothing but a number as it is, so that is read where it lies.
     constexpr bool TAKES_MINUS = std::is_signed_v<R>;
     Scanned<T> number =
@@ -163,7 +163,7 @@ R readInteger(String const& text, unsigned int base, T mostPositive, T mostNegat
 }
 
 /// The number that strtod makes of the whole text; unset when it leaves something over.
-checked_value<double> readDouble(String const& text) {
+checked_value<double> readDouble(const String& text) {
     char* end = nullptr;
     const double value = std::strtod(text.CStr(), &end);
     return end == text.CStr() + text.Length() ? checked_value<double>(value) : checked_value<double>();

@@ -16,7 +16,7 @@ bool sameByteFolded(char a, char b) {
 }
 
 /// Whether the bytes and the text are equal, as far as their first NUL bytes.
-bool equalViews(std::string_view bytes, String const& text, bool caseSensitive) {
+bool equalViews(std::string_view bytes, const String& text, bool caseSensitive) {
     const std::string_view a = viewOf(bytes);
     const std::string_view b = viewOf(bytesOf(text));
     return caseSensitive ? a == b : std::equal(a.begin(), a.end(), b.begin(), b.end(), sameByteFolded);
@@ -32,7 +32,7 @@ checked_value<unsigned int> String::Find(char c, unsigned int start, bool caseSe
     if (caseSensitive) {
         const void* const hit = std::memchr(bytes.data() + start, c, bytes.size() - start);
         return hit != nullptr ? checked_value<unsigned int>(
-                                    static_cast<unsigned int>(static_cast<char const*>(hit) - bytes.data()))
+                                    static_cast<unsigned int>(static_cast<const char*>(hit) - bytes.data()))
                               : checked_value<unsigned int>();
     }
     for (unsigned int i = start; i < bytes.size(); ++i) {
@@ -43,7 +43,7 @@ checked_value<unsigned int> String::Find(char c, unsigned int start, bool caseSe
     return {};
 }
 
-checked_value<unsigned int> String::FindRev(char c, checked_value<unsigned int> const& start,
+checked_value<unsigned int> String::FindRev(char c, const checked_value<unsigned int>& start,
                                             bool caseSensitive) const {
     const std::string_view bytes = bytesOf(*this);
     if (bytes.empty() || start.ValueOr(0) >= bytes.size()) {
@@ -58,12 +58,12 @@ checked_value<unsigned int> String::FindRev(char c, checked_value<unsigned int> 
     return {};
 }
 
-checked_value<unsigned int> String::Find(char const* needle, unsigned int start, bool caseSensitive) const {
+checked_value<unsigned int> String::Find(const char* needle, unsigned int start, bool caseSensitive) const {
     if (start >= Length()) {
         return {};
     }
     if (caseSensitive) {
-        char const* const hit = std::strstr(CStr() + start, needle);
+        const char* const hit = std::strstr(CStr() + start, needle);
         return hit != nullptr ? checked_value<unsigned int>(static_cast<unsigned int>(hit - CStr()))
                               : checked_value<unsigned int>();
     }
@@ -75,11 +75,11 @@ checked_value<unsigned int> String::Find(char const* needle, unsigned int start,
                                          : checked_value<unsigned int>();
 }
 
-bool String::BeginsWith(String const& prefix, bool caseSensitive) const {
+bool String::BeginsWith(const String& prefix, bool caseSensitive) const {
     return Length() >= prefix.Length() && equalViews(bytesOf(*this).substr(0, prefix.Length()), prefix, caseSensitive);
 }
 
-bool String::EndsWith(String const& suffix, bool caseSensitive) const {
+bool String::EndsWith(const String& suffix, bool caseSensitive) const {
     return Length() >= suffix.Length() &&
            equalViews(bytesOf(*this).substr(Length() - suffix.Length()), suffix, caseSensitive);
 }
@@ -92,6 +92,6 @@ String String::Right(unsigned int n) const {
     return IsNull() ? String() : fromBytes(std::string(bytesOf(*this).substr(Length() - std::min(n, Length()))));
 }
 
-String String::Mid(unsigned int pos, checked_value<unsigned int> const& count) const {
+String String::Mid(unsigned int pos, const checked_value<unsigned int>& count) const {
     return pos >= Length() ? String() : fromBytes(std::string(bytesOf(*this).substr(pos, count.ValueOr(Length()))));
 }

@@ -24,7 +24,7 @@ CFStringEncoding platformEncoding(unsigned int selector) {
 /// The number of units before the terminating 0; MOST_UNITS when there are as many or more, and then nothing behind
 /// them was read.
 template <typename Unit>
-CFIndex countUnits(Unit const* units) {
+CFIndex countUnits(const Unit* units) {
     CFIndex count = 0;
     while (count < MOST_UNITS && units[count] != 0) {
         ++count;
@@ -47,7 +47,7 @@ String encode(CFStringRef string, CFStringEncoding encoding, CFIndex capacity) {
 
 }  // namespace
 
-String::String(unsigned short const* utf16, unsigned int encoding) {
+String::String(const unsigned short* utf16, unsigned int encoding) {
     const CFIndex units = utf16 != nullptr ? countUnits(utf16) : MOST_UNITS;
     if (units == 0) {
         *this = "";
@@ -57,10 +57,10 @@ String::String(unsigned short const* utf16, unsigned int encoding) {
     }
 }
 
-String::String(wchar_t const* s) {
+String::String(const wchar_t* s) {
     const CFIndex units = countUnits(s);
     if (units < MOST_UNITS) {
-        const StringRef string(CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<UInt8 const*>(s),
+        const StringRef string(CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(s),
                                                              4 * units, kCFStringEncodingUTF32LE, false,
                                                              kCFAllocatorNull));
         *this = encode(string.get(), kCFStringEncodingUTF8,

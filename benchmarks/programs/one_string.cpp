@@ -3,6 +3,6 @@
 #include "CvBase/common/common_string.h"
 
 int main() {
-    String const text("text");
+    const String text("text");
     return text.Length() == 4 ? 0 : 1;
 }

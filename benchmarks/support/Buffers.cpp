@@ -50,7 +50,7 @@ unsigned char* makeValues(std::size_t n) {
     unsigned char* const memory = allocate(n * (sizeof(T) + WIDEST));
     Random random;
     for (std::size_t i = 0; i < n; ++i) {
-        T const value = valueFrom<T>(random.next());
+        const T value = valueFrom<T>(random.next());
         std::memcpy(memory + i * sizeof value, &value, sizeof value);
     }
     return memory;
@@ -69,8 +69,8 @@ unsigned char* values(std::size_t n) {
 }  // namespace
 
 template <typename T>
-T const* source(std::size_t n) {
-    return reinterpret_cast<T const*>(values<T>(n));
+const T* source(std::size_t n) {
+    return reinterpret_cast<const T*>(values<T>(n));
 }
 
 template <typename T>
@@ -79,7 +79,7 @@ void* destinationFor(std::size_t n) {
 }
 
 #define CV_BENCH_SOURCE(T)                 \
-    template T const* source(std::size_t); \
+    const template T* source(std::size_t); \
     template void* destinationFor<T>(std::size_t);
 
 CV_BENCH_SOURCE(unsigned char)

@@ -13,7 +13,7 @@ constexpr std::size_t IN_MEMORY = std::size_t{16} << 20;
 /// program. Integers take their whole range; floating values lie between -0.999 and 0.999. None is zero for long: some
 /// processors store zeros faster.
 template <typename T>
-T const* source(std::size_t n);
+const T* source(std::size_t n);
 
 /// A place for `n` elements of up to 8 bytes that are made of `source<T>(n)`, every page of it touched. In cache it
 /// follows the source at once: how much of two areas the first cache can hold depends on their addresses.

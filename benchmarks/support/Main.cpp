@@ -19,7 +19,7 @@ std::string processorName() {
     return "unknown";
 }
 
-void prepare(Subject const& subject) {
+void prepare(const Subject& subject) {
     if (subject.prepare) {
         subject.prepare();
     }
@@ -27,11 +27,11 @@ void prepare(Subject const& subject) {
 
 }  // namespace
 
-void add(std::string const& work, Subject subject) {
-    bool const wall = subject.clock == Clock::WALL;
-    bool const once = subject.once;
-    std::string const name = work + "/" + subject.name;
-    auto const run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {
+void add(const std::string& work, Subject subject) {
+    const bool wall = subject.clock == Clock::WALL;
+    const bool once = subject.once;
+    const std::string name = work + "/" + subject.name;
+    const auto run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {
         prepare(subject);
         if (!checked) {
             subject.body();
@@ -59,9 +59,9 @@ void add(std::string const& work, Subject subject) {
     }
 }
 
-void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
+void addAnswering(const std::string& work, const std::string& name, std::function<std::uint64_t()> body,
                   std::uint64_t wanted, Clock clock) {
-    auto const answer = std::make_shared<std::uint64_t>();
+    const auto answer = std::make_shared<std::uint64_t>();
     add(work, {name,
                [body = std::move(body), answer] { *answer = body(); },
                [answer, wanted] { return *answer == wanted; },
@@ -69,8 +69,8 @@ void addAnswering(std::string const& work, std::string const& name, std::functio
                clock});
 }
 
-void addCount(std::string const& work, std::function<std::uint64_t()> count) {
-    auto const run = [count = std::move(count)](benchmark::State& state) {
+void addCount(const std::string& work, std::function<std::uint64_t()> count) {
+    const auto run = [count = std::move(count)](benchmark::State& state) {
         for ([[maybe_unused]] auto _ : state) {
         }
         state.counters["count"] = static_cast<double>(count());

@@ -28,13 +28,13 @@ struct Subject {
 
 /// Adds the benchmark `work`/`subject.name`. Its answer is checked once before anything is measured; a wrong one ends
 /// it with an error. The table compares the subjects of one work.
-void add(std::string const& work, Subject subject);
+void add(const std::string& work, Subject subject);
 
 /// Adds a number that is counted and not measured, the smaller the better: the table shows it for `work`.
-void addCount(std::string const& work, std::function<std::uint64_t()> count);
+void addCount(const std::string& work, std::function<std::uint64_t()> count);
 
 /// The same as add for a body that gives a number made of all its results, which must be `wanted`.
-void addAnswering(std::string const& work, std::string const& name, std::function<std::uint64_t()> body,
+void addAnswering(const std::string& work, const std::string& name, std::function<std::uint64_t()> body,
                   std::uint64_t wanted, Clock clock = Clock::PROCESSOR);
 
 }  // namespace bench

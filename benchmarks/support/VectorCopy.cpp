@@ -14,11 +14,11 @@ namespace {
 
 #define CV_BENCH_COPY(NAME, TARGET, VECTOR, LOAD, MERGE, STORE)                                    \
     template <std::size_t READS, std::size_t WRITES>                                               \
-    __attribute__((target(TARGET))) void NAME(char const* src, char* dst, std::size_t writeSize) { \
+    __attribute__((target(TARGET))) void NAME(const char* src, char* dst, std::size_t writeSize) { \
         for (std::size_t done = 0; done < writeSize; done += WRITES * sizeof(VECTOR)) {            \
             VECTOR x[READS];                                                                       \
             _Pragma("GCC unroll 4") for (std::size_t i = 0; i < READS; ++i) {                      \
-                x[i] = LOAD(reinterpret_cast<VECTOR const*>(src) + i);                             \
+                x[i] = LOAD(reinterpret_cast<const VECTOR*>(src) + i);                             \
             }                                                                                      \
             src += READS * sizeof(VECTOR);                                                         \
             _Pragma("GCC unroll 4") for (std::size_t i = WRITES; i < READS; ++i) {                 \
@@ -42,12 +42,12 @@ CV_BENCH_COPY(streamAvx512, "avx512f", __m512i, _mm512_load_si512, _mm512_xor_si
 
 // The sums of what was read are in four registers, so that no addition waits for the one before it.
 #define CV_BENCH_READ(NAME, TARGET, VECTOR, LOAD, MERGE, FIRST)                                           \
-    __attribute__((target(TARGET))) unsigned int NAME(char const* a, char const* b, std::size_t size) {   \
+    __attribute__((target(TARGET))) unsigned int NAME(const char* a, const char* b, std::size_t size) {   \
         VECTOR sums[4] = {};                                                                              \
         for (std::size_t done = 0; done < size; done += 2 * sizeof(VECTOR)) {                             \
             _Pragma("GCC unroll 2") for (std::size_t i = 0; i < 2; ++i) {                                 \
-                sums[i] = MERGE(sums[i], LOAD(reinterpret_cast<VECTOR const*>(a + done) + i));            \
-                sums[i + 2] = MERGE(sums[i + 2], LOAD(reinterpret_cast<VECTOR const*>(b + done) + i));    \
+                sums[i] = MERGE(sums[i], LOAD(reinterpret_cast<const VECTOR*>(a + done) + i));            \
+                sums[i + 2] = MERGE(sums[i + 2], LOAD(reinterpret_cast<const VECTOR*>(b + done) + i));    \
             }                                                                                             \
         }                                                                                                 \
         return static_cast<unsigned int>(FIRST(MERGE(MERGE(sums[0], sums[1]), MERGE(sums[2], sums[3])))); \
@@ -59,7 +59,7 @@ CV_BENCH_READ(readAvx512, "avx512f", __m512i, _mm512_load_si512, _mm512_xor_si51
 
 #undef CV_BENCH_READ
 
-unsigned int read(char const* a, char const* b, std::size_t size) {
+unsigned int read(const char* a, const char* b, std::size_t size) {
     if (__builtin_cpu_supports("avx512f")) {
         return readAvx512(a, b, size);
     }
@@ -67,7 +67,7 @@ unsigned int read(char const* a, char const* b, std::size_t size) {
 }
 
 template <std::size_t READS, std::size_t WRITES>
-void copy(char const* src, char* dst, std::size_t writeSize) {
+void copy(const char* src, char* dst, std::size_t writeSize) {
     if (__builtin_cpu_supports("avx512f")) {
         copyAvx512<READS, WRITES>(src, dst, writeSize);
     } else if (__builtin_cpu_supports("avx2")) {
@@ -78,7 +78,7 @@ void copy(char const* src, char* dst, std::size_t writeSize) {
 }
 
 template <std::size_t READS, std::size_t WRITES>
-void stream(char const* src, char* dst, std::size_t writeSize) {
+void stream(const char* src, char* dst, std::size_t writeSize) {
     if (__builtin_cpu_supports("avx512f")) {
         streamAvx512<READS, WRITES>(src, dst, writeSize);
     } else if (__builtin_cpu_supports("avx2")) {
@@ -91,7 +91,7 @@ void stream(char const* src, char* dst, std::size_t writeSize) {
 #else
 
 template <std::size_t READS, std::size_t WRITES>
-void copy(char const* src, char* dst, std::size_t writeSize) {
+void copy(const char* src, char* dst, std::size_t writeSize) {
     for (std::size_t done = 0; done < writeSize; done += 64 * WRITES) {
         char merged[64 * (READS > WRITES ? READS : WRITES)];
         std::memcpy(merged, src, 64 * READS);
@@ -107,11 +107,11 @@ void copy(char const* src, char* dst, std::size_t writeSize) {
 }
 
 template <std::size_t READS, std::size_t WRITES>
-void stream(char const* src, char* dst, std::size_t writeSize) {
+void stream(const char* src, char* dst, std::size_t writeSize) {
     copy<READS, WRITES>(src, dst, writeSize);
 }
 
-unsigned int read(char const* a, char const* b, std::size_t size) {
+unsigned int read(const char* a, const char* b, std::size_t size) {
     unsigned int sum = 0;
     for (std::size_t i = 0; i < size; ++i) {
         sum += static_cast<unsigned int>(a[i] ^ b[i]);
@@ -123,8 +123,8 @@ unsigned int read(char const* a, char const* b, std::size_t size) {
 
 }  // namespace
 
-void vectorCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize) {
-    auto const* const from = static_cast<char const*>(src);
+void vectorCopy(const void* src, std::size_t readSize, void* dst, std::size_t writeSize) {
+    const auto* const from = static_cast<const char*>(src);
     auto* const to = static_cast<char*>(dst);
     if (readSize == writeSize) {
         copy<4, 4>(from, to, writeSize);
@@ -137,8 +137,8 @@ void vectorCopy(void const* src, std::size_t readSize, void* dst, std::size_t wr
     }
 }
 
-void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize) {
-    auto const* const from = static_cast<char const*>(src);
+void streamingCopy(const void* src, std::size_t readSize, void* dst, std::size_t writeSize) {
+    const auto* const from = static_cast<const char*>(src);
     auto* const to = static_cast<char*>(dst);
     if (readSize == writeSize) {
         stream<4, 4>(from, to, writeSize);
@@ -151,8 +151,8 @@ void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t
     }
 }
 
-unsigned int vectorRead(void const* a, void const* b, std::size_t size) {
-    return read(static_cast<char const*>(a), static_cast<char const*>(b), size);
+unsigned int vectorRead(const void* a, const void* b, std::size_t size) {
+    return read(static_cast<const char*>(a), static_cast<const char*>(b), size);
 }
 
 }  // namespace bench

@@ -8,12 +8,12 @@ namespace bench {
 
 /// `readSize` is `writeSize`, or 2, 4 or a half, a quarter of it; both are multiples of 512 bytes, and the memory is
 /// aligned to 64 bytes.
-void vectorCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize);
+void vectorCopy(const void* src, std::size_t readSize, void* dst, std::size_t writeSize);
 
 /// The same with stores that go past the caches.
-void streamingCopy(void const* src, std::size_t readSize, void* dst, std::size_t writeSize);
+void streamingCopy(const void* src, std::size_t readSize, void* dst, std::size_t writeSize);
 
 /// Reads two areas of `size` bytes, a multiple of 512; gives a number made of all that was read.
-unsigned int vectorRead(void const* a, void const* b, std::size_t size);
+unsigned int vectorRead(const void* a, const void* b, std::size_t size);
 
 }  // namespace bench

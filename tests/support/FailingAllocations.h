@@ -22,7 +22,7 @@ void exhaustMemory(Operation operation, Check check) {
             operation();
             failAfter(-1);
             return;
-        } catch (std::bad_alloc const&) {
+        } catch (const std::bad_alloc&) {
             failAfter(-1);
             check();
         }

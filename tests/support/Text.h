@@ -13,13 +13,13 @@
 namespace test {
 
 /// The bytes of the text; without a value when it is null. Checks the NUL behind them.
-inline std::optional<std::string> bytesOf(String const& text) {
+inline std::optional<std::string> bytesOf(const String& text) {
     EXPECT_EQ(text.CStr()[text.Length()], '\0');
     return text.IsNull() ? std::nullopt : std::make_optional<std::string>(text.CStr(), text.Length());
 }
 
 /// The bytes of the text, none when it is null.
-inline std::string str(String const& text) {
+inline std::string str(const String& text) {
     return bytesOf(text).value_or("");
 }
 
@@ -39,10 +39,10 @@ inline String makeText(std::optional<std::string_view> bytes) {
 }  // namespace test
 
 /// How googletest shows a text and an optional value.
-inline void PrintTo(String const& text, std::ostream* out) {
+inline void PrintTo(const String& text, std::ostream* out) {
     *out << ::testing::PrintToString(test::bytesOf(text));
 }
 template <typename T>
-void PrintTo(checked_value<T> const& value, std::ostream* out) {
+void PrintTo(const checked_value<T>& value, std::ostream* out) {
     *out << (value.IsSet() ? ::testing::PrintToString(value.Value()) : "(unset)");
 }

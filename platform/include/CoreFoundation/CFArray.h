@@ -8,6 +8,6 @@ CF_EXPORT CFTypeID CFArrayGetTypeID(void);
 CF_EXPORT CFIndex CFArrayGetCount(CFArrayRef array);
 
 /// The value at `index` (0 to count - 1), owned by the array.
-CF_EXPORT const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
+const CF_EXPORT void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
 
 CF_EXTERN_C_END

@@ -26,22 +26,22 @@
 
 CF_EXTERN_C_BEGIN
 
-typedef const void* CFTypeRef;
+const typedef void* CFTypeRef;
 typedef unsigned long CFTypeID;
 typedef unsigned long CFHashCode;
 typedef long CFIndex;
 typedef UInt32 CFOptionFlags;
 
-typedef const struct __CFAllocator* CFAllocatorRef;
-typedef const struct __CFArray* CFArrayRef;
-typedef const struct __CFBoolean* CFBooleanRef;
+const typedef struct __CFAllocator* CFAllocatorRef;
+const typedef struct __CFArray* CFArrayRef;
+const typedef struct __CFBoolean* CFBooleanRef;
 typedef struct __CFBundle* CFBundleRef;
-typedef const struct __CFDictionary* CFDictionaryRef;
-typedef const struct __CFLocale* CFLocaleRef;
-typedef const struct __CFNumber* CFNumberRef;
-typedef const struct __CFString* CFStringRef;
-typedef const struct __CFURL* CFURLRef;
-typedef const struct __CFUUID* CFUUIDRef;
+const typedef struct __CFDictionary* CFDictionaryRef;
+const typedef struct __CFLocale* CFLocaleRef;
+const typedef struct __CFNumber* CFNumberRef;
+const typedef struct __CFString* CFStringRef;
+const typedef struct __CFURL* CFURLRef;
+const typedef struct __CFUUID* CFUUIDRef;
 typedef CFTypeRef CFPropertyListRef;
 
 typedef struct {
@@ -56,8 +56,8 @@ static inline CFRange CFRangeMake(CFIndex location, CFIndex length) {
 
 /// Stand for "the usual allocator" (null) and "do not free the bytes". Allocators are accepted and, kCFAllocatorNull
 /// as a deallocator apart, have no effect.
-CF_EXPORT const CFAllocatorRef kCFAllocatorDefault;
-CF_EXPORT const CFAllocatorRef kCFAllocatorNull;
+const CF_EXPORT CFAllocatorRef kCFAllocatorDefault;
+const CF_EXPORT CFAllocatorRef kCFAllocatorNull;
 
 /// Adds a reference and returns `cf`. Constants, and objects with 2^31 references, are never destroyed: retaining and
 /// releasing them does nothing. A null `cf` ends the process with a message, as on a Mac.

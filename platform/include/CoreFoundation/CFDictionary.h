@@ -7,6 +7,6 @@ CF_EXTERN_C_BEGIN
 CF_EXPORT CFTypeID CFDictionaryGetTypeID(void);
 
 /// The value at `key`, owned by the dictionary; null when there is none.
-CF_EXPORT const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+const CF_EXPORT void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 
 CF_EXTERN_C_END

@@ -7,7 +7,7 @@ CF_EXTERN_C_BEGIN
 typedef CFStringRef CFLocaleKey;
 
 /// The key of the text between the whole and the fractional digits of a number.
-CF_EXPORT const CFLocaleKey kCFLocaleDecimalSeparator;
+const CF_EXPORT CFLocaleKey kCFLocaleDecimalSeparator;
 
 /// The user's locale, from the environment (LC_ALL, LC_NUMERIC, LANG); never null.
 CF_EXPORT CFLocaleRef CFLocaleCopyCurrent(void);

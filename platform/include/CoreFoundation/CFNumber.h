@@ -15,8 +15,8 @@ enum {
 };
 
 /// The two Booleans. They are no numbers.
-CF_EXPORT const CFBooleanRef kCFBooleanTrue;
-CF_EXPORT const CFBooleanRef kCFBooleanFalse;
+const CF_EXPORT CFBooleanRef kCFBooleanTrue;
+const CF_EXPORT CFBooleanRef kCFBooleanFalse;
 
 CF_EXPORT CFTypeID CFBooleanGetTypeID(void);
 CF_EXPORT Boolean CFBooleanGetValue(CFBooleanRef boolean);

@@ -11,9 +11,9 @@ typedef CFBundleRef CFPlugInRef;
 /// The keys of Info.plist that register a plug-in statically: CFPlugInFactories maps a factory's identifier to the name
 /// of its function, CFPlugInTypes a type's identifier to the array of the factories that make it, and
 /// CFPlugInDynamicRegistration is the string "NO".
-CF_EXPORT const CFStringRef kCFPlugInDynamicRegistrationKey;
-CF_EXPORT const CFStringRef kCFPlugInFactoriesKey;
-CF_EXPORT const CFStringRef kCFPlugInTypesKey;
+const CF_EXPORT CFStringRef kCFPlugInDynamicRegistrationKey;
+const CF_EXPORT CFStringRef kCFPlugInFactoriesKey;
+const CF_EXPORT CFStringRef kCFPlugInTypesKey;
 
 /// A new reference to the plug-in at `url`, its factories registered to the end of the process; the code is not loaded
 /// yet. Null, with one line on standard error, when there is no bundle, it registers no factory or no type, anything in

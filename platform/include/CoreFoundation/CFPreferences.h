@@ -12,10 +12,10 @@ CF_EXTERN_C_BEGIN
 /// identifier (/etc/machine-id), written like a UUID. Any user on any host is refused, as on a Mac that has no network
 /// preferences, and so is any other user or host, and a domain that is empty or has a slash or a NUL: each call then
 /// does nothing but write one line to standard error (and answers false or null).
-CF_EXPORT const CFStringRef kCFPreferencesAnyUser;
-CF_EXPORT const CFStringRef kCFPreferencesCurrentUser;
-CF_EXPORT const CFStringRef kCFPreferencesAnyHost;
-CF_EXPORT const CFStringRef kCFPreferencesCurrentHost;
+const CF_EXPORT CFStringRef kCFPreferencesAnyUser;
+const CF_EXPORT CFStringRef kCFPreferencesCurrentUser;
+const CF_EXPORT CFStringRef kCFPreferencesAnyHost;
+const CF_EXPORT CFStringRef kCFPreferencesCurrentHost;
 
 /// Collects one change for the next CFPreferencesSynchronize of the same domain and scopes; nothing is written yet.
 /// `key` is one literal key, whatever characters it has. A null `value` removes the key. The value is copied. Refused

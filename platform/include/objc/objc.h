@@ -3,9 +3,9 @@
 // The part of the Objective-C runtime's objc.h that this project uses. There is no Objective-C here: a few classes of
 // the port answer messages that C++ sends (CvBase/Mac/MessageSend.h).
 
-typedef const struct objc_class* Class;
+const typedef struct objc_class* Class;
 typedef struct objc_object* id;
-typedef const struct objc_selector* SEL;
+const typedef struct objc_selector* SEL;
 typedef void (*IMP)(void);
 typedef signed char BOOL;
 

@@ -8,7 +8,7 @@
 namespace {
 
 TEST(AtomicOperations, GiveTheNewValueAndExchangeOnlyTheComparand) {
-    unsigned int volatile word = 1;
+    volatile unsigned int word = 1;
     EXPECT_EQ(Atomic::AtomicIncrement(word), 2U);
     EXPECT_EQ(Atomic::AtomicDecrement(word), 1U);
     EXPECT_EQ(Atomic::AtomicDecrement(word), 0U);
@@ -32,7 +32,7 @@ TEST(AtomicOperations, GiveTheNewValueAndExchangeOnlyTheComparand) {
 
 TEST(AtomicOperations, LoseNoStepBetweenThreads) {
     constexpr unsigned int STEPS = 50000;
-    unsigned int volatile steps = 0, balance = 0, exchanged = 0;
+    volatile unsigned int steps = 0, balance = 0, exchanged = 0;
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {

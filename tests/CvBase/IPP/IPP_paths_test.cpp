@@ -33,17 +33,17 @@ constexpr std::size_t HUGE_SIZE = std::size_t{33} << 20;
 class GuardedArea {
 public:
     GuardedArea(std::size_t size, std::size_t offset) : storage_(size + offset + 3 * GUARD, GUARD_BYTE) {
-        std::size_t const past = reinterpret_cast<std::uintptr_t>(storage_.data()) % GUARD;
+        const std::size_t past = reinterpret_cast<std::uintptr_t>(storage_.data()) % GUARD;
         start_ = GUARD + (GUARD - past) % GUARD + offset;
     }
     unsigned char* data() { return storage_.data() + start_; }
     void refill() { std::fill(storage_.begin(), storage_.end(), GUARD_BYTE); }
 
     /// Whether the area begins with the first `used` bytes of `results`, and everything else is as it was.
-    bool holdsOnly(Bytes const& results, std::size_t used) const {
-        auto const intact = [](unsigned char byte) { return byte == GUARD_BYTE; };
-        auto const start = storage_.begin() + static_cast<std::ptrdiff_t>(start_);
-        auto const end = start + static_cast<std::ptrdiff_t>(used);
+    bool holdsOnly(const Bytes& results, std::size_t used) const {
+        const auto intact = [](unsigned char byte) { return byte == GUARD_BYTE; };
+        const auto start = storage_.begin() + static_cast<std::ptrdiff_t>(start_);
+        const auto end = start + static_cast<std::ptrdiff_t>(used);
         return std::equal(start, end, results.begin()) && std::all_of(storage_.begin(), start, intact) &&
                std::all_of(end, storage_.end(), intact);
     }
@@ -66,7 +66,7 @@ std::vector<Path> supportedPaths() {
     return paths;
 }
 
-std::string nameOf(testing::TestParamInfo<Path> const& info) {
+std::string nameOf(const testing::TestParamInfo<Path>& info) {
     std::string name = IPP::Detail::NameOf(info.param);
     name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
     return name;
@@ -74,7 +74,7 @@ std::string nameOf(testing::TestParamInfo<Path> const& info) {
 
 INSTANTIATE_TEST_SUITE_P(IPP, EveryPath, testing::ValuesIn(supportedPaths()), nameOf);
 
-Bytes expected(Conversion const& conversion, std::size_t n, Bytes const& input) {
+Bytes expected(const Conversion& conversion, std::size_t n, const Bytes& input) {
     Bytes results(n * conversion.resultSize);
     conversion.expect(n, input.data(), results.data());
     return results;
@@ -83,10 +83,10 @@ Bytes expected(Conversion const& conversion, std::size_t n, Bytes const& input) 
 /// Converts the first `n` elements of `input`, which lie in memory of their own that ends with them, `sourceOffset`
 /// bytes past what the allocator aligned, into `area`; the first bytes of `results` must come out and nothing else
 /// change.
-void expectConverted(Conversion const& conversion, std::size_t n, Bytes const& input, std::size_t sourceOffset,
-                     GuardedArea& area, Bytes const& results) {
-    std::size_t const size = n * conversion.sourceSize;
-    std::unique_ptr<unsigned char[]> const memory(new unsigned char[sourceOffset + size]);
+void expectConverted(const Conversion& conversion, std::size_t n, const Bytes& input, std::size_t sourceOffset,
+                     GuardedArea& area, const Bytes& results) {
+    const std::size_t size = n * conversion.sourceSize;
+    const std::unique_ptr<unsigned char[]> memory(new unsigned char[sourceOffset + size]);
     std::copy_n(input.data(), size, memory.get() + sourceOffset);
     area.refill();
     conversion.convert(n, memory.get() + sourceOffset, area.data());
@@ -95,16 +95,16 @@ void expectConverted(Conversion const& conversion, std::size_t n, Bytes const& i
 
 // Long arrays are aligned first.
 TEST_P(EveryPath, ConvertsEveryLengthAtEveryMisalignment) {
-    std::size_t const longest = 2100;
-    for (Conversion const& conversion : conversions({-15, -31})) {
-        Bytes const input = conversion.randomInput(longest);
-        Bytes const results = expected(conversion, longest, input);
+    const std::size_t longest = 2100;
+    for (const Conversion& conversion : conversions({-15, -31})) {
+        const Bytes input = conversion.randomInput(longest);
+        const Bytes results = expected(conversion, longest, input);
         for (std::size_t offset = 0; offset < GUARD; ++offset) {
             GuardedArea area(THREE_BLOCKS * conversion.resultSize, offset), longArea(results.size(), offset);
             for (std::size_t n = offset % 2; n <= THREE_BLOCKS; n += n < 40 ? 1 : 2) {
                 ASSERT_NO_FATAL_FAILURE(expectConverted(conversion, n, input, (offset * 7 + n) % GUARD, area, results));
             }
-            for (std::size_t const n : {1024 + offset, longest}) {
+            for (const std::size_t n : {1024 + offset, longest}) {
                 ASSERT_NO_FATAL_FAILURE(expectConverted(conversion, n, input, offset / 2, longArea, results));
             }
         }
@@ -112,12 +112,12 @@ TEST_P(EveryPath, ConvertsEveryLengthAtEveryMisalignment) {
 }
 
 /// Expects that `conversion` makes the plain loop's bits of all of `input`.
-void expectSameBits(Conversion const& conversion, Bytes const& input) {
-    std::size_t const n = input.size() / conversion.sourceSize;
-    Bytes const results = expected(conversion, n, input);
+void expectSameBits(const Conversion& conversion, const Bytes& input) {
+    const std::size_t n = input.size() / conversion.sourceSize;
+    const Bytes results = expected(conversion, n, input);
     Bytes stored(results.size());
     conversion.convert(n, input.data(), stored.data());
-    auto const different = std::mismatch(stored.begin(), stored.end(), results.begin()).first - stored.begin();
+    const auto different = std::mismatch(stored.begin(), stored.end(), results.begin()).first - stored.begin();
     ASSERT_TRUE(stored == results) << conversion.name << ", byte " << different << " of the results";
 }
 
@@ -126,25 +126,25 @@ TEST_P(EveryPath, ConvertsSpecialValuesAtEveryScale) {
     for (int scale = -160; scale <= 160; ++scale) {
         scales.push_back(scale);
     }
-    for (Conversion const& conversion : conversions(scales)) {
+    for (const Conversion& conversion : conversions(scales)) {
         // Twice, so that each value is in the vector loop once, whatever the length of its rest.
         Bytes input = conversion.specialInput();
-        Bytes const once = input;
+        const Bytes once = input;
         input.insert(input.end(), once.begin(), once.end());
         ASSERT_NO_FATAL_FAILURE(expectSameBits(conversion, input));
     }
 }
 
 TEST_P(EveryPath, ConvertsManyRandomValues) {
-    for (Conversion const& conversion : conversions({-31, -15, -1, 0, 1, 15, 31})) {
+    for (const Conversion& conversion : conversions({-31, -15, -1, 0, 1, 15, 31})) {
         ASSERT_NO_FATAL_FAILURE(expectSameBits(conversion, conversion.randomInput(1000000)));
     }
 }
 
 TEST_P(EveryPath, ConvertsHugeArrays) {
-    for (Conversion const& conversion : conversions({-15})) {
-        std::size_t const n = HUGE_SIZE / (conversion.sourceSize + conversion.resultSize);
-        Bytes const once = conversion.randomInput(100003);
+    for (const Conversion& conversion : conversions({-15})) {
+        const std::size_t n = HUGE_SIZE / (conversion.sourceSize + conversion.resultSize);
+        const Bytes once = conversion.randomInput(100003);
         Bytes input;
         while (input.size() < n * conversion.sourceSize) {
             input.insert(input.end(), once.begin(), once.end());
@@ -156,10 +156,10 @@ TEST_P(EveryPath, ConvertsHugeArrays) {
 }
 
 TEST_P(EveryPath, ConvertsInPlace) {
-    for (Conversion const& conversion : conversions({-15})) {
-        for (std::size_t const n : {7U, 100U, 1555U}) {
+    for (const Conversion& conversion : conversions({-15})) {
+        for (const std::size_t n : {7U, 100U, 1555U}) {
             Bytes memory = conversion.randomInput(n);
-            Bytes const results = expected(conversion, n, memory);
+            const Bytes results = expected(conversion, n, memory);
             if (results.size() <= memory.size()) {
                 conversion.convert(n, memory.data(), memory.data());
                 ASSERT_TRUE(std::equal(results.begin(), results.end(), memory.begin())) << conversion.name << ", " << n;
@@ -169,7 +169,7 @@ TEST_P(EveryPath, ConvertsInPlace) {
 }
 
 TEST_P(EveryPath, ReadsNoPointerForNoElements) {
-    for (Conversion const& conversion : conversions({-15})) {
+    for (const Conversion& conversion : conversions({-15})) {
         conversion.convert(0, nullptr, nullptr);
     }
     double* const nowhere = nullptr;
@@ -182,7 +182,7 @@ TEST_P(EveryPath, ReadsNoPointerForNoElements) {
 
 template <typename T>
 void expectSet(T value) {
-    Bytes const results = asBytes(std::vector<T>(300, value == T{0} ? T{0} : value));
+    const Bytes results = asBytes(std::vector<T>(300, value == T{0} ? T{0} : value));
     for (std::size_t offset = 0; offset < GUARD; ++offset) {
         GuardedArea area(results.size(), offset);
         for (unsigned int n = 0; n <= 300; ++n) {
@@ -207,7 +207,7 @@ TEST_P(EveryPath, SetsEveryLengthAtEveryMisalignment) {
 }
 
 TEST_P(EveryPath, SetsHugeArrays) {
-    std::size_t const n = HUGE_SIZE / sizeof(double);
+    const std::size_t n = HUGE_SIZE / sizeof(double);
     std::vector<double> values(n + 2, 7.0);
     IPP::Set(static_cast<unsigned int>(n), values.data() + 1, -1.0 / 3);
     EXPECT_EQ(std::count(values.begin(), values.end(), -1.0 / 3), static_cast<std::ptrdiff_t>(n));
@@ -216,11 +216,11 @@ TEST_P(EveryPath, SetsHugeArrays) {
 
 TEST_P(EveryPath, FindsTheOneDifferentByte) {
     for (std::size_t n = 0; n <= 3 * 256 + 9; n += n < 150 ? 1 : 13) {
-        std::size_t const offset = n % 65;
-        Bytes const a = randomInput<unsigned char>(n);
-        std::unique_ptr<unsigned char[]> const b(new unsigned char[offset + n]);
+        const std::size_t offset = n % 65;
+        const Bytes a = randomInput<unsigned char>(n);
+        const std::unique_ptr<unsigned char[]> b(new unsigned char[offset + n]);
         std::copy_n(a.data(), n, b.get() + offset);
-        auto const size = static_cast<unsigned int>(n);
+        const auto size = static_cast<unsigned int>(n);
         ASSERT_TRUE(IPP::Equal(size, a.data(), b.get() + offset)) << n;
         for (std::size_t i = 0; i < n; ++i) {
             b[offset + i] ^= static_cast<unsigned char>(1U << i % 8);

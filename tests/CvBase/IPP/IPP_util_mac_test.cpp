@@ -7,8 +7,8 @@
 
 namespace {
 
-float const INF = std::numeric_limits<float>::infinity();
-float const NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
+const float INF = std::numeric_limits<float>::infinity();
+const float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
 struct FloatCase {
     float value;
@@ -19,7 +19,7 @@ struct FloatCase {
 
 template <typename To>
 void expectStored(std::initializer_list<FloatCase> cases) {
-    for (FloatCase const& row : cases) {
+    for (const FloatCase& row : cases) {
         To stored = 77;
         IPP::Convert(1, &row.value, &stored, row.scale, row.round);
         EXPECT_EQ(stored, row.result) << row.value << " at scale " << row.scale << (row.round ? ", rounded" : "");
@@ -57,8 +57,8 @@ TEST(ConvertFloatToInt, HoldsToFullScaleUnlessTheScaleIsZero) {
 // clang-format on
 
 TEST(ConvertNothing, FromFloatToBytesAndFromDoubleToInts) {
-    float const single = 1;
-    double const twofold = 1;
+    const float single = 1;
+    const double twofold = 1;
     unsigned char byte = 7;
     int number = 7;
     IPP::Convert(1, &single, &byte, 0, true);
@@ -69,7 +69,7 @@ TEST(ConvertNothing, FromFloatToBytesAndFromDoubleToInts) {
 
 template <typename T>
 void expectCopiedAndZeroed() {
-    T const source[] = {1, 2, 3, 4};
+    const T source[] = {1, 2, 3, 4};
     T values[] = {9, 9, 9, 9};
     IPP::Copy(3, source, values);
     EXPECT_THAT(values, testing::ElementsAre(1, 2, 3, 9));

@@ -21,12 +21,12 @@ namespace test::reference {
 using Bytes = std::vector<unsigned char>;
 
 inline int truncated(float x) {
-    double const value = x;
+    const double value = x;
     return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int>(x) : INT_MIN;
 }
 
 inline int shiftedOne(int bits) {
-    int const shift = (bits % 32 + 32) % 32;
+    const int shift = (bits % 32 + 32) % 32;
     return shift == 31 ? INT_MIN : 1 << shift;
 }
 
@@ -39,13 +39,13 @@ inline double twoToMinus(int scale) {
 }
 
 inline short floatToShort(float x, int scale, bool round) {
-    auto const m = static_cast<float>(shiftedOne(scale == INT_MIN ? 0 : -scale));
-    float const sum = !round ? x * m : 0.0F <= x ? x * m + 0.5F : x * m - 0.5F;
+    const auto m = static_cast<float>(shiftedOne(scale == INT_MIN ? 0 : -scale));
+    const float sum = !round ? x * m : 0.0F <= x ? x * m + 0.5F : x * m - 0.5F;
     return static_cast<short>(std::clamp(truncated(sum), -32768, 32767));
 }
 
 inline int floatToInt(float x, int scale, bool round) {
-    auto const f = static_cast<float>(twoToMinus(scale));
+    const auto f = static_cast<float>(twoToMinus(scale));
     if (scale == 0) {
         return truncated(withHalf(x, round));
     }
@@ -75,8 +75,8 @@ T bitsAs(std::uint64_t bits) {
 }
 
 template <typename T>
-Bytes asBytes(std::vector<T> const& values) {
-    auto const* const begin = reinterpret_cast<unsigned char const*>(values.data());
+Bytes asBytes(const std::vector<T>& values) {
+    const auto* const begin = reinterpret_cast<const unsigned char*>(values.data());
     return Bytes(begin, begin + values.size() * sizeof(T));
 }
 
@@ -86,10 +86,10 @@ Bytes randomInput(std::size_t n) {
     std::mt19937_64 random(20070612);
     std::vector<T> values(n);
     for (T& value : values) {
-        std::uint64_t const bits = random();
+        const std::uint64_t bits = random();
         value = bitsAs<T>(random());
         if (std::is_floating_point_v<T> && bits % 4 != 0) {
-            double const fraction = static_cast<std::int32_t>(bits >> 32) / 2147483648.0;
+            const double fraction = static_cast<std::int32_t>(bits >> 32) / 2147483648.0;
             value = static_cast<T>(std::ldexp(fraction, static_cast<int>(bits / 4 % 72) - 36));
         }
     }
@@ -99,7 +99,7 @@ Bytes randomInput(std::size_t n) {
 /// Integers near the limits and where float loses the last bits.
 template <typename T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
 Bytes specialInput() {
-    T const least = std::numeric_limits<T>::min(), greatest = std::numeric_limits<T>::max();
+    const T least = std::numeric_limits<T>::min(), greatest = std::numeric_limits<T>::max();
     return asBytes(std::vector<T>{0, 1, 2, 127, T(128), T(255), T(-1), T(-2), T(16777217), T(33554431), T(-16777219),
                                   least, T(least + 1), T(greatest - 1), greatest, T(greatest / 2), T(greatest - 63),
                                   T(greatest - 64)});
@@ -109,21 +109,21 @@ Bytes specialInput() {
 template <typename T, std::enable_if_t<std::is_floating_point_v<T>, int> = 0>
 Bytes specialInput() {
     using Float = std::numeric_limits<float>;
-    T const infinity = std::numeric_limits<T>::infinity();
+    const T infinity = std::numeric_limits<T>::infinity();
     std::vector<T> values;
     // clang-format off
-    double const turns[] = {
+    const double turns[] = {
         0.0, 0.25, 0.5, 1.0, 1.5, 2.0, 2.5, 32767.0, 32767.5, 32768.0, 65535.0, 65536.0, 4194304.0, 8388608.0,
         8388609.0, 16777216.0, 0x1p31, 0x1p32, 0x1p-16, 0x1p-32, 0x1p-31, 0x3p-32, infinity,
         std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), Float::min(), Float::max(), Float::denorm_min()};
     // clang-format on
-    for (double const turn : turns) {
-        auto const exact = static_cast<T>(turn);
-        for (T const value : {exact, std::nextafter(exact, T(0)), std::nextafter(exact, infinity)}) {
+    for (const double turn : turns) {
+        const auto exact = static_cast<T>(turn);
+        for (const T value : {exact, std::nextafter(exact, T(0)), std::nextafter(exact, infinity)}) {
             values.insert(values.end(), {value, -value});
         }
     }
-    for (std::uint64_t const bits : {0x7FC0000000000001U, 0xFFC0000000000001U, 0x7F80000100000001U, 0xFF81234500000001U,
+    for (const std::uint64_t bits : {0x7FC0000000000001U, 0xFFC0000000000001U, 0x7F80000100000001U, 0xFF81234500000001U,
                                      0x7FF8000000000000U, 0xFFF0000000000001U, 0x7FF0000020000000U}) {
         values.push_back(bitsAs<T>(sizeof(T) == sizeof bits ? bits : bits >> 32));
     }
@@ -137,8 +137,8 @@ struct Conversion {
     std::size_t resultSize;
     Bytes (*randomInput)(std::size_t n);
     Bytes (*specialInput)();
-    std::function<void(std::size_t n, void const* src, void* dst)> convert;
-    std::function<void(std::size_t n, void const* src, void* dst)> expect;
+    std::function<void(std::size_t n, const void* src, void* dst)> convert;
+    std::function<void(std::size_t n, const void* src, void* dst)> expect;
 };
 
 /// The conversion with these further arguments, whose plain loop applies `element`.
@@ -150,31 +150,31 @@ Conversion make(std::string name, To (*element)(From, Arguments...), Arguments..
             sizeof(To),
             randomInput<From>,
             specialInput<From>,
-            [=](std::size_t n, void const* src, void* dst) {
-                IPP::Convert(static_cast<unsigned int>(n), static_cast<From const*>(src), static_cast<To*>(dst),
+            [=](std::size_t n, const void* src, void* dst) {
+                IPP::Convert(static_cast<unsigned int>(n), static_cast<const From*>(src), static_cast<To*>(dst),
                              arguments...);
             },
-            [=](std::size_t n, void const* src, void* dst) {
+            [=](std::size_t n, const void* src, void* dst) {
                 for (std::size_t i = 0; i < n; ++i) {
                     From x;
-                    std::memcpy(&x, static_cast<char const*>(src) + i * sizeof x, sizeof x);
-                    To const result = element(x, arguments...);
+                    std::memcpy(&x, static_cast<const char*>(src) + i * sizeof x, sizeof x);
+                    const To result = element(x, arguments...);
                     std::memcpy(static_cast<char*>(dst) + i * sizeof result, &result, sizeof result);
                 }
             }};
 }
 
 /// Every conversion that has no scale, and every other one at each of `scales`, rounded and truncated.
-inline std::vector<Conversion> conversions(std::vector<int> const& scales) {
+inline std::vector<Conversion> conversions(const std::vector<int>& scales) {
     std::vector<Conversion> all = {make("byte to float", unscaled<unsigned char, float>),
                                    make("float to double", unscaled<float, double>),
                                    make("double to float", unscaled<double, float>)};
-    for (int const scale : scales) {
+    for (const int scale : scales) {
         all.insert(all.end(), {make("short to float", shortToFloating<float>, scale),
                                make("short to double", shortToFloating<double>, scale),
                                make("int to float", intToFloating<float>, scale),
                                make("int to double", intToFloating<double>, scale)});
-        for (bool const round : {false, true}) {
+        for (const bool round : {false, true}) {
             all.push_back(make("float to short", floatToShort, scale, round));
             all.push_back(make("float to int", floatToInt, scale, round));
         }

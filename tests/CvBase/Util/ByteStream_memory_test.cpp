@@ -14,20 +14,20 @@ using test::Bytes;
 using Util::ByteStream;
 
 TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
-    Bytes const many(1000, 7);
-    String const text("A text that no small buffer can hold, to be written with its length");
-    std::vector<std::function<void(ByteStream&)>> const writes = {
+    const Bytes many(1000, 7);
+    const String text("A text that no small buffer can hold, to be written with its length");
+    const std::vector<std::function<void(ByteStream&)>> writes = {
         [](ByteStream& stream) { stream << 1; },
         [](ByteStream& stream) { stream << 1.0; },
         [&](ByteStream& stream) { stream << text; },
         [&](ByteStream& stream) { stream << many; },
         [&](ByteStream& stream) { stream.Write(1000, many.data()); },
     };
-    Bytes const original{1, 2, 3, 4, 5, 6};
-    for (auto const& write : writes) {
+    const Bytes original{1, 2, 3, 4, 5, 6};
+    for (const auto& write : writes) {
         // Inside the stream, at its end, and beyond a gap; with memory left for the length of a text, or for nothing.
-        for (unsigned int const position : {5U, 6U, 300U}) {
-            for (unsigned int const reserved : {6U, 11U}) {
+        for (const unsigned int position : {5U, 6U, 300U}) {
+            for (const unsigned int reserved : {6U, 11U}) {
                 ByteStream stream(reserved);
                 stream << original;
                 stream.SetPosition(position);
@@ -46,7 +46,7 @@ TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
 }
 
 TEST(ByteStreamMemory, AFailedTextReadLeavesTheTextEmpty) {
-    String const written("A text that no small buffer of std::string can hold");
+    const String written("A text that no small buffer of std::string can hold");
     ByteStream stream(0);
     stream << written;
     String text;

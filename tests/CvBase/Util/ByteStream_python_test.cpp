@@ -23,7 +23,7 @@ std::string shown(T value) {
     text << +value << '\n';
     return text.str();
 }
-std::string shown(String const& text) {
+std::string shown(const String& text) {
     std::ostringstream digits;
     for (unsigned int i = 0; i < text.Length(); ++i) {
         digits << std::hex << static_cast<int>(static_cast<unsigned char>(text.CStr()[i]));
@@ -57,40 +57,40 @@ void forAllValues(Each each) {
     for (int i = 0; i < 200; ++i) {
         forAllKinds(random() >> i % 64, each);
     }
-    for (unsigned long long const bits : {0ULL, 0x80ULL, 0x8000ULL, 0x80000000ULL, 1ULL << 63, ULLONG_MAX}) {
+    for (const unsigned long long bits : {0ULL, 0x80ULL, 0x8000ULL, 0x80000000ULL, 1ULL << 63, ULLONG_MAX}) {
         forAllKinds(bits, each);
     }
 }
 
-std::string python(std::vector<std::string> arguments, std::string const& in) {
+std::string python(std::vector<std::string> arguments, const std::string& in) {
     arguments.insert(arguments.begin(), {"python3", BYTE_STREAM_SCRIPT});
     test::ProcessOptions options;
     options.in = in;
-    test::ProcessResult const result = test::run(arguments, options);
+    const test::ProcessResult result = test::run(arguments, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     return result.out;
 }
 
 TEST(ByteStreamAndPython, AreReadByEachOther) {
-    for (int const order : {0, 1, 2, 3, -1, INT_MIN}) {
-        std::string const pythonOrder = order == 0 || order == 1 ? "<" : ">";
+    for (const int order : {0, 1, 2, 3, -1, INT_MIN}) {
+        const std::string pythonOrder = order == 0 || order == 1 ? "<" : ">";
         std::string kinds, values;
         ByteStream stream(0);
         stream.SetEndianType(static_cast<DataStream::EndianType>(order));
-        forAllValues([&](char kind, auto const& value) {
+        forAllValues([&](char kind, const auto& value) {
             stream << value;
             kinds += kind;
             values += shown(value);
         });
-        test::Bytes const bytes = test::bytesOf(stream);
+        const test::Bytes bytes = test::bytesOf(stream);
         EXPECT_EQ(python({pythonOrder, kinds, "--read"}, std::string(bytes.begin(), bytes.end())), values) << order;
 
-        std::string const written = python({pythonOrder, kinds}, values);
+        const std::string written = python({pythonOrder, kinds}, values);
         ByteStream other(test::Bytes(written.begin(), written.end()));
         other.SetEndianType(static_cast<DataStream::EndianType>(order));
         std::string read;
         forAllValues([&](char, auto value) {
-            unsigned int const start = other.GetPosition();
+            const unsigned int start = other.GetPosition();
             value = decltype(value)();
             other >> value;
             read += shown(value);

@@ -29,11 +29,11 @@ using Util::ByteStream;
 using Util::DataStream;
 
 TEST(ByteStream, KeepsTheBitsOfNaNs) {
-    for (DataStream::EndianType const order : {DataStream::LittleEndian, DataStream::BigEndian}) {
+    for (const DataStream::EndianType order : {DataStream::LittleEndian, DataStream::BigEndian}) {
         ByteStream stream(0);
         stream.SetEndianType(order);
         stream << 0x7F800001U << 0x7FF0000000000001ULL;
-        Bytes const bytes = bytesOf(stream);
+        const Bytes bytes = bytesOf(stream);
         float single = 0;
         double twofold = 0;
         stream.SetPosition(0);
@@ -50,7 +50,7 @@ TEST(ByteStream, DropsTheUpperHalfOfALongAndTakesEveryByteButZeroForTrue) {
     EXPECT_THAT(bytesOf(stream), ElementsAre(0x84, 0x83, 0x82, 0x81, 0x84, 0x83, 0x82, 0x81));
 
     ByteStream bools(Bytes{0, 1, 2, 0x80, 0xFF});
-    for (unsigned char const expected : Bytes{0, 1, 1, 1, 1}) {
+    for (const unsigned char expected : Bytes{0, 1, 1, 1, 1}) {
         bool value = expected == 0;
         bools >> value;
         EXPECT_EQ(std::memcmp(&value, &expected, 1), 0);
@@ -63,7 +63,7 @@ TEST(ByteStream, StoresTextsWithOrWithoutTheirLengthAndVectorsWithout) {
     stream << String("a") << String() << test::makeText(std::string_view("b\0c", 3)) << Bytes{8, 9} << Bytes{};
     EXPECT_THAT(bytesOf(stream), ElementsAre(0, 0, 0, 1, 'a', 0, 0, 0, 0, 0, 0, 0, 3, 'b', 0, 'c', 8, 9));
     stream.SetPosition(0);
-    for (char const* const expected : {"a", "", "b"}) {
+    for (const char* const expected : {"a", "", "b"}) {
         String text("before");
         stream >> text;
         EXPECT_EQ(text, expected);
@@ -81,7 +81,7 @@ TEST(ByteStream, StoresTextsWithOrWithoutTheirLengthAndVectorsWithout) {
 }
 
 TEST(ByteStream, StartsWithWhatItIsGivenAndMovesAnywhereModuloTwoToThe32nd) {
-    unsigned char const data[] = {1, 2, 3};
+    const unsigned char data[] = {1, 2, 3};
     ByteStream reserved(16), none(0, nullptr), stream(3, data);
     EXPECT_TRUE(reserved.AtEnd() && none.AtEnd() && none.GetSize() == 0);
     EXPECT_THAT(bytesOf(stream), ElementsAre(1, 2, 3));
@@ -116,7 +116,7 @@ TEST(ByteStream, GrowsAsItIsWrittenTo) {
             } else {
                 stream.Write(static_cast<unsigned int>(bytes.size()), bytes.data());
             }
-            std::size_t const end = position + bytes.size();
+            const std::size_t end = position + bytes.size();
             if (!bytes.empty()) {
                 model.resize(std::max(model.size(), end));
                 std::copy(bytes.begin(), bytes.end(),
@@ -130,9 +130,9 @@ TEST(ByteStream, GrowsAsItIsWrittenTo) {
 }
 
 TEST(ByteStream, RefusesToGrowBeyondItsPositions) {
-    Bytes const two{1, 2};
+    const Bytes two{1, 2};
     ByteStream stream(two);
-    for (unsigned int const position : {0xFFFFFFFEU, 0xFFFFFFFFU}) {
+    for (const unsigned int position : {0xFFFFFFFEU, 0xFFFFFFFFU}) {
         stream.SetPosition(position);
         EXPECT_THROW(stream << static_cast<short>(1), std::bad_alloc);
         EXPECT_THROW(stream << 1.0, std::bad_alloc);
@@ -174,12 +174,12 @@ std::vector<unsigned int> positionsWithout(unsigned int width, unsigned int size
 
 template <typename... T>
 void expectNumberFailures(unsigned int width) {
-    for (unsigned int const size : {0U, width - 1, 10U}) {
+    for (const unsigned int size : {0U, width - 1, 10U}) {
         ByteStream stream(Bytes(size, 0xEE));
-        for (unsigned int const position : positionsWithout(width, size)) {
-            std::string const message = "Can't extract " + std::to_string(width) + " bytes at position " +
+        for (const unsigned int position : positionsWithout(width, size)) {
+            const std::string message = "Can't extract " + std::to_string(width) + " bytes at position " +
                                         std::to_string(position) + ", total size " + std::to_string(size);
-            auto const expectRefused = [&](auto const one) {
+            const auto expectRefused = [&](const auto one) {
                 auto value = one;
                 expectFailure([&] { stream >> value; }, message, EXTRACT_LINE);
                 EXPECT_EQ(value, one);
@@ -199,9 +199,9 @@ TEST(ByteStreamFailures, WhatIsNotThereChangesNothing) {
     expectNumberFailures<long long, unsigned long long, double>(8);
 
     ByteStream stream(Bytes(10, 0xEE));
-    for (unsigned int const count : {1U, 3U, 10U, 11U}) {
-        for (unsigned int const position : positionsWithout(count, 10)) {
-            std::string const message = "Can't read " + std::to_string(count) + " bytes";
+    for (const unsigned int count : {1U, 3U, 10U, 11U}) {
+        for (const unsigned int position : positionsWithout(count, 10)) {
+            const std::string message = "Can't read " + std::to_string(count) + " bytes";
             Bytes bytes(count, 1), none;
             stream.SetPosition(position);
             expectFailure([&] { stream >> bytes; }, message, VECTOR_LINE);
@@ -215,7 +215,7 @@ TEST(ByteStreamFailures, WhatIsNotThereChangesNothing) {
 }
 
 TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
-    std::string const missing = "Can't read string of length ", tooLong = "Improbable string length ";
+    const std::string missing = "Can't read string of length ", tooLong = "Improbable string length ";
     // clang-format off
     const struct { unsigned int length, available; std::string message; int line; } rows[] = {
         {0, 0, "", 0}, {5, 5, "", 0}, {5, 4, missing + "5", TEXT_LINE}, {200000, 200000, "", 0},
@@ -223,7 +223,7 @@ TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
         {0xFFFFFFFF, 8, tooLong + "4294967295", TEXT_LENGTH_LINE},
     };
     // clang-format on
-    for (auto const& row : rows) {
+    for (const auto& row : rows) {
         ByteStream stream(0);
         stream << row.length << Bytes(row.available, 'x');
         stream.SetPosition(0);
@@ -233,7 +233,7 @@ TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
         } else {
             expectFailure([&] { stream >> text; }, row.message, row.line);
         }
-        unsigned int const read = row.message.empty() ? row.length : 0;
+        const unsigned int read = row.message.empty() ? row.length : 0;
         EXPECT_EQ(text, std::string(read, 'x').c_str());
         EXPECT_EQ(stream.GetPosition(), 4 + read);
     }
@@ -299,12 +299,12 @@ TEST(DataStream, KeepsTheOrderOfItsVirtualFunctions) {
                            unsigned long long, long, unsigned long, float, double>()),
               expected);
     // clang-format off
-    std::size_t const others[] = {
+    const std::size_t others[] = {
         slotOf(&DataStream::GetEndianType), slotOf(&DataStream::SetEndianType),
         slotOf(&DataStream::IsWriteStringLength), slotOf(&DataStream::SetWriteStringLength),
         slotOf<DataStream&(String&)>(&DataStream::operator>>), slotOf<DataStream&(Bytes&)>(&DataStream::operator>>),
-        slotOf(&DataStream::Read), slotOf<DataStream&(String const&)>(&DataStream::operator<<),
-        slotOf<DataStream&(Bytes const&)>(&DataStream::operator<<), slotOf(&DataStream::Write),
+        slotOf(&DataStream::Read), slotOf<DataStream&(const String&)>(&DataStream::operator<<),
+        slotOf<DataStream&(const Bytes&)>(&DataStream::operator<<), slotOf(&DataStream::Write),
         slotOf(&DataStream::AtEnd), slotOf(&DataStream::GetPosition), slotOf(&DataStream::GetSize),
         slotOf(&DataStream::GetRemaining), slotOf(&DataStream::SetPosition), slotOf(&DataStream::Skip)};
     // clang-format on
@@ -315,7 +315,7 @@ template <typename T, typename = void>
 constexpr bool CAN_WRITE = false;
 template <typename T>
 constexpr bool CAN_WRITE<T, std::void_t<decltype(std::declval<ByteStream&>() << std::declval<T>())>> = true;
-static_assert(!CAN_WRITE<char const (&)[5]> && !CAN_WRITE<char*> && CAN_WRITE<bool>, "no pointer is a truth value");
+static_assert(!CAN_WRITE<const char (&)[5]> && !CAN_WRITE<char*> && CAN_WRITE<bool>, "no pointer is a truth value");
 static_assert(!std::is_copy_constructible_v<ByteStream> && !std::is_copy_assignable_v<ByteStream>);
 
 }  // namespace

@@ -10,7 +10,7 @@ using Bytes = std::vector<unsigned char>;
 
 /// All bytes of `stream`, which stays where it is.
 inline Bytes bytesOf(Util::DataStream& stream) {
-    unsigned int const position = stream.GetPosition();
+    const unsigned int position = stream.GetPosition();
     Bytes bytes(stream.GetSize());
     stream.SetPosition(0);
     stream >> bytes;

@@ -86,7 +86,7 @@ TYPED_TEST(SmartPtr, DisposeGivesTheShareUpOnce) {
 
 TEST(SharedPtr, ReplaceLeavesTheOtherHolders) {
     shared_ptr<Counted> a(new Counted(1));
-    unsigned int volatile* const count = a.count();
+    volatile unsigned int* const count = a.count();
     a.replace(new Counted(2));
     EXPECT_EQ(a.count(), count);
     EXPECT_EQ(Counted::alive, 1);

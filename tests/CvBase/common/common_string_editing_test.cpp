@@ -144,7 +144,7 @@ TEST(StringJoin, LeavesOutNothingButEmptyPieces) {
 }
 
 /// Replacing as its definition says, one piece after another.
-String replaceByDefinition(String const& source, String const& from, String const& to) {
+String replaceByDefinition(const String& source, const String& from, const String& to) {
     if (source.IsEmpty() || from.IsEmpty()) {
         return source;
     }
@@ -208,7 +208,7 @@ TEST(StringEditing, TakesLongTexts) {
 
 // What memory exhaustion leaves behind: the text as it was, and no leak. Each allocation of each operation fails once.
 
-constexpr char const* LONG_TEXT =
+constexpr const char* LONG_TEXT =
     " A text that no small buffer inside of std::string can hold, with \xC3\xA9, %1 and more ";
 
 TEST(StringMemory, AFailedChangeLeavesTheTextAsItWas) {

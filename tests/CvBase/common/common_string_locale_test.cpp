@@ -25,7 +25,7 @@ std::string probe(Environment environment, std::vector<std::string> arguments) {
 
 TEST(DecimalSeparator, IsTheUsers) {
     // clang-format off
-    const struct { Environment environment; char const* number; } rows[] = {
+    const struct { Environment environment; const char* number; } rows[] = {
         {{}, "1234.50"}, {{{"LC_ALL", "en_US.UTF-8"}}, "1234.50"}, {{{"LC_ALL", "bogus"}}, "1234.50"},
         {{{"LC_ALL", "de_DE.UTF-8"}}, "1234,50"}, {{{"LANG", "de_DE"}}, "1234,50"}, {{{"LC_NUMERIC", "fr_FR.UTF-8"}, {"LANG", "C"}}, "1234,50"},
         {{{"LC_ALL", "C"}, {"LANG", "de_DE.UTF-8"}}, "1234.50"},
@@ -39,7 +39,7 @@ TEST(DecimalSeparator, IsTheUsers) {
 }
 
 TEST(DecimalSeparator, IsReadBackBesideThePointAndTheComma) {
-    for (char const* locale : {"C", "de_DE.UTF-8"}) {
+    for (const char* locale : {"C", "de_DE.UTF-8"}) {
         const std::string out =
             probe({{"LC_ALL", locale}}, {"1.5", "1,5", " 1,5 ", "12", " 12", "1.5.5", "\xE9", "  "});
         EXPECT_EQ(out.substr(out.find('\n')),

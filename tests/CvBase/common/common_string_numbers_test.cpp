@@ -21,7 +21,7 @@ const Bytes NONE;
 
 TEST(StringNumber, Of32Bits) {
     // clang-format off
-    const struct { int value; unsigned int base; Width width; char const* text; } rows[] = {
+    const struct { int value; unsigned int base; Width width; const char* text; } rows[] = {
         {0, 10, {}, "0"}, {0, 10, 0, "0"}, {0, 2, 3, "000"}, {255, 16, {}, "FF"}, {35, 36, {}, "Z"}, {5, 2, 4, "0101"},
         {-7, 10, 3, "-007"}, {-7, 10, 1, "-7"}, {-255, 16, {}, "-FF"}, {-255, 0, {}, "-255"}, {255, 1, {}, "255"}, {255, 37, 5, "00255"},
         {INT_MAX, 10, {}, "2147483647"}, {INT_MAX, 2, {}, "1111111111111111111111111111111"},
@@ -52,7 +52,7 @@ TEST(StringNumber, TakesTheLower32BitsOfALong) {
 
 TEST(StringNumber, Of64Bits) {
     // clang-format off
-    const struct { long long value; unsigned int base; Width width; char const* asSigned; char const* asUnsigned; } rows[] = {
+    const struct { long long value; unsigned int base; Width width; const char* asSigned; const char* asUnsigned; } rows[] = {
         {0, 10, {}, "0", "0"}, {255, 2, {}, "255", "255"}, {255, 36, 5, "00255", "00255"}, {255, 16, {}, "FF", "FF"},
         {-1, 16, {}, "FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF"}, {-1, 10, {}, "-1", "18446744073709551615"},
         {-7, 16, 2, "-FFFFFFFFFFFFFFF9", "FFFFFFFFFFFFFFF9"}, {-7, 16, 18, "-00FFFFFFFFFFFFFFF9", "00FFFFFFFFFFFFFFF9"},
@@ -74,7 +74,7 @@ TEST(StringNumber, Of64Bits) {
 TEST(StringNumber, OfFloatingValues) {
     constexpr unsigned int NO = String::NO_PRECISION;
     // clang-format off
-    const struct { double value; unsigned int precision; Width format; char const* text; } rows[] = {
+    const struct { double value; unsigned int precision; Width format; const char* text; } rows[] = {
         {1.5, NO, {}, "1.500000"}, {1.5, 2, {}, "1.50"}, {1.5, 0, 'f', "2"}, {1234.5, 3, 'e', "1.234e+03"}, {1234.5, NO, 'E', "1.234500E+03"},
         {0.0001, NO, 'g', "0.0001"}, {1e-10, 3, 'G', "1E-10"}, {-0.0, 1, 'F', "-0.0"}, {1.5, 1, 'x', "1.5"}, {1.5, 1, 0, "1.5"},
         {1.5, 1, 0x166, "1.5"}, {1.5, 1, 0x80000065, "1.5"}, {1e300, 1, 'g', "1e+300"},
@@ -95,7 +95,7 @@ TEST(StringNumber, OfFloatingValues) {
 
 TEST(StringArg, FillsTheLowestPlaceholder) {
     // clang-format off
-    const struct { Bytes text; char const* first; char const* second; Bytes result; } rows[] = {
+    const struct { Bytes text; const char* first; const char* second; Bytes result; } rows[] = {
         {"%2 of %1", "x", "y", "y of x"}, {"%1 and %1", "a", "b", "a and b"}, {"%7%3", "a", "b", "ba"}, {"%0%1", "a", "b", "ab"},
         {"%10", "x", "y", "x0y"}, {"100%", "x", "y", "100%xy"}, {"%%1", "x", "y", "%xy"}, {"%", "x", "y", "%xy"},
         {"%a%", "x", "", "%a%x"}, {"", "x", "y", "xy"}, {NONE, "x", "y", "xy"}, {NONE, "", "", NONE}, {"%9", nullptr, "", ""},

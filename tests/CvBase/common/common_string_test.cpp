@@ -23,9 +23,9 @@ static_assert(sizeof(String) == 2 * sizeof(void*));
 static_assert(std::is_nothrow_copy_constructible_v<String> && std::is_nothrow_move_assignable_v<String>);
 
 TEST(String, ConstructsNullEmptyOrBytes) {
-    char const* const null = nullptr;
+    const char* const null = nullptr;
     // clang-format off
-    const struct { char const* what; String text; Bytes bytes; } rows[] = {
+    const struct { const char* what; String text; Bytes bytes; } rows[] = {
         {"default", String(), NONE}, {"nullptr", String(nullptr), NONE}, {"null pointer", String(null), NONE},
         {"null and a length", String(null, 3), NONE}, {"empty", String(""), ""}, {"text", String("abc"), "abc"},
         {"bytes unchanged", String("\xC3\xFF\x80"), "\xC3\xFF\x80"}, {"cut", String("abcdef", 3), "abc"},
@@ -65,7 +65,7 @@ TEST(String, CopiesShareAndAssignmentsRelease) {
     b = b.CStr() + 1;
     EXPECT_EQ(b, "bc") << "from its own text";
     EXPECT_EQ(b.Assign(b.CStr() + 1, 5), "c");
-    b = static_cast<char const*>(nullptr);
+    b = static_cast<const char*>(nullptr);
     EXPECT_TRUE(b.IsNull());
     EXPECT_FALSE(String().SharesTextWith(String()));
 
@@ -91,7 +91,7 @@ TEST(String, AppendingToNothingShares) {
     EXPECT_EQ(bytesOf(a), "ab\0c"s);
     EXPECT_EQ(bytesOf(a + a), "ab\0cab\0c"s);
     EXPECT_EQ(bytesOf(a + "d" + 'e'), "ab\0cde"s);
-    EXPECT_TRUE((String() + static_cast<char const*>(nullptr)).IsNull());
+    EXPECT_TRUE((String() + static_cast<const char*>(nullptr)).IsNull());
 
     String empty("");
     empty += String();
@@ -130,7 +130,7 @@ TEST(String, TruncateOnlyShortens) {
 
 /// Expects of each comparison of `a` and `b`, either of which may be a String, what the sign of `order` says.
 template <typename A, typename B>
-void expectOrder(A const& a, B const& b, int order) {
+void expectOrder(const A& a, const B& b, int order) {
     EXPECT_EQ(a == b, order == 0);
     EXPECT_EQ(a != b, order != 0);
     EXPECT_EQ(a < b, order < 0);
@@ -160,7 +160,7 @@ TEST(StringComparison, OrdersAsBytesUpToTheFirstNul) {
 }
 
 TEST(StringComparison, WithANullPointerIsAlwaysFalse) {
-    char const* const null = nullptr;
+    const char* const null = nullptr;
     for (const String& text : {String(), String(""), String("a")}) {
         EXPECT_FALSE(text == null || text < null || text <= null || text > null || text >= null);
         EXPECT_FALSE(null == text || null < text || null <= text || null > text || null >= text);
@@ -201,7 +201,7 @@ TEST(StringFind, ByteFromTheEnd) {
 
 TEST(StringFind, Text) {
     // clang-format off
-    const struct { Bytes text; char const* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+    const struct { Bytes text; const char* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
         {"abc", "bc", 0, true, 1}, {"abc", "bd", 0, true, {}}, {"abc", "", 1, true, 1}, {"abc", "", 3, true, {}},
         {"abab", "ab", 1, true, 2}, {"abc", "BC", 0, true, {}}, {"abc", "abcd", 0, true, {}},
         {"abc", "BC", 0, false, 1}, {"aBC", "bc", 1, false, 1}, {"abc", "", 2, false, 2}, {"abc", nullptr, 2, false, 2},
@@ -244,7 +244,7 @@ TEST(StringPieces, LeftRightMid) {
     const String abc("abc");
     const String nul = makeText("a\0b"s);
     // clang-format off
-    const struct { char const* what; String piece; Bytes bytes; } rows[] = {
+    const struct { const char* what; String piece; Bytes bytes; } rows[] = {
         {"left of null", null.Left(2), NONE}, {"right of null", null.Right(0), NONE}, {"mid of null", null.Mid(0), NONE},
         {"left of empty", empty.Left(2), ""}, {"right of empty", empty.Right(2), ""}, {"mid of empty", empty.Mid(0), NONE},
         {"left none", abc.Left(0), ""}, {"left two", abc.Left(2), "ab"}, {"left all", abc.Left(10), "abc"},

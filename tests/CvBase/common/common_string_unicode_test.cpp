@@ -23,21 +23,21 @@ const Bytes NONE;
 
 /// A copy in which nothing follows the terminating 0, so that the address sanitizer sees a read behind it.
 template <typename Unit, typename Text>
-std::unique_ptr<Unit[]> exactly(Text const& text) {
+std::unique_ptr<Unit[]> exactly(const Text& text) {
     std::unique_ptr<Unit[]> units(new Unit[text.size() + 1]);
     std::memcpy(units.get(), text.c_str(), (text.size() + 1) * sizeof(Unit));
     return units;
 }
 
-String fromUtf16(std::u16string const& text, unsigned int encoding = UTF8) {
+String fromUtf16(const std::u16string& text, unsigned int encoding = UTF8) {
     return String(exactly<unsigned short>(text).get(), encoding);
 }
 
-String fromWide(std::wstring const& text) {
+String fromWide(const std::wstring& text) {
     return String(exactly<wchar_t>(text).get());
 }
 
-Units unicodeOf(String const& text, unsigned int encoding = UTF8) {
+Units unicodeOf(const String& text, unsigned int encoding = UTF8) {
     const shared_array<unsigned short> units = text.Unicode(encoding);
     if (units.get() == nullptr) {
         return {};
@@ -61,7 +61,7 @@ TEST(StringUnicode, ConvertsFromUtf16) {
     for (const auto& row : rows) {
         EXPECT_EQ(bytesOf(fromUtf16(row.text, row.encoding)), row.bytes);
     }
-    EXPECT_TRUE(String(static_cast<unsigned short const*>(nullptr)).IsNull());
+    EXPECT_TRUE(String(static_cast<const unsigned short*>(nullptr)).IsNull());
 }
 
 TEST(StringUnicode, ConvertsFromWideText) {
