@@ -5,6 +5,8 @@
 #include <limits>
 #include <system_error>
 
+#include "plugin/ExportedNames.h"
+
 namespace host {
 
 namespace {
@@ -92,24 +94,24 @@ void addRunCommand(CLI::App& app, Options& options) {
     CLI::App& run = *app.add_subcommand("run", "Load a plug-in, run its steps, report what changed");
     run.footer(RUN_FOOTER);
     addBundle(run, options);
-    addNumber(run, "--product", "CODE", options.product, INT32_LEAST, INT32_MOST,
+    addNumber(run, "--product", "CODE", options.installation.product, INT32_LEAST, INT32_MOST,
               "The numeric code of the product that is installed, for example 5100",
               "; products go by numeric codes, for example 5100")
         ->required();
-    addNumber(run, "--language", "CODE", options.language, INT32_LEAST, INT32_MOST,
+    addNumber(run, "--language", "CODE", options.installation.language, INT32_LEAST, INT32_MOST,
               "The installation's language as a classic Mac OS code: 0 English, 1 French,\n2 German, 3 Italian, "
               "6 Spanish, 11 Japanese (default: 0)",
               "; languages go by classic Mac OS codes, for example 0 for English and 1 for French");
     addChoice<std::vector<Step>>(
-        run, "--step", options.steps,
+        run, "--step", options.installation.steps,
         {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
         "The step to run (default: both)");
-    addNumber<std::uint16_t>(
-        run, "--block-version", "N", options.blockVersion, 0, 0xFFFF,
-        "The version to write into the parameter block\n(default: 1000, the one that plug-ins accept)");
-    addChoice<bool>(run, "--entry", options.direct, {{"table", false}, {"direct", true}},
-                    "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
-                    "directly (default: table)");
+    addNumber<std::uint16_t>(run, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block\n(default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
+    addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
+                    std::string("Call the steps through the interface table, or the exported functions\n") +
+                        XCOD_PRE_INSTALL_NAME + " and " + XCOD_POST_INSTALL_NAME + " directly (default: table)");
     run.add_option("--root", options.root,
                    "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
                    "/Applications, the "
@@ -189,6 +191,9 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     options.command = app.got_subcommand("run")     ? Command::Run
                       : app.got_subcommand("check") ? Command::Check
                                                     : Command::Show;
+    if (options.command != Command::Run) {
+        options.installation.steps.clear();
+    }
     parsed.proceed = true;
     return parsed;
 }

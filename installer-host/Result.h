@@ -29,7 +29,7 @@ struct StepResult {
 };
 
 /// Something that the bundle's code asked the system to store and that was not stored.
-struct StoreFailure {
+struct NotStored {
     std::string what;    ///< usually a path
     std::string reason;  ///< to end a sentence with
 };
@@ -42,15 +42,22 @@ struct Finding {
     ExitStatus status = ExitStatus::Done;  ///< what the check comes to when it is not ok
 };
 
-/// All that a run's report tells.
-struct RunResult {
-    std::string bundle;  ///< absolute
-    std::string root;    ///< absolute; empty for the machine itself
-    Options options;
-    std::vector<StepResult> steps;
-    std::vector<StoreFailure> notStored;
-    Changes changes;
-    ExitStatus status = ExitStatus::Done;
+/// How the worker ended.
+enum class WorkerEnd {
+    Finished,  ///< it did all that it was to do
+    TimedOut,  ///< it was killed when its time was over
+    Died       ///< the bundle's code ended the process
+};
+
+/// All that became known in a run or a check: the judgement and the reports are made of this alone.
+struct Result {
+    Options options;  ///< what was asked for, the paths absolute
+    WorkerEnd end = WorkerEnd::Finished;
+    std::string endText;               ///< how the process ended that died, for example "signal 11 (...)"
+    std::vector<StepResult> steps;     ///< of a run: each that was asked for
+    std::vector<NotStored> notStored;  ///< of a run
+    Changes changes;                   ///< of a run
+    std::vector<Finding> findings;     ///< of a check
 };
 
 }  // namespace host

@@ -1,25 +1,22 @@
-#include <algorithm>
+// The program installer-host. README.md tells one run from here to the exit status.
+
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <optional>
 
+#include "installer-host/Judgement.h"
+#include "installer-host/Message.h"
 #include "installer-host/Options.h"
+#include "installer-host/Plan.h"
+#include "installer-host/look/Snapshot.h"
+#include "installer-host/report/JsonReport.h"
 #include "installer-host/report/TextReport.h"
 #include "installer-host/run/ChildProcess.h"
-#include "installer-host/run/DryRunCopy.h"
 #include "installer-host/run/Listener.h"
-#include "plugin/ParamBlock.h"
 
 namespace {
 
 using namespace host;
-namespace fs = std::filesystem;
-
-void say(const std::string& message) {
-    std::fprintf(stderr, "installer-host: %s\n", message.c_str());
-}
 
 /// Writes a report, or the help, to standard output, to the last byte.
 void print(const std::string& text) {
@@ -28,138 +25,51 @@ void print(const std::string& text) {
     }
 }
 
-/// The bundle's absolute path without symbolic links.
-std::string findBundle(const std::string& path) {
-    std::error_code error;
-    const fs::path found = fs::canonical(path, error);
-    if (error) {
-        throw Failure(ExitStatus::BundleUnusable,
-                      "there is no bundle at '" + path + "': " + error.message() +
-                          "\n'make' builds the plug-in as build/release/CorvaneInstall.bundle.");
+/// Says why a verdict is not a good one.
+void explain(const Verdict& verdict) {
+    if (!verdict.message.empty()) {
+        say(verdict.message);
     }
-    if (!fs::is_regular_file(found / "Contents/Info.plist", error)) {
-        throw Failure(ExitStatus::BundleUnusable,
-                      "'" + path + "' is no bundle: there is no file Contents/Info.plist in it");
-    }
-    return found;
 }
 
-std::string findRoot(const std::string& path) {
-    if (path.empty()) {
-        return path;
-    }
-    const RootFolder exists(path);
-    return fs::canonical(path);
-}
-
-/// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
-bool isAllStored(const RunResult& run) {
-    const auto setsFlags = [](const StepResult& step) {
-        return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
-    };
-    const bool setFlags = std::any_of(run.steps.begin(), run.steps.end(), setsFlags);
-    const auto isMissing = [&](const Unreadable& unreadable) {
-        return unreadable.kind == Unreadable::Kind::Stored || (unreadable.kind == Unreadable::Kind::Finder && setFlags);
-    };
-    const auto& unreadable = run.changes.unreadable;
-    return run.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
-}
-
-/// The exit status of a run, and the message that goes with it.
-ExitStatus judge(const RunResult& run, const WorkerResult& worker) {
-    std::string during = "was in none of the steps, but loading or giving the interface up";
-    for (const StepResult& step : run.steps) {
-        const std::string name = longName(step.step);
-        if (step.outcome == StepResult::Outcome::Exception) {
-            say("an exception of type " + step.fault + " left the " + name +
-                (step.faultMessage.empty() ? "" : ": " + step.faultMessage));
-            return ExitStatus::ExceptionLeftStep;
-        }
-        if (step.outcome == StepResult::Outcome::Crashed) {
-            say("the " + name + " ended the process: " + step.fault);
-            return ExitStatus::ExceptionLeftStep;
-        }
-        during = step.outcome == StepResult::Outcome::TimedOut ? "was in the " + name : during;
-    }
-    if (worker.timedOut) {
-        say("the run was ended after " + std::to_string(run.options.timeout) + " s: the bundle's code " + during +
-            ".\nGive it more time with --timeout SECONDS.");
-        return ExitStatus::TimedOut;
-    }
-    if (!worker.finished) {
-        say("the bundle's code ended the process outside of a step: " + worker.end);
-        return ExitStatus::BundleUnusable;
-    }
-    for (const StepResult& step : run.steps) {
-        if ((step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) != 0) {
-            say(std::string("the ") + longName(step.step) + " set the failure bit of resultFlags");
-            return ExitStatus::StepFailed;
-        }
-    }
-    if (!isAllStored(run)) {
-        say("not everything could be stored; the report says what and why");
-        return ExitStatus::NotStored;
-    }
-    return ExitStatus::Done;
-}
-
-ExitStatus runCommand(Options options) {
-    RunResult run;
-    options.bundle = findBundle(options.bundle);
-    run.bundle = options.bundle;
-    run.root = findRoot(options.root);
-    run.options = options;
-    std::optional<DryRunCopy> copy;
-    if (options.dryRun) {
-        copy.emplace(run.root.empty() ? "/" : run.root);
-    }
-    const std::string workedOn = copy ? copy->path() : run.root;
-    const RootFolder root(workedOn);
-
+ExitStatus runCommand(const Plan& plan) {
+    const Options& options = plan.options();
+    const RootFolder root(plan.workedOn());
     const Snapshot before = takeSnapshot(root);
-    const WorkerResult worker = runWorker(options, workedOn);
-    run.changes = compare(before, takeSnapshot(root), options.verbose);
-    run.steps = worker.steps;
-    run.notStored = worker.notStored;
-    run.status = judge(run, worker);
-    print(runReport(run));
-    return run.status;
+    Result result = runWorker(options, plan.workedOn());
+    result.changes = compare(before, takeSnapshot(root), options.verbose);
+    const Verdict verdict = judge(result);
+    explain(verdict);
+    print(options.format == Format::Json ? runJson(result, verdict.status) : runText(result));
+    return verdict.status;
 }
 
-ExitStatus checkCommand(Options options) {
-    options.bundle = findBundle(options.bundle);
-    WorkerResult worker = runWorker(options, "");
-    if (worker.timedOut) {
-        worker.findings.push_back({"code", false, "does not end in time", ExitStatus::TimedOut});
-    } else if (!worker.finished) {
-        worker.findings.push_back({"code", false, "ended the process: " + worker.end, ExitStatus::BundleUnusable});
-    }
-    print(checkReport(options.bundle, worker.findings, options.format));
-    for (const Finding& finding : worker.findings) {
-        if (!finding.ok) {
-            say("this bundle is no usable installer plug-in; the report's lines with 'failed' say why");
-            return finding.status;
-        }
-    }
+ExitStatus checkCommand(const Plan& plan) {
+    const Options& options = plan.options();
+    const Result result = runWorker(options, plan.workedOn());
+    const Verdict verdict = judge(result);
+    print(options.format == Format::Json ? checkJson(result) : checkText(result));
+    explain(verdict);
+    return verdict.status;
+}
+
+ExitStatus showCommand(const Plan& plan) {
+    const Options& options = plan.options();
+    const Snapshot snapshot = takeSnapshot(RootFolder(plan.workedOn()));
+    print(options.format == Format::Json ? showJson(snapshot, options.root) : showText(snapshot, options.root));
     return ExitStatus::Done;
 }
 
-ExitStatus showCommand(Options options) {
-    options.root = findRoot(options.root);
-    print(showReport(takeSnapshot(RootFolder(options.root)), options));
-    return ExitStatus::Done;
-}
-
-ExitStatus perform(const Options& options) {
-    switch (options.command) {
+ExitStatus perform(const Plan& plan) {
+    switch (plan.options().command) {
         case Command::Run:
-            return runCommand(options);
+            return runCommand(plan);
         case Command::Check:
-            return checkCommand(options);
+            return checkCommand(plan);
         case Command::Show:
             break;
     }
-    return showCommand(options);
+    return showCommand(plan);
 }
 
 }  // namespace
@@ -170,7 +80,7 @@ int main(int argc, char** argv) {
     try {
         const ParsedOptions parsed = parseOptions(argc, argv);
         if (parsed.proceed) {
-            status = perform(parsed.options);
+            status = perform(Plan(parsed.options));
         } else if (parsed.status == ExitStatus::Done) {
             print(parsed.text);
         } else {

@@ -9,6 +9,7 @@
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/common/common_exception_base.h"
+#include "plugin/ExportedNames.h"
 
 namespace host {
 
@@ -55,6 +56,17 @@ cv::CFReference<CFStringRef> makeString(const std::string& text) {
     return cv::CFReference(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
+std::string textOf(CFStringRef string) {
+    char buffer[256];
+    const bool fits = string != nullptr && CFGetTypeID(string) == CFStringGetTypeID() &&
+                      CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8);
+    return fits ? buffer : "";
+}
+
+std::string textOf(CFUUIDRef identifier) {
+    return textOf(cv::CFReference<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, identifier)).get());
+}
+
 BundleSession::BundleSession(const std::string& path)
     : path_(path), plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
     if (!plugIn_) {
@@ -92,8 +104,8 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     const std::vector<CFUUIDRef> factories = session.factories();
     if (!direct && factories.empty()) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the bundle registers no factory for the installer's plug-in type "
-                      "5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8 (CFPlugInTypes in its Info.plist)");
+                      "the bundle registers no factory for the installer's plug-in type " + textOf(XCodPlugInTypeID()) +
+                          " (CFPlugInTypes in its Info.plist)");
     }
     session.load();
     if (direct) {
@@ -109,7 +121,7 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     (*unknown)->Release(unknown);
     if (answer != S_OK || found == nullptr) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the plug-in refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8");
+                      "the plug-in refused the installer interface " + textOf(XCodInterfaceID()));
     }
     interface_ = static_cast<const XCodFunctionBlock**>(found);
 }
@@ -124,7 +136,7 @@ StepFunction StepEntries::entry(Step step) const {
     if (interface_ != nullptr) {
         return (*interface_)->XCodMain;
     }
-    const char* name = step == Step::PreInstall ? "PreInstall" : "PostInstall";
+    const char* name = step == Step::PreInstall ? XCOD_PRE_INSTALL_NAME : XCOD_POST_INSTALL_NAME;
     void* function = session_.exportedFunction(name);
     if (function == nullptr) {
         throw Failure(ExitStatus::BundleUnusable, std::string("the bundle's code exports no function ") + name);

@@ -5,28 +5,16 @@
 
 #include "installer-host/bundle/BundleSession.h"
 #include "installer-host/bundle/DynamicSymbols.h"
+#include "plugin/ExportedNames.h"
 
 namespace host {
 
 namespace {
 
-constexpr const char* EXPORTS[] = {"MyFactory", "PostInstall", "PreInstall", "g_cvPluginID"};
-
 constexpr CFUUIDBytes IUNKNOWN_ID{0, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 /// An identifier that no interface and no plug-in type has.
 constexpr CFUUIDBytes NOBODYS_ID{0x3B, 0x8E, 0x6F, 0x02, 0x5D, 0x11, 0x4C, 0x0A,
                                  0x9E, 0x77, 0x2C, 0x41, 0xD0, 0x95, 0xAB, 0x10};
-
-std::string textOf(CFStringRef string) {
-    char buffer[256];
-    const bool fits = string != nullptr && CFGetTypeID(string) == CFStringGetTypeID() &&
-                      CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8);
-    return fits ? buffer : "";
-}
-
-std::string textOf(CFUUIDRef uuid) {
-    return textOf(cv::CFReference<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, uuid)).get());
-}
 
 class Checker {
 public:
@@ -75,22 +63,22 @@ private:
         }
         find("code", true, "loads");
         const void* anyAddress = nullptr;
-        for (const char* name : EXPORTS) {
+        for (const char* name : XCOD_EXPORTED_NAMES) {
             const void* address = addressOf(session, name);
             find("exports", address != nullptr, name);
             anyAddress = address != nullptr ? address : anyAddress;
         }
         checkNoOtherExports(anyAddress);
-        if (const void* pluginID = addressOf(session, "g_cvPluginID")) {
+        if (const void* pluginID = addressOf(session, XCOD_PLUGIN_ID_NAME)) {
             std::int32_t value = 0;
             std::memcpy(&value, pluginID, sizeof value);
-            find("identifiers", value == 0, "g_cvPluginID is " + std::to_string(value));
+            find("identifiers", value == 0, std::string(XCOD_PLUGIN_ID_NAME) + " is " + std::to_string(value));
         }
         return true;
     }
 
     static const void* addressOf(const BundleSession& session, const char* name) {
-        if (name == std::string("g_cvPluginID")) {
+        if (name == std::string(XCOD_PLUGIN_ID_NAME)) {
             return CFBundleGetDataPointerForName(session.bundle(), makeString(name).get());
         }
         return session.exportedFunction(name);
@@ -99,7 +87,8 @@ private:
     void checkNoOtherExports(const void* anyAddress) {
         std::string others;
         for (const std::string& name : exportedSymbols(anyAddress)) {
-            if (std::find(std::begin(EXPORTS), std::end(EXPORTS), name) == std::end(EXPORTS)) {
+            if (std::find(std::begin(XCOD_EXPORTED_NAMES), std::end(XCOD_EXPORTED_NAMES), name) ==
+                std::end(XCOD_EXPORTED_NAMES)) {
                 others += (others.empty() ? "" : ", ") + name;
             }
         }

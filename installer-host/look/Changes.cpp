@@ -2,8 +2,6 @@
 
 #include <set>
 
-#include "installer-host/report/Text.h"
-
 namespace host {
 
 namespace {
@@ -26,7 +24,7 @@ typename Map::mapped_type valueOr(const Map& map, const std::string& key) {
     return found == map.end() ? typename Map::mapped_type() : found->second;
 }
 
-Change kindOf(const Value& before, const Value& after) {
+Change kindOf(const TypedValue& before, const TypedValue& after) {
     if (before == after) {
         return Change::Unchanged;
     }
@@ -34,20 +32,20 @@ Change kindOf(const Value& before, const Value& after) {
 }
 
 /// Whether the file was replaced or written between the two looks.
-bool storedAnew(const PreferenceFile& before, const PreferenceFile& after) {
+bool storedAnew(const PreferenceDomain& before, const PreferenceDomain& after) {
     const struct stat& a = before.status;
     const struct stat& b = after.status;
     return a.st_ino != b.st_ino || a.st_size != b.st_size || a.st_mtim.tv_sec != b.st_mtim.tv_sec ||
            a.st_mtim.tv_nsec != b.st_mtim.tv_nsec;
 }
 
-void compareDomain(const std::string& domain, const PreferenceFile& before, const PreferenceFile& after, bool all,
+void compareDomain(const std::string& domain, const PreferenceDomain& before, const PreferenceDomain& after, bool all,
                    Changes& changes) {
     const bool isNew = storedAnew(before, after);
     const bool listUnchanged = all || isNew;
     for (const std::string& key : keysOf(before.keys, after.keys)) {
-        const Value old = valueOr(before.keys, key);
-        const Value now = valueOr(after.keys, key);
+        const TypedValue old = valueOr(before.keys, key);
+        const TypedValue now = valueOr(after.keys, key);
         const Change change = kindOf(old, now);
         if (change != Change::Unchanged || listUnchanged) {
             changes.preferences.push_back({domain, key, change, old, now});
@@ -56,8 +54,7 @@ void compareDomain(const std::string& domain, const PreferenceFile& before, cons
     if (!after.problem.empty()) {
         const bool isOlder = !isNew && !before.problem.empty();
         changes.unreadable.push_back(
-            {"/Library/Preferences/" + escaped(domain) + ".plist cannot be read: " + after.problem,
-             isOlder ? Unreadable::Kind::Older : Unreadable::Kind::Stored});
+            {isOlder ? Unreadable::Kind::Older : Unreadable::Kind::Stored, pathOfDomain(domain), after.problem});
     }
 }
 
@@ -81,11 +78,10 @@ Changes compare(const Snapshot& before, const Snapshot& after, bool all) {
     }
     compareFiles(before.otherFiles, after.otherFiles, changes);
     for (std::size_t i = 0; i < after.objects.size(); ++i) {
-        changes.finder.push_back({before.objects[i], after.objects[i]});
-        if (!after.objects[i].problem.empty()) {
-            changes.unreadable.push_back({"the Finder flags of " + escaped(after.objects[i].path) +
-                                              " cannot be read: " + after.objects[i].problem,
-                                          Unreadable::Kind::Finder});
+        const FinderObject& now = after.objects[i];
+        changes.finder.push_back({before.objects[i], now});
+        if (!now.problem.empty()) {
+            changes.unreadable.push_back({Unreadable::Kind::Finder, now.path, now.problem});
         }
     }
     return changes;

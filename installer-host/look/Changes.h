@@ -9,12 +9,13 @@ namespace host {
 
 enum class Change { Added, Changed, Removed, Unchanged };
 
-struct PreferenceChange {
+/// What became of one key of a preference domain.
+struct KeyChange {
     std::string domain;
     std::string key;
     Change change;
-    Value before;  ///< a null JSON value for a key that was not there
-    Value after;   ///< the same for one that is not there now
+    TypedValue before;  ///< a null JSON value for a key that was not there
+    TypedValue after;   ///< the same for one that is not there now
 };
 
 /// A file among the preferences that is no property list and came or went.
@@ -35,15 +36,16 @@ struct Unreadable {
         Stored,  ///< a preference file that could be read before, or was stored since
         Finder   ///< the Finder flags of an object, which then cannot have been set either
     };
-    std::string sentence;
     Kind kind;
+    std::string path;
+    std::string problem;  ///< to end a sentence with
 };
 
 /// What differs between two looks at the same machine.
 struct Changes {
-    std::vector<PreferenceChange> preferences;  ///< by domain, then by key
-    std::vector<FileChange> files;              ///< by path
-    std::vector<FinderChange> finder;           ///< every object, changed or not
+    std::vector<KeyChange> preferences;  ///< by domain, then by key
+    std::vector<FileChange> files;       ///< by path
+    std::vector<FinderChange> finder;    ///< every object, changed or not
     std::vector<Unreadable> unreadable;
 };
 

@@ -1,16 +1,15 @@
 #include "installer-host/look/PreferenceDomain.h"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <ctime>
+#include <string_view>
 #include <utility>
 #include <variant>
 
-#include "installer-host/report/Text.h"
+#include "platform/Descriptor.h"
+#include "platform/Epoch.h"
 #include "platform/PropertyList/PropertyList.h"
 
 namespace host {
@@ -19,7 +18,7 @@ namespace {
 
 using nlohmann::json;
 
-Value makeValue(const char* type, json value) {
+TypedValue makeValue(const char* type, json value) {
     return {{"type", type}, {"value", std::move(value)}};
 }
 
@@ -32,9 +31,8 @@ json realValue(double real) {
 
 /// `seconds` since 1 January 2001 UTC in ISO 8601.
 std::string dateText(double seconds) {
-    constexpr double SECONDS_FROM_1970_TO_2001 = 978307200;
     constexpr double LAST_YEAR_9999 = 253402300799;
-    const double unixSeconds = std::floor(seconds + SECONDS_FROM_1970_TO_2001);
+    const double unixSeconds = std::floor(seconds + cv::SECONDS_FROM_1970_TO_2001);
     if (!(std::abs(unixSeconds) <= LAST_YEAR_9999)) {
         return "out of range";
     }
@@ -45,22 +43,34 @@ std::string dateText(double seconds) {
     return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts));
 }
 
-Value valueOf(const cv::plist::Value& value);
+/// Two hexadecimal digits for each byte.
+std::string hexText(std::string_view bytes) {
+    constexpr std::string_view DIGITS = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const char byte : bytes) {
+        text += DIGITS[static_cast<unsigned char>(byte) >> 4U];
+        text += DIGITS[static_cast<unsigned char>(byte) & 0xFU];
+    }
+    return text;
+}
+
+TypedValue valueOf(const cv::plist::Value& value);
 
 /// What JSON data there is for each kind of value.
 struct MakeValue {
-    Value operator()(bool flag) const { return makeValue("boolean", flag); }
-    Value operator()(const std::string& text) const { return makeValue("string", text); }
-    Value operator()(cv::plist::Integer integer) const {
+    TypedValue operator()(bool flag) const { return makeValue("boolean", flag); }
+    TypedValue operator()(const std::string& text) const { return makeValue("string", text); }
+    TypedValue operator()(cv::plist::Integer integer) const {
         return makeValue("integer",
                          integer.isNegative ? json(static_cast<std::int64_t>(integer.bits)) : json(integer.bits));
     }
-    Value operator()(cv::plist::Real real) const { return makeValue("real", realValue(real.value)); }
-    Value operator()(cv::plist::Date date) const { return makeValue("date", dateText(date.seconds)); }
-    Value operator()(const cv::plist::Data& data) const { return makeValue("data", hexText(data.bytes)); }
-    Value operator()(cv::plist::Uid uid) const { return makeValue("uid", uid.number); }
+    TypedValue operator()(cv::plist::Real real) const { return makeValue("real", realValue(real.value)); }
+    TypedValue operator()(cv::plist::Date date) const { return makeValue("date", dateText(date.seconds)); }
+    TypedValue operator()(const cv::plist::Data& data) const { return makeValue("data", hexText(data.bytes)); }
+    TypedValue operator()(cv::plist::Uid uid) const { return makeValue("uid", uid.number); }
 
-    Value operator()(const cv::plist::Array& array) const {
+    TypedValue operator()(const cv::plist::Array& array) const {
         json items = json::array();
         for (const cv::plist::Value& item : array) {
             items.push_back(valueOf(item));
@@ -68,7 +78,7 @@ struct MakeValue {
         return makeValue("array", std::move(items));
     }
 
-    Value operator()(const cv::plist::Dictionary& dictionary) const {
+    TypedValue operator()(const cv::plist::Dictionary& dictionary) const {
         json items = json::object();
         for (const auto& [key, item] : dictionary) {
             items[key] = valueOf(item);
@@ -77,79 +87,35 @@ struct MakeValue {
     }
 };
 
-Value valueOf(const cv::plist::Value& value) {
+TypedValue valueOf(const cv::plist::Value& value) {
     return std::visit(MakeValue(), value.content);
-}
-
-/// All bytes of the file, or false with errno set.
-bool readAll(int fd, std::string& bytes) {
-    char buffer[65536];
-    for (;;) {
-        const ssize_t count = read(fd, buffer, sizeof buffer);
-        if (count == 0 || bytes.size() > cv::plist::MAX_FILE_SIZE) {
-            return true;
-        }
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        bytes.append(buffer, count < 0 ? 0 : static_cast<std::size_t>(count));
-    }
-}
-
-std::string describeItems(const Value& value) {
-    std::string items;
-    for (const auto& [key, item] : value["value"].items()) {
-        items += items.empty() ? "" : ", ";
-        items += value["type"] == "dictionary" ? inQuotes(key) + ": " : "";
-        items += describe(item);
-    }
-    return items;
 }
 
 }  // namespace
 
-PreferenceFile readPreferenceFile(int fd) {
-    PreferenceFile file;
+PreferenceDomain readPreferenceDomain(int fd) {
+    PreferenceDomain domain;
     std::string bytes;
-    if (fstat(fd, &file.status) != 0 || (S_ISREG(file.status.st_mode) && !readAll(fd, bytes))) {
-        file.problem = std::strerror(errno);
-    } else if (!S_ISREG(file.status.st_mode)) {
-        file.problem = "it is no file";
+    int error = fstat(fd, &domain.status) == 0 ? 0 : errno;
+    const bool isFile = S_ISREG(domain.status.st_mode);
+    if (isFile) {
+        error = cv::readAll(fd, cv::plist::MAX_FILE_SIZE, bytes);
     }
-    if (!file.problem.empty()) {
-        return file;
+    if (error != 0 || !isFile) {
+        domain.problem = error != 0 ? cv::errorText(error) : "it is no file";
+        return domain;
     }
     const cv::plist::Parsed parsed = cv::plist::parse(bytes);
     if (!parsed.root) {
-        file.problem = parsed.reason;
+        domain.problem = parsed.reason;
     } else if (const cv::plist::Dictionary* dictionary = parsed.root->dictionary()) {
         for (const auto& [key, value] : *dictionary) {
-            file.keys.emplace(key, valueOf(value));
+            domain.keys.emplace(key, valueOf(value));
         }
     } else {
-        file.problem = "it holds no dictionary";
+        domain.problem = "it holds no dictionary";
     }
-    return file;
-}
-
-std::string describe(const Value& value) {
-    constexpr std::size_t MOST_HEX_DIGITS = 64;
-    const std::string type = value["type"];
-    const json& content = value["value"];
-    if (type == "string") {
-        return inQuotes(content.get_ref<const std::string&>());
-    }
-    if (type == "data") {
-        const std::string hex = content;
-        return "<" + hex.substr(0, MOST_HEX_DIGITS) + (hex.size() > MOST_HEX_DIGITS ? "..." : "") + ">";
-    }
-    if (type == "array") {
-        return "[" + describeItems(value) + "]";
-    }
-    if (type == "dictionary") {
-        return "{" + describeItems(value) + "}";
-    }
-    return content.is_string() ? content.get<std::string>() : content.dump();
+    return domain;
 }
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -29,23 +30,23 @@ int openInside(int folder, const char* path, int flags) {
 
 RootFolder::RootFolder(const std::string& path)
     : folder_(::open(path.empty() ? "/" : path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)), machine_(path.empty()) {
-    if (!folder_.valid()) {
-        const std::string reason = std::strerror(errno);
+    if (!folder_.isOpen()) {
+        const std::string reason = cv::errorText(errno);
         throw Failure(ExitStatus::RootNotMade, "the private root '" + path + "' cannot be used: " + reason +
                                                    "\nMake an empty one with: mkdir -p '" + path + "'");
     }
 }
 
-FileDescriptor RootFolder::open(const std::string& path, int flags) const {
+cv::Descriptor RootFolder::open(const std::string& path, int flags) const {
     const auto attempt = [&](int more) {
         const int all = flags | more | O_CLOEXEC;
-        return FileDescriptor(machine_ ? ::open(path.c_str(), all) : openInside(folder_.get(), path.c_str(), all));
+        return cv::Descriptor(machine_ ? ::open(path.c_str(), all) : openInside(folder_.get(), path.c_str(), all));
     };
     if ((flags & O_PATH) != 0) {
         return attempt(0);
     }
-    FileDescriptor file = attempt(O_NOATIME | O_NONBLOCK);
-    return file.valid() || errno != EPERM ? std::move(file) : attempt(O_NONBLOCK);
+    cv::Descriptor file = attempt(O_NOATIME | O_NONBLOCK);
+    return file.isOpen() || errno != EPERM ? std::move(file) : attempt(O_NONBLOCK);
 }
 
 }  // namespace host

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "installer-host/FileDescriptor.h"
+#include "platform/Descriptor.h"
 
 namespace host {
 
@@ -15,10 +15,10 @@ public:
     /// Opens `path`, which begins with "/", as seen from inside the root: symbolic links are followed and none leads
     /// out of it. `flags` as for open(2), without O_CREAT; the access time stays as it is where the system lets us. An
     /// invalid descriptor, with errno set, when that fails.
-    FileDescriptor open(const std::string& path, int flags) const;
+    cv::Descriptor open(const std::string& path, int flags) const;
 
 private:
-    FileDescriptor folder_;
+    cv::Descriptor folder_;
     bool machine_;
 };
 

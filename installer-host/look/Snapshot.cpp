@@ -2,21 +2,17 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/xattr.h>
 
-#include <array>
 #include <cerrno>
-#include <cstring>
 #include <memory>
+#include <string_view>
 
 namespace host {
 
 namespace {
 
-constexpr const char* PREFERENCES_FOLDER = "/Library/Preferences";
-constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
-constexpr std::size_t FINDER_INFO_SIZE = 32;
-constexpr std::size_t FLAGS_OFFSET = 8;
+constexpr const char* PREFERENCES_FOLDER = "/Library/Preferences/";
+constexpr std::string_view SUFFIX = ".plist";
 
 class PreferencesWalk {
 public:
@@ -24,8 +20,9 @@ public:
 
     /// Looks at the folder `relative`, which is empty for the preferences folder itself or ends with a slash.
     void visitFolder(const std::string& relative) {
-        FileDescriptor folder = root_.open(pathOf(relative), O_RDONLY | O_DIRECTORY);
-        const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder.valid() ? fdopendir(folder.get()) : nullptr, closedir);
+        cv::Descriptor folder = root_.open(pathOf(relative), O_RDONLY | O_DIRECTORY);
+        const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder.isOpen() ? fdopendir(folder.get()) : nullptr,
+                                                          closedir);
         if (entries == nullptr) {
             return;
         }
@@ -39,10 +36,9 @@ public:
     }
 
 private:
-    static std::string pathOf(const std::string& relative) { return std::string(PREFERENCES_FOLDER) + "/" + relative; }
+    static std::string pathOf(const std::string& relative) { return PREFERENCES_FOLDER + relative; }
 
     void visitEntry(const std::string& relative, const dirent& entry) {
-        constexpr std::string_view SUFFIX = ".plist";
         if (isFolder(relative, entry)) {
             visitFolder(relative + "/");
         } else if (relative.size() > SUFFIX.size() &&
@@ -57,16 +53,16 @@ private:
         if (entry.d_type != DT_UNKNOWN) {
             return entry.d_type == DT_DIR;
         }
-        return root_.open(pathOf(relative), O_PATH | O_DIRECTORY | O_NOFOLLOW).valid();
+        return root_.open(pathOf(relative), O_PATH | O_DIRECTORY | O_NOFOLLOW).isOpen();
     }
 
-    PreferenceFile readDomain(const std::string& relative) const {
-        const FileDescriptor file = root_.open(pathOf(relative), O_RDONLY);
-        if (file.valid()) {
-            return readPreferenceFile(file.get());
+    PreferenceDomain readDomain(const std::string& relative) const {
+        const cv::Descriptor file = root_.open(pathOf(relative), O_RDONLY);
+        if (file.isOpen()) {
+            return readPreferenceDomain(file.get());
         }
-        PreferenceFile unreadable;
-        unreadable.problem = std::strerror(errno);
+        PreferenceDomain unreadable;
+        unreadable.problem = cv::errorText(errno);
         return unreadable;
     }
 
@@ -74,37 +70,16 @@ private:
     Snapshot& snapshot_;
 };
 
-FinderObject lookAt(const RootFolder& root, const std::string& path) {
-    FinderObject object;
-    object.path = path;
-    const FileDescriptor file = root.open(path, O_PATH);
-    object.exists = file.valid();
-    if (!object.exists) {
-        object.problem = errno == ENOENT || errno == ENOTDIR ? "" : std::strerror(errno);
-        return object;
-    }
-    std::array<unsigned char, FINDER_INFO_SIZE + 1> info{};
-    // A descriptor that only names the object gives its attributes through /proc alone.
-    const std::string self = "/proc/self/fd/" + std::to_string(file.get());
-    const ssize_t size = getxattr(self.c_str(), FINDER_INFO_ATTRIBUTE, info.data(), info.size());
-    if (size == static_cast<ssize_t>(FINDER_INFO_SIZE)) {
-        object.flags = static_cast<std::uint16_t>(info[FLAGS_OFFSET] << 8U | info[FLAGS_OFFSET + 1]);
-    } else if (size >= 0 || errno == ERANGE) {
-        object.problem = "its Finder information has a size other than 32 bytes";
-    } else if (errno != ENODATA) {
-        object.problem = std::strerror(errno);
-    }
-    return object;
-}
-
 }  // namespace
+
+std::string pathOfDomain(const std::string& domain) {
+    return PREFERENCES_FOLDER + domain + std::string(SUFFIX);
+}
 
 Snapshot takeSnapshot(const RootFolder& root) {
     Snapshot snapshot;
     PreferencesWalk(root, snapshot).visitFolder("");
-    for (const char* path : FINDER_OBJECTS) {
-        snapshot.objects.push_back(lookAt(root, path));
-    }
+    snapshot.objects = readFinderObjects(root);
     return snapshot;
 }
 

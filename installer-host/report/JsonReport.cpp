@@ -1,5 +1,9 @@
 #include "installer-host/report/JsonReport.h"
 
+#include <nlohmann/json.hpp>
+
+#include "installer-host/report/Phrases.h"
+
 namespace host {
 
 namespace {
@@ -59,7 +63,7 @@ Json stepJson(const StepResult& result) {
             {"faultMessage", orNull(result.faultMessage)}};
 }
 
-Json preferenceJson(const PreferenceChange& change) {
+Json preferenceJson(const KeyChange& change) {
     const bool unchanged = change.change == Change::Unchanged;
     return {{"domain", change.domain},         {"key", change.key},
             {"change", nameOf(change.change)}, {"before", change.before},
@@ -75,7 +79,7 @@ Json finderJson(const FinderObject& object) {
 
 Json changesJson(const Changes& changes) {
     Json preferences = Json::array();
-    for (const PreferenceChange& change : changes.preferences) {
+    for (const KeyChange& change : changes.preferences) {
         preferences.push_back(preferenceJson(change));
     }
     Json files = Json::array();
@@ -88,36 +92,37 @@ Json changesJson(const Changes& changes) {
     }
     Json unreadable = Json::array();
     for (const Unreadable& one : changes.unreadable) {
-        unreadable.push_back(one.sentence);
+        unreadable.push_back(sentence(one));
     }
     return {{"preferences", preferences}, {"files", files}, {"finderFlags", finder}, {"unreadable", unreadable}};
 }
 
 }  // namespace
 
-std::string runJson(const RunResult& result) {
+std::string runJson(const Result& result, ExitStatus status) {
     const Options& options = result.options;
+    const Installation& installation = options.installation;
     Json steps = Json::array();
     for (const StepResult& step : result.steps) {
         steps.push_back(stepJson(step));
     }
     Json notStored = Json::array();
-    for (const StoreFailure& failure : result.notStored) {
+    for (const NotStored& failure : result.notStored) {
         notStored.push_back({{"what", failure.what}, {"reason", failure.reason}});
     }
     Json report{{"schema", SCHEMA},
                 {"command", "run"},
-                {"bundle", result.bundle},
-                {"root", orNull(result.root)},
+                {"bundle", options.bundle},
+                {"root", orNull(options.root)},
                 {"dryRun", options.dryRun},
-                {"product", options.product},
-                {"language", options.language},
-                {"blockVersion", options.blockVersion},
-                {"entry", options.direct ? "direct" : "table"},
+                {"product", installation.product},
+                {"language", installation.language},
+                {"blockVersion", installation.blockVersion},
+                {"entry", installation.direct ? "direct" : "table"},
                 {"steps", steps}};
     report.update(changesJson(result.changes));
     report["notStored"] = notStored;
-    report["exitStatus"] = static_cast<int>(result.status);
+    report["exitStatus"] = static_cast<int>(status);
     return write(report);
 }
 
@@ -140,20 +145,15 @@ std::string showJson(const Snapshot& snapshot, const std::string& root) {
                   {"finderFlags", finder}});
 }
 
-std::string checkJson(const std::string& bundle, const std::vector<Finding>& findings) {
+std::string checkJson(const Result& result) {
     Json list = Json::array();
     bool ok = true;
-    for (const Finding& finding : findings) {
+    for (const Finding& finding : result.findings) {
         list.push_back({{"subject", finding.subject}, {"ok", finding.ok}, {"text", finding.text}});
         ok = ok && finding.ok;
     }
-    return write({{"schema", SCHEMA}, {"command", "check"}, {"bundle", bundle}, {"ok", ok}, {"findings", list}});
-}
-
-std::string unchangedNote(const PreferenceChange& change) {
-    // Written only when a run could not read the install-status file, and never taken away: without a word about its
-    // age it reads like a fault of this run.
-    return change.key == "InstallStatus" ? "unchanged: from an earlier run" : "unchanged";
+    return write(
+        {{"schema", SCHEMA}, {"command", "check"}, {"bundle", result.options.bundle}, {"ok", ok}, {"findings", list}});
 }
 
 }  // namespace host

@@ -1,17 +1,19 @@
 #pragma once
 
-#include "installer-host/report/TextReport.h"
+#include <string>
+
+#include "installer-host/Result.h"
 
 namespace host {
 
-// The JSON forms of the reports. docs/installer-host.1 lists their keys, which stay as they are as long as "schema"
-// is 1.
+// The reports for a program. docs/installer-host.1 lists their keys, which stay as they are as long as "schema" is 1.
+// Bytes of preferences that are no UTF-8 become U+FFFD.
 
-std::string runJson(const RunResult& result);
+/// `status` is what the run comes to.
+std::string runJson(const Result& result, ExitStatus status);
+std::string checkJson(const Result& result);
+
+/// `root` is empty for the machine itself.
 std::string showJson(const Snapshot& snapshot, const std::string& root);
-std::string checkJson(const std::string& bundle, const std::vector<Finding>& findings);
-
-/// What both forms say of a preference that stayed as it was.
-std::string unchangedNote(const PreferenceChange& change);
 
 }  // namespace host

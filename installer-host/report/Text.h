@@ -12,9 +12,6 @@ std::string inQuotes(std::string_view text);
 /// The same without the quotes around it: fit for one line of a report.
 std::string escaped(std::string_view text);
 
-/// Two hexadecimal digits for each byte.
-std::string hexText(std::string_view bytes);
-
 /// "0x" and `digits` hexadecimal digits.
 std::string hexNumber(std::uint32_t value, int digits);
 

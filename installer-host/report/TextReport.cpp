@@ -1,6 +1,6 @@
 #include "installer-host/report/TextReport.h"
 
-#include "installer-host/report/JsonReport.h"
+#include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
 #include "plugin/ParamBlock.h"
 
@@ -37,7 +37,7 @@ std::string flagsText(const FinderObject& object) {
     return hexNumber(object.flags, 4) + (names.empty() ? "" : " (" + names + ")");
 }
 
-std::string typedValue(const Value& value) {
+std::string typedValue(const TypedValue& value) {
     return describe(value) + " (" + value["type"].get<std::string>() + ")";
 }
 
@@ -70,7 +70,7 @@ std::string stepLine(const StepResult& result) {
            (result.flagsBefore == result.flagsAfter ? ", unchanged\n" : " -> " + flags(result.flagsAfter) + "\n");
 }
 
-std::string preferenceLine(const PreferenceChange& change) {
+std::string preferenceLine(const KeyChange& change) {
     const std::string key = inQuotes(change.key);
     switch (change.change) {
         case Change::Added:
@@ -88,7 +88,7 @@ std::string preferenceLine(const PreferenceChange& change) {
 std::string preferencesText(const Changes& changes) {
     std::string text = "Preferences (+ added, ~ changed, - removed)\n";
     const std::string* domain = nullptr;
-    for (const PreferenceChange& change : changes.preferences) {
+    for (const KeyChange& change : changes.preferences) {
         if (domain == nullptr || *domain != change.domain) {
             domain = &change.domain;
             text += "  " + escaped(change.domain) + "\n";
@@ -112,13 +112,13 @@ std::string finderText(const Changes& changes) {
     return text;
 }
 
-std::string problemsText(const RunResult& result) {
+std::string problemsText(const Result& result) {
     std::string text;
-    for (const StoreFailure& failure : result.notStored) {
+    for (const NotStored& failure : result.notStored) {
         text += "  not stored: " + escaped(failure.what) + ": " + escaped(failure.reason) + "\n";
     }
     for (const Unreadable& unreadable : result.changes.unreadable) {
-        text += "  " + unreadable.sentence + "\n";
+        text += "  " + sentence(unreadable) + "\n";
     }
     return text.empty() ? text : "\nProblems\n" + text;
 }
@@ -127,16 +127,27 @@ std::string placeText(const std::string& root) {
     return root.empty() ? "this machine" : "the private root " + escaped(root);
 }
 
-std::string runText(const RunResult& result) {
+}  // namespace
+
+std::string runText(const Result& result) {
     const Options& options = result.options;
-    std::string text = "Installation of product " + std::to_string(options.product) + ", language " +
-                       std::to_string(options.language) + ", on " + placeText(result.root) +
+    std::string text = "Installation of product " + std::to_string(options.installation.product) + ", language " +
+                       std::to_string(options.installation.language) + ", on " + placeText(options.root) +
                        (options.dryRun ? " (dry run: on a copy of it, nothing was changed)" : "") + "\n  with " +
-                       escaped(result.bundle) + "\n\nSteps\n";
+                       escaped(options.bundle) + "\n\nSteps\n";
     for (const StepResult& step : result.steps) {
         text += stepLine(step);
     }
     return text + "\n" + preferencesText(result.changes) + "\n" + finderText(result.changes) + problemsText(result);
+}
+
+std::string checkText(const Result& result) {
+    std::string text = escaped(result.options.bundle) + "\n";
+    for (const Finding& finding : result.findings) {
+        text += std::string("  ") + (finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 14) +
+                escaped(finding.text) + "\n";
+    }
+    return text;
 }
 
 std::string showText(const Snapshot& snapshot, const std::string& root) {
@@ -154,28 +165,6 @@ std::string showText(const Snapshot& snapshot, const std::string& root) {
     text += "\nFinder flags\n";
     for (const FinderObject& object : snapshot.objects) {
         text += "  " + padded(escaped(object.path), 30) + "  " + flagsText(object) + "\n";
-    }
-    return text;
-}
-
-}  // namespace
-
-std::string runReport(const RunResult& result) {
-    return result.options.format == Format::Json ? runJson(result) : runText(result);
-}
-
-std::string showReport(const Snapshot& snapshot, const Options& options) {
-    return options.format == Format::Json ? showJson(snapshot, options.root) : showText(snapshot, options.root);
-}
-
-std::string checkReport(const std::string& bundle, const std::vector<Finding>& findings, Format format) {
-    if (format == Format::Json) {
-        return checkJson(bundle, findings);
-    }
-    std::string text = escaped(bundle) + "\n";
-    for (const Finding& finding : findings) {
-        text += std::string("  ") + (finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 14) +
-                escaped(finding.text) + "\n";
     }
     return text;
 }

@@ -6,6 +6,7 @@
 #include <sys/signalfd.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -52,11 +53,11 @@ private:
             sigaddset(&held, number);
         }
         sigprocmask(SIG_BLOCK, &held, &before_);
-        fd_.reset(signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK));
+        fd_ = cv::Descriptor(signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK));
     }
 
     sigset_t before_{};
-    FileDescriptor fd_;
+    cv::Descriptor fd_;
 };
 
 [[noreturn]] void becomeCommand(const std::vector<std::string>& command, int eventFd, pid_t parent) {
@@ -91,9 +92,9 @@ public:
         if (pid_ == 0) {
             becomeCommand(command, events.childEnd(), parent);
         }
-        events.write_.reset();
-        end_.reset(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
-        if (!end_.valid()) {
+        events.write_ = cv::Descriptor();
+        end_ = cv::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
+        if (!end_.isOpen()) {
             const int error = errno;
             kill(pid_, SIGKILL);
             waitpid(pid_, nullptr, 0);
@@ -143,7 +144,7 @@ private:
         std::array<char, 4096> buffer;
         const ssize_t count = read(events_.get(), buffer.data(), buffer.size());
         if (count <= 0) {
-            events_.reset();
+            events_ = cv::Descriptor();
             return;
         }
         text_.append(buffer.data(), static_cast<std::size_t>(count));
@@ -162,7 +163,7 @@ private:
             reap();
         }
         std::array<char, 4096> ignored;
-        while (events_.valid() && waitFor(events_.get(), POLLIN) &&
+        while (events_.isOpen() && waitFor(events_.get(), POLLIN) &&
                read(events_.get(), ignored.data(), ignored.size()) > 0) {
         }
         pid_ = 0;
@@ -185,8 +186,8 @@ private:
 
     const HeldSignals& signals_ = HeldSignals::instance();
     pid_t pid_ = 0;
-    FileDescriptor end_;
-    FileDescriptor events_;
+    cv::Descriptor end_;
+    cv::Descriptor events_;
     std::string text_;
 };
 
@@ -195,8 +196,8 @@ EventPipe::EventPipe() {
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         fail("pipe2");
     }
-    read_.reset(ends[0]);
-    write_.reset(ends[1]);
+    read_ = cv::Descriptor(ends[0]);
+    write_ = cv::Descriptor(ends[1]);
 }
 
 ChildEnd runChild(const std::vector<std::string>& command, EventPipe& events, std::chrono::seconds timeout,

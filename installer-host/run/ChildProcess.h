@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "installer-host/FileDescriptor.h"
+#include "platform/Descriptor.h"
 
 namespace host {
 
@@ -22,7 +22,7 @@ public:
 
 private:
     friend class ChildProcess;
-    FileDescriptor read_, write_;
+    cv::Descriptor read_, write_;
 };
 
 /// Thrown when the user ends the run (SIGINT, SIGTERM, SIGHUP); the child is dead then. From the first child on these

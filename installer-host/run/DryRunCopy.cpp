@@ -4,13 +4,14 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <vector>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/run/ChildProcess.h"
+#include "installer-host/run/PrivateFolders.h"
 #include "installer-host/run/Sandbox.h"
+#include "platform/Descriptor.h"
 
 namespace host {
 
@@ -25,7 +26,7 @@ std::string makeTemporaryFolder() {
     path += "/installer-host-" + std::string(6, 'X');
     if (mkdtemp(path.data()) == nullptr) {
         throw Failure(ExitStatus::RootNotMade, "the copy for the dry run cannot be made at '" + path +
-                                                   "': " + std::strerror(errno) +
+                                                   "': " + cv::errorText(errno) +
                                                    "\nSet TMPDIR to a folder on a disk that you may write to.");
     }
     return fs::canonical(path);
@@ -76,8 +77,8 @@ void DryRunCopy::copyFrom(const std::string& root) {
                                      "--preserve=mode,ownership,timestamps,links,xattr",
                                      "--"};
     const std::size_t fixed = command.size();
-    for (const char* name : {"/Library", "/Applications"}) {
-        const std::string folder = (root == "/" ? "" : root) + name;
+    for (const char* name : PRIVATE_FOLDERS) {
+        const std::string folder = pathInRoot(root, name);
         if (fs::exists(fs::symlink_status(folder))) {
             command.push_back(folder);
         }

@@ -1,25 +1,15 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "installer-host/Result.h"
 
 namespace host {
 
-/// What the worker told until its end.
-struct WorkerResult {
-    std::vector<StepResult> steps;
-    std::vector<StoreFailure> notStored;
-    std::vector<Finding> findings;
-    bool timedOut = false;
-    bool finished = false;
-    std::string end;  ///< how a worker ended that neither finished nor timed out, for example "signal 11 (...)"
-};
-
-/// Starts the worker, which runs the bundle's code (WorkerProtocol.h), in the private root `root` (an absolute path;
-/// empty: on the machine itself) and listens to it. `options.bundle` is absolute. Throws Failure when the worker tells
-/// one or cannot be started, and Interrupted.
-WorkerResult runWorker(const Options& options, const std::string& root);
+/// Starts the worker (WorkerProtocol.h), which runs the steps or checks the bundle, and makes the result of what it
+/// tells until its end: all of it but the changes on the disk. The worker runs in the private root `workedOn`, or on
+/// the machine itself when that is empty; all paths are absolute. Throws Failure when the worker tells one or cannot be
+/// started, and Interrupted (ChildProcess.h).
+Result runWorker(const Options& options, const std::string& workedOn);
 
 }  // namespace host

@@ -3,13 +3,16 @@
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
+#include <iterator>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/run/PrivateFolders.h"
 
 namespace host {
 
@@ -17,23 +20,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* PRIVATE_FOLDERS[] = {"/Library", "/Applications"};
 constexpr const char* HOME_FOLDER = "/installer-home";
 
 /// A file in memory that holds `text`, for a child to read from.
-FileDescriptor memoryFile(const std::string& text) {
-    FileDescriptor file(memfd_create("installer-host", 0));
-    if (!file.valid() || write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
-        lseek(file.get(), 0, SEEK_SET) != 0) {
-        throw Failure(ExitStatus::RootNotMade,
-                      std::string("the private root could not be made: ") + std::strerror(errno));
+cv::Descriptor memoryFile(const std::string& text) {
+    cv::Descriptor file(memfd_create("installer-host", 0));
+    int error = file.isOpen() ? cv::writeAll(file.get(), text) : errno;
+    if (error == 0 && lseek(file.get(), 0, SEEK_SET) != 0) {
+        error = errno;
+    }
+    if (error != 0) {
+        throw Failure(ExitStatus::RootNotMade, "the private root could not be made: " + cv::errorText(error));
     }
     return file;
 }
 
 /// DIR/Library or DIR/Applications, made when it is missing. A link in its place could lead out of the root.
 std::string privateFolder(const std::string& root, const char* name) {
-    std::string path = (root == "/" ? "" : root) + name;
+    std::string path = pathInRoot(root, name);
     std::error_code error;
     if (!fs::exists(fs::symlink_status(path))) {
         fs::create_directory(path, error);
@@ -45,13 +49,10 @@ std::string privateFolder(const std::string& root, const char* name) {
                                                (error ? "cannot be made: " + error.message() : "is no folder"));
 }
 
-bool isHidden(const std::string& path) {
-    for (const std::string folder : {"/Library", "/Applications", "/dev"}) {
-        if (path.compare(0, folder.size() + 1, folder + "/") == 0) {
-            return true;
-        }
-    }
-    return false;
+/// Whether a mount inside hides what is in the machine's `folder`.
+bool isMountedOver(const std::string& folder) {
+    return folder == "/dev" ||
+           std::find(std::begin(PRIVATE_FOLDERS), std::end(PRIVATE_FOLDERS), folder) != std::end(PRIVATE_FOLDERS);
 }
 
 /// The arguments that show all of the machine but what a private root has of its own, for reading only.
@@ -59,7 +60,7 @@ std::vector<std::string> machineMounts() {
     std::vector<std::string> mounts;
     for (const fs::directory_entry& entry : fs::directory_iterator("/")) {
         const std::string path = entry.path();
-        if (path == "/Library" || path == "/Applications" || path == "/dev" || path == "/proc") {
+        if (isMountedOver(path) || path == "/proc") {
             continue;
         }
         if (entry.is_symlink()) {
@@ -82,6 +83,20 @@ std::string xAuthority() {
     return std::getenv("XAUTHORITY") == nullptr && home != nullptr ? std::string(home) + "/.Xauthority" : "";
 }
 
+/// Whether the program `name` is on PATH.
+bool isInstalled(const std::string& name) {
+    const char* folders = std::getenv("PATH");
+    std::string rest = folders == nullptr ? "/usr/local/bin:/usr/bin:/bin" : folders;
+    while (!rest.empty()) {
+        const std::string folder = rest.substr(0, rest.find(':'));
+        rest.erase(0, folder.size() + 1);
+        if (access((folder + "/" + name).c_str(), X_OK) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 Sandbox::Sandbox(const std::string& root) : mounts_(machineMounts()) {
@@ -97,7 +112,7 @@ Sandbox::Sandbox(const std::string& root) : mounts_(machineMounts()) {
 }
 
 std::string Sandbox::show(const std::string& path) {
-    if (!isHidden(path)) {
+    if (!isMountedOver(path.substr(0, path.find('/', 1)))) {
         return path;
     }
     std::string place = std::string("/installer-bundle/") + fs::path(path).filename().string();
@@ -128,19 +143,6 @@ std::string sandboxRefusedText() {
     return "the private root could not be made; bubblewrap (bwrap) said above why. Where the system refuses user "
            "namespaces to ordinary users,\nrun this program as root, or allow them: "
            "sudo sysctl kernel.unprivileged_userns_clone=1 user.max_user_namespaces=10000";
-}
-
-bool isInstalled(const std::string& name) {
-    const char* folders = std::getenv("PATH");
-    std::string rest = folders == nullptr ? "/usr/local/bin:/usr/bin:/bin" : folders;
-    while (!rest.empty()) {
-        const std::string folder = rest.substr(0, rest.find(':'));
-        rest.erase(0, folder.size() + 1);
-        if (access((folder + "/" + name).c_str(), X_OK) == 0) {
-            return true;
-        }
-    }
-    return false;
 }
 
 void requireBubblewrap() {

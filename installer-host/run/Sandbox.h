@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "installer-host/FileDescriptor.h"
+#include "platform/Descriptor.h"
 
 namespace host {
 
@@ -24,14 +24,11 @@ public:
 
 private:
     std::vector<std::string> mounts_;
-    FileDescriptor passwd_, group_;
+    cv::Descriptor passwd_, group_;
 };
 
 /// Why a run could not start in a private root although bubblewrap was called, and what the user can do.
 std::string sandboxRefusedText();
-
-/// Whether the program `name` is on PATH.
-bool isInstalled(const std::string& name);
 
 /// Throws Failure (RootNotMade) with the way to install it when bubblewrap is missing.
 void requireBubblewrap();

@@ -16,14 +16,21 @@
 
 #include "installer-host/bundle/BundleSession.h"
 #include "installer-host/bundle/Checks.h"
-#include "installer-host/look/Snapshot.h"
+#include "installer-host/look/FinderObject.h"
 #include "installer-host/run/WorkerProtocol.h"
+#include "platform/Descriptor.h"
 #include "platform/StoreFailures.h"
 
 namespace {
 
 using namespace host;
 using nlohmann::json;
+
+/// Tells the host. What cannot be written is lost: the host is gone then, and this process with it.
+void writeEvent(const WorkerOrder& order, const json& event) {
+    const std::string text = event.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+    static_cast<void>(cv::writeAll(order.eventFd, text));
+}
 
 XCodSelector selectorOf(Step step) {
     return step == Step::PreInstall ? XCOD_SELECTOR_PRE_INSTALL : XCOD_SELECTOR_POST_INSTALL;
@@ -36,17 +43,17 @@ constexpr std::size_t HOST_BLOCK_SIZE = 4096;
 bool runStep(const WorkerOrder& order, Step step, StepFunction entry) {
     alignas(std::max_align_t) std::array<unsigned char, HOST_BLOCK_SIZE> storage{};
     auto* block = new (storage.data()) XCodParamBlock();
-    block->version = order.blockVersion;
+    block->version = order.installation.blockVersion;
     block->selector = selectorOf(step);
-    block->productCode = order.product;
-    block->languageCode = order.language;
-    writeEvent(order.eventFd, {{"event", "stepBegins"}, {"step", step}, {"flags", std::uint32_t{block->resultFlags}}});
+    block->productCode = order.installation.product;
+    block->languageCode = order.installation.language;
+    writeEvent(order, {{"event", EVENT_STEP_BEGINS}, {"step", step}, {"flags", std::uint32_t{block->resultFlags}}});
     const CallResult result = callStep(entry, block);
-    writeEvent(order.eventFd, {{"event", "stepEnds"},
-                               {"step", step},
-                               {"flags", std::uint32_t{block->resultFlags}},
-                               {"type", result.exceptionType},
-                               {"message", result.exceptionMessage}});
+    writeEvent(order, {{"event", EVENT_STEP_ENDS},
+                       {"step", step},
+                       {"flags", std::uint32_t{block->resultFlags}},
+                       {"type", result.exceptionType},
+                       {"message", result.exceptionMessage}});
     return !result.threw;
 }
 
@@ -60,46 +67,46 @@ bool isFinderObject(const std::string& path) {
 
 void runSteps(const WorkerOrder& order) {
     const BundleSession session(order.bundle);
-    const StepEntries entries(session, order.direct);
-    for (const Step step : order.steps) {
+    const StepEntries entries(session, order.installation.direct);
+    for (const Step step : order.installation.steps) {
         if (!runStep(order, step, entries.entry(step))) {
             break;
         }
     }
     for (const cv::StoreFailure& failure : cv::storeFailures()) {
         if (failure.wasToBeStored || isFinderObject(failure.what)) {
-            writeEvent(order.eventFd, {{"event", "notStored"}, {"what", failure.what}, {"reason", failure.reason}});
+            writeEvent(order, {{"event", EVENT_NOT_STORED}, {"what", failure.what}, {"reason", failure.reason}});
         }
     }
 }
 
 void runChecks(const WorkerOrder& order) {
     checkBundle(order.bundle, [&](const Finding& finding) {
-        writeEvent(order.eventFd, {{"event", "finding"},
-                                   {"subject", finding.subject},
-                                   {"ok", finding.ok},
-                                   {"text", finding.text},
-                                   {"status", finding.status}});
+        writeEvent(order, {{"event", EVENT_FINDING},
+                           {"subject", finding.subject},
+                           {"ok", finding.ok},
+                           {"text", finding.text},
+                           {"status", finding.status}});
     });
 }
 
 /// Does what `order` says and tells how that went.
 void work(const WorkerOrder& order) {
     fcntl(order.eventFd, F_SETFD, FD_CLOEXEC);
-    writeEvent(order.eventFd, {{"event", "started"}});
-    json end{{"event", "finished"}};
+    writeEvent(order, {{"event", EVENT_STARTED}});
+    json end{{"event", EVENT_FINISHED}};
     try {
-        if (order.steps.empty()) {
+        if (order.installation.steps.empty()) {
             runChecks(order);
         } else {
             runSteps(order);
         }
     } catch (const Failure& failure) {
-        end = {{"event", "failure"}, {"status", failure.status()}, {"text", failure.what()}};
+        end = {{"event", EVENT_FAILURE}, {"status", failure.status()}, {"text", failure.what()}};
     } catch (const std::exception& fault) {
-        end = {{"event", "failure"}, {"status", ExitStatus::BundleUnusable}, {"text", fault.what()}};
+        end = {{"event", EVENT_FAILURE}, {"status", ExitStatus::BundleUnusable}, {"text", fault.what()}};
     }
-    writeEvent(order.eventFd, end);
+    writeEvent(order, end);
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
 #include "installer-host/run/WorkerProtocol.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
 namespace host {
@@ -36,10 +32,14 @@ bool parse(std::string_view text, Step& step) {
 }  // namespace
 
 std::vector<std::string> toArguments(const WorkerOrder& order) {
-    std::vector<std::string> arguments{std::to_string(order.eventFd),      order.bundle,
-                                       std::to_string(order.product),      std::to_string(order.language),
-                                       std::to_string(order.blockVersion), std::string(order.direct ? DIRECT : TABLE)};
-    for (const Step step : order.steps) {
+    const Installation& installation = order.installation;
+    std::vector<std::string> arguments{std::to_string(order.eventFd),
+                                       order.bundle,
+                                       std::to_string(installation.product),
+                                       std::to_string(installation.language),
+                                       std::to_string(installation.blockVersion),
+                                       std::string(installation.direct ? DIRECT : TABLE)};
+    for (const Step step : installation.steps) {
         arguments.emplace_back(shortName(step));
     }
     return arguments;
@@ -47,28 +47,20 @@ std::vector<std::string> toArguments(const WorkerOrder& order) {
 
 std::optional<WorkerOrder> parseOrder(int argc, const char* const* argv) {
     WorkerOrder order;
-    if (argc < FIXED_ARGUMENTS || !parse(argv[1], order.eventFd) || !parse(argv[3], order.product) ||
-        !parse(argv[4], order.language) || !parse(argv[5], order.blockVersion) || !parse(argv[6], order.direct)) {
+    Installation& installation = order.installation;
+    if (argc < FIXED_ARGUMENTS || !parse(argv[1], order.eventFd) || !parse(argv[3], installation.product) ||
+        !parse(argv[4], installation.language) || !parse(argv[5], installation.blockVersion) ||
+        !parse(argv[6], installation.direct)) {
         return std::nullopt;
     }
     order.bundle = argv[2];
+    installation.steps.clear();
     for (int i = FIXED_ARGUMENTS; i < argc; ++i) {
-        if (!parse(argv[i], order.steps.emplace_back())) {
+        if (!parse(argv[i], installation.steps.emplace_back())) {
             return std::nullopt;
         }
     }
     return order;
-}
-
-void writeEvent(int fd, const nlohmann::json& event) {
-    const std::string line = event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-    for (std::size_t written = 0; written < line.size();) {
-        const ssize_t count = write(fd, line.data() + written, line.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return;
-        }
-        written += count < 0 ? 0 : static_cast<std::size_t>(count);
-    }
 }
 
 }  // namespace host

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include <chrono>
-#include <filesystem>
+#include <cerrno>
+#include <csignal>
 
 #include "tests/installer-host/HostSupport.h"
 
@@ -10,8 +10,6 @@ namespace {
 using namespace test;
 using nlohmann::json;
 using testing::HasSubstr;
-
-namespace fs = std::filesystem;
 
 ProcessResult runFaulty(const std::string& fault, std::vector<std::string> arguments,
                         const std::string& bundle = FAULTY_BUNDLE) {
@@ -66,12 +64,13 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
     }
 }
 
-/// The time-out holds without a private root, too, and nothing keeps running behind it.
+/// The time-out holds without a private root, too.
 TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
-    const auto begin = std::chrono::steady_clock::now();
     const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1"});
     EXPECT_EQ(result.exitStatus, 9);
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+    const int process = std::stoi(result.err);  // the first that the host passes on is the step's line
+    EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;
+    EXPECT_EQ(errno, ESRCH);
 }
 
 TEST(Faults, ABundleThatIsNoneIsRefused) {
@@ -86,25 +85,20 @@ TEST(Faults, ABundleThatIsNoneIsRefused) {
         std::string bundle;
         int exitStatus;
         const char* message;
-        const char* finding;
     } cases[] = {
-        {UNLINKED_BUNDLE, 3, "nobodyDefinesThis", "failed  code"},
-        {otherType, 4, "registers no factory for the installer's plug-in type", "failed  registration"},
-        {malformed, 3, "", "failed  bundle"},
+        {UNLINKED_BUNDLE, 3, "nobodyDefinesThis"},
+        {otherType, 4, "registers no factory for the installer's plug-in type 5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8"},
+        {malformed, 3, "' is no plug-in"},
     };
     for (const auto& c : cases) {
         const ProcessResult result = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, c.bundle);
         EXPECT_EQ(result.exitStatus, c.exitStatus) << c.bundle;
         EXPECT_THAT(result.err, HasSubstr(c.message));
-        const ProcessResult check = runFaulty("", {"check"}, c.bundle);
-        EXPECT_EQ(check.exitStatus, c.exitStatus) << c.bundle;
-        EXPECT_THAT(check.out, HasSubstr(c.finding));
     }
-    EXPECT_EQ(runFaulty("refused instance", {"check"}).exitStatus, 4);
-    const ProcessResult counts = runFaulty("", {"check"});
-    EXPECT_EQ(counts.exitStatus, 4) << counts.err;
-    EXPECT_THAT(counts.out, HasSubstr("failed  interface     references are counted"));
-    EXPECT_THAT(counts.out, HasSubstr("failed  interface     an unknown interface is refused"));
+    const ProcessResult check = runFaulty("", {"check"});
+    EXPECT_EQ(check.exitStatus, 4) << check.err;
+    EXPECT_THAT(check.err, HasSubstr("no usable installer plug-in"));
+    EXPECT_THAT(check.out, HasSubstr("failed  interface     references are counted"));
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
 #include <gmock/gmock.h>
 
-#include <optional>
-#include <tuple>
-
 #include "installer-host/Options.h"
-#include "installer-host/run/WorkerProtocol.h"
 
 namespace {
 
@@ -26,42 +22,15 @@ TEST(Options, AreRead) {
     ASSERT_TRUE(parsed.proceed) << parsed.text;
     const Options& options = parsed.options;
     EXPECT_EQ(options.command, Command::Run);
-    EXPECT_EQ(options.product, -2147483647 - 1);
-    EXPECT_EQ(options.language, -1);
-    EXPECT_THAT(options.steps, ElementsAre(Step::PostInstall));
-    EXPECT_EQ(options.blockVersion, 65535);
-    EXPECT_TRUE(options.direct && options.dryRun && options.verbose);
+    EXPECT_EQ(options.installation.product, -2147483647 - 1);
+    EXPECT_EQ(options.installation.language, -1);
+    EXPECT_THAT(options.installation.steps, ElementsAre(Step::PostInstall));
+    EXPECT_EQ(options.installation.blockVersion, 65535);
+    EXPECT_TRUE(options.installation.direct && options.dryRun && options.verbose);
     EXPECT_EQ(options.root, "/r");
     EXPECT_EQ(options.format, Format::Json);
     EXPECT_EQ(options.timeout, 0U);
     EXPECT_EQ(options.bundle, "-x") << "a bundle's name may look like an option";
-}
-
-std::optional<WorkerOrder> parseWorkerArguments(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "installer-host-worker");
-    std::vector<const char*> argv;
-    for (const std::string& argument : arguments) {
-        argv.push_back(argument.c_str());
-    }
-    return parseOrder(static_cast<int>(argv.size()), argv.data());
-}
-
-TEST(WorkerOrder, SurvivesTheWayToTheWorker) {
-    const WorkerOrder order{7,   "/a bundle\n\xFF", {Step::PostInstall, Step::PreInstall}, -2147483647 - 1, -1, 65535,
-                            true};
-    const std::vector<std::string> arguments = toArguments(order);
-    const auto parsed = parseWorkerArguments(arguments);
-    ASSERT_TRUE(parsed);
-    EXPECT_EQ(std::tie(parsed->eventFd, parsed->bundle, parsed->steps, parsed->product, parsed->language,
-                       parsed->blockVersion, parsed->direct),
-              std::tie(order.eventFd, order.bundle, order.steps, order.product, order.language, order.blockVersion,
-                       order.direct));
-    for (std::size_t spoilt = 0; spoilt < arguments.size(); ++spoilt) {
-        std::vector<std::string> wrong = arguments;
-        wrong[spoilt] += "x";
-        EXPECT_EQ(parseWorkerArguments(wrong).has_value(), spoilt == 1) << "argument " << spoilt;
-    }
-    EXPECT_FALSE(parseWorkerArguments({"7", "/bundle"}));
 }
 
 struct WrongUsage {
