@@ -213,7 +213,7 @@ private:
 
     std::optional<plist::Dictionary> parseOld(const std::string& bytes) {
         plist::Parsed parsed = plist::parse(bytes);
-        if (parsed.fault == plist::Parsed::Fault::unsupported) {
+        if (parsed.fault == plist::Parsed::Fault::Unsupported) {
             throw PreferenceFault{path_, "it cannot be rewritten without loss: " + parsed.reason};
         }
         plist::Dictionary* const dictionary = parsed.root ? parsed.root->dictionary() : nullptr;
