@@ -260,9 +260,9 @@ private:
         if (error == XML_ERROR_INVALID_TOKEN && isAtForbiddenCharacter(bytes)) {
             refuseUnsupported("it holds text with a character that XML forbids");
         }
-        throw Refusal{Parsed::Fault::Malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
-                                                    " in line " +
-                                                    std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
+        throw Refusal{Parsed::Verdict::Malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
+                                                      " in line " +
+                                                      std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
     }
 
     /// No XML may have control characters, U+FFFE and U+FFFF, but other programs that write property lists let them
