@@ -106,7 +106,7 @@ TEST(MemoryExhaustion, IsNeverTakenForDamageInReadingAndWritingPropertyLists) {
     const std::string damaged = XML.substr(0, XML.size() / 2);
     const int attempts = exhaust([&] { return readsRight(XML); }) + exhaust([&] { return readsRight(binary); }) +
                          exhaust([&] { return toBinary(root) == binary; }) +
-                         exhaust([&] { return parse(damaged).fault == cv::plist::Parsed::Verdict::Malformed; });
+                         exhaust([&] { return parse(damaged).verdict == cv::plist::Parsed::Verdict::Malformed; });
     std::printf("%d allocations failed\n", attempts);
     EXPECT_GT(attempts, 200);
 }
@@ -134,7 +134,7 @@ protected:
     /// Stores the change; empty, or what went wrong.
     std::string store() const {
         const auto fault = writePreferences(location_, changes_);
-        return fault ? fault->path + ": " + fault->reason : "";
+        return fault ? fault->text() : "";
     }
 
     /// That the file is the old one or `fresh`, and that nothing is in the way of the next change.
