@@ -48,7 +48,7 @@ const __CFString* __CFString::make(std::u16string_view text, std::uint32_t refer
     if (size != 0) {
         std::memcpy(units, text.data(), size);
     }
-    return new (block) __CFString(std::u16string_view(units, text.size()), references);
+    return ::new (block) __CFString(std::u16string_view(units, text.size()), references);
 }
 
 namespace {
