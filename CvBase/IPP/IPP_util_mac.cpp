@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 namespace IPP {
 namespace {

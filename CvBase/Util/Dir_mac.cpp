@@ -7,10 +7,10 @@
 #include <string>
 
 #include "CvBase/Util/Dir.h"
-#include "CvBase/Util/FileSearch.h"
-#include "CvBase/Util/FolderScan.h"
-#include "CvBase/Util/NameFilter.h"
-#include "CvBase/Util/NameList.h"
+#include "CvBase/Util/Folder/FileSearch.h"
+#include "CvBase/Util/Folder/FolderScan.h"
+#include "CvBase/Util/Folder/NameFilter.h"
+#include "CvBase/Util/Folder/NameList.h"
 
 namespace Util {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 namespace bench {
 namespace {

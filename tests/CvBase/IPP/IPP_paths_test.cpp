@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 #include "tests/CvBase/IPP/Reference.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "CvBase/Util/FolderScan.h"
+#include "CvBase/Util/Folder/FolderScan.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

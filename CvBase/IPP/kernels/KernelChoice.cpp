@@ -1,4 +1,4 @@
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 #include <atomic>
 

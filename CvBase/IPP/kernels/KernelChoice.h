@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CvBase/IPP/Kernels.h"
+#include "CvBase/IPP/kernels/Kernels.h"
 
 /// Which instructions the routines of IPP use. The library's users need not look here: the best that the processor has
 /// is chosen at the first call. Tests and benchmarks choose others.

@@ -1,4 +1,4 @@
-#include "CvBase/Util/FileSearch.h"
+#include "CvBase/Util/Folder/FileSearch.h"
 
 #include <algorithm>
 #include <cstring>
