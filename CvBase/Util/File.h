@@ -161,6 +161,9 @@ private:
     /// Lets the stream go, closed or not.
     void forgetStream();
 
+    /// Renames as the system does, which replaces a link at `to` itself. Throws RenameError naming `from`.
+    static void renameEntry(const FilePath& from, const FilePath& to);
+
     FilePath path_;
     std::FILE* stream_ = nullptr;
     unsigned int mode_ = 0;

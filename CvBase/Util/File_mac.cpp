@@ -1,17 +1,14 @@
-// What a file does through the File Manager and the Finder.
+// What a file does through the File Manager and the Finder. It throws nothing itself: File.cpp does, so that a line of
+// the unit "Util/File" names one place.
 
 #include <Carbon/Carbon.h>
 #include <sys/stat.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "CvBase/Util/File.h"
 
 namespace Util {
-
-using Exception::FileIO;
 
 namespace {
 
@@ -99,16 +96,6 @@ Names compareNames(const FilePath& from, const FilePath& to) {
     }
     const bool areTwoNames = S_ISREG(a.st_mode) && S_ISREG(b.st_mode) && a.st_nlink > 1;
     return S_ISLNK(a.st_mode) || areTwoNames ? Names::REDUNDANT : Names::DEPENDENT;
-}
-
-/// Renames as the system does, which replaces a link at `to` itself.
-void renameEntry(const FilePath& from, const FilePath& to) {
-    const String source = from.ToString();
-    const String target = to.ToString();
-    if (std::rename(source.CStr(), target.CStr()) != 0) {
-        const int error = errno;
-        ::Exception::Throw(FileIO("Rename failed", from, FileIO::RenameError, error), "Util/File", __LINE__);
-    }
 }
 
 }  // namespace
