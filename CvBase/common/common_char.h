@@ -32,25 +32,30 @@ public:
         OTHER_SYMBOL = 30
     };
 
+    /// The byte `c`. Not explicit, so that a char can be passed for a Char.
     constexpr Char(char c = '\0') : c_(c) {}
+
+    /// The byte.
     constexpr operator char() const { return c_; }
 
-    /// The byte's entry in _CHAR_CATEGORIES.
-    unsigned char GetCategory() const { return _CHAR_CATEGORIES[static_cast<unsigned char>(c_)]; }
+    /// The byte's entry in _CHAR_CATEGORIES: a Category, or the number of another category of Unicode.
+    [[nodiscard]] unsigned char GetCategory() const { return _CHAR_CATEGORIES[static_cast<unsigned char>(c_)]; }
 
     /// Whether the byte is 0x20, 0x09 to 0x0D, or a separator by its category. Bytes are looked at one by one: 0xA0 is
     /// white space even as the second byte of a UTF-8 sequence.
-    bool IsWhiteSpace() const {
+    [[nodiscard]] bool IsWhiteSpace() const {
         const unsigned char category = GetCategory();
         return (c_ >= '\t' && c_ <= '\r') || (category >= SPACE_SEPARATOR && category <= PARAGRAPH_SEPARATOR);
     }
 
     /// Whether the byte is one of '0' to '9'.
-    bool IsDigit() const { return GetCategory() == DECIMAL_DIGIT; }
+    [[nodiscard]] bool IsDigit() const { return GetCategory() == DECIMAL_DIGIT; }
 
-    /// The letter of the other case for an ASCII letter; every other byte is itself.
-    constexpr char ToLower() const { return c_ >= 'A' && c_ <= 'Z' ? static_cast<char>(c_ + 32) : c_; }
-    constexpr char ToUpper() const { return c_ >= 'a' && c_ <= 'z' ? static_cast<char>(c_ - 32) : c_; }
+    /// The small letter of an ASCII capital; any other byte is itself.
+    [[nodiscard]] constexpr char ToLower() const { return c_ >= 'A' && c_ <= 'Z' ? static_cast<char>(c_ + 32) : c_; }
+
+    /// The capital of a small ASCII letter; any other byte is itself.
+    [[nodiscard]] constexpr char ToUpper() const { return c_ >= 'a' && c_ <= 'z' ? static_cast<char>(c_ - 32) : c_; }
 
 private:
     char c_;

@@ -7,8 +7,12 @@ class FolderPath;
 /// \file
 /// The names of files and folders, as values. A path is text: nothing here asks the file system whether it exists.
 ///
-/// Making a path turns it into an absolute one and changes nothing else; its text is folded when it is compared and
-/// when ToString() gives it to the system. Four things to know before using one:
+///     const FolderPath folder("~/Documents", false);
+///     const FilePath file = folder + "notes.txt";  // /Users/somebody/Documents/notes.txt
+///
+/// Making a path turns it into an absolute one and changes nothing else. Its text is folded when it is compared and
+/// when ToString() gives it to the system: separators become "/", doubled ones one, and ".." goes with the name before
+/// it. Four things to know before using one:
 ///
 /// - ".." is folded in the text, together with the name before it, so after a symbolic link it leads elsewhere than the
 ///   system's own ".." does. The folding is a single pass: of two ".." in a row only the first is folded, and a ".."
@@ -50,10 +54,10 @@ public:
     /// @}
 
 protected:
-    StoredPath() = default;
-    explicit StoredPath(const String& path) : path_(path) {}
+    StoredPath() = default;                                   ///< no path
+    explicit StoredPath(const String& path) : path_(path) {}  ///< the path with this text
 
-    String path_;
+    String path_;  ///< absolute where it could be made so, not folded
 };
 
 }  // namespace PathDetail

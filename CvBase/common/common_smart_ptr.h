@@ -30,6 +30,7 @@ namespace HandleDetail {
 
 /// How the handles of one object count themselves: on any thread.
 struct SharedObject {
+    /// Counts one handle more.
     static void add(volatile unsigned int& count) { Atomic::AtomicIncrement(count); }
 
     /// Whether no other handle shares the object. No other thread can come to share it then: it would need a handle to
@@ -40,6 +41,7 @@ struct SharedObject {
     /// longer than a plain read.
     static bool remove(volatile unsigned int& count) { return isOnly(count) || Atomic::AtomicDecrement(count) == 0; }
 
+    /// Deletes what the last handle owned.
     template <typename T>
     static void destroy(T* object) {
         checked_delete(object);
@@ -48,13 +50,16 @@ struct SharedObject {
 
 /// How the handles of one array count themselves: on one thread.
 struct SharedArray {
+    /// Counts one handle more.
     static void add(volatile unsigned int& count) { count = count + 1; }
 
+    /// Takes one handle away; true for the last one.
     static bool remove(volatile unsigned int& count) {
         count = count - 1;
         return count == 0;
     }
 
+    /// Deletes what the last handle owned.
     template <typename T>
     static void destroy(T* array) {
         delete[] array;
@@ -153,7 +158,11 @@ private:
 template <typename T>
 class shared_ptr : public HandleDetail::SharedHandle<T, HandleDetail::SharedObject> {
 public:
+    /// Empty.
     shared_ptr() = default;
+
+    /// Takes over `object`, which may be null. When there is no memory for the count, deletes it and throws
+    /// std::bad_alloc.
     explicit shared_ptr(T* object) : HandleDetail::SharedHandle<T, HandleDetail::SharedObject>(object) {}
 
     /// Gives up this handle's share and takes over `object`, which no other handle may own; the other holders keep the
@@ -169,15 +178,21 @@ public:
     }
 
     /// The object; not for an empty handle.
+    /// @{
     T* operator->() const { return this->get(); }
     T& operator*() const { return *this->get(); }
+    /// @}
 };
 
 /// Shared ownership of an array, on one thread. `T` is the type of an element.
 template <typename T>
 class shared_array : public HandleDetail::SharedHandle<T, HandleDetail::SharedArray> {
 public:
+    /// Empty.
     shared_array() = default;
+
+    /// Takes over `array`, made with new[], which may be null. When there is no memory for the count, deletes it and
+    /// throws std::bad_alloc.
     explicit shared_array(T* array) : HandleDetail::SharedHandle<T, HandleDetail::SharedArray>(array) {}
 
     /// The element at `index`, which is not checked; not for an empty handle.

@@ -8,7 +8,7 @@
 
 #include "CvBase/common/string/common_string_bytes.h"
 
-static_assert(sizeof(String) == 2 * sizeof(void*), "a String is passed by value everywhere");
+static_assert(sizeof(String) == 2 * sizeof(void*), "a String is two pointers");
 
 String::String() = default;
 
