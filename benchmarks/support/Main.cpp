@@ -28,7 +28,7 @@ void prepare(const Subject& subject) {
 }  // namespace
 
 void add(const std::string& work, Subject subject) {
-    const bool wall = subject.clock == Clock::WALL;
+    const bool wall = subject.clock == Clock::Wall;
     const bool once = subject.once;
     const std::string name = work + "/" + subject.name;
     const auto run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {

@@ -27,20 +27,19 @@ bool isNamed(const char* variable) {
     return value != nullptr && *value != '\0';
 }
 
-/// The ends of a socket, neither of them in the place of a standard stream that the program has closed.
+/// The ends of a socket, neither of them in the place of a standard stream that the program has closed. Closed ends,
+/// and errno, when there is none to be had.
 std::pair<Descriptor, Descriptor> makeSocket() {
     std::array<int, 2> ends{-1, -1};
-    const int made = socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data());
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return {Descriptor(), Descriptor()};
+    }
     const Descriptor first(ends[0]);
     const Descriptor second(ends[1]);
     const auto higher = [](const Descriptor& end) {
         return Descriptor(fcntl(end.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     };
-    std::pair<Descriptor, Descriptor> higherEnds{higher(first), higher(second)};
-    if (made != 0 || !higherEnds.first.isOpen() || !higherEnds.second.isOpen()) {
-        throw AlertFault("there is no socket to be had: " + errorText(errno));
-    }
-    return higherEnds;
+    return {higher(first), higher(second)};
 }
 
 /// How cv-alert is to be started: with nothing of the program's but its environment and standard error. In a process
@@ -75,37 +74,37 @@ public:
 /// cv-alert, which ends at the latest with this object.
 class AlertProgram {
 public:
-    /// Throws AlertFault when there is a fault other than that it is not installed.
-    explicit AlertProgram(int socket) {
-        const std::string path = companionPath("cv-alert");
-        const SpawnOptions options(socket);
+    explicit AlertProgram(const Descriptor& socket) {
+        const SpawnOptions options(socket.get());
         const char* const arguments[] = {"cv-alert", nullptr};
-        const int error = posix_spawn(&process_, path.c_str(), &options.actions, &options.attributes,
-                                      const_cast<char**>(arguments), environ);
-        if (error != 0 && error != ENOENT) {
-            throw AlertFault("'" + path + "' cannot be started: " + errorText(error));
-        }
-        isStarted_ = error == 0;
-        handle_ = Descriptor(isStarted_ ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0)) : -1);
+        error_ = posix_spawn(&process_, companionPath("cv-alert").c_str(), &options.actions, &options.attributes,
+                             const_cast<char**>(arguments), environ);
+        handle_ = Descriptor(error_ == 0 ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0)) : -1);
     }
     /// Its answer is in, or none will come. The program's own code may have seen its end before.
     ~AlertProgram() {
         if (handle_.isOpen()) {
             syscall(SYS_pidfd_send_signal, handle_.get(), SIGKILL, nullptr, 0);
         }
-        while (isStarted_ && waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
+        while (error_ == 0 && waitpid(process_, nullptr, 0) < 0 && errno == EINTR) {
         }
     }
     AlertProgram(const AlertProgram&) = delete;
     AlertProgram& operator=(const AlertProgram&) = delete;
 
-    bool isStarted() const { return isStarted_; }
+    /// The errno value that says why it did not start, or 0.
+    int error() const { return error_; }
 
 private:
     pid_t process_ = 0;
-    bool isStarted_ = false;
+    int error_ = 0;
     Descriptor handle_;
 };
+
+std::nullopt_t notShown(const std::string& reason) {
+    report("alert", {reason, "; asking on the terminal"});
+    return std::nullopt;
+}
 
 }  // namespace
 
@@ -115,17 +114,17 @@ bool displayIsNamed() {
 
 std::optional<std::size_t> askOnPanel(const Alert& alert) {
     auto [ours, theirs] = makeSocket();
-    const AlertProgram program(theirs.get());
-    if (!program.isStarted()) {
-        report("alert", "cv-alert, which shows alerts on the display, is not installed; asking on the terminal");
-        return std::nullopt;
+    if (!ours.isOpen() || !theirs.isOpen()) {
+        return notShown("there is no socket to be had: " + errorText(errno));
+    }
+    const AlertProgram program(theirs);
+    if (program.error() != 0) {
+        return notShown(program.error() == ENOENT ? "cv-alert, which shows alerts on the display, is not installed"
+                                                  : "cv-alert cannot be started: " + errorText(program.error()));
     }
     theirs = Descriptor();
     const std::optional<std::size_t> answer = askOver(ours.get(), alert);
-    if (!answer) {
-        report("alert", "the display does not answer; asking on the terminal");
-    }
-    return answer;
+    return answer ? answer : notShown("the display does not answer");
 }
 
 }  // namespace cv

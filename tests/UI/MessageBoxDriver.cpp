@@ -3,7 +3,6 @@
 //     MessageBoxDriver FORM ICON MESSAGE
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -53,7 +52,7 @@ int main(int argc, char** argv) {
     }
     const id pool = cv::send<id>(cv::send<id>(cv::classNamed("NSAutoreleasePool"), "alloc"), "init");
     const bool invalid = std::strcmp(argv[3], "(invalid UTF-8)") == 0;
-    show(argv[1], static_cast<IconType>(std::atoi(argv[2])), invalid ? "\xFF\xFE" : argv[3]);
+    show(argv[1], static_cast<IconType>(std::stoi(argv[2])), invalid ? "\xFF\xFE" : argv[3]);
     cv::send<void>(pool, "drain");
     return 0;
 }

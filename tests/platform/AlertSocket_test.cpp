@@ -33,7 +33,7 @@ protected:
     /// Makes a new socket.
     void connect() {
         std::array<int, 2> ends{};
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);  // blocking ones: Alert_test
         asking = cv::Descriptor(ends[0]);
         showing = cv::Descriptor(ends[1]);
         setenv("CV_ALERT_SOCKET", std::to_string(asking.get()).c_str(), 1);
@@ -46,7 +46,7 @@ protected:
     cv::Descriptor asking, showing;
 };
 
-const Alert QUESTION{"Really?\n\xE2\x82\xAC", cv::AlertStyle::critical, {"OK", "Cancel", "Retry", "Cancel"}};
+const Alert QUESTION{"Really?\n\xE2\x82\xAC", cv::AlertStyle::Critical, {"OK", "Cancel", "Retry", "Cancel"}};
 
 TEST_F(AlertSocket, IsAskedFirst) {
     std::thread server([&] {
@@ -78,7 +78,7 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
     std::vector<std::thread> askers;
     for (std::size_t i = 0; i < THREADS; ++i) {
         askers.emplace_back([i] {
-            const Alert alert{std::to_string(i), cv::AlertStyle::warning, std::vector<std::string>(THREADS, "OK")};
+            const Alert alert{std::to_string(i), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
             for (std::size_t n = 0; n < ALERTS; ++n) {
                 EXPECT_EQ(cv::runAlert(alert), i);
             }
@@ -118,7 +118,7 @@ TEST_F(AlertSocket, WithAnAnswerToNothingIsRefused) {
 }
 
 TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
-    const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::warning, {"OK"}};
+    const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::Warning, {"OK"}};
     std::thread server([&] {
         EXPECT_EQ(cv::readAlert(showing.get()).value().message, longest.message);
         cv::writeAnswer(showing.get(), 0);

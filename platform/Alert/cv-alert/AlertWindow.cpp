@@ -13,7 +13,6 @@ namespace {
 
 constexpr int MARGIN = 18;
 constexpr int ICON_GAP = 14;
-constexpr int BUTTON_GAP = 8;
 constexpr int LINE_CHARACTERS = 60;
 constexpr int LEAST_CHARACTERS = 24;
 constexpr int BUTTON_CHARACTERS = 40;
@@ -34,11 +33,11 @@ struct StyleLook {
 
 StyleLook lookOf(AlertStyle style) {
     switch (style) {
-        case AlertStyle::informational:
+        case AlertStyle::Informational:
             return {"Information", "dialog-information"};
-        case AlertStyle::critical:
+        case AlertStyle::Critical:
             return {"Critical", "dialog-error"};
-        case AlertStyle::warning:
+        case AlertStyle::Warning:
             break;
     }
     return {"Alert", "dialog-warning"};
@@ -81,7 +80,7 @@ GtkWidget* makeLabel(const std::string& message) {
 
 /// The keys that scroll, since the buttons have the focus. TRUE when the key was one of them.
 gboolean scrollByKey(GtkWidget*, GdkEventKey* event, gpointer scrolled) {
-    const struct {
+    static constexpr struct {
         guint key;
         GtkScrollType scroll;
     } KEYS[] = {{GDK_KEY_Up, GTK_SCROLL_STEP_UP},      {GDK_KEY_Down, GTK_SCROLL_STEP_DOWN},
@@ -97,7 +96,21 @@ gboolean scrollByKey(GtkWidget*, GdkEventKey* event, gpointer scrolled) {
     return FALSE;
 }
 
-/// The label itself, or a view on it that scrolls when it is too high for the screen.
+/// A view on the label that is `height` high and scrolls.
+GtkWidget* makeScrolled(GtkWidget* window, GtkWidget* label, int height) {
+    GtkWidget* const widget = gtk_scrolled_window_new(nullptr, nullptr);
+    GtkScrolledWindow* const scrolled = GTK_SCROLLED_WINDOW(widget);
+    gtk_scrolled_window_set_policy(scrolled, GTK_POLICY_NEVER, GTK_POLICY_ALWAYS);
+    gtk_scrolled_window_set_overlay_scrolling(scrolled, FALSE);
+    gtk_scrolled_window_set_propagate_natural_width(scrolled, TRUE);
+    gtk_scrolled_window_set_min_content_height(scrolled, height);
+    gtk_widget_set_valign(label, GTK_ALIGN_START);
+    gtk_container_add(GTK_CONTAINER(scrolled), label);
+    g_signal_connect(window, "key-press-event", G_CALLBACK(scrollByKey), scrolled);
+    return widget;
+}
+
+/// The label itself, or a view on it when it is higher than half the screen.
 GtkWidget* makeTextArea(GtkWidget* window, const std::string& message) {
     GtkWidget* const label = makeLabel(message);
     gtk_widget_show(label);
@@ -106,18 +119,7 @@ GtkWidget* makeTextArea(GtkWidget* window, const std::string& message) {
     gtk_widget_get_preferred_width(label, nullptr, &width);
     gtk_widget_get_preferred_height_for_width(label, width, nullptr, &height);
     const int greatestHeight = screenRoom().height / 2;
-    if (height <= greatestHeight) {
-        return label;
-    }
-    GtkWidget* const scrolled = gtk_scrolled_window_new(nullptr, nullptr);
-    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scrolled), GTK_POLICY_NEVER, GTK_POLICY_ALWAYS);
-    gtk_scrolled_window_set_overlay_scrolling(GTK_SCROLLED_WINDOW(scrolled), FALSE);
-    gtk_scrolled_window_set_propagate_natural_width(GTK_SCROLLED_WINDOW(scrolled), TRUE);
-    gtk_scrolled_window_set_min_content_height(GTK_SCROLLED_WINDOW(scrolled), greatestHeight);
-    gtk_widget_set_valign(label, GTK_ALIGN_START);
-    gtk_container_add(GTK_CONTAINER(scrolled), label);
-    g_signal_connect(window, "key-press-event", G_CALLBACK(scrollByKey), scrolled);
-    return scrolled;
+    return height <= greatestHeight ? label : makeScrolled(window, label, greatestHeight);
 }
 
 GtkWidget* makeIcon(const StyleLook& look) {
@@ -148,28 +150,29 @@ GtkWidget* addButton(GtkWidget* window, const std::string& title, int response) 
     return button;
 }
 
-/// The buttons from left to right as they were added, or from top to bottom when they are too wide for the screen. The
-/// first one has the focus and Return.
-void addButtons(GtkWidget* window, const Alert& alert) {
-    for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
-        GtkWidget* const button = addButton(window, alert.buttons[i], static_cast<int>(i));
-        if (i == 0) {
-            gtk_style_context_add_class(gtk_widget_get_style_context(button), GTK_STYLE_CLASS_SUGGESTED_ACTION);
-            gtk_widget_grab_default(button);
-            gtk_widget_grab_focus(button);
-        }
-    }
-    GtkWidget* const row = gtk_widget_get_parent(gtk_window_get_default_widget(GTK_WINDOW(window)));
+/// Gives the row of buttons the window's margins, and makes a column of it when it is too wide for the screen.
+void layOutButtons(GtkWidget* row) {
     gtk_widget_set_margin_start(row, MARGIN);
     gtk_widget_set_margin_end(row, MARGIN);
     gtk_widget_set_margin_bottom(row, MARGIN);
-    gtk_box_set_spacing(GTK_BOX(row), BUTTON_GAP);
     gtk_widget_show_all(row);
     int width = 0;
     gtk_widget_get_preferred_width(row, nullptr, &width);
     if (width > screenRoom().width) {
         gtk_orientable_set_orientation(GTK_ORIENTABLE(row), GTK_ORIENTATION_VERTICAL);
     }
+}
+
+/// The buttons as they were added, from left to right. The first one has the focus and Return.
+void addButtons(GtkWidget* window, const Alert& alert) {
+    GtkWidget* const first = addButton(window, alert.buttons.front(), 0);
+    for (std::size_t i = 1; i < alert.buttons.size(); ++i) {
+        addButton(window, alert.buttons[i], static_cast<int>(i));
+    }
+    gtk_style_context_add_class(gtk_widget_get_style_context(first), GTK_STYLE_CLASS_SUGGESTED_ACTION);
+    gtk_widget_grab_default(first);
+    gtk_widget_grab_focus(first);
+    layOutButtons(gtk_widget_get_parent(first));
 }
 
 /// Window managers give a new window the focus by rules of their own, and where there is none, nobody does.
