@@ -1,48 +1,60 @@
-# The commands of everyday work, over CMake. PRESET chooses the build: release (default), debug, asan, tsan.
+# The commands of everyday work, over CMake. PRESET chooses the build: release (default), debug, clang, asan, tsan.
+# `make help` lists them: the lines with two hash signs.
 
 PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 bench docs clean install-deps
+.PHONY: all build run test test-i386 lint lint-all bench docs clean install-deps help
 
 all: build
 
-install-deps:
+install-deps: ## install the packages that building and testing need
 	@tools/install-deps test
 
 # Configures each time: what was installed since, Google Test or GTK, is found then.
-build: install-deps
+build: install-deps ## build everything
 	@mkdir -p build
 	@cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=ON
 	@cmake --build --preset $(PRESET)
 
 # Needs none of the packages that only tests and alerts on a display need.
-run:
+run: ## install a product into a sample root and print the report
 	@tools/install-deps
 	@mkdir -p build
 	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
 	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
 	@tools/run-sample $(BUILD)
 
-test: build
+test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
-test-i386:
+test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
-bench:
+lint: ## check what a machine can check; clang-tidy on what changed
+	@tools/install-deps lint
+	@tools/lint
+
+lint-all: ## the same, and clang-tidy on every source
+	@tools/install-deps lint
+	@tools/lint all
+
+bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
 	@mkdir -p build
 	@cmake --preset bench
 	@cmake --build --preset bench
 	@tools/run-benchmarks build/bench
 
-docs:
+docs: ## write the reference to build/docs/html
 	@tools/install-deps docs
 	@mkdir -p build
 	@doxygen docs/Doxyfile
 	@echo build/docs/html/index.html
 
-clean:
+clean: ## remove everything that was built
 	rm -rf build
+
+help: ## list these commands
+	@sed -n 's/^\([a-z0-9-]*\):.*## /\1\t/p' $(MAKEFILE_LIST) | awk -F '\t' '{ printf "make %-13s %s\n", $$1, $$2 }'

@@ -194,7 +194,7 @@ std::uint64_t searchWithQDir() {
     addAnswering(list, "CvBase", listWithCvBase, TEXT_FILES);
     addAnswering(list, "readdir", listWithReaddir, TEXT_FILES);
     addAnswering(list, "std::filesystem", listWithFilesystem, TEXT_FILES);
-    addAnswering(list, "find", listWithFind, TEXT_FILES, bench::Clock::WALL);
+    addAnswering(list, "find", listWithFind, TEXT_FILES, bench::Clock::Wall);
     const std::string search = "Folders/search-20000-files";
     addAnswering(search, "CvBase", searchWithCvBase, 1);
     addAnswering(
@@ -202,7 +202,7 @@ std::uint64_t searchWithQDir() {
     addAnswering(search, "std::filesystem", searchWithFilesystem, 1);
     addAnswering(
         search, "find", [] { return linesOf("find '" + tree() + "' -type f -name " + WANTED).size(); }, 1,
-        bench::Clock::WALL);
+        bench::Clock::Wall);
 #if CV_PEER_QT
     addAnswering(list, "QDir", listWithQDir, TEXT_FILES);
     addAnswering(search, "QDirIterator", searchWithQDir, 1);

@@ -95,7 +95,7 @@ void addProgram(
     const auto run = std::make_shared<Run>();
     bench::add(work, {name, [run] { run->succeeded = succeeds(run->command); },
                       [run, correct = std::move(correct)] { return run->succeeded && correct(); },
-                      [run, prepare = std::move(prepare)] { run->command = prepare(); }, bench::Clock::WALL, true});
+                      [run, prepare = std::move(prepare)] { run->command = prepare(); }, bench::Clock::Wall, true});
 }
 
 void addProgram(const std::string& work, const std::string& name, const Command& command) {

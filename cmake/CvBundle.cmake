@@ -7,9 +7,9 @@ endif()
 # cv_add_bundle(target SOURCES file... INFO_PLIST file.in EXPORTS name... [DESTINATION folder])
 #
 # Adds the loadable bundle TARGET.bundle in DESTINATION (default: the build folder). INFO_PLIST is configured with the
-# caller's variables (@NAME@). EXPORTS are the symbols that the code shows, and no other is shown: hidden visibility
-# alone leaks the weak symbols of the standard library. What the code needs and no library has is an error, but for the
-# sanitizers' own symbols, which the program that loads the bundle has.
+# caller's variables (@NAME@). EXPORTS lists the symbols that the code shows, and no other is shown: hidden visibility
+# alone leaks the weak symbols of the standard library. What the code needs and no library has is an error, but
+# for the sanitizers' own symbols, which the program that loads the bundle has.
 function(cv_add_bundle target)
     cmake_parse_arguments(arg "" "INFO_PLIST;DESTINATION" "SOURCES;EXPORTS" ${ARGN})
     if(NOT arg_DESTINATION)

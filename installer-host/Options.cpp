@@ -3,9 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <limits>
+#include <string>
 #include <system_error>
-
-#include "plugin/ExportedNames.h"
 
 namespace host {
 
@@ -110,8 +109,8 @@ void addRunCommand(CLI::App& app, Options& options) {
                              "The version to write into the parameter block\n(default: " +
                                  std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
     addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
-                    std::string("Call the steps through the interface table, or the exported functions\n") +
-                        XCOD_PRE_INSTALL_NAME + " and " + XCOD_POST_INSTALL_NAME + " directly (default: table)");
+                    "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
+                    "directly (default: table)");
     run.add_option("--root", options.root,
                    "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
                    "/Applications, the "

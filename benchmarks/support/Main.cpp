@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 namespace bench {
 namespace {
@@ -28,7 +28,7 @@ void prepare(const Subject& subject) {
 }  // namespace
 
 void add(const std::string& work, Subject subject) {
-    const bool wall = subject.clock == Clock::WALL;
+    const bool wall = subject.clock == Clock::Wall;
     const bool once = subject.once;
     const std::string name = work + "/" + subject.name;
     const auto run = [subject = std::move(subject), checked = false, right = false](benchmark::State& state) mutable {
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("warning", "built without optimisation: these figures mean nothing");
 #endif
     benchmark::AddCustomContext("processor", bench::processorName());
-    benchmark::AddCustomContext("vector_instructions", IPP::Detail::NameOf(IPP::Detail::BestPath()));
+    benchmark::AddCustomContext("vector_instructions", IPP::Detail::nameOf(IPP::Detail::bestPath()));
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -10,7 +10,7 @@ namespace bench {
 
 /// What a measurement counts: the time of this process on the processor, which other programs disturb least, or all
 /// time that goes by, for what other processes do.
-enum class Clock { PROCESSOR, WALL };
+enum class Clock { Processor, Wall };
 
 /// What one subject does of a work that several subjects do.
 struct Subject {
@@ -21,7 +21,7 @@ struct Subject {
     std::function<bool()> correct;
     /// Makes ready what `body` needs, before each measurement and outside of it; may be empty.
     std::function<void()> prepare = {};
-    Clock clock = Clock::PROCESSOR;
+    Clock clock = Clock::Processor;
     /// Whether a measurement is one run of `body` only, and the answer is checked after each.
     bool once = false;
 };
@@ -35,6 +35,6 @@ void addCount(const std::string& work, std::function<std::uint64_t()> count);
 
 /// The same as add for a body that gives a number made of all its results, which must be `wanted`.
 void addAnswering(const std::string& work, const std::string& name, std::function<std::uint64_t()> body,
-                  std::uint64_t wanted, Clock clock = Clock::PROCESSOR);
+                  std::uint64_t wanted, Clock clock = Clock::Processor);
 
 }  // namespace bench

@@ -9,7 +9,6 @@
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/common/common_exception_base.h"
-#include "plugin/ExportedNames.h"
 
 namespace host {
 
@@ -56,17 +55,6 @@ cv::CFReference<CFStringRef> makeString(const std::string& text) {
     return cv::CFReference(CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
-std::string textOf(CFStringRef string) {
-    char buffer[256];
-    const bool fits = string != nullptr && CFGetTypeID(string) == CFStringGetTypeID() &&
-                      CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8);
-    return fits ? buffer : "";
-}
-
-std::string textOf(CFUUIDRef identifier) {
-    return textOf(cv::CFReference<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, identifier)).get());
-}
-
 BundleSession::BundleSession(const std::string& path)
     : path_(path), plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
     if (!plugIn_) {
@@ -104,8 +92,8 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     const std::vector<CFUUIDRef> factories = session.factories();
     if (!direct && factories.empty()) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the bundle registers no factory for the installer's plug-in type " + textOf(XCodPlugInTypeID()) +
-                          " (CFPlugInTypes in its Info.plist)");
+                      std::string("the bundle registers no factory for the installer's plug-in type ") +
+                          XCOD_PLUGIN_TYPE_ID + " (CFPlugInTypes in its Info.plist)");
     }
     session.load();
     if (direct) {
@@ -121,7 +109,7 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     (*unknown)->Release(unknown);
     if (answer != S_OK || found == nullptr) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the plug-in refused the installer interface " + textOf(XCodInterfaceID()));
+                      std::string("the plug-in refused the installer interface ") + XCOD_INTERFACE_ID);
     }
     interface_ = static_cast<const XCodFunctionBlock**>(found);
 }
@@ -136,7 +124,7 @@ StepFunction StepEntries::entry(Step step) const {
     if (interface_ != nullptr) {
         return (*interface_)->XCodMain;
     }
-    const char* name = step == Step::PreInstall ? XCOD_PRE_INSTALL_NAME : XCOD_POST_INSTALL_NAME;
+    const char* name = step == Step::PreInstall ? "PreInstall" : "PostInstall";
     void* function = session_.exportedFunction(name);
     if (function == nullptr) {
         throw Failure(ExitStatus::BundleUnusable, std::string("the bundle's code exports no function ") + name);

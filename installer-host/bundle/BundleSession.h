@@ -13,10 +13,6 @@ namespace host {
 /// A string of the UTF-8 text; null when it is no UTF-8.
 cv::CFReference<CFStringRef> makeString(const std::string& text);
 
-/// The string as UTF-8, and the identifier as text; empty for null, what is no string and what is too long.
-std::string textOf(CFStringRef string);
-std::string textOf(CFUUIDRef identifier);
-
 /// A step as it is called.
 using StepFunction = void (*)(XCodParamBlock* block);
 

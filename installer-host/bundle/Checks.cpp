@@ -2,19 +2,33 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "installer-host/bundle/BundleSession.h"
 #include "installer-host/bundle/DynamicSymbols.h"
-#include "plugin/ExportedNames.h"
 
 namespace host {
 
 namespace {
 
+/// The one export that is data.
+constexpr const char* PLUGIN_ID = XCOD_EXPORTS[std::size(XCOD_EXPORTS) - 1];
+
 constexpr CFUUIDBytes IUNKNOWN_ID{0, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 /// An identifier that no interface and no plug-in type has.
 constexpr CFUUIDBytes NOBODYS_ID{0x3B, 0x8E, 0x6F, 0x02, 0x5D, 0x11, 0x4C, 0x0A,
                                  0x9E, 0x77, 0x2C, 0x41, 0xD0, 0x95, 0xAB, 0x10};
+
+std::string textOf(CFStringRef string) {
+    char buffer[256];
+    const bool fits = string != nullptr && CFGetTypeID(string) == CFStringGetTypeID() &&
+                      CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8);
+    return fits ? buffer : "";
+}
+
+std::string textOf(CFUUIDRef identifier) {
+    return textOf(cv::CFReference<CFStringRef>(CFUUIDCreateString(kCFAllocatorDefault, identifier)).get());
+}
 
 class Checker {
 public:
@@ -63,22 +77,22 @@ private:
         }
         find("code", true, "loads");
         const void* anyAddress = nullptr;
-        for (const char* name : XCOD_EXPORTED_NAMES) {
+        for (const char* name : XCOD_EXPORTS) {
             const void* address = addressOf(session, name);
             find("exports", address != nullptr, name);
             anyAddress = address != nullptr ? address : anyAddress;
         }
         checkNoOtherExports(anyAddress);
-        if (const void* pluginID = addressOf(session, XCOD_PLUGIN_ID_NAME)) {
+        if (const void* pluginID = addressOf(session, PLUGIN_ID)) {
             std::int32_t value = 0;
             std::memcpy(&value, pluginID, sizeof value);
-            find("identifiers", value == 0, std::string(XCOD_PLUGIN_ID_NAME) + " is " + std::to_string(value));
+            find("identifiers", value == 0, std::string(PLUGIN_ID) + " is " + std::to_string(value));
         }
         return true;
     }
 
     static const void* addressOf(const BundleSession& session, const char* name) {
-        if (name == std::string(XCOD_PLUGIN_ID_NAME)) {
+        if (name == std::string(PLUGIN_ID)) {
             return CFBundleGetDataPointerForName(session.bundle(), makeString(name).get());
         }
         return session.exportedFunction(name);
@@ -87,8 +101,7 @@ private:
     void checkNoOtherExports(const void* anyAddress) {
         std::string others;
         for (const std::string& name : exportedSymbols(anyAddress)) {
-            if (std::find(std::begin(XCOD_EXPORTED_NAMES), std::end(XCOD_EXPORTED_NAMES), name) ==
-                std::end(XCOD_EXPORTED_NAMES)) {
+            if (std::find(std::begin(XCOD_EXPORTS), std::end(XCOD_EXPORTS), name) == std::end(XCOD_EXPORTS)) {
                 others += (others.empty() ? "" : ", ") + name;
             }
         }

@@ -7,11 +7,11 @@
 namespace cv {
 
 /// What kind of news an alert brings, with the values of NSAlertStyle.
-enum class AlertStyle { warning = 0, informational = 1, critical = 2 };
+enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
 
 struct Alert {
     std::string message;  ///< UTF-8, shown as it is and whole
-    AlertStyle style = AlertStyle::warning;
+    AlertStyle style = AlertStyle::Warning;
     std::vector<std::string> buttons;  ///< UTF-8, in the order they were added; the first is the default. Never empty.
 };
 

@@ -127,7 +127,7 @@ Alert parseBody(std::string_view body) {
     Alert alert;
     const std::uint32_t style = parser.number();
     const std::uint32_t buttons = parser.number();
-    if (style > static_cast<std::uint32_t>(AlertStyle::critical) || buttons == 0 || buttons > MAX_BUTTONS) {
+    if (style > static_cast<std::uint32_t>(AlertStyle::Critical) || buttons == 0 || buttons > MAX_BUTTONS) {
         throw AlertFault("the other side asks for an alert that there is not");
     }
     alert.style = static_cast<AlertStyle>(style);

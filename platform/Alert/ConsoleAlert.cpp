@@ -15,11 +15,11 @@ constexpr char PREFIX[] = "[alert] ";
 
 const char* styleName(AlertStyle style) {
     switch (style) {
-        case AlertStyle::informational:
+        case AlertStyle::Informational:
             return "Note";
-        case AlertStyle::critical:
+        case AlertStyle::Critical:
             return "Error";
-        case AlertStyle::warning:
+        case AlertStyle::Warning:
             break;
     }
     return "Warning";

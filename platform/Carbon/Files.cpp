@@ -56,12 +56,12 @@ struct PathOf {
 };
 
 /// Why Finder information cannot be read.
-struct Fault {
+struct FinderFault {
     OSErr error = noErr;
     const char* reason = "";
 };
 
-Fault readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
+FinderFault readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
     if (object.error() != noErr) {
         return {object.error(), cv::errorName(object.systemError())};
     }
@@ -88,7 +88,7 @@ bool isValidRequest(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCat
 OSErr storeFinderInfo(const FSRef& ref, const FSCatalogInfo& catalogInfo) {
     const cv::OpenReference object(&ref);
     FinderInfo info{};
-    const Fault fault = readFinderInfo(object, info);
+    const FinderFault fault = readFinderInfo(object, info);
     if (fault.error == errFSBadFSRef) {
         return fault.error;
     }
@@ -119,7 +119,7 @@ OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalo
         return object.error();
     }
     FinderInfo info{};
-    const Fault fault = readFinderInfo(object, info);
+    const FinderFault fault = readFinderInfo(object, info);
     if (fault.error == noErr) {
         swapFinderInfo(info.data(), object.isFolder());
         std::memcpy(catalogInfo->finderInfo, info.data(), sizeof catalogInfo->finderInfo);

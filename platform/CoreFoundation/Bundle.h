@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/CoreFoundation/Collections.h"
+#include "platform/Result.h"
 
 struct __CFBundle : objc_object {
     __CFBundle(std::string location, cv::Owned<__CFDictionary> information);
@@ -17,8 +18,7 @@ struct __CFBundle : objc_object {
 
 namespace cv {
 
-/// What Contents/Info.plist of the bundle at a path holds; null, with `reason` set, when it cannot be read. Throws
-/// std::bad_alloc.
-Owned<__CFDictionary> readInfo(const std::string& bundlePath, std::string& reason);
+/// What Contents/Info.plist of the bundle at a path holds. Throws std::bad_alloc.
+Result<Owned<__CFDictionary>> readInfo(const std::string& bundlePath);
 
 }  // namespace cv

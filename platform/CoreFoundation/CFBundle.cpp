@@ -71,37 +71,33 @@ CFBundleRef copyLiving(const std::string& path) {
     return found != living.byPath.end() && found->second->retain() ? found->second : nullptr;
 }
 
-/// The path behind the URL, every link resolved; empty, with `reason` set, when nothing is there.
-std::string resolvedPath(CFURLRef url, std::string& reason) {
+/// The path that the URL leads to, every link resolved.
+cv::Result<std::string> resolvedPath(CFURLRef url) {
     std::array<UInt8, PATH_MAX> buffer;
     if (url == nullptr || !CFURLGetFileSystemRepresentation(url, true, buffer.data(), buffer.size())) {
-        reason = "no path of a file";
-        return {};
+        return cv::Fault{"", "no path of a file"};
     }
     const char* path = reinterpret_cast<const char*>(buffer.data());
     std::array<char, PATH_MAX> resolved;
     if (realpath(path, resolved.data()) != nullptr) {
-        return resolved.data();
+        return std::string(resolved.data());
     }
     if (errno == ENOMEM) {
         throw std::bad_alloc();
     }
-    reason = std::string(path) + ": " + cv::errorText(errno);
-    return {};
+    return cv::Fault{path, cv::errorText(errno)};
 }
 
-/// The path of the code file; empty, with `reason` set, when Info.plist names none or it is not there.
-std::string executablePath(const __CFBundle& bundle, std::string& reason) {
+/// The path of the code file that Info.plist names.
+cv::Result<std::string> executablePath(const __CFBundle& bundle) {
     const auto name = cv::utf8Of(CFDictionaryGetValue(bundle.info.get(), CFSTR("CFBundleExecutable")));
     if (!name || name->empty() || name->find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
-        reason = bundle.path + ": CFBundleExecutable in Info.plist does not name a file";
-        return {};
+        return cv::Fault{bundle.path, "CFBundleExecutable in Info.plist does not name a file"};
     }
     const std::string path = bundle.path + "/Contents/Linux/" + *name;
     struct stat status {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        reason = path + ": there is no such file";
-        return {};
+        return cv::Fault{path, "there is no such file"};
     }
     return path;
 }
@@ -111,12 +107,11 @@ bool load(__CFBundle& bundle) {
     if (bundle.code != nullptr) {
         return true;
     }
-    std::string reason;
-    const std::string path = executablePath(bundle, reason);
-    void* const code = path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    const auto path = executablePath(bundle);
+    void* const code = path ? dlopen((*path).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
     if (code == nullptr) {
-        const char* const error = path.empty() ? nullptr : dlerror();
-        cv::report("CFBundleLoadExecutable", error != nullptr ? error : reason);
+        const char* const error = path ? dlerror() : nullptr;
+        cv::report("CFBundleLoadExecutable", error != nullptr ? error : path.fault().text());
         return false;
     }
     void* expected = nullptr;
@@ -148,7 +143,7 @@ void* exportedAddress(CFBundleRef bundle, CFStringRef name) {
 __CFBundle::__CFBundle(std::string location, cv::Owned<__CFDictionary> information)
     : objc_object(BUNDLE_CLASS), path(std::move(location)), info(std::move(information)) {}
 
-cv::Owned<__CFDictionary> cv::readInfo(const std::string& bundlePath, std::string& reason) {
+cv::Result<cv::Owned<__CFDictionary>> cv::readInfo(const std::string& bundlePath) {
     const std::string path = bundlePath + "/Contents/Info.plist";
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     std::string bytes;
@@ -157,29 +152,30 @@ cv::Owned<__CFDictionary> cv::readInfo(const std::string& bundlePath, std::strin
         throw std::bad_alloc();
     }
     if (error != 0) {
-        reason = path + ": " + errorText(error);
-        return nullptr;
+        return Fault{path, errorText(error)};
     }
     const plist::Parsed parsed = plist::parse(bytes);
     if (!parsed.root || parsed.root->dictionary() == nullptr) {
-        reason = path + ": " + (parsed.root ? "its root is no dictionary" : parsed.reason);
-        return nullptr;
+        return Fault{path, parsed.root ? "its root is no dictionary" : parsed.reason};
     }
     return Owned<__CFDictionary>(static_cast<CFDictionaryRef>(plist::createObject(*parsed.root)));
 }
 
 CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
-    std::string reason;
-    const std::string path = resolvedPath(url, reason);
-    if (const CFBundleRef living = path.empty() ? nullptr : copyLiving(path)) {
-        return living;
-    }
-    cv::Owned<__CFDictionary> info = path.empty() ? nullptr : cv::readInfo(path, reason);
-    if (info == nullptr) {
-        cv::report("CFBundleCreate", reason);
+    const auto path = resolvedPath(url);
+    if (!path) {
+        cv::report("CFBundleCreate", path.fault().text());
         return nullptr;
     }
-    return livingOr(OwnedBundle(new __CFBundle(path, std::move(info))));
+    if (const CFBundleRef living = copyLiving(*path)) {
+        return living;
+    }
+    auto info = cv::readInfo(*path);
+    if (!info) {
+        cv::report("CFBundleCreate", info.fault().text());
+        return nullptr;
+    }
+    return livingOr(OwnedBundle(new __CFBundle(*path, std::move(*info))));
 }
 
 CFDictionaryRef CFBundleGetInfoDictionary(CFBundleRef bundle) {

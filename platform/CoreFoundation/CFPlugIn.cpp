@@ -94,65 +94,69 @@ bool isStatic(const __CFBundle& bundle) {
            CFEqual(value, cv::Owned<objc_object>(new __CFNumber(std::uint64_t{0})).get());
 }
 
-/// Reads CFPlugInFactories. Returns what is wrong with it, or an empty text.
-std::string readFactories(CFPlugInRef plugIn, const Factories& registered, Factories& found) {
+/// What CFPlugInFactories registers.
+cv::Result<Factories> readFactories(CFPlugInRef plugIn, const Factories& registered) {
     const auto* const entries = entriesFor(kCFPlugInFactoriesKey, *plugIn);
     if (entries == nullptr) {
-        return "CFPlugInFactories in Info.plist registers no factory";
+        return cv::Fault{plugIn->path, "CFPlugInFactories in Info.plist registers no factory"};
     }
+    Factories found;
     for (const auto& [key, value] : *entries) {
         const auto identifier = parseIdentifier(key.get());
         const auto function = cv::utf8Of(value.get());
         const std::string name = cv::utf8Of(key.get()).value_or("");
         if (!identifier) {
-            return "\"" + name + "\" in CFPlugInFactories of Info.plist is no identifier";
+            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInFactories of Info.plist is no identifier"};
         }
         if (!function || function->empty()) {
-            return "CFPlugInFactories in Info.plist names no function for " + name;
+            return cv::Fault{plugIn->path, "CFPlugInFactories in Info.plist names no function for " + name};
         }
         const auto other = registered.find(*identifier);
         if (other != registered.end()) {
-            return "its factory " + name + " is already registered by " + other->second.plugIn->path;
+            return cv::Fault{plugIn->path,
+                             "its factory " + name + " is already registered by " + other->second.plugIn->path};
         }
         found[*identifier] = Factory{plugIn, *function, {}, 0};
     }
-    return {};
+    return found;
 }
 
-/// Gives the factories of one entry of CFPlugInTypes its type. Returns what is wrong with it, or an empty text.
-std::string readMakers(const Identifier& type, const std::string& name, CFTypeRef value, Factories& found) {
+/// Gives the factories of one entry of CFPlugInTypes its type.
+std::optional<cv::Fault> readMakers(const __CFBundle& plugIn, const Identifier& type, const std::string& name,
+                                    CFTypeRef value, Factories& found) {
     const __CFArray* const makers = cv::objectOf<__CFArray>(cv::ARRAY_CLASS, value);
     if (makers == nullptr) {
-        return "CFPlugInTypes in Info.plist has no array of factories for " + name;
+        return cv::Fault{plugIn.path, "CFPlugInTypes in Info.plist has no array of factories for " + name};
     }
     for (const auto& maker : makers->items) {
         const auto identifier = parseIdentifier(maker.get());
         const auto factory = identifier ? found.find(*identifier) : found.end();
         if (factory == found.end()) {
-            return "CFPlugInTypes in Info.plist names a factory for " + name + " that CFPlugInFactories lacks";
+            return cv::Fault{plugIn.path, "CFPlugInTypes in Info.plist names a factory for " + name +
+                                              " that CFPlugInFactories lacks"};
         }
         factory->second.types.insert(type);
     }
-    return {};
+    return std::nullopt;
 }
 
-/// Reads CFPlugInTypes into the factories found. Returns what is wrong with it, or an empty text.
-std::string readTypes(CFPlugInRef plugIn, Factories& found) {
+/// Reads CFPlugInTypes into the factories found.
+std::optional<cv::Fault> readTypes(CFPlugInRef plugIn, Factories& found) {
     const auto* const entries = entriesFor(kCFPlugInTypesKey, *plugIn);
     if (entries == nullptr) {
-        return "CFPlugInTypes in Info.plist registers no type";
+        return cv::Fault{plugIn->path, "CFPlugInTypes in Info.plist registers no type"};
     }
     for (const auto& [key, value] : *entries) {
         const auto type = parseIdentifier(key.get());
         const std::string name = cv::utf8Of(key.get()).value_or("");
         if (!type) {
-            return "\"" + name + "\" in CFPlugInTypes of Info.plist is no identifier";
+            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInTypes of Info.plist is no identifier"};
         }
-        if (std::string fault = readMakers(*type, name, value.get(), found); !fault.empty()) {
+        if (auto fault = readMakers(*plugIn, *type, name, value.get(), found)) {
             return fault;
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 bool isRegistered(const Factories& factories, CFPlugInRef plugIn) {
@@ -160,26 +164,26 @@ bool isRegistered(const Factories& factories, CFPlugInRef plugIn) {
                        [plugIn](const auto& factory) { return factory.second.plugIn == plugIn; });
 }
 
-/// Registers the plug-in's factories. Returns what is wrong with it, or an empty text.
-std::string registerPlugIn(CFPlugInRef plugIn) {
+/// Registers the plug-in's factories.
+std::optional<cv::Fault> registerPlugIn(CFPlugInRef plugIn) {
     Registry& known = registry();
     const std::lock_guard<std::mutex> lock(known.mutex);
     if (isRegistered(known.factories, plugIn)) {
-        return {};
+        return std::nullopt;
     }
     if (!isStatic(*plugIn)) {
-        return "CFPlugInDynamicRegistration in Info.plist must be the string NO";
+        return cv::Fault{plugIn->path, "CFPlugInDynamicRegistration in Info.plist must be the string NO"};
     }
-    Factories found;
-    std::string fault = readFactories(plugIn, known.factories, found);
-    if (fault.empty()) {
-        fault = readTypes(plugIn, found);
+    auto found = readFactories(plugIn, known.factories);
+    if (!found) {
+        return found.fault();
     }
-    if (fault.empty()) {
-        known.factories.merge(found);
-        CFRetain(plugIn);
+    if (auto fault = readTypes(plugIn, *found)) {
+        return fault;
     }
-    return fault;
+    known.factories.merge(*found);
+    CFRetain(plugIn);
+    return std::nullopt;
 }
 
 using FactoryFunction = void* (*)(CFAllocatorRef, CFUUIDRef);
@@ -236,9 +240,8 @@ CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url) {
     if (plugIn == nullptr) {
         return nullptr;
     }
-    const std::string fault = registerPlugIn(plugIn.get());
-    if (!fault.empty()) {
-        cv::report("CFPlugInCreate", plugIn->path + ": " + fault);
+    if (const auto fault = registerPlugIn(plugIn.get())) {
+        cv::report("CFPlugInCreate", fault->text());
         return nullptr;
     }
     return plugIn.release();

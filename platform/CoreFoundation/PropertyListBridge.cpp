@@ -20,7 +20,8 @@ namespace {
 /// Makes a value of an object, and stops with the reason at the first part that none can carry.
 class Reader {
 public:
-    explicit Reader(std::string& reason) : reason_(reason) {}
+    /// What is wrong, when reading stopped.
+    const char* reason() const { return reason_; }
 
     bool read(CFTypeRef object, unsigned depth, Value& value) {
         const objc_class* const type = object != nullptr ? cv::object(object).isa : nullptr;
@@ -95,7 +96,7 @@ private:
         return true;
     }
 
-    std::string& reason_;
+    const char* reason_ = "";
 };
 
 using AnyObject = Owned<objc_object>;
@@ -150,10 +151,11 @@ AnyObject newObject(const Value& value) {
 
 }  // namespace
 
-std::optional<Value> valueOf(CFPropertyListRef object, std::string& reason) {
-    std::optional<Value> value(std::in_place);
-    if (!Reader(reason).read(object, 1, *value)) {
-        value.reset();
+Result<Value> valueOf(CFPropertyListRef object) {
+    Value value;
+    Reader reader;
+    if (!reader.read(object, 1, value)) {
+        return Fault{"", reader.reason()};
     }
     return value;
 }

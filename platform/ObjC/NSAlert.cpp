@@ -33,7 +33,7 @@ void setMessageText(id self, SEL, id text) {
 
 /// Another style than the three of NSAlertStyle leaves the panel the one it has.
 void setAlertStyle(id self, SEL, unsigned long style) {
-    if (style <= static_cast<unsigned long>(AlertStyle::critical)) {
+    if (style <= static_cast<unsigned long>(AlertStyle::Critical)) {
         alertOf(self).style = static_cast<AlertStyle>(style);
     }
 }

@@ -34,10 +34,13 @@ std::string mainBundlePath() {
 
 /// What the main bundle's Info.plist holds; an empty dictionary where there is none that can be read.
 Owned<__CFDictionary> readMainInfo() {
-    std::string reason;
     const std::string path = mainBundlePath();
-    Owned<__CFDictionary> info = path.empty() ? nullptr : readInfo(path, reason);
-    return info != nullptr ? std::move(info) : Owned<__CFDictionary>(new __CFDictionary({}));
+    if (!path.empty()) {
+        if (auto info = readInfo(path)) {
+            return std::move(*info);
+        }
+    }
+    return Owned<__CFDictionary>(new __CFDictionary({}));
 }
 
 id mainBundle(id, SEL) {

@@ -114,15 +114,14 @@ std::string hostIdentifier() {
     return text;
 }
 
-/// Where the target's file is; nothing, with `reason` set, when this machine does not say.
-std::optional<cv::PreferenceLocation> locationOf(const Target& target, std::string& reason) {
+/// Where the target's file is; a fault when this machine does not say.
+cv::Result<cv::PreferenceLocation> locationOf(const Target& target) {
     if (target.isAnyUser) {
         return cv::PreferenceLocation{"/Library/Preferences", target.domain + ".plist"};
     }
     const std::string home = homeFolder();
     if (home.empty()) {
-        reason = "the current user has no home folder";
-        return std::nullopt;
+        return cv::Fault{target.domain, "the current user has no home folder"};
     }
     const std::string folder = (home == "/" ? "" : home) + "/Library/Preferences";
     if (target.isAnyHost) {
@@ -130,27 +129,24 @@ std::optional<cv::PreferenceLocation> locationOf(const Target& target, std::stri
     }
     const std::string host = hostIdentifier();
     if (host.empty()) {
-        reason = "this machine has no identifier in /etc/machine-id";
-        return std::nullopt;
+        return cv::Fault{target.domain, "this machine has no identifier in /etc/machine-id"};
     }
     return cv::PreferenceLocation{folder + "/ByHost", target.domain + "." + host + ".plist"};
 }
 
 /// Stores the changes; false, with a line on standard error, when that fails.
 bool store(const Target& target, const cv::PreferenceChanges& changes) {
-    std::string reason;
-    const auto location = locationOf(target, reason);
-    const std::string what = location ? location->path() : target.domain;
-    const std::optional<cv::PreferenceFault> fault =
-        location ? cv::writePreferences(*location, changes) : cv::PreferenceFault{what, reason};
+    const auto location = locationOf(target);
+    const std::string what = location ? (*location).path() : target.domain;
+    const std::optional<cv::Fault> fault = location ? cv::writePreferences(*location, changes) : location.fault();
     if (!fault) {
         cv::storeSucceeded(what.c_str());
         cv::storeSucceeded(target.domain.c_str());
         return true;
     }
-    const std::string line = fault->path + ": " + fault->reason;
+    const std::string line = fault->text();
     cv::report(SYNCHRONIZE, line);
-    cv::storeFailed(what.c_str(), fault->path == what ? fault->reason.c_str() : line.c_str());
+    cv::storeFailed(what.c_str(), fault->what == what ? fault->reason.c_str() : line.c_str());
     return false;
 }
 
@@ -180,8 +176,7 @@ CFPropertyListRef copyValue(const Target& target, const std::string& key) {
     if (const auto* const change = collectedValue(target, key)) {
         return *change ? cv::plist::createObject(**change) : nullptr;
     }
-    std::string reason;
-    const auto location = locationOf(target, reason);
+    const auto location = locationOf(target);
     const auto file = location ? cv::readPreferences(*location) : std::nullopt;
     if (!file) {
         return nullptr;
@@ -203,11 +198,14 @@ void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef
         }
         return;
     }
-    std::string reason;
-    auto change = value != nullptr ? cv::plist::valueOf(value, reason) : std::nullopt;
-    if (value != nullptr && !change) {
-        cv::report(WHO, target->domain + ": the value of \"" + *name + "\" is refused: " + reason);
-        return;
+    std::optional<cv::plist::Value> change;
+    if (value != nullptr) {
+        auto copy = cv::plist::valueOf(value);
+        if (!copy) {
+            cv::report(WHO, target->domain + ": the value of \"" + *name + "\" is refused: " + copy.fault().reason);
+            return;
+        }
+        change = std::move(*copy);
     }
     const std::lock_guard<std::mutex> lock(collected().mutex);
     collected().changes[*target].insert_or_assign(*name, std::move(change));

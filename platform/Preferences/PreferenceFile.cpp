@@ -37,7 +37,7 @@ constexpr std::size_t RANDOM_DIGITS = 16;
     if (error == ENOMEM) {
         throw std::bad_alloc();
     }
-    throw PreferenceFault{path, errorText(error)};
+    throw Fault{path, errorText(error)};
 }
 
 /// Gives a new file or folder the owner of the folder it is in, so that a file that root makes for a user is the
@@ -99,7 +99,7 @@ int readFile(int fd, off_t expectedSize, std::string& bytes) {
 std::string randomName(const std::string& path) {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) {
-        throw PreferenceFault{path, "no random number for a temporary file: " + errorText(errno)};
+        throw Fault{path, "no random number for a temporary file: " + errorText(errno)};
     }
     char digits[RANDOM_DIGITS + 1];
     static_cast<void>(std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number)));
@@ -181,7 +181,7 @@ private:
         try {
             return plist::toBinary(root);
         } catch (const std::logic_error& error) {
-            throw PreferenceFault{path_, std::string("it cannot be written: ") + error.what()};
+            throw Fault{path_, std::string("it cannot be written: ") + error.what()};
         }
     }
 
@@ -202,7 +202,7 @@ private:
             fail(path_, errno);
         }
         if (!S_ISREG(status.st_mode)) {
-            throw PreferenceFault{path_, "it is no regular file"};
+            throw Fault{path_, "it is no regular file"};
         }
         std::string bytes;
         if (const int error = readFile(file.get(), status.st_size, bytes)) {
@@ -213,8 +213,8 @@ private:
 
     std::optional<plist::Dictionary> parseOld(const std::string& bytes) {
         plist::Parsed parsed = plist::parse(bytes);
-        if (parsed.fault == plist::Parsed::Fault::unsupported) {
-            throw PreferenceFault{path_, "it cannot be rewritten without loss: " + parsed.reason};
+        if (parsed.verdict == plist::Parsed::Verdict::Unsupported) {
+            throw Fault{path_, "it cannot be rewritten without loss: " + parsed.reason};
         }
         plist::Dictionary* const dictionary = parsed.root ? parsed.root->dictionary() : nullptr;
         if (dictionary == nullptr) {
@@ -235,14 +235,14 @@ private:
             }
             if (errno != EEXIST) {
                 const int error = errno;
-                throw PreferenceFault{path_, foreign_ + ", and it cannot be moved aside: " + errorText(error)};
+                throw Fault{path_, foreign_ + ", and it cannot be moved aside: " + errorText(error)};
             }
         }
     }
 
     void store(const std::string& bytes) {
         if (const plist::Parsed again = plist::parse(bytes); !again.root) {
-            throw PreferenceFault{path_, "it could not be read again: " + again.reason};
+            throw Fault{path_, "it could not be read again: " + again.reason};
         }
         const std::string temporary = randomName(path_);
         try {
@@ -299,10 +299,10 @@ std::optional<plist::Dictionary> readPreferences(const PreferenceLocation& locat
     return dictionary != nullptr ? std::optional(std::move(*dictionary)) : std::nullopt;
 }
 
-std::optional<PreferenceFault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes) {
+std::optional<Fault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes) {
     try {
         Update(location).run(changes);
-    } catch (PreferenceFault& fault) {
+    } catch (Fault& fault) {
         return std::move(fault);
     }
     return std::nullopt;

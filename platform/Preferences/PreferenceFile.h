@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/PropertyList/Value.h"
+#include "platform/Result.h"
 
 namespace cv {
 
@@ -22,12 +23,6 @@ using PreferenceChanges = std::map<std::string, std::optional<plist::Value>>;
 /// Waits for no lock: writers put a whole new file in the place of the old one. Throws std::bad_alloc.
 std::optional<plist::Dictionary> readPreferences(const PreferenceLocation& location);
 
-/// Why changes could not be stored.
-struct PreferenceFault {
-    std::string path;    ///< the file or folder concerned
-    std::string reason;  ///< to end a sentence with
-};
-
 /// Makes the changes in the file and leaves its other keys as they are. Returns nothing when the new file is on the
 /// disk, and otherwise what went wrong; the old file is then whole and in its place.
 ///
@@ -43,6 +38,6 @@ struct PreferenceFault {
 /// the first free name of NAME.corrupt-1, NAME.corrupt-2, ... and that is reported on standard error; a link's target
 /// is neither read nor written. A folder, a pipe or a device in the file's place, and a property list that cannot be
 /// rewritten without loss, are left alone and are errors.
-std::optional<PreferenceFault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes);
+std::optional<Fault> writePreferences(const PreferenceLocation& location, const PreferenceChanges& changes);
 
 }  // namespace cv

@@ -44,11 +44,11 @@ Value read(std::string_view bytes) {
 }  // namespace
 
 void refuseMalformed(const char* reason) {
-    throw Refusal{Parsed::Fault::malformed, reason};
+    throw Refusal{Parsed::Verdict::Malformed, reason};
 }
 
 void refuseUnsupported(const char* reason) {
-    throw Refusal{Parsed::Fault::unsupported, reason};
+    throw Refusal{Parsed::Verdict::Unsupported, reason};
 }
 
 void Budget::addValue() {
@@ -81,9 +81,9 @@ void Budget::addEntry(Dictionary& dictionary, std::string&& key, Value&& value) 
 
 Parsed parse(std::string_view bytes) {
     try {
-        return {read(bytes), Parsed::Fault::none, {}};
+        return {read(bytes), Parsed::Verdict::Good, {}};
     } catch (Refusal& refusal) {
-        return {std::nullopt, refusal.fault, std::move(refusal.reason)};
+        return {std::nullopt, refusal.verdict, std::move(refusal.reason)};
     }
 }
 

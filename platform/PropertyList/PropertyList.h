@@ -15,13 +15,13 @@ constexpr unsigned MAX_DEPTH = 512;
 
 /// What reading gave.
 struct Parsed {
-    enum class Fault {
-        none,
-        malformed,   ///< the bytes are no property list
-        unsupported  ///< they are or may be one, but it cannot be read and written again without loss, or is too large
+    enum class Verdict {
+        Good,
+        Malformed,   ///< the bytes are no property list
+        Unsupported  ///< they are or may be one, but it cannot be read and written again without loss, or is too large
     };
-    std::optional<Value> root;  ///< there when `fault` is none
-    Fault fault = Fault::none;
+    std::optional<Value> root;  ///< there when `verdict` is Good
+    Verdict verdict = Verdict::Good;
     std::string reason;  ///< what is wrong, to end a sentence with
 };
 

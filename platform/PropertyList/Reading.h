@@ -12,7 +12,7 @@ namespace cv::plist {
 
 /// Ends reading: what is wrong with the bytes. Thrown by value, and caught by parse().
 struct Refusal {
-    Parsed::Fault fault;
+    Parsed::Verdict verdict;
     std::string reason;
 };
 

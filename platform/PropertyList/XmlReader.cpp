@@ -23,13 +23,13 @@ constexpr std::size_t PIECE_SIZE = 1U << 20;
 /// The parser tells every line and every character reference on its own; that many cost about half a second.
 constexpr unsigned MAX_TEXT_PIECES = 1U << 24;
 
-enum class Element { plist, dictionary, array, key, string, integer, real, yes, no, date, data };
+enum class Element { Plist, Dictionary, Array, Key, String, Integer, Real, True, False, Date, Data };
 
 Element elementOf(std::string_view name) {
     static constexpr std::pair<std::string_view, Element> ELEMENTS[] = {
-        {"plist", Element::plist},   {"dict", Element::dictionary}, {"array", Element::array}, {"key", Element::key},
-        {"string", Element::string}, {"integer", Element::integer}, {"real", Element::real},   {"true", Element::yes},
-        {"false", Element::no},      {"date", Element::date},       {"data", Element::data}};
+        {"plist", Element::Plist},   {"dict", Element::Dictionary}, {"array", Element::Array}, {"key", Element::Key},
+        {"string", Element::String}, {"integer", Element::Integer}, {"real", Element::Real},   {"true", Element::True},
+        {"false", Element::False},   {"date", Element::Date},       {"data", Element::Data}};
     for (const auto& [known, element] : ELEMENTS) {
         if (name == known) {
             return element;
@@ -43,7 +43,7 @@ class XmlTree {
 public:
     void beginElement(std::string_view name, bool hasAttributes) {
         const Element element = elementOf(name);
-        if (element == Element::plist) {
+        if (element == Element::Plist) {
             if (isInPlist_ || root_ || simple_ || !open_.empty()) {
                 refuseMalformed("a <plist> in it is inside another element");
             }
@@ -54,7 +54,7 @@ public:
             refuseUnsupported("an element in it has attributes");
         }
         checkPlace(element);
-        if (element == Element::dictionary || element == Element::array) {
+        if (element == Element::Dictionary || element == Element::Array) {
             if (open_.size() == MAX_DEPTH) {
                 refuseUnsupported("it is nested too deeply");
             }
@@ -87,7 +87,7 @@ public:
     }
 
     /// Whether the text of a value is being read.
-    bool isInText() const { return simple_ && *simple_ != Element::yes && *simple_ != Element::no; }
+    bool isInText() const { return simple_ && *simple_ != Element::True && *simple_ != Element::False; }
 
     Value takeRoot() { return std::move(*root_); }
 
@@ -101,8 +101,8 @@ private:
     };
 
     void checkPlace(Element element) const {
-        const bool isKey = element == Element::key;
-        const bool isInDictionary = !open_.empty() && open_.back().element == Element::dictionary;
+        const bool isKey = element == Element::Key;
+        const bool isInDictionary = !open_.empty() && open_.back().element == Element::Dictionary;
         if (simple_) {
             refuseMalformed("an element in it is where text should be");
         }
@@ -115,7 +115,7 @@ private:
     }
 
     void endSimple(Element element) {
-        if (element == Element::key) {
+        if (element == Element::Key) {
             open_.back().key = takeText();
         } else {
             place(valueOf(element));
@@ -125,19 +125,19 @@ private:
 
     Value valueOf(Element element) {
         switch (element) {
-            case Element::integer:
+            case Element::Integer:
                 return {integerFrom(text_)};
-            case Element::real:
+            case Element::Real:
                 return {realFrom(text_)};
-            case Element::date:
+            case Element::Date:
                 return {dateFrom(text_)};
-            case Element::data:
+            case Element::Data:
                 budget_.addBytes(text_.size() / 4 * 3);
                 return {Data{bytesFrom(text_)}};
-            case Element::string:
+            case Element::String:
                 return {takeText()};
             default:
-                return {element == Element::yes};
+                return {element == Element::True};
         }
     }
 
@@ -153,7 +153,7 @@ private:
         if (done.key) {
             refuseMalformed("a key in it has no value");
         }
-        place(done.element == Element::array ? Value{std::move(done.items)} : Value{std::move(done.entries)});
+        place(done.element == Element::Array ? Value{std::move(done.items)} : Value{std::move(done.entries)});
     }
 
     void place(Value&& value) {
@@ -260,9 +260,9 @@ private:
         if (error == XML_ERROR_INVALID_TOKEN && isAtForbiddenCharacter(bytes)) {
             refuseUnsupported("it holds text with a character that XML forbids");
         }
-        throw Refusal{Parsed::Fault::malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
-                                                    " in line " +
-                                                    std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
+        throw Refusal{Parsed::Verdict::Malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
+                                                      " in line " +
+                                                      std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
     }
 
     /// No XML may have control characters, U+FFFE and U+FFFF, but other programs that write property lists let them

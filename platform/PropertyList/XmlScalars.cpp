@@ -69,21 +69,21 @@ bool takeDigits(std::string_view& text, std::size_t digits, char follower, std::
 }
 
 /// What a character of base64 means: a digit's value, or one of these.
-enum Base64 : signed char { NO_BASE64 = -1, BASE64_SPACE = -2, BASE64_PADDING = -3 };
+enum Base64 : signed char { NoBase64 = -1, Base64Space = -2, Base64Padding = -3 };
 
 constexpr std::array<signed char, 256> base64Meanings() {
     constexpr std::string_view DIGITS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::array<signed char, 256> meanings{};
     for (signed char& meaning : meanings) {
-        meaning = NO_BASE64;
+        meaning = NoBase64;
     }
     for (std::size_t i = 0; i < DIGITS.size(); ++i) {
         meanings[static_cast<unsigned char>(DIGITS[i])] = static_cast<signed char>(i);
     }
     for (const char c : WHITE_SPACE) {
-        meanings[static_cast<unsigned char>(c)] = BASE64_SPACE;
+        meanings[static_cast<unsigned char>(c)] = Base64Space;
     }
-    meanings['='] = BASE64_PADDING;
+    meanings['='] = Base64Padding;
     return meanings;
 }
 
@@ -162,11 +162,11 @@ std::string bytesFrom(std::string_view text) {
     std::size_t digits = 0, padding = 0;
     for (const char c : text) {
         const signed char meaning = MEANINGS[static_cast<unsigned char>(c)];
-        if (meaning == BASE64_SPACE) {
+        if (meaning == Base64Space) {
             continue;
         }
-        padding += meaning == BASE64_PADDING ? 1 : 0;
-        if (meaning == NO_BASE64 || padding > 2 || (meaning >= 0 && padding > 0)) {
+        padding += meaning == Base64Padding ? 1 : 0;
+        if (meaning == NoBase64 || padding > 2 || (meaning >= 0 && padding > 0)) {
             refuseMalformed("data in it is damaged");
         }
         bits = bits << 6 | (meaning >= 0 ? static_cast<std::uint32_t>(meaning) : 0);

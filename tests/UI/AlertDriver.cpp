@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
         std::signal(SIGCHLD, reapAll);
     }
     const std::ptrdiff_t descriptors = countDescriptors();
-    const cv::Alert alert{arguments.at(0), cv::AlertStyle::warning, {arguments.begin() + 1, arguments.end()}};
+    const cv::Alert alert{arguments.at(0), cv::AlertStyle::Warning, {arguments.begin() + 1, arguments.end()}};
     for (int i = 0; i < (first == "TWICE" ? 2 : 1); ++i) {
         std::printf("answer %zu\n", cv::runAlert(alert));
     }

@@ -46,7 +46,7 @@ protected:
     cv::Descriptor asking, showing;
 };
 
-const Alert QUESTION{"Really?\n\xE2\x82\xAC", cv::AlertStyle::critical, {"OK", "Cancel", "Retry", "Cancel"}};
+const Alert QUESTION{"Really?\n\xE2\x82\xAC", cv::AlertStyle::Critical, {"OK", "Cancel", "Retry", "Cancel"}};
 
 TEST_F(AlertSocket, IsAskedFirst) {
     std::thread server([&] {
@@ -78,7 +78,7 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
     std::vector<std::thread> askers;
     for (std::size_t i = 0; i < THREADS; ++i) {
         askers.emplace_back([i] {
-            const Alert alert{std::to_string(i), cv::AlertStyle::warning, std::vector<std::string>(THREADS, "OK")};
+            const Alert alert{std::to_string(i), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
             for (std::size_t n = 0; n < ALERTS; ++n) {
                 EXPECT_EQ(cv::runAlert(alert), i);
             }
@@ -118,7 +118,7 @@ TEST_F(AlertSocket, WithAnAnswerToNothingIsRefused) {
 }
 
 TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
-    const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::warning, {"OK"}};
+    const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::Warning, {"OK"}};
     std::thread server([&] {
         EXPECT_EQ(cv::readAlert(showing.get()).value().message, longest.message);
         cv::writeAnswer(showing.get(), 0);

@@ -61,6 +61,33 @@ TEST_F(UserPreferences, TextIsKeptExactly) {
     }
 }
 
+TEST_F(UserPreferences, ValuesOfAFileAreObjectsOfTheirTypes) {
+    writeWithPython("{'yes': True, 'one': 1, 'most': 2**64-1, 'half': 0.5, 'list': [], 'dict': {'a': 1}}", "BINARY");
+    EXPECT_EQ(copy("yes").get(), kCFBooleanTrue);
+    EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
+    const struct {
+        const char* key;
+        CFTypeID type;
+        CFNumberType numberType;
+    } cases[] = {
+        {"yes", CFBooleanGetTypeID(), 0},
+        {"one", CFNumberGetTypeID(), kCFNumberSInt64Type},
+        {"most", CFNumberGetTypeID(), kCFNumberSInt64Type},
+        {"half", CFNumberGetTypeID(), kCFNumberFloat64Type},
+        {"list", CFArrayGetTypeID(), 0},
+        {"dict", CFDictionaryGetTypeID(), 0},
+    };
+    for (const auto& c : cases) {
+        const auto value = copy(c.key);
+        ASSERT_TRUE(value) << c.key;
+        EXPECT_EQ(CFGetTypeID(value.get()), c.type) << c.key;
+        if (c.numberType != 0) {
+            EXPECT_EQ(CFNumberGetType(static_cast<CFNumberRef>(value.get())), c.numberType) << c.key;
+        }
+        EXPECT_TRUE(CFEqual(value.get(), copy(c.key).get())) << c.key;
+    }
+}
+
 TEST_F(UserPreferences, OtherKeysKeepTheirValuesAndTypes) {
     const std::string entries =
         "'n': -1, 'least': -2**63, 'most': 2**63-1, 'above': 2**63, 'big': 2**64-5, 'byte': 200, 'real': 1e-300, "

@@ -36,7 +36,7 @@ const std::string XML =
     "<data>AAECAwQFBgcICQoLDA0ODxAREhM=</data><dict/><array/></array></dict></plist>";
 
 /// What an operation may end with, as the exit status of a process.
-enum Ending { COMPLETED, OUT_OF_MEMORY, WRONG, LEAKED, DONE_WITHOUT_FAILURE };
+enum Ending { Completed, OutOfMemory, Wrong, Leaked, DoneWithoutFailure };
 
 std::size_t openDescriptors() {
     return namesIn("/proc/self/fd").size();
@@ -51,18 +51,18 @@ int attempt(unsigned long passes, unsigned long failures, const std::function<bo
         alarm(MAX_SECONDS);
         dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
         const std::size_t descriptors = openDescriptors();
-        int ending = WRONG;
+        int ending = Wrong;
         failMalloc(passes, failures);
         try {
-            ending = operation() ? COMPLETED : WRONG;
+            ending = operation() ? Completed : Wrong;
         } catch (const std::bad_alloc&) {
-            ending = OUT_OF_MEMORY;
+            ending = OutOfMemory;
         }
         const bool isReached = endMallocFailures() > passes;
         if (openDescriptors() != descriptors) {
-            ending = LEAKED;
+            ending = Leaked;
         }
-        _exit(ending == COMPLETED && !isReached ? DONE_WITHOUT_FAILURE : ending);
+        _exit(ending == Completed && !isReached ? DoneWithoutFailure : ending);
     }
     int status = 0;
     waitpid(copy, &status, 0);
@@ -75,11 +75,11 @@ int exhaust(const std::function<bool()>& operation, const std::function<void()>&
             const std::function<void()>& check) {
     int attempts = 0;
     for (const unsigned long failures : {1UL, std::numeric_limits<unsigned long>::max()}) {
-        int ending = COMPLETED;
-        for (unsigned long passes = 0; ending != DONE_WITHOUT_FAILURE; ++passes, ++attempts) {
+        int ending = Completed;
+        for (unsigned long passes = 0; ending != DoneWithoutFailure; ++passes, ++attempts) {
             prepare();
             ending = attempt(passes, failures, operation);
-            EXPECT_THAT(ending, testing::AnyOf(COMPLETED, OUT_OF_MEMORY, DONE_WITHOUT_FAILURE))
+            EXPECT_THAT(ending, testing::AnyOf(Completed, OutOfMemory, DoneWithoutFailure))
                 << passes << " passed, then " << failures << " failed";
             check();
             if (testing::Test::HasFailure()) {
@@ -106,7 +106,7 @@ TEST(MemoryExhaustion, IsNeverTakenForDamageInReadingAndWritingPropertyLists) {
     const std::string damaged = XML.substr(0, XML.size() / 2);
     const int attempts = exhaust([&] { return readsRight(XML); }) + exhaust([&] { return readsRight(binary); }) +
                          exhaust([&] { return toBinary(root) == binary; }) +
-                         exhaust([&] { return parse(damaged).fault == cv::plist::Parsed::Fault::malformed; });
+                         exhaust([&] { return parse(damaged).verdict == cv::plist::Parsed::Verdict::Malformed; });
     std::printf("%d allocations failed\n", attempts);
     EXPECT_GT(attempts, 200);
 }
@@ -134,7 +134,7 @@ protected:
     /// Stores the change; empty, or what went wrong.
     std::string store() const {
         const auto fault = writePreferences(location_, changes_);
-        return fault ? fault->path + ": " + fault->reason : "";
+        return fault ? fault->text() : "";
     }
 
     /// That the file is the old one or `fresh`, and that nothing is in the way of the next change.

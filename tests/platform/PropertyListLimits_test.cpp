@@ -14,7 +14,7 @@
 namespace {
 
 using namespace std::string_literals;
-using Fault = cv::plist::Parsed::Fault;
+using Verdict = cv::plist::Parsed::Verdict;
 using cv::plist::MAX_FILE_SIZE;
 
 constexpr rlim_t MAX_MEMORY = rlim_t{512} << 20;
@@ -76,38 +76,38 @@ std::string longTexts(char marker, std::size_t count, std::size_t size) {
 
 struct Case {
     const char* name;
-    Fault fault;
+    Verdict verdict;
     std::function<std::string()> bytes;
 };
 
 const Case CASES[] = {
-    {"every reference to one value", Fault::unsupported, [] { return references(60'000'000, "\x09"); }},
-    {"many references to one value", Fault::none, [] { return references(500'000, "\x09"); }},
-    {"many references to one text", Fault::none,
+    {"every reference to one value", Verdict::Unsupported, [] { return references(60'000'000, "\x09"); }},
+    {"many references to one value", Verdict::Good, [] { return references(500'000, "\x09"); }},
+    {"many references to one text", Verdict::Good,
      [] { return references(500'000, "\x5F\x10\x20" + std::string(32, 'x')); }},
-    {"many references to one empty array", Fault::none, [] { return references(500'000, "\xA0"); }},
-    {"references to a long text", Fault::unsupported, [] { return longTexts('\x5F', 1000, 30U << 20); }},
-    {"a long text of two-byte units", Fault::none, [] { return longTexts('\x6F', 1, 15U << 20); }},
-    {"a dictionary", Fault::none, [] { return dictionary(200'000); }},
-    {"a larger dictionary", Fault::unsupported, [] { return dictionary(1'000'000); }},
-    {"open arrays", Fault::unsupported, [] { return filled("", "<array>", ""); }},
-    {"open elements", Fault::malformed, [] { return filled("", "<a>", ""); }},
-    {"values", Fault::unsupported, [] { return inPlist("<array>", "<true/>", "</array>"); }},
-    {"arrays of one", Fault::unsupported, [] { return inPlist("<array>", "<array><true/></array>", "</array>"); }},
-    {"a text", Fault::none, [] { return inPlist("<string>", "x", "</string>"); }},
-    {"empty lines", Fault::unsupported, [] { return inPlist("<string>", "\n", "</string>"); }},
-    {"empty lines between elements", Fault::unsupported, [] { return inPlist("<array>", "\n", "</array>"); }},
-    {"character references", Fault::none, [] { return inPlist("<string>", "&#9;", "</string>"); }},
-    {"one character reference", Fault::unsupported, [] { return inPlist("<string>&#", "0", "9;</string>"); }},
-    {"zeros", Fault::none, [] { return inPlist("<integer>", "0", "</integer>"); }},
-    {"digits", Fault::none, [] { return inPlist("<real>0.", "1", "</real>"); }},
-    {"data", Fault::none, [] { return inPlist("<data>", "QUJD", "</data>"); }},
-    {"an attribute", Fault::unsupported, [] { return filled("<plist a=\"", "x", "\"><true/></plist>"); }},
-    {"a name", Fault::unsupported, [] { return filled("<", "x", "/>"); }},
-    {"a comment", Fault::unsupported, [] { return filled("<!--", "x", "--><plist><true/></plist>"); }},
-    {"comments", Fault::none, [] { return filled("", "<!---->", "<plist><true/></plist>"); }},
-    {"spaces before anything", Fault::none, [] { return filled("", " ", "<true/>"); }},
-    {"zero bytes", Fault::malformed, [] { return filled("", "\0"s, ""); }},
+    {"many references to one empty array", Verdict::Good, [] { return references(500'000, "\xA0"); }},
+    {"references to a long text", Verdict::Unsupported, [] { return longTexts('\x5F', 1000, 30U << 20); }},
+    {"a long text of two-byte units", Verdict::Good, [] { return longTexts('\x6F', 1, 15U << 20); }},
+    {"a dictionary", Verdict::Good, [] { return dictionary(200'000); }},
+    {"a larger dictionary", Verdict::Unsupported, [] { return dictionary(1'000'000); }},
+    {"open arrays", Verdict::Unsupported, [] { return filled("", "<array>", ""); }},
+    {"open elements", Verdict::Malformed, [] { return filled("", "<a>", ""); }},
+    {"values", Verdict::Unsupported, [] { return inPlist("<array>", "<true/>", "</array>"); }},
+    {"arrays of one", Verdict::Unsupported, [] { return inPlist("<array>", "<array><true/></array>", "</array>"); }},
+    {"a text", Verdict::Good, [] { return inPlist("<string>", "x", "</string>"); }},
+    {"empty lines", Verdict::Unsupported, [] { return inPlist("<string>", "\n", "</string>"); }},
+    {"empty lines between elements", Verdict::Unsupported, [] { return inPlist("<array>", "\n", "</array>"); }},
+    {"character references", Verdict::Good, [] { return inPlist("<string>", "&#9;", "</string>"); }},
+    {"one character reference", Verdict::Unsupported, [] { return inPlist("<string>&#", "0", "9;</string>"); }},
+    {"zeros", Verdict::Good, [] { return inPlist("<integer>", "0", "</integer>"); }},
+    {"digits", Verdict::Good, [] { return inPlist("<real>0.", "1", "</real>"); }},
+    {"data", Verdict::Good, [] { return inPlist("<data>", "QUJD", "</data>"); }},
+    {"an attribute", Verdict::Unsupported, [] { return filled("<plist a=\"", "x", "\"><true/></plist>"); }},
+    {"a name", Verdict::Unsupported, [] { return filled("<", "x", "/>"); }},
+    {"a comment", Verdict::Unsupported, [] { return filled("<!--", "x", "--><plist><true/></plist>"); }},
+    {"comments", Verdict::Good, [] { return filled("", "<!---->", "<plist><true/></plist>"); }},
+    {"spaces before anything", Verdict::Good, [] { return filled("", " ", "<true/>"); }},
+    {"zero bytes", Verdict::Malformed, [] { return filled("", "\0"s, ""); }},
 };
 
 TEST(PropertyListLimits, EveryFileIsReadOrRefusedWithinBoundedMemory) {
@@ -115,7 +115,7 @@ TEST(PropertyListLimits, EveryFileIsReadOrRefusedWithinBoundedMemory) {
         EXPECT_TRUE(test::holdsInACopy([&file] {
             const rlimit limit{MAX_MEMORY, MAX_MEMORY};
             alarm(MAX_SECONDS);
-            return setrlimit(RLIMIT_AS, &limit) == 0 && cv::plist::parse(file.bytes()).fault == file.fault;
+            return setrlimit(RLIMIT_AS, &limit) == 0 && cv::plist::parse(file.bytes()).verdict == file.verdict;
         })) << file.name;
     }
 }

@@ -30,7 +30,7 @@ using cv::plist::Parsed;
 using cv::plist::Real;
 using cv::plist::toBinary;
 using cv::plist::Value;
-using Fault = Parsed::Fault;
+using Verdict = Parsed::Verdict;
 
 std::string bigEndian(std::uint64_t value) {
     std::string bytes;
@@ -95,12 +95,12 @@ struct Refusals {
     std::vector<std::string> files;
 };
 
-void expectRefused(Fault fault, const std::vector<Refusals>& cases) {
+void expectRefused(Verdict verdict, const std::vector<Refusals>& cases) {
     for (const auto& [reason, files] : cases) {
         for (const std::string& bytes : files) {
             const Parsed parsed = parse(bytes);
             EXPECT_FALSE(parsed.root) << bytes.substr(0, 200);
-            EXPECT_EQ(parsed.fault, fault) << bytes.substr(0, 200);
+            EXPECT_EQ(parsed.verdict, verdict) << bytes.substr(0, 200);
             EXPECT_THAT(parsed.reason, testing::HasSubstr(reason)) << bytes.substr(0, 200);
         }
     }
@@ -222,7 +222,7 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
         return std::string(good).replace(position, bytes.size(), bytes);
     };
     expectRefused(
-        Fault::malformed,
+        Verdict::Malformed,
         {{"cut short", {"bplist00"}},
          {"trailer",
           {good.substr(0, good.size() - 1), with(trailer + 6, "\0"s), with(trailer + 6, "\x09"),
@@ -246,7 +246,7 @@ TEST(PropertyList, BinariesThatATreeCannotCarryAreUnsupported) {
     }
     bomb.push_back("\x10\x01");
     expectRefused(
-        Fault::unsupported,
+        Verdict::Unsupported,
         {{"surrogate", {binary({"\x61\xD8\0"s}), binary({"\x61\xDC\0"s}), binary({"\x62\xD8\0\xD8\0"s})}},
          {"64 bits", {binary({"\x14"s + bigEndian(1) + bigEndian(0)}), binary({"\x88"s + std::string(9, 'x')})}},
          {"set", {binary({"\xC0"}), binary({"\xB0"})}},
@@ -277,7 +277,7 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
                  "2024-01-01T00:00:00ZZ"});
     add("data", {"A", "QQ", "QQ=", "Q===", "====", "QQ==QQ==", "QU*D"});
     expectRefused(
-        Fault::malformed,
+        Verdict::Malformed,
         {{"in it is damaged", texts},
          {"no XML property list",
           {"", "text", "<plist><dict><key>a</key>", xml("<string>a</integer>"), xml("<true/>") + "<plist/>",
@@ -299,7 +299,7 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
 
 TEST(PropertyList, XmlThatATreeCannotCarryIsUnsupported) {
     expectRefused(
-        Fault::unsupported,
+        Verdict::Unsupported,
         {{"document type", {"<!DOCTYPE plist [<!ENTITY a \"b\">]>" + xml("<string>&a;</string>")}},
          {"unknown encoding", {"<?xml version=\"1.0\" encoding=\"EBCDIC\"?>" + xml("<true/>")}},
          {"character that XML forbids", {xml("<string>a\x01</string>"), xml("<string>a\xEF\xBF\xBF</string>")}},
@@ -311,7 +311,7 @@ TEST(PropertyList, XmlThatATreeCannotCarryIsUnsupported) {
 TEST(PropertyList, NestingIsBoundedTheSameWayInBothForms) {
     EXPECT_TRUE(parse(nestedBinary(cv::plist::MAX_DEPTH)).root);
     EXPECT_TRUE(parse(nestedXml(cv::plist::MAX_DEPTH)).root);
-    expectRefused(Fault::unsupported,
+    expectRefused(Verdict::Unsupported,
                   {{"too deeply", {nestedBinary(cv::plist::MAX_DEPTH + 1), nestedXml(cv::plist::MAX_DEPTH + 1)}}});
 }
 
@@ -351,7 +351,7 @@ TEST(PropertyList, AnyBytesAreReadOrRefused) {
         }
         const Parsed parsed = parse(bytes);
         if (!parsed.root) {
-            EXPECT_NE(parsed.fault, Fault::none);
+            EXPECT_NE(parsed.verdict, Verdict::Good);
             continue;
         }
         ++read;

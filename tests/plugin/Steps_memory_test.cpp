@@ -30,7 +30,7 @@ const std::string PRODUCT = "com.corvane.audioplugins.Ambrel.plist";
 const std::string STATUS_FILE = "/Library/Application Support/Corvane/Updater/install_status.txt";
 
 /// How a process ended that ran a step with an allocation failing.
-enum Outcome { NOTHING_FAILED = 10, PASSED = 11, THREW = 12, LEFT_DESCRIPTORS = 13, FORGOT_A_FAILURE = 14 };
+enum Outcome { NothingFailed = 10, Passed = 11, Threw = 12, LeftDescriptors = 13, ForgotAFailure = 14 };
 
 std::ptrdiff_t openFiles() {
     return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
@@ -77,20 +77,20 @@ int runFailing(void (*step)(XCodParamBlock*), unsigned long passes) {
         block.version = XCOD_BLOCK_VERSION;
         block.productCode = 5100;
         block.languageCode = 1;
-        int outcome = PASSED;
+        int outcome = Passed;
         const std::ptrdiff_t before = openFiles();
         test::failMalloc(passes, 1);
         try {
             const cv::AutoreleasePool pool;
             step(&block);
         } catch (const std::bad_alloc&) {
-            outcome = THREW;
+            outcome = Threw;
         }
         const bool hasFailed = test::endMallocFailures() > passes;
-        outcome = openFiles() != before                        ? LEFT_DESCRIPTORS
-                  : outcome == PASSED && !isAccountedFor(step) ? FORGOT_A_FAILURE
+        outcome = openFiles() != before                        ? LeftDescriptors
+                  : outcome == Passed && !isAccountedFor(step) ? ForgotAFailure
                                                                : outcome;
-        _exit(hasFailed ? outcome : NOTHING_FAILED);
+        _exit(hasFailed ? outcome : NothingFailed);
     }
     int status = 0;
     EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -117,12 +117,12 @@ TEST(StepsMemory, AnAllocationThatFailsLosesNoFileAndNoKey) {
     using testing::MatchesRegex;
     for (void (*const step)(XCodParamBlock*) : {&PreInstall, &PostInstall}) {
         unsigned long tried = 0;
-        for (int outcome = PASSED; outcome != NOTHING_FAILED; ++tried) {
+        for (int outcome = Passed; outcome != NothingFailed; ++tried) {
             writeOldFiles();
             outcome = runFailing(step, tried);
             SCOPED_TRACE("allocation " + std::to_string(tried) + " failed");
             SCOPED_TRACE(describe(preferences(UPDATER)) + " " + describe(preferences(PRODUCT)));
-            ASSERT_THAT(outcome, testing::AnyOf(NOTHING_FAILED, PASSED, THREW));
+            ASSERT_THAT(outcome, testing::AnyOf(NothingFailed, Passed, Threw));
             ASSERT_THAT(
                 describe(preferences(UPDATER)),
                 MatchesRegex(

@@ -33,11 +33,11 @@ struct StyleLook {
 
 StyleLook lookOf(AlertStyle style) {
     switch (style) {
-        case AlertStyle::informational:
+        case AlertStyle::Informational:
             return {"Information", "dialog-information"};
-        case AlertStyle::critical:
+        case AlertStyle::Critical:
             return {"Critical", "dialog-error"};
-        case AlertStyle::warning:
+        case AlertStyle::Warning:
             break;
     }
     return {"Alert", "dialog-warning"};
