@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "installer-host/Finding.h"
 #include "installer-host/Options.h"
 #include "installer-host/look/Changes.h"
 #include "platform/Result.h"
@@ -27,14 +28,6 @@ struct StepResult {
     std::optional<std::uint32_t> flagsAfter;   ///< unset for a step whose process ended, too
     std::string fault;                         ///< the exception's type, or how the process ended
     std::string faultMessage;                  ///< what the exception says; may be empty
-};
-
-/// One finding of `check`.
-struct Finding {
-    std::string subject;  ///< registration, exports, ...
-    bool ok = false;
-    std::string text;                      ///< what was found
-    ExitStatus status = ExitStatus::Done;  ///< what the check comes to when it is not ok
 };
 
 /// How the worker ended.

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "installer-host/RunResult.h"
+#include "installer-host/Finding.h"
 
 namespace host {
 
