@@ -126,7 +126,7 @@ private:
 std::string workerProgram() {
     namespace fs = std::filesystem;
     const fs::path ownFolder = fs::read_symlink("/proc/self/exe").parent_path();
-    const std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
+    std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
     if (access(program.c_str(), X_OK) != 0) {
         throw Failure(ExitStatus::RootNotMade, "the program that runs the bundle's code cannot be started: '" +
                                                    program + "': " + cv::errorText(errno) +

@@ -113,11 +113,16 @@ void work(const WorkerOrder& order) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
-    const std::optional<WorkerOrder> order = parseOrder(argc, argv);
-    if (!order) {
-        std::fputs("installer-host-worker: only installer-host runs this program\n", stderr);
-        return static_cast<int>(ExitStatus::Usage);
+    try {
+        const std::optional<WorkerOrder> order = parseOrder(argc, argv);
+        if (!order) {
+            std::fputs("installer-host-worker: only installer-host runs this program\n", stderr);
+            return static_cast<int>(ExitStatus::Usage);
+        }
+        work(*order);
+        return 0;
+    } catch (const std::exception& fault) {
+        std::fprintf(stderr, "installer-host-worker: %s\n", fault.what());
+        return static_cast<int>(ExitStatus::RootNotMade);
     }
-    work(*order);
-    return 0;
 }

@@ -45,6 +45,7 @@ struct Pipe {
                        (options.user == 0 || (setgid(options.user) == 0 && setuid(options.user) == 0));
     if (ready) {
         std::vector<char*> argv;
+        argv.reserve(command.size() + 1);
         for (const std::string& argument : command) {
             argv.push_back(const_cast<char*>(argument.c_str()));
         }

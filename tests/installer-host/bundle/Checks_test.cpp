@@ -15,7 +15,7 @@ using namespace test;
 
 /// A bundle with the faulty plug-in's code and its Info.plist, in which `text` is another one.
 std::string bundleWith(const TempDir& folder, const std::string& text, const std::string& other) {
-    const std::string bundle = folder / (other + ".bundle");
+    std::string bundle = folder / (other + ".bundle");
     std::string info = readFile(FAULTY_BUNDLE + "/Contents/Info.plist");
     for (std::size_t at; (at = info.find(text)) != std::string::npos;) {
         info.replace(at, text.size(), other);

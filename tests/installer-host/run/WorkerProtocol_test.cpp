@@ -9,6 +9,7 @@ using namespace host;
 std::optional<WorkerOrder> parseWorkerArguments(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "installer-host-worker");
     std::vector<const char*> argv;
+    argv.reserve(arguments.size());
     for (const std::string& argument : arguments) {
         argv.push_back(argument.c_str());
     }
