@@ -160,7 +160,7 @@ TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
         {"it is empty", "", {}, disabled},
         {"it begins with a byte order mark", "\xEF\xBB\xBFUpdatesEnabled", {}, disabled},
         {"it has a zero byte inside the word", std::string("Updates\0Enabled", 15), {}, disabled},
-        {"it has a zero byte behind the word", std::string("UpdatesEnabled\0\xFF", 16), {}, enabled},
+        {"it has a zero byte after the word", std::string("UpdatesEnabled\0\xFF", 16), {}, enabled},
         {"it is large", "UpdatesEnabled" + std::string(1 << 20, '\0'), {}, enabled},
         {"it grows between the two looks at its size", on, {3, 3000}, enabled},
         {"it grows by one byte", on, {2999, 3000}, enabled},

@@ -115,7 +115,7 @@ struct Scanned {
     T magnitude = 0;
     bool isNegative = false;
     bool isNumber = false;      ///< there are digits, and T is large enough
-    const char* end = nullptr;  ///< behind the last digit
+    const char* end = nullptr;  ///< after the last digit
 };
 
 /// Scans a number at `p`, before the NUL that ends the text. Compiled in place, so that base 10 has a loop with a
