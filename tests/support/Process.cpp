@@ -12,47 +12,25 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "platform/Descriptor.h"
+
 namespace test {
 
 namespace {
-
-/// One end of a pipe, closed at the end of the scope.
-class Fd {
-public:
-    explicit Fd(int fd = -1) : fd_(fd) {}
-    ~Fd() { close(); }
-    Fd(const Fd&) = delete;
-    Fd& operator=(const Fd&) = delete;
-
-    int get() const { return fd_; }
-    void reset(int fd) {
-        close();
-        fd_ = fd;
-    }
-    void close() {
-        if (fd_ >= 0) {
-            ::close(fd_);
-        }
-        fd_ = -1;
-    }
-
-private:
-    int fd_;
-};
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
 struct Pipe {
-    Fd read, write;
+    cv::Descriptor read, write;
     Pipe() {
         std::array<int, 2> ends{};
         if (pipe2(ends.data(), O_CLOEXEC) != 0) {
             fail("pipe2");
         }
-        read.reset(ends[0]);
-        write.reset(ends[1]);
+        read = cv::Descriptor(ends[0]);
+        write = cv::Descriptor(ends[1]);
     }
 };
 
@@ -81,15 +59,15 @@ struct Pipe {
 void exchange(Pipe& in, Pipe& out, Pipe& err, const std::string& input, ProcessResult& result) {
     std::size_t written = 0;
     if (input.empty()) {
-        in.write.close();
+        in.write = cv::Descriptor();
     }
-    while (out.read.get() >= 0 || err.read.get() >= 0) {
+    while (out.read.isOpen() || err.read.isOpen()) {
         std::array<pollfd, 3> fds{pollfd{out.read.get(), POLLIN, 0}, pollfd{err.read.get(), POLLIN, 0},
                                   pollfd{in.write.get(), POLLOUT, 0}};
         if (poll(fds.data(), fds.size(), -1) < 0) {
             fail("poll");
         }
-        const auto collect = [](Fd& fd, short events, std::string& text) {
+        const auto collect = [](cv::Descriptor& fd, short events, std::string& text) {
             std::array<char, 65536> buffer;
             if (events == 0) {
                 return;
@@ -98,7 +76,7 @@ void exchange(Pipe& in, Pipe& out, Pipe& err, const std::string& input, ProcessR
             if (count > 0) {
                 text.append(buffer.data(), static_cast<std::size_t>(count));
             } else {
-                fd.close();
+                fd = cv::Descriptor();
             }
         };
         collect(out.read, fds[0].revents, result.out);
@@ -107,7 +85,7 @@ void exchange(Pipe& in, Pipe& out, Pipe& err, const std::string& input, ProcessR
             const ssize_t count = write(in.write.get(), input.data() + written, input.size() - written);
             written += count > 0 ? static_cast<std::size_t>(count) : 0;
             if (count < 0 || written == input.size()) {
-                in.write.close();
+                in.write = cv::Descriptor();
             }
         }
     }
@@ -137,9 +115,9 @@ ProcessResult run(const std::vector<std::string>& command, const ProcessOptions&
         std::signal(SIGPIPE, SIG_DFL);
         runChild(command, options);
     }
-    in.read.close();
-    out.write.close();
-    err.write.close();
+    in.read = cv::Descriptor();
+    out.write = cv::Descriptor();
+    err.write = cv::Descriptor();
 
     ProcessResult result;
     exchange(in, out, err, options.in, result);
