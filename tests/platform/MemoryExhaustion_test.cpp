@@ -106,7 +106,7 @@ TEST(MemoryExhaustion, IsNeverTakenForDamageInReadingAndWritingPropertyLists) {
     const std::string damaged = XML.substr(0, XML.size() / 2);
     const int attempts = exhaust([&] { return readsRight(XML); }) + exhaust([&] { return readsRight(binary); }) +
                          exhaust([&] { return toBinary(root) == binary; }) +
-                         exhaust([&] { return parse(damaged).fault == cv::plist::Parsed::Verdict::Malformed; });
+                         exhaust([&] { return parse(damaged).verdict == cv::plist::Parsed::Verdict::Malformed; });
     std::printf("%d allocations failed\n", attempts);
     EXPECT_GT(attempts, 200);
 }
