@@ -8,10 +8,10 @@ void XCodMain(XCodParamBlock* block) {
         return;
     }
     // Two tests, not a choice: whoever changes the selector during the first step gets the second one too.
-    if (block->selector == XCOD_SELECTOR_PRE_INSTALL) {
+    if (block->selector == XCodSelectorPreInstall) {
         PreInstall(block);
     }
-    if (block->selector == XCOD_SELECTOR_POST_INSTALL) {
+    if (block->selector == XCodSelectorPostInstall) {
         PostInstall(block);
     }
 }

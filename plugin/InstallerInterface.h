@@ -2,13 +2,28 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <array>
+
 #include "plugin/ParamBlock.h"
 
-// What an installer host needs to talk to the plug-in: identifiers and the shape of the interface table.
+// What an installer host needs to talk to the plug-in: identifiers, exported names and the shape of the interface
+// table.
 //
 // The host makes an instance of the plug-in type (CFPlugInInstanceCreate), asks it for the installer interface
 // (QueryInterface, which adds a reference), calls XCodMain once for each step, and gives up each reference with
 // Release. An instance is a pointer to a pointer to the table.
+//
+// InstallerInterface.cmake reads the texts of this file for the bundle's Info.plist and for the linker.
+
+/// The plug-in type.
+constexpr char XCOD_PLUGIN_TYPE_ID[] = "5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8";
+
+/// The installer interface.
+constexpr char XCOD_INTERFACE_ID[] = "00D5FBFE-3D3D-40E2-9DCB-92ED695834F8";
+
+/// The names that the bundle exports, and no others: first the factory function, which its Info.plist registers, and
+/// last a 32-bit integer, by which a host knows the bundle.
+constexpr const char* XCOD_EXPORTS[] = {"MyFactory", "PostInstall", "PreInstall", "g_cvPluginID"};
 
 /// The interface table: the four slots of IUnknown, then the entry of the steps.
 struct XCodFunctionBlock {
@@ -21,14 +36,27 @@ struct XCodFunctionBlock {
 
 static_assert(sizeof(XCodFunctionBlock) == 5 * sizeof(void*));
 
-/// The plug-in type, 5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8. Not to be released.
-inline CFUUIDRef XCodPlugInTypeID() {
-    return CFUUIDGetConstantUUIDWithBytes(kCFAllocatorDefault, 0x5C, 0xD9, 0x48, 0x4B, 0x4A, 0x86, 0x4C, 0xA2, 0xA7,
-                                          0x9A, 0x15, 0x25, 0xA3, 0xB5, 0xF6, 0xE8);
+/// The identifier with the text form `text`, in capitals. Every call gives the same object, which is not to be
+/// released.
+inline CFUUIDRef XCodConstantID(const char* text) {
+    const auto valueOf = [](char digit) { return digit <= '9' ? digit - '0' : digit - 'A' + 10; };
+    std::array<UInt8, 16> bytes{};
+    for (UInt8& byte : bytes) {
+        text += *text == '-' ? 1 : 0;
+        byte = static_cast<UInt8>(16 * valueOf(text[0]) + valueOf(text[1]));
+        text += 2;
+    }
+    return CFUUIDGetConstantUUIDWithBytes(kCFAllocatorDefault, bytes[0], bytes[1], bytes[2], bytes[3], bytes[4],
+                                          bytes[5], bytes[6], bytes[7], bytes[8], bytes[9], bytes[10], bytes[11],
+                                          bytes[12], bytes[13], bytes[14], bytes[15]);
 }
 
-/// The installer interface, 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8. Not to be released.
+/// The plug-in type as an object that is not to be released.
+inline CFUUIDRef XCodPlugInTypeID() {
+    return XCodConstantID(XCOD_PLUGIN_TYPE_ID);
+}
+
+/// The installer interface as an object that is not to be released.
 inline CFUUIDRef XCodInterfaceID() {
-    return CFUUIDGetConstantUUIDWithBytes(kCFAllocatorDefault, 0x00, 0xD5, 0xFB, 0xFE, 0x3D, 0x3D, 0x40, 0xE2, 0x9D,
-                                          0xCB, 0x92, 0xED, 0x69, 0x58, 0x34, 0xF8);
+    return XCodConstantID(XCOD_INTERFACE_ID);
 }

@@ -37,6 +37,6 @@ constexpr std::uint32_t XCOD_RESULT_FAILED = 0x00000001;
 
 /// The steps of an installation, as `selector` names them.
 enum XCodSelector : std::uint16_t {
-    XCOD_SELECTOR_PRE_INSTALL = 2,   ///< before the product's files are copied
-    XCOD_SELECTOR_POST_INSTALL = 3,  ///< after
+    XCodSelectorPreInstall = 2,   ///< before the product's files are copied
+    XCodSelectorPostInstall = 3,  ///< after
 };

@@ -24,7 +24,7 @@ constexpr char INSTALL_STATUS_FILE[] = "/Library/Application Support/Corvane/Upd
 constexpr char UPDATES_ENABLED[] = "UpdatesEnabled";
 
 /// The values of the updater's "UpdateInterval".
-enum UpdateInterval : SInt32 { UPDATES_OFF = 0, UPDATES_ON = 2 };
+enum UpdateInterval : SInt32 { UpdatesOff = 0, UpdatesOn = 2 };
 
 /// The size of an open file that can be read into one block. An unknown size counts as 0. A file that a 32-bit process
 /// could not hold with one byte more fails as an allocation of that size does, and so does what no vector here holds.
@@ -52,7 +52,7 @@ checked_value<UpdateInterval> readUpdateInterval() {
     file.ReadBlock(buffer.data(), size);
     buffer.back() = '\0';
     file.Close();
-    return String(buffer.data()).Left(sizeof UPDATES_ENABLED - 1) == UPDATES_ENABLED ? UPDATES_ON : UPDATES_OFF;
+    return String(buffer.data()).Left(sizeof UPDATES_ENABLED - 1) == UPDATES_ENABLED ? UpdatesOn : UpdatesOff;
 }
 
 void storeUpdateInterval(UpdateInterval interval) {
@@ -85,7 +85,7 @@ void carryUpdateChoice() {
         storeInstallStatus(failure.GetMessage());
     }
     if (!written) {
-        storeUpdateInterval(UPDATES_ON);
+        storeUpdateInterval(UpdatesOn);
     }
 }
 

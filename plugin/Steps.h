@@ -2,7 +2,7 @@
 
 #include "plugin/ParamBlock.h"
 
-/// Marks the few symbols that the bundle shows to the host; exported_symbols.txt lists the same names.
+/// Marks what the bundle shows to the host: the symbols of XCOD_EXPORTS.
 #define XCOD_EXPORT extern "C" __attribute__((visibility("default")))
 
 /// Registers the product with the vendor's updater, before its files are copied: stores

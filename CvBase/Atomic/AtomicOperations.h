@@ -4,35 +4,39 @@
 
 #include <cstdint>
 
-/// Operations on words that several threads use at once: the shared counts of the handles rest on them.
+/// Operations on 32-bit words, and on pointers, that several threads use at once. The counts of the library's shared
+/// handles rest on them.
 ///
-/// AtomicRead and AtomicWrite are plain accesses of the processor (an aligned word is loaded and stored in one piece)
-/// and order nothing: a thread that reads a pointer this way may see it before what it points to. The others are
-/// indivisible.
+/// AtomicRead and AtomicWrite load and store a word in one piece, and nothing more: a thread that reads a pointer this
+/// way may not yet see what another thread wrote to the object before it stored the pointer. The other operations are
+/// indivisible, and order what a thread does before and after them. Nothing here fails; a word must be aligned, as
+/// every variable is.
 namespace Atomic {
 
 static_assert(sizeof(unsigned int) == sizeof(std::int32_t), "the operations are those of 32-bit words");
 
 /// The word's value.
-inline unsigned int AtomicRead(const volatile unsigned int& target) {
+[[nodiscard]] inline unsigned int AtomicRead(const volatile unsigned int& target) {
     return __atomic_load_n(&target, __ATOMIC_RELAXED);
 }
 
 /// The pointer's value.
-inline void* AtomicRead(void* const volatile& target) {
+[[nodiscard]] inline void* AtomicRead(void* const volatile& target) {
     return __atomic_load_n(&target, __ATOMIC_RELAXED);
 }
 
-/// The word's value. What a thread did before it gave the word this value with one of the indivisible operations has
-/// happened for the caller.
-inline unsigned int AtomicReadAcquire(const volatile unsigned int& target) {
+/// The word's value. When another thread gave the word this value by an indivisible operation, the caller sees
+/// everything that thread did before.
+[[nodiscard]] inline unsigned int AtomicReadAcquire(const volatile unsigned int& target) {
     return __atomic_load_n(&target, __ATOMIC_ACQUIRE);
 }
 
+/// Gives the word this value.
 inline void AtomicWrite(volatile unsigned int& target, unsigned int value) {
     __atomic_store_n(&target, value, __ATOMIC_RELAXED);
 }
 
+/// Gives the pointer this value.
 inline void AtomicWrite(void* volatile& target, void* value) {
     __atomic_store_n(&target, value, __ATOMIC_RELAXED);
 }
@@ -42,8 +46,8 @@ inline unsigned int AtomicIncrement(volatile unsigned int& target) {
     return static_cast<unsigned int>(OSAtomicAdd32(1, reinterpret_cast<volatile std::int32_t*>(&target)));
 }
 
-/// Subtracts 1, wrapping to the largest value after 0; returns the new value. What the other holders of a count did
-/// before they gave up their shares has happened, for the thread that gets 0.
+/// Subtracts 1, wrapping to the largest value after 0; returns the new value. The thread that gets 0 sees everything
+/// that the other threads did before they subtracted.
 inline unsigned int AtomicDecrement(volatile unsigned int& target) {
     return static_cast<unsigned int>(OSAtomicAdd32(-1, reinterpret_cast<volatile std::int32_t*>(&target)));
 }

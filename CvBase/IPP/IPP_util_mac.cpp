@@ -4,13 +4,13 @@
 #include <cmath>
 #include <cstdint>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 namespace IPP {
 namespace {
 
 const Detail::Kernels& kernels() {
-    return Detail::ActiveKernels();
+    return Detail::activeKernels();
 }
 
 /// The 32-bit integer 1 shifted left by `bits` mod 32: the shift by 31 gives the smallest integer.

@@ -61,6 +61,8 @@ void Convert(unsigned int n, const double* src, float* dst);
 
 namespace Detail {
 
+/// What Copy, Move and Zero do, for every type of element.
+/// @{
 template <typename T>
 inline void copy(unsigned int n, const T* src, T* dst) {
     if (n != 0) {
@@ -81,6 +83,7 @@ inline void zero(unsigned int n, T* dst) {
         std::memset(dst, 0, std::size_t{n} * sizeof(T));
     }
 }
+/// @}
 
 }  // namespace Detail
 
@@ -174,6 +177,6 @@ void Set(unsigned int n, double* dst, double value);
 /// @}
 
 /// Whether the first `n` bytes of `a` and `b` agree: true for an `n` of 0, whatever the pointers.
-bool Equal(unsigned int n, const unsigned char* a, const unsigned char* b);
+[[nodiscard]] bool Equal(unsigned int n, const unsigned char* a, const unsigned char* b);
 
 }  // namespace IPP

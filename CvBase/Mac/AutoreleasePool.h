@@ -5,7 +5,12 @@
 namespace cv {
 
 /// An autorelease pool for the length of a scope: what is autoreleased on this thread meanwhile is released at its end.
-/// Pools nest; the scopes must end in the reverse order of their beginning, as C++ scopes do.
+///
+///     const cv::AutoreleasePool pool;
+///     const String name = Util::GetCurrentProcessDisplayName();
+///
+/// Message boxes and the process's names need one. Pools nest and must end in the reverse order in which they began, so
+/// make them local variables.
 class AutoreleasePool {
 public:
     AutoreleasePool() : pool_(send<id>(send<id>(classNamed("NSAutoreleasePool"), "alloc"), "init")) {}

@@ -16,17 +16,21 @@ namespace cv {
 template <typename Ref>
 class CFReference {
 public:
+    /// Owns none.
     CFReference() = default;
 
     /// Takes over a reference of the caller's; `owned` may be null.
     explicit CFReference(Ref owned) : ref_(owned) {}
 
+    /// Takes the reference of `other`, which has none then. There is no copy: retained() makes a second reference.
+    /// @{
     CFReference(CFReference&& other) noexcept : ref_(std::exchange(other.ref_, nullptr)) {}
 
     CFReference& operator=(CFReference&& other) noexcept {
         CFReference(std::move(other)).swap(*this);
         return *this;
     }
+    /// @}
 
     ~CFReference() {
         if (ref_ != nullptr) {
@@ -35,11 +39,12 @@ public:
     }
 
     /// The object, which stays owned here; null when there is none.
-    Ref get() const { return ref_; }
+    [[nodiscard]] Ref get() const { return ref_; }
 
+    /// Whether there is an object.
     explicit operator bool() const { return ref_ != nullptr; }
 
-    /// Hands the reference over to the caller.
+    /// Hands the reference over to the caller, who has to release it; null when there is none.
     [[nodiscard]] Ref release() { return std::exchange(ref_, nullptr); }
 
 private:
@@ -50,7 +55,7 @@ private:
 
 /// A reference of one's own to an object that belongs to somebody else; `object` may be null.
 template <typename Ref>
-CFReference<Ref> retained(Ref object) {
+[[nodiscard]] CFReference<Ref> retained(Ref object) {
     if (object != nullptr) {
         CFRetain(object);
     }

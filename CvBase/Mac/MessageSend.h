@@ -1,22 +1,22 @@
 #pragma once
 
-// Typed message sending from C++ to the classes that the Mac reaches by Objective-C alone.
-//
-//     const id panel = cv::send<id>(cv::classNamed("NSAlert"), "alloc");
-//     cv::send<void>(panel, "setAlertStyle:", cv::UInteger{2});
-//     const auto button = cv::send<cv::Integer>(panel, "runModal");
-
 #include <objc/objc.h>
 #include <objc/runtime.h>
 
+/// \file
+/// Typed message sending from C++ to the classes that the Mac reaches by Objective-C alone.
+///
+///     const id panel = cv::send<id>(cv::classNamed("NSAlert"), "alloc");
+///     cv::send<void>(panel, "setAlertStyle:", cv::UInteger{2});
+///     const auto button = cv::send<cv::Integer>(panel, "runModal");
+
 namespace cv {
 
-/// NSInteger and NSUInteger, as wide as a pointer.
-using Integer = long;
-using UInteger = unsigned long;
+using Integer = long;            ///< NSInteger, as wide as a pointer
+using UInteger = unsigned long;  ///< NSUInteger, as wide as a pointer
 
 /// The class object of `name`, or null when the process knows no such class.
-inline id classNamed(const char* name) {
+[[nodiscard]] inline id classNamed(const char* name) {
     return reinterpret_cast<id>(objc_getClass(name));
 }
 

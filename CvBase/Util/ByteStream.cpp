@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned int MAX_TEXT_LENGTH = 200000;
 
 /// The lines by which readers of logs know the failures. They stay as they are when the code moves.
-enum FailureLine { TEXT_LENGTH_LINE = 74, TEXT_LINE = 81, VECTOR_LINE = 104, READ_LINE = 123, EXTRACT_LINE = 141 };
+enum FailureLine { TextLengthLine = 74, TextLine = 81, VectorLine = 104, ReadLine = 123, ExtractLine = 141 };
 
 [[noreturn]] void fail(const String& message, std::size_t count, int line) {
     ::Exception::Throw(DataStreamIO(message.Arg(static_cast<unsigned long long>(count))), "Util/ByteStream", line);
@@ -70,14 +70,14 @@ DataStream& ByteStream::operator>>(String& text) {
         unsigned int length = 0;
         *this >> length;
         if (length > MAX_TEXT_LENGTH) {
-            fail("Improbable string length %1", length, TEXT_LENGTH_LINE);
+            fail("Improbable string length %1", length, TextLengthLine);
         }
         if (length == 0) {
             text = none;
             return *this;
         }
         if (!has(length)) {
-            fail("Can't read string of length %1", length, TEXT_LINE);
+            fail("Can't read string of length %1", length, TextLine);
         }
         text.Assign(reinterpret_cast<const char*>(buffer_.data() + position_), length);
         position_ += length;
@@ -89,12 +89,12 @@ DataStream& ByteStream::operator>>(String& text) {
 }
 
 DataStream& ByteStream::operator>>(std::vector<unsigned char>& bytes) {
-    take(bytes.size(), bytes.data(), VECTOR_LINE);
+    take(bytes.size(), bytes.data(), VectorLine);
     return *this;
 }
 
 void ByteStream::Read(unsigned int count, unsigned char* dest) {
-    take(count, dest, READ_LINE);
+    take(count, dest, ReadLine);
 }
 
 DataStream& ByteStream::operator<<(const String& text) {
@@ -163,7 +163,7 @@ void ByteStream::failToExtract(std::size_t width) const {
                                .Arg(static_cast<unsigned int>(width))
                                .Arg(position_)
                                .Arg(GetSize());
-    ::Exception::Throw(DataStreamIO(message), "Util/ByteStream.h", EXTRACT_LINE);
+    ::Exception::Throw(DataStreamIO(message), "Util/ByteStream.h", ExtractLine);
 }
 
 }  // namespace Util

@@ -14,7 +14,7 @@ namespace Util {
 ///     const Util::CFString key(name, Util::CFString::ReleaseOnDestroy);
 ///     CFPreferencesSetValue(key.Get(), ...);
 ///
-/// Texts are UTF-8 in both directions.
+/// Texts are UTF-8 in both directions. One thread at a time.
 class CFString {
 public:
     /// What the destructor does with the reference: gives it up, or nothing. Any value but 0 is DoNotRelease. With
@@ -23,8 +23,10 @@ public:
 
     /// The string of the text up to its NUL. Text that is null or not valid UTF-8 gives the empty string. Throws
     /// std::bad_alloc.
+    /// @{
     CFString(const char* text, ReleaseBehavior behavior);
     CFString(const String& text, ReleaseBehavior behavior);
+    /// @}
 
     /// Adopts `reference` without retaining it; a new empty string stands for a null one.
     CFString(CFStringRef reference, ReleaseBehavior behavior);
@@ -35,11 +37,11 @@ public:
     CFString& operator=(const CFString&) = delete;
 
     /// The string, never null; good while this object lives.
-    CFStringRef Get() const { return reference_; }
+    [[nodiscard]] CFStringRef Get() const { return reference_; }
 
     /// The text up to its first NUL character. Empty when the string has more than 1,000,000 UTF-16 units or an
     /// unpaired surrogate.
-    String ToString() const;
+    [[nodiscard]] String ToString() const;
 
 private:
     bool release_;

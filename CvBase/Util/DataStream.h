@@ -8,7 +8,12 @@
 
 namespace Util {
 
-/// Reads and writes typed values as bytes, at one position that both move.
+/// Reads and writes typed values as bytes, at one position that both move. ByteStream is the stream in memory; a
+/// function that takes a DataStream works with any other, too.
+///
+///     void store(Util::DataStream& stream, const Settings& settings) {
+///         stream << settings.version << settings.name;
+///     }
 ///
 ///     type                                    bytes
 ///     bool                                    1: 0 or 1; any other value reads as true
@@ -34,16 +39,22 @@ public:
         BigEndian = 2       ///< most significant byte first
     };
 
-    virtual EndianType GetEndianType() const = 0;
+    /// The byte order in which numbers are read and written from now on; a new stream has DefaultEndian.
+    /// @{
+    [[nodiscard]] virtual EndianType GetEndianType() const = 0;
     virtual void SetEndianType(EndianType endianType) = 0;
+    /// @}
 
-    /// Whether a text is written with its length in front. Without it the text cannot be read back: reading takes a
-    /// length always.
-    virtual bool IsWriteStringLength() const = 0;
+    /// Whether a text is written with its length in front, as a new stream does. Without it the text cannot be read
+    /// back: reading always takes a length.
+    /// @{
+    [[nodiscard]] virtual bool IsWriteStringLength() const = 0;
     virtual void SetWriteStringLength(bool writeStringLength) = 0;
+    /// @}
 
     /// @name Reading
-    /// Store the value at the position and move behind it; after a failure the value and the position are as before.
+    /// Each sets `value` to what is stored at the position, and moves the position past it. A failure leaves the value
+    /// and the position as they were.
     /// @{
     virtual DataStream& operator>>(bool& value) = 0;
     virtual DataStream& operator>>(char& value) = 0;
@@ -60,16 +71,17 @@ public:
     virtual DataStream& operator>>(float& value) = 0;
     virtual DataStream& operator>>(double& value) = 0;
 
-    /// Stops at the text's first NUL byte, but moves behind all of it. A text of more than 200000 bytes, which can be
-    /// written, is refused. After a failure the text is empty and the position is behind its length, if there was one.
+    /// The text ends at its first NUL byte; the position moves past all its bytes. A text of more than 200000 bytes is
+    /// taken for damage and refused, although it can be written. A failure leaves the text empty, and the position
+    /// after the length if that could be read.
     virtual DataStream& operator>>(String& text) = 0;
 
-    /// Reads as many bytes as the vector holds.
+    /// Reads as many bytes as the vector has elements; give it its size first.
     virtual DataStream& operator>>(std::vector<unsigned char>& bytes) = 0;
     /// @}
 
     /// @name Reading a value to return it
-    /// The argument only says of which type.
+    /// As `stream >> value`. The argument only says which type to read: `ReadPrimitive(0U)` reads an unsigned int.
     /// @{
     virtual bool ReadPrimitive(bool) = 0;
     virtual char ReadPrimitive(char) = 0;
@@ -91,7 +103,7 @@ public:
     virtual void Read(unsigned int count, unsigned char* dest) = 0;
 
     /// @name Writing
-    /// Put the value at the position, over what is there, and move behind it.
+    /// Each puts the value at the position, over what is there, and moves the position past it.
     /// @{
     virtual DataStream& operator<<(bool value) = 0;
     virtual DataStream& operator<<(char value) = 0;
@@ -111,6 +123,7 @@ public:
     /// All bytes of the text, embedded NULs too; without its length in front when IsWriteStringLength() is false.
     virtual DataStream& operator<<(const String& text) = 0;
 
+    /// The bytes alone; their number is not written.
     virtual DataStream& operator<<(const std::vector<unsigned char>& bytes) = 0;
 
     /// A pointer, such as "text", would be written as a bool. Write String("text").
@@ -122,18 +135,18 @@ public:
     virtual void Write(unsigned int count, const unsigned char* src) = 0;
 
     /// Whether no byte is left at the position.
-    virtual bool AtEnd() const = 0;
+    [[nodiscard]] virtual bool AtEnd() const = 0;
 
     /// The offset in bytes from the start of the stream.
-    virtual unsigned int GetPosition() const = 0;
+    [[nodiscard]] virtual unsigned int GetPosition() const = 0;
 
     /// The number of bytes in the stream.
-    virtual unsigned int GetSize() const = 0;
+    [[nodiscard]] virtual unsigned int GetSize() const = 0;
 
-    /// GetSize() - GetPosition(), modulo 2^32 when the position is behind the end.
-    virtual unsigned int GetRemaining() const = 0;
+    /// GetSize() - GetPosition(), modulo 2^32 when the position is past the end.
+    [[nodiscard]] virtual unsigned int GetRemaining() const = 0;
 
-    /// Any position will do. Behind the end every read fails, and a write fills the gap with zero bytes.
+    /// Moves to any position. Past the end every read fails, and a write fills the gap with zero bytes.
     virtual void SetPosition(unsigned int position) = 0;
 
     /// Moves by `count` bytes, backwards when it is negative, modulo 2^32: there is no check at either end.

@@ -19,6 +19,7 @@ namespace Util {
 /// followed.
 class Dir {
 public:
+    /// What GetDirInfo() tells of the volume that holds the folder.
     struct DirInfo {
         /// What an ordinary user may still fill of the volume, in bytes, but only its lower 32 bits as a signed number:
         /// with 3 GiB free it is negative.
@@ -27,15 +28,18 @@ public:
 
     /// No path.
     Dir() = default;
+
+    /// The folder at `path`, whether it exists or not.
     explicit Dir(const FolderPath& path);
 
+    /// Makes this the folder at `path`.
     void SetPath(const FolderPath& path);
 
     /// Whether a folder is at the path.
-    bool Exists() const;
+    [[nodiscard]] bool Exists() const;
 
     /// Fills `info`; false, with `info` untouched, when the volume cannot be asked.
-    bool GetDirInfo(DirInfo& info);
+    [[nodiscard]] bool GetDirInfo(DirInfo& info);
 
     /// Makes the folder, and with `recursive` all that are missing above it, each with the permissions 0755 less the
     /// umask; nothing happens when it exists. Throws WriteError; folders made before the failure stay. With
@@ -46,8 +50,10 @@ public:
     /// symbolic link to a folder.
     void Remove();
 
-    /// Reads or sets the times of use and change. Throws UnexpectedError. `time` must not be null.
+    /// Reads the times of use and change into `*time`, which must not be null. Throws UnexpectedError.
     void GetTime(FileTime* time);
+
+    /// Sets the times of use and change. Throws UnexpectedError.
     void SetTime(const FileTime& time);
 
     /// @name Listings
@@ -81,7 +87,8 @@ public:
     /// A name without an extension is never found, nor one with a slash. Links are followed, but no folder is searched
     /// twice. Each file with the extension of `name` that is another file adds one to `visited`; the search ends
     /// without a result when that makes it more than 5000. The caller sets `visited` before, usually to 0.
-    static FilePath FindFile(const String& name, const String& folder, bool recursive, unsigned int& visited);
+    [[nodiscard]] static FilePath FindFile(const String& name, const String& folder, bool recursive,
+                                           unsigned int& visited);
 
 private:
     /// The path as the system gets it.

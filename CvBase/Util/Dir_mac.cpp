@@ -7,10 +7,10 @@
 #include <string>
 
 #include "CvBase/Util/Dir.h"
-#include "CvBase/Util/FileSearch.h"
-#include "CvBase/Util/FolderScan.h"
-#include "CvBase/Util/NameFilter.h"
-#include "CvBase/Util/NameList.h"
+#include "CvBase/Util/Folder/FileSearch.h"
+#include "CvBase/Util/Folder/FolderScan.h"
+#include "CvBase/Util/Folder/NameFilter.h"
+#include "CvBase/Util/Folder/NameList.h"
 
 namespace Util {
 
@@ -20,11 +20,11 @@ namespace {
 
 /// The lines by which readers of logs know the failures. They stay as they are when the code moves.
 enum FailureLine {
-    CREATE_RECURSIVE_LINE = 105,
-    CREATE_LINE = 118,
-    REMOVE_LINE = 135,
-    SET_TIME_LINE = 158,
-    GET_TIME_LINE = 171
+    CreateRecursiveLine = 105,
+    CreateLine = 118,
+    RemoveLine = 135,
+    SetTimeLine = 158,
+    GetTimeLine = 171
 };
 
 [[noreturn]] void fail(const String& message, const FolderPath& folder, FileIO::ErrorType kind, FailureLine line) {
@@ -39,15 +39,15 @@ void makeFolder(const String& text, const FolderPath& folder, FailureLine line) 
     }
 }
 
-enum class Keep { FILES, FOLDERS, ALL };
+enum class Keep { Files, Folders, All };
 
 bool keeps(Keep keep, FolderScan::Kind kind) {
     switch (kind) {
-        case FolderScan::Kind::FILE:
-            return keep != Keep::FOLDERS;
-        case FolderScan::Kind::FOLDER:
-            return keep != Keep::FILES;
-        case FolderScan::Kind::MISSING:
+        case FolderScan::Kind::File:
+            return keep != Keep::Folders;
+        case FolderScan::Kind::Folder:
+            return keep != Keep::Files;
+        case FolderScan::Kind::Missing:
             break;
     }
     return false;
@@ -116,7 +116,7 @@ void Dir::Create(bool recursive) {
     }
     const std::string path = text().CStr();
     if (!recursive) {
-        makeFolder(path.c_str(), path_, CREATE_LINE);
+        makeFolder(path.c_str(), path_, CreateLine);
         return;
     }
     std::size_t start = 0;
@@ -130,7 +130,7 @@ void Dir::Create(bool recursive) {
     for (std::size_t i = path.find('/', start + 1); i != std::string::npos; i = path.find('/', start + 1)) {
         const String parent = path.substr(0, i).c_str();
         if (!Dir(FolderPath(parent, false)).Exists()) {
-            makeFolder(parent, path_, CREATE_RECURSIVE_LINE);
+            makeFolder(parent, path_, CreateRecursiveLine);
         }
         start = i;
     }
@@ -138,37 +138,37 @@ void Dir::Create(bool recursive) {
 
 void Dir::Remove() {
     if (Exists() && rmdir(text().CStr()) != 0) {
-        fail("rmdir() failed", path_, FileIO::RemoveError, REMOVE_LINE);
+        fail("rmdir() failed", path_, FileIO::RemoveError, RemoveLine);
     }
 }
 
 void Dir::SetTime(const FileTime& time) {
     if (!WriteFileTime(text(), time)) {
-        fail("Error setting folder time", path_, FileIO::UnexpectedError, SET_TIME_LINE);
+        fail("Error setting folder time", path_, FileIO::UnexpectedError, SetTimeLine);
     }
 }
 
 void Dir::GetTime(FileTime* time) {
     if (!ReadFileTime(text(), *time)) {
-        fail("Error getting folder time", path_, FileIO::UnexpectedError, GET_TIME_LINE);
+        fail("Error getting folder time", path_, FileIO::UnexpectedError, GetTimeLine);
     }
 }
 
 void Dir::GetFoldernames(std::vector<String>& names, const String& filter, bool append) {
-    list({text().CStr(), path_}, names, filter, append, Keep::FOLDERS);
+    list({text().CStr(), path_}, names, filter, append, Keep::Folders);
 }
 
 void Dir::GetFoldernames(const String& folder, std::vector<String>& names, const String& filter, bool append) {
-    list(FolderScan(folder.CStr()), names, filter, append, Keep::FOLDERS);
+    list(FolderScan(folder.CStr()), names, filter, append, Keep::Folders);
 }
 
 void Dir::GetFilenames(std::vector<String>& names, const String& filter, bool append, bool includeNonFiles) {
-    list({text().CStr(), path_}, names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
+    list({text().CStr(), path_}, names, filter, append, includeNonFiles ? Keep::All : Keep::Files);
 }
 
 void Dir::GetFilenames(const String& folder, std::vector<String>& names, const String& filter, bool append,
                        bool includeNonFiles) {
-    list(FolderScan(folder.CStr()), names, filter, append, includeNonFiles ? Keep::ALL : Keep::FILES);
+    list(FolderScan(folder.CStr()), names, filter, append, includeNonFiles ? Keep::All : Keep::Files);
 }
 
 FilePath Dir::FindFile(const String& name, const String& folder, bool recursive, unsigned int& visited) {

@@ -16,7 +16,7 @@ using Exception::FileIO;
 
 namespace {
 
-/// Throws as coming from `line` of this unit. `osError` must have been saved before `message` was made, which can
+/// Throws as coming from `line` of this file. `osError` must have been saved before `message` was made, which can
 /// change errno.
 [[noreturn]] void fail(const String& message, const FilePath& file, FileIO::ErrorType kind, int osError, int line) {
     ::Exception::Throw(FileIO(message, file, kind, osError), "Util/File", line);
@@ -262,6 +262,15 @@ void File::Remove(bool throwOnError) {
     const int error = errno;
     if (!removed && throwOnError) {
         fail("Remove failed", path_, FileIO::RemoveError, error, __LINE__);
+    }
+}
+
+void File::renameEntry(const FilePath& from, const FilePath& to) {
+    const String source = from.ToString();
+    const String target = to.ToString();
+    if (std::rename(source.CStr(), target.CStr()) != 0) {
+        const int error = errno;
+        fail("Rename failed", from, FileIO::RenameError, error, __LINE__);
     }
 }
 

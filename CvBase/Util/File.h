@@ -25,16 +25,18 @@ class File : private noncopyable {
 public:
     /// What Open() takes, combined by |.
     enum Mode : unsigned int {
-        Read = 0x02,
-        Write = 0x04,
-        ReadWrite = 0x08,
-        Append = 0x10,    ///< write at the end
-        Truncate = 0x20,  ///< with reading and writing: begin with an empty file
-        Text = 0x40       ///< text stream; ReadBlock() then counts by the position
+        Read = 0x02,       ///< read
+        Write = 0x04,      ///< write
+        ReadWrite = 0x08,  ///< read and write
+        Append = 0x10,     ///< write at the end
+        Truncate = 0x20,   ///< with reading and writing: begin with an empty file
+        Text = 0x40        ///< text stream; ReadBlock() then counts by the position
     };
 
     /// No path, closed.
     File();
+
+    /// The file at `path`, closed, whether it exists or not.
     explicit File(const FilePath& path);
 
     /// Closes the file, whatever comes of it. A full disk may show only then: call Close() where that matters.
@@ -43,7 +45,8 @@ public:
     /// Closes an open stream, whatever comes of it, and takes the path.
     void SetPath(const FilePath& path);
 
-    bool IsOpen() const { return stream_ != nullptr; }
+    /// Whether there is an open stream.
+    [[nodiscard]] bool IsOpen() const { return stream_ != nullptr; }
 
     /// @name Opening and closing
     /// @{
@@ -91,21 +94,21 @@ public:
 
     /// The position; unset when the file is not open or has none (a pipe). A file open for "a" begins at its size, one
     /// open for "a+" at 0.
-    checked_value<unsigned long long> At() const;
+    [[nodiscard]] checked_value<unsigned long long> At() const;
 
     /// Moves to `position`, which may lie behind the end. Throws UnexpectedError when the file is not open or the
     /// system refuses, as it does for 2^63 and above.
     void At(unsigned long long position);
 
     /// The size, with what is still buffered; unset when there is no path or the size cannot be read.
-    checked_value<unsigned long long> Size() const;
+    [[nodiscard]] checked_value<unsigned long long> Size() const;
 
     /// The size minus the position; unset when the file is not open, either is unknown, or the position is behind the
     /// end.
-    checked_value<unsigned long long> Remaining() const;
+    [[nodiscard]] checked_value<unsigned long long> Remaining() const;
 
     /// Whether a read has met the end of the open file; being at the end is not enough.
-    bool AtEnd() const;
+    [[nodiscard]] bool AtEnd() const;
 
     /// @}
     /// @name The file at the path, open or not
@@ -113,13 +116,13 @@ public:
 
     /// Whether anything, a folder too, is at the path, or may be read or written there by the real user of the process.
     /// False as well when a folder on the way cannot be searched or a link leads nowhere.
-    bool Exists() const;
-    bool IsReadable() const;
-    bool IsWritable() const;
+    [[nodiscard]] bool Exists() const;
+    [[nodiscard]] bool IsReadable() const;
+    [[nodiscard]] bool IsWritable() const;
 
     /// The four-character type code of the file's Finder information, its first character in the highest byte; 0 when
     /// there is no file or no information. For a folder it is meaningless.
-    std::uint32_t GetOSXFileType() const;
+    [[nodiscard]] std::uint32_t GetOSXFileType() const;
 
     /// Closes the file, which may throw CloseError before anything is removed, and removes what is at the path: a file,
     /// a link itself, or an empty folder. Throws RemoveError if `throwOnError`, or else ignores the failure.
@@ -160,6 +163,9 @@ private:
 
     /// Lets the stream go, closed or not.
     void forgetStream();
+
+    /// Renames as the system does, which replaces a link at `to` itself. Throws RenameError naming `from`.
+    static void renameEntry(const FilePath& from, const FilePath& to);
 
     FilePath path_;
     std::FILE* stream_ = nullptr;

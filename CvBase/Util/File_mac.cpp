@@ -1,17 +1,14 @@
-// What a file does through the File Manager and the Finder.
+// What a file does through the File Manager and the Finder. It throws nothing itself: File.cpp does, so that a line of
+// the unit "Util/File" names one place.
 
 #include <Carbon/Carbon.h>
 #include <sys/stat.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "CvBase/Util/File.h"
 
 namespace Util {
-
-using Exception::FileIO;
 
 namespace {
 
@@ -77,10 +74,10 @@ bool isOneName(const String& a, const String& b) {
 
 /// How `from` and `to` relate where both lead to one object.
 enum class Names {
-    OF_TWO_OBJECTS,  ///< they do not
-    SAME,            ///< one entry of one folder
-    REDUNDANT,       ///< `to` leads to the object without `from`: `from` is a link to it, or a second name
-    DEPENDENT        ///< `to` is a link to `from`, or `from` written in another case
+    OfTwoObjects,  ///< they do not
+    Same,          ///< one entry of one folder
+    Redundant,     ///< `to` leads to the object without `from`: `from` is a link to it, or a second name
+    Dependent      ///< `to` is a link to `from`, or `from` written in another case
 };
 
 Names compareNames(const FilePath& from, const FilePath& to) {
@@ -89,26 +86,16 @@ Names compareNames(const FilePath& from, const FilePath& to) {
     struct stat a {
     }, b{};
     if (stat(source.CStr(), &a) != 0 || stat(target.CStr(), &b) != 0 || !isOneObject(a, b)) {
-        return Names::OF_TWO_OBJECTS;
+        return Names::OfTwoObjects;
     }
     if (isOneName(source, target)) {
-        return Names::SAME;
+        return Names::Same;
     }
     if (lstat(source.CStr(), &a) != 0 || lstat(target.CStr(), &b) != 0) {
-        return Names::OF_TWO_OBJECTS;
+        return Names::OfTwoObjects;
     }
     const bool areTwoNames = S_ISREG(a.st_mode) && S_ISREG(b.st_mode) && a.st_nlink > 1;
-    return S_ISLNK(a.st_mode) || areTwoNames ? Names::REDUNDANT : Names::DEPENDENT;
-}
-
-/// Renames as the system does, which replaces a link at `to` itself.
-void renameEntry(const FilePath& from, const FilePath& to) {
-    const String source = from.ToString();
-    const String target = to.ToString();
-    if (std::rename(source.CStr(), target.CStr()) != 0) {
-        const int error = errno;
-        ::Exception::Throw(FileIO("Rename failed", from, FileIO::RenameError, error), "Util/File", __LINE__);
-    }
+    return S_ISLNK(a.st_mode) || areTwoNames ? Names::Redundant : Names::Dependent;
 }
 
 }  // namespace
@@ -128,15 +115,15 @@ std::uint32_t File::GetOSXFileType() const {
 
 void File::Rename(const FilePath& from, const FilePath& to) {
     switch (compareNames(from, to)) {
-        case Names::SAME:
+        case Names::Same:
             return;
-        case Names::REDUNDANT:
+        case Names::Redundant:
             File(from).Remove(false);
             return;
-        case Names::DEPENDENT:
+        case Names::Dependent:
             renameEntry(from, to);
             return;
-        case Names::OF_TWO_OBJECTS:
+        case Names::OfTwoObjects:
             break;
     }
     // Only after an exchange that took place is the old file what lies at `from`.

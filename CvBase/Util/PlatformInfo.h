@@ -14,45 +14,49 @@ class FilePath;
 namespace Util {
 
 /// The name of the running program as the Process Manager knows it, at most 255 bytes.
-String GetCurrentProcessName();
+[[nodiscard]] String GetCurrentProcessName();
 
 /// The name to show to the user: CFBundleDisplayName of the main bundle, else its CFBundleName, else the process name.
 /// A value that is empty, or no text, counts as missing. Needs an autorelease pool of the caller's, as the next one
 /// does.
-String GetCurrentProcessDisplayName();
+[[nodiscard]] String GetCurrentProcessDisplayName();
 
 /// CFBundleVersion of the main bundle; empty when it has none.
-String GetCurrentProcessDisplayVersion();
+[[nodiscard]] String GetCurrentProcessDisplayVersion();
 
-std::int32_t GetCurrentProcessID();
+/// The number by which the system knows the process.
+[[nodiscard]] std::int32_t GetCurrentProcessID();
 
-/// At least 1.
-std::int32_t GetNumLogicalProcessors();
+/// How many processors can run this machine's threads at once; at least 1.
+[[nodiscard]] std::int32_t GetNumLogicalProcessors();
 
 /// Whether a dialog may stop the user's other work: always true on this platform.
-bool IsModalDialogAllowed();
+[[nodiscard]] bool IsModalDialogAllowed();
 
 /// The bytes that the heap has given out: always 0, "not known", on this platform.
-std::uint64_t GetTotalHeapAllocatedBytes();
+[[nodiscard]] std::uint64_t GetTotalHeapAllocatedBytes();
 
 /// A function of a map file, at its address.
 struct MapFileFunctionInfo {
-    String name;
+    String name;            ///< as the map file writes it
     unsigned int size = 0;  ///< bytes
 };
 
 /// The place that a return address leads to.
 struct ReturnAddressInfo {
-    String functionName;
+    String functionName;      ///< as the map file writes it
     unsigned int offset = 0;  ///< bytes from the function's start
 };
 
-/// Call stacks and map files are for the platforms that have them. Here there are no frames: `*frameCount` becomes 0;
-/// and the two others are always false and change nothing.
+/// @name Call stacks and map files
+/// For the platforms that have them. Here a call stack has no frames, so `*frameCount`, which must not be null, becomes
+/// 0; the two others always give false and change nothing.
+/// @{
 void GetCallStack(unsigned int maxFrames, unsigned int* frameCount);
 bool ParseMapFile(std::map<unsigned int, MapFileFunctionInfo>& functions, const FilePath& path,
                   unsigned int baseAddress);
 bool MapFileLookupReturnAddress(ReturnAddressInfo& info, unsigned int address,
                                 const std::map<unsigned int, MapFileFunctionInfo>& functions);
+/// @}
 
 }  // namespace Util

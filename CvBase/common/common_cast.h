@@ -5,9 +5,21 @@
 
 #include "CvBase/common/common_checked_types.h"
 
-/// Whether the integer type To can hold `value`, whatever the signs and widths of the two types.
+/// \file
+/// Conversions between integers that say whether the number survives.
+///
+///     const checked_value<std::uint16_t> port = checked_cast<std::uint16_t>(number);
+///     if (!port.IsSet()) {
+///         return "There is no such port";  // negative, or above 65535
+///     }
+///
+/// They take any two integer types, whatever their signs and widths, and do not compile for others. They throw nothing
+/// and can be evaluated by the compiler.
+
+/// Whether the integer type To can hold `value`: whether a To can equal it as a number. -1 is in range of no unsigned
+/// type, although a plain conversion makes something of it.
 template <typename To, typename From>
-constexpr bool in_range(From value) {
+[[nodiscard]] constexpr bool in_range(From value) {
     static_assert(std::is_integral_v<To> && std::is_integral_v<From>, "in_range compares integers");
     constexpr To lowest = std::numeric_limits<To>::min();
     constexpr To highest = std::numeric_limits<To>::max();
@@ -20,8 +32,8 @@ constexpr bool in_range(From value) {
     }
 }
 
-/// `value` as a To; unset when To cannot hold it.
+/// `value` as a To; unset when To cannot hold it. checked_cast<To>(value).ValueOr(x) is x then.
 template <typename To, typename From>
-constexpr checked_value<To> checked_cast(From value) {
+[[nodiscard]] constexpr checked_value<To> checked_cast(From value) {
     return in_range<To>(value) ? checked_value<To>(static_cast<To>(value)) : checked_value<To>();
 }

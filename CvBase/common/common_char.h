@@ -11,46 +11,51 @@ public:
     /// The categories that occur in Latin-1, by their Unicode names; the numbers between them are the other categories
     /// of Unicode.
     enum Category : unsigned char {
-        DECIMAL_DIGIT = 4,
-        OTHER_NUMBER = 6,
-        SPACE_SEPARATOR = 7,
-        LINE_SEPARATOR = 8,
-        PARAGRAPH_SEPARATOR = 9,
-        CONTROL = 10,
-        UPPER_CASE_LETTER = 15,
-        LOWER_CASE_LETTER = 16,
-        CONNECTOR_PUNCTUATION = 20,
-        DASH_PUNCTUATION = 21,
-        OPEN_PUNCTUATION = 22,
-        CLOSE_PUNCTUATION = 23,
-        INITIAL_QUOTE = 24,
-        FINAL_QUOTE = 25,
-        OTHER_PUNCTUATION = 26,
-        MATH_SYMBOL = 27,
-        CURRENCY_SYMBOL = 28,
-        MODIFIER_SYMBOL = 29,
-        OTHER_SYMBOL = 30
+        DecimalDigit = 4,
+        OtherNumber = 6,
+        SpaceSeparator = 7,
+        LineSeparator = 8,
+        ParagraphSeparator = 9,
+        Control = 10,
+        UpperCaseLetter = 15,
+        LowerCaseLetter = 16,
+        ConnectorPunctuation = 20,
+        DashPunctuation = 21,
+        OpenPunctuation = 22,
+        ClosePunctuation = 23,
+        InitialQuote = 24,
+        FinalQuote = 25,
+        OtherPunctuation = 26,
+        MathSymbol = 27,
+        CurrencySymbol = 28,
+        ModifierSymbol = 29,
+        OtherSymbol = 30
     };
 
+    /// The byte `c`. Not explicit, so that a char can be passed for a Char.
     constexpr Char(char c = '\0') : c_(c) {}
+
+    /// The byte.
     constexpr operator char() const { return c_; }
 
-    /// The byte's entry in _CHAR_CATEGORIES.
-    unsigned char GetCategory() const { return _CHAR_CATEGORIES[static_cast<unsigned char>(c_)]; }
+    /// The byte's entry in _CHAR_CATEGORIES: a Category, or the number of another category of Unicode.
+    [[nodiscard]] unsigned char GetCategory() const { return _CHAR_CATEGORIES[static_cast<unsigned char>(c_)]; }
 
     /// Whether the byte is 0x20, 0x09 to 0x0D, or a separator by its category. Bytes are looked at one by one: 0xA0 is
     /// white space even as the second byte of a UTF-8 sequence.
-    bool IsWhiteSpace() const {
+    [[nodiscard]] bool IsWhiteSpace() const {
         const unsigned char category = GetCategory();
-        return (c_ >= '\t' && c_ <= '\r') || (category >= SPACE_SEPARATOR && category <= PARAGRAPH_SEPARATOR);
+        return (c_ >= '\t' && c_ <= '\r') || (category >= SpaceSeparator && category <= ParagraphSeparator);
     }
 
     /// Whether the byte is one of '0' to '9'.
-    bool IsDigit() const { return GetCategory() == DECIMAL_DIGIT; }
+    [[nodiscard]] bool IsDigit() const { return GetCategory() == DecimalDigit; }
 
-    /// The letter of the other case for an ASCII letter; every other byte is itself.
-    constexpr char ToLower() const { return c_ >= 'A' && c_ <= 'Z' ? static_cast<char>(c_ + 32) : c_; }
-    constexpr char ToUpper() const { return c_ >= 'a' && c_ <= 'z' ? static_cast<char>(c_ - 32) : c_; }
+    /// The small letter of an ASCII capital; any other byte is itself.
+    [[nodiscard]] constexpr char ToLower() const { return c_ >= 'A' && c_ <= 'Z' ? static_cast<char>(c_ + 32) : c_; }
+
+    /// The capital of a small ASCII letter; any other byte is itself.
+    [[nodiscard]] constexpr char ToUpper() const { return c_ >= 'a' && c_ <= 'z' ? static_cast<char>(c_ - 32) : c_; }
 
 private:
     char c_;

@@ -16,26 +16,31 @@ class __attribute__((visibility("default"))) Base {
 public:
     /// `message` says in words what failed.
     explicit Base(const String& message);
+
+    /// Shares the texts, and throws nothing.
+    /// @{
     Base(const Base&) = default;
     Base& operator=(const Base&) = default;
+    /// @}
+
     virtual ~Base();
 
-    /// Several lines for a log: the kind, the message and where it was thrown, ending with a line feed. The source file
-    /// and the message are filled into templates, so a placeholder such as "%1" in the source file's name takes what
-    /// belongs to a later one.
-    virtual String ToString() const;
+    /// Several lines for a log: the kind, the message and where it was thrown, ending with a line feed. The source
+    /// unit's name is filled into a template with placeholders of its own: one such as "%1" in the name is replaced by
+    /// the line.
+    [[nodiscard]] virtual String ToString() const;
 
     /// The message alone.
-    const String& GetMessage() const { return message_; }
+    [[nodiscard]] const String& GetMessage() const { return message_; }
 
     /// The source unit that threw, such as "Util/File"; null before SetThrowSite().
-    const String& GetSourceFile() const { return sourceFile_; }
+    [[nodiscard]] const String& GetSourceFile() const { return sourceFile_; }
 
     /// The line in that unit; -1 before SetThrowSite().
-    int GetLine() const { return line_; }
+    [[nodiscard]] int GetLine() const { return line_; }
 
     /// The last-error value of platforms that have one: 0 once thrown, -1 before SetThrowSite().
-    int GetOSErrorAtThrow() const { return osErrorAtThrow_; }
+    [[nodiscard]] int GetOSErrorAtThrow() const { return osErrorAtThrow_; }
 
     /// Records where the exception is thrown. Called once, by Throw(); nothing changes an exception after that.
     void SetThrowSite(const char* unit, int line);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,10 +20,6 @@ std::string_view view(const String& text) {
 
 bool isSeparator(char c) {
     return SEPARATORS.find(c) != std::string_view::npos;
-}
-
-bool isRelative(const String& text) {
-    return !text.IsEmpty() && !isSeparator(*text.CStr());
 }
 
 String homeFolder() {
@@ -41,7 +38,7 @@ String convertRelative(const String& path) {
     if (text.BeginsWith("~/") || text.BeginsWith("~\\")) {
         return homeFolder() + text.Mid(2);
     }
-    return isRelative(text) ? workingFolder() + text : text;
+    return PathDetail::isRelative(text) ? workingFolder() + text : text;
 }
 
 /// What a path made of `path` stores.
@@ -150,16 +147,20 @@ String getFolder(const String& path) {
 
 }  // namespace
 
+int PathDetail::compare(const String& a, const String& b) {
+    return std::strcmp(comparisonKey(a).CStr(), comparisonKey(b).CStr());
+}
+
+bool PathDetail::isRelative(const String& text) {
+    return !text.IsEmpty() && !isSeparator(*text.CStr());
+}
+
 FilePath::FilePath(const String& path, bool flag) {
     construct(path, flag);
 }
 
 void FilePath::construct(const String& path, bool) {
     path_ = absoluteText(path);
-}
-
-bool FilePath::IsRelative(const String& path) {
-    return isRelative(path);
 }
 
 String FilePath::GetFilename() const {
@@ -188,26 +189,10 @@ String FilePath::ToString() const {
     return text.c_str();
 }
 
-bool FilePath::operator<=(const FilePath& other) const {
-    return comparisonKey(path_) <= comparisonKey(other.path_);
-}
-
-bool FilePath::operator<(const FilePath& other) const {
-    return comparisonKey(path_) < comparisonKey(other.path_);
-}
-
-bool operator==(const FilePath& a, const FilePath& b) {
-    return comparisonKey(a.GetInternal()) == comparisonKey(b.GetInternal());
-}
-
-FolderPath::FolderPath(const String& path, bool) : path_(absoluteText(path)) {
+FolderPath::FolderPath(const String& path, bool) : StoredPath(absoluteText(path)) {
     if (!path_.IsEmpty() && !isSeparator(view(path_).back())) {
         path_ += "/";
     }
-}
-
-bool FolderPath::IsRelative(const String& path) {
-    return isRelative(path);
 }
 
 bool FolderPath::IsTopLevel() const {
@@ -225,18 +210,6 @@ FolderPath FolderPath::GetParent() const {
 
 String FolderPath::ToString() const {
     return canonicalize(path_).c_str();
-}
-
-bool FolderPath::operator<=(const FolderPath& other) const {
-    return comparisonKey(path_) <= comparisonKey(other.path_);
-}
-
-bool FolderPath::operator<(const FolderPath& other) const {
-    return comparisonKey(path_) < comparisonKey(other.path_);
-}
-
-bool operator==(const FolderPath& a, const FolderPath& b) {
-    return comparisonKey(a.GetInternal()) == comparisonKey(b.GetInternal());
 }
 
 FilePath operator+(const FolderPath& folder, const String& name) {

@@ -7,8 +7,12 @@ class FolderPath;
 /// \file
 /// The names of files and folders, as values. A path is text: nothing here asks the file system whether it exists.
 ///
-/// Making a path turns it into an absolute one and changes nothing else; its text is folded when it is compared and
-/// when ToString() gives it to the system. Four things to know before using one:
+///     const FolderPath folder("~/Documents", false);
+///     const FilePath file = folder + "notes.txt";  // /Users/somebody/Documents/notes.txt
+///
+/// Making a path turns it into an absolute one and changes nothing else. Its text is folded when it is compared and
+/// when ToString() gives it to the system: separators become "/", doubled ones one, and ".." goes with the name before
+/// it. Four things to know before using one:
 ///
 /// - ".." is folded in the text, together with the name before it, so after a symbolic link it leads elsewhere than the
 ///   system's own ".." does. The folding is a single pass: of two ".." in a row only the first is folded, and a ".."
@@ -20,8 +24,46 @@ class FolderPath;
 ///
 /// The text ends at its first NUL byte wherever it is folded.
 
+namespace PathDetail {
+
+/// Compares two stored texts as paths: negative when `a` comes before `b`, 0 when they name the same.
+int compare(const String& a, const String& b);
+
+/// As StoredPath::IsRelative().
+bool isRelative(const String& text);
+
+/// What FilePath and FolderPath have in common: the text and its comparisons, each with its own kind (`Path`) only.
+template <class Path>
+class StoredPath {
+public:
+    /// Whether this is no path.
+    [[nodiscard]] bool IsEmpty() const { return path_.IsEmpty(); }
+
+    /// The text as it was made, not folded; a folder's ends with a separator. Null or empty for no path.
+    [[nodiscard]] const String& GetInternal() const { return path_; }
+
+    /// Whether the text `path` is not empty and begins with neither "/" nor a backslash. A leading "~" counts as
+    /// relative.
+    [[nodiscard]] static bool IsRelative(const String& path) { return isRelative(path); }
+
+    /// Order and equality of the folded texts, byte by byte, ignoring the case of A to Z. No path equals "/".
+    /// @{
+    bool operator<=(const Path& other) const { return compare(path_, other.GetInternal()) <= 0; }
+    bool operator<(const Path& other) const { return compare(path_, other.GetInternal()) < 0; }
+    friend bool operator==(const Path& a, const Path& b) { return compare(a.GetInternal(), b.GetInternal()) == 0; }
+    /// @}
+
+protected:
+    StoredPath() = default;                                   ///< no path
+    explicit StoredPath(const String& path) : path_(path) {}  ///< the path with this text
+
+    String path_;  ///< absolute where it could be made so, not folded
+};
+
+}  // namespace PathDetail
+
 /// The name of a file.
-class FilePath {
+class FilePath : public PathDetail::StoredPath<FilePath> {
 public:
     /// No path.
     FilePath() = default;
@@ -39,44 +81,27 @@ public:
     /// The result is relative only where HOME is. `flag` has no effect on this platform.
     void construct(const String& path, bool flag);
 
-    bool IsEmpty() const { return path_.IsEmpty(); }
-
-    /// The text as made by construct(), not folded.
-    const String& GetInternal() const { return path_; }
-
-    /// Whether `path` is not empty and begins with neither "/" nor a backslash. A leading "~" counts as relative.
-    static bool IsRelative(const String& path);
-
     /// The last component, without trailing separators; empty for the root.
-    String GetFilename() const;
+    [[nodiscard]] String GetFilename() const;
 
     /// What follows the last "." of the file name: "gz" of "archive.tar.gz", "profile" of ".profile"; empty without
     /// one.
-    String GetExtension() const;
+    [[nodiscard]] String GetExtension() const;
 
     /// What precedes the last "." of the file name: "archive.tar", and nothing of ".profile"; the whole name without
     /// one.
-    String GetBaseName() const;
+    [[nodiscard]] String GetBaseName() const;
 
     /// The folder that holds the file. Empty for no path; the working folder, as ".", for a path of separators alone.
-    FolderPath GetFolder() const;
+    [[nodiscard]] FolderPath GetFolder() const;
 
     /// The text to give to the system: folded, with "/" as the separator, without a trailing one. Empty for no path and
     /// for the root.
-    String ToString() const;
-
-    /// Order and equality of the folded texts, byte by byte, ignoring the case of A to Z. No path equals "/".
-    bool operator<=(const FilePath& other) const;
-    bool operator<(const FilePath& other) const;
-
-private:
-    String path_;
+    [[nodiscard]] String ToString() const;
 };
 
-bool operator==(const FilePath& a, const FilePath& b);
-
 /// The name of a folder. Its text ends with a separator unless it is empty.
-class FolderPath {
+class FolderPath : public PathDetail::StoredPath<FolderPath> {
 public:
     /// No path.
     FolderPath() = default;
@@ -84,36 +109,19 @@ public:
     /// As FilePath::construct(), with "/" appended to a path that does not end with "/" or a backslash.
     FolderPath(const String& path, bool flag);
 
-    bool IsEmpty() const { return path_.IsEmpty(); }
-
-    /// The text as made, with its trailing separator, not folded.
-    const String& GetInternal() const { return path_; }
-
-    /// As FilePath::IsRelative.
-    static bool IsRelative(const String& path);
-
     /// Whether there is no folder above: no path, or one that folds to "/" or "./".
-    bool IsTopLevel() const;
+    [[nodiscard]] bool IsTopLevel() const;
 
     /// The folder's own name; empty for a top-level one.
-    String GetFolderName() const;
+    [[nodiscard]] String GetFolderName() const;
 
     /// The folder that holds this one; empty for a top-level one.
-    FolderPath GetParent() const;
+    [[nodiscard]] FolderPath GetParent() const;
 
     /// The text to give to the system: folded, with "/" as the separator and at the end. No path gives "/".
-    String ToString() const;
-
-    /// As for FilePath.
-    bool operator<=(const FolderPath& other) const;
-    bool operator<(const FolderPath& other) const;
-
-private:
-    String path_;
+    [[nodiscard]] String ToString() const;
 };
-
-bool operator==(const FolderPath& a, const FolderPath& b);
 
 /// The file `name` in `folder`: both texts one after the other, as FilePath::construct() takes them. An empty folder
 /// makes `name` relative to the working folder.
-FilePath operator+(const FolderPath& folder, const String& name);
+[[nodiscard]] FilePath operator+(const FolderPath& folder, const String& name);

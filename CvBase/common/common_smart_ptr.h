@@ -1,10 +1,23 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <utility>
 
 #include "CvBase/Atomic/AtomicOperations.h"
+
+/// \file
+/// Handles that share what they own. shared_ptr owns one object, shared_array an array made with new[].
+///
+///     const shared_ptr<std::string> text(new std::string("abc"));
+///     const shared_ptr<std::string> same(text);  // both own the string; the last one to end deletes it
+///
+/// A handle is two pointers: to what it owns and to a count of the handles that share it, a word of its own on the
+/// heap. An empty handle, which owns nothing, has a count of 1 too. So even an empty handle takes memory, and making
+/// one can throw std::bad_alloc; copying, assigning and ending a handle throw nothing.
+///
+/// Threads: copies of one shared_ptr may live, be copied and end on different threads. All copies of one shared_array
+/// stay on one thread, because its count is a plain integer. One handle, and what the handles own, belong to one thread
+/// at a time, as any other object does.
 
 /// Deletes `p`; null is fine. A type that is only declared here does not compile.
 template <typename T>
@@ -13,165 +26,178 @@ void checked_delete(T* p) {
     delete p;
 }
 
-/// Shared ownership of one object: the handles of an object count themselves in one word, and the last one deletes it.
-///
-/// Every handle has a count, an empty one its own with the value 1. The count may be used by several threads at once,
-/// so copies of a handle may live on different threads; one handle, and the object itself, are not protected.
-template <typename T>
-class shared_ptr {
-public:
-    /// Empty. Allocates the count.
-    shared_ptr() : shared_ptr(nullptr) {}
+namespace HandleDetail {
 
-    /// Takes over `object`, which may be null; deletes it when the count cannot be allocated.
-    explicit shared_ptr(T* object) : pointer_(object), count_(newCount(object)) {}
+/// How the handles of one object count themselves: on any thread.
+struct SharedObject {
+    /// Counts one handle more.
+    static void add(volatile unsigned int& count) { Atomic::AtomicIncrement(count); }
 
-    shared_ptr(const shared_ptr& other) noexcept : pointer_(other.pointer_), count_(other.count_) {
-        Atomic::AtomicIncrement(*count_);
+    /// Whether no other handle shares the object. No other thread can come to share it then: it would need a handle to
+    /// copy.
+    static bool isOnly(const volatile unsigned int& count) { return Atomic::AtomicReadAcquire(count) == 1; }
+
+    /// Takes one handle away; true for the last one. The last one needs no indivisible operation, which takes far
+    /// longer than a plain read.
+    static bool remove(volatile unsigned int& count) { return isOnly(count) || Atomic::AtomicDecrement(count) == 0; }
+
+    /// Deletes what the last handle owned.
+    template <typename T>
+    static void destroy(T* object) {
+        checked_delete(object);
+    }
+};
+
+/// How the handles of one array count themselves: on one thread.
+struct SharedArray {
+    /// Counts one handle more.
+    static void add(volatile unsigned int& count) { count = count + 1; }
+
+    /// Takes one handle away; true for the last one.
+    static bool remove(volatile unsigned int& count) {
+        count = count - 1;
+        return count == 0;
     }
 
+    /// Deletes what the last handle owned.
+    template <typename T>
+    static void destroy(T* array) {
+        delete[] array;
+    }
+};
+
+/// What shared_ptr and shared_array have in common. `Sharing` is one of the two above.
+template <typename T, typename Sharing>
+class SharedHandle {
+public:
+    /// Empty.
+    SharedHandle() : SharedHandle(nullptr) {}
+
+    /// Takes over `owned`, which may be null. When there is no memory for the count, deletes it and throws
+    /// std::bad_alloc.
+    explicit SharedHandle(T* owned) : pointer_(owned), count_(newCount(owned)) {}
+
+    /// Shares what `other` owns.
+    SharedHandle(const SharedHandle& other) noexcept : pointer_(other.pointer_), count_(other.count_) {
+        Sharing::add(*count_);
+    }
+
+    /// As share() with what `other` owns.
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): share() leaves a handle with this count alone
-    shared_ptr& operator=(const shared_ptr& other) noexcept {
+    SharedHandle& operator=(const SharedHandle& other) noexcept {
         share(other.pointer_, other.count_);
         return *this;
     }
 
-    ~shared_ptr() { dispose(); }
+    ~SharedHandle() { dispose(); }
 
-    /// Gives up this handle's share and takes one of the object that `count` counts. Nothing happens when this handle
-    /// has that count already, so that a handle can be assigned to itself.
+    /// Gives up this handle's share and takes one of `pointer`, whose handles `count` counts. Nothing happens when this
+    /// handle has that count already, so that a handle can be assigned to itself.
     void share(T* pointer, volatile unsigned int* count) noexcept {
         if (count == count_) {
             return;
         }
-        Atomic::AtomicIncrement(*count);
+        Sharing::add(*count);
         dispose();
         pointer_ = pointer;
         count_ = count;
     }
 
-    /// Gives up this handle's share; the last one deletes the object and the count. The pointer stays as it was but
-    /// must not be followed, and count() is null: all that may come after is share() or the end of the handle.
+    /// Gives up this handle's share before the handle ends; the last share deletes what is owned, and the count. The
+    /// pointer stays as it was but must not be followed, and count() is null. After that the handle may be disposed of
+    /// again, which does nothing, given a share, or ended, but not copied.
     void dispose() noexcept {
         if (count_ == nullptr) {
             return;
         }
-        const bool last = isOnlyHolder() || Atomic::AtomicDecrement(*count_) == 0;
         volatile unsigned int* const count = std::exchange(count_, nullptr);
-        if (last) {
-            checked_delete(pointer_);
+        if (Sharing::remove(*count)) {
+            Sharing::destroy(pointer_);
             delete count;
         }
     }
 
-    /// Gives up this handle's share and takes over `object`, which must be new. The other holders keep the old object.
-    /// Deletes `object` and leaves the handle as it was when memory runs out.
-    void replace(T* object) {
-        if (isOnlyHolder()) {
-            checked_delete(std::exchange(pointer_, object));
-            return;
-        }
-        // What may fail comes first: once the share is given up, there is no way back to it.
-        shared_ptr replacement(object);
-        swap(replacement);
-    }
-
-    void swap(shared_ptr& other) noexcept {
+    /// Exchanges what the two handles own. Counts nothing.
+    void swap(SharedHandle& other) noexcept {
         std::swap(pointer_, other.pointer_);
         std::swap(count_, other.count_);
     }
 
-    T* get() const { return pointer_; }
-    T* operator->() const { return pointer_; }
-    T& operator*() const { return *pointer_; }
+    /// What is owned; null for an empty handle. Good as long as a handle owns it.
+    [[nodiscard]] T* get() const { return pointer_; }
 
-    /// The word that the object's handles share.
-    volatile unsigned int* count() const { return count_; }
+    /// The word in which the handles are counted, which share() takes; null after dispose().
+    [[nodiscard]] volatile unsigned int* count() const { return count_; }
 
-    /// How many handles share the object now; other threads may change that at any time.
-    unsigned int use_count() const { return Atomic::AtomicRead(*count_); }
+    /// How many handles share what is owned now, at least 1. Handles on other threads may change it at any time. Not
+    /// after dispose().
+    [[nodiscard]] unsigned int use_count() const { return Atomic::AtomicRead(*count_); }
+
+protected:
+    /// Deletes what is owned and takes over `owned` in its place. For an only handle.
+    void replaceOwned(T* owned) { Sharing::destroy(std::exchange(pointer_, owned)); }
 
 private:
-    /// Whether no other handle shares the object: then no other thread can come to share it either, and the count can
-    /// do without its indivisible operations, which take far longer than plain ones.
-    bool isOnlyHolder() const { return Atomic::AtomicReadAcquire(*count_) == 1; }
-
-    /// A new count of 1; deletes `object` when memory runs out.
-    static volatile unsigned int* newCount(T* object) {
-        std::unique_ptr<T> guard(object);
-        volatile unsigned int* const count = new volatile unsigned int(1);
-        static_cast<void>(guard.release());
-        return count;
+    /// A new count of 1. When memory runs out, deletes `owned`, which no handle will own then.
+    static volatile unsigned int* newCount(T* owned) {
+        try {
+            return new volatile unsigned int(1);
+        } catch (...) {
+            Sharing::destroy(owned);
+            throw;
+        }
     }
 
     T* pointer_;
     volatile unsigned int* count_;
 };
 
-/// Shared ownership of an array made with new[]. As shared_ptr, but the count is a plain integer: all handles of an
-/// array stay on one thread.
+}  // namespace HandleDetail
+
+/// Shared ownership of one object, on any number of threads.
 template <typename T>
-class shared_array {
+class shared_ptr : public HandleDetail::SharedHandle<T, HandleDetail::SharedObject> {
 public:
-    shared_array() : shared_array(nullptr) {}
+    /// Empty.
+    shared_ptr() = default;
 
-    /// Takes over `array`, which may be null; deletes it when the count cannot be allocated.
-    explicit shared_array(T* array) : pointer_(array), count_(newCount(array)) {}
+    /// Takes over `object`, which may be null. When there is no memory for the count, deletes it and throws
+    /// std::bad_alloc.
+    explicit shared_ptr(T* object) : HandleDetail::SharedHandle<T, HandleDetail::SharedObject>(object) {}
 
-    shared_array(const shared_array& other) noexcept : pointer_(other.pointer_), count_(other.count_) {
-        *count_ = *count_ + 1;
-    }
-
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): share() leaves a handle with this count alone
-    shared_array& operator=(const shared_array& other) noexcept {
-        share(other.pointer_, other.count_);
-        return *this;
-    }
-
-    ~shared_array() { dispose(); }
-
-    /// As shared_ptr::share.
-    void share(T* pointer, volatile unsigned int* count) noexcept {
-        if (count == count_) {
+    /// Gives up this handle's share and takes over `object`, which no other handle may own; the other holders keep the
+    /// old object. When there is no memory, deletes `object`, leaves the handle as it was and throws std::bad_alloc.
+    void replace(T* object) {
+        if (HandleDetail::SharedObject::isOnly(*this->count())) {
+            this->replaceOwned(object);
             return;
         }
-        *count = *count + 1;
-        dispose();
-        pointer_ = pointer;
-        count_ = count;
+        // What may fail comes first: once the share is given up, there is no way back to it.
+        shared_ptr replacement(object);
+        this->swap(replacement);
     }
 
-    /// As shared_ptr::dispose.
-    void dispose() noexcept {
-        if (count_ == nullptr) {
-            return;
-        }
-        volatile unsigned int* const count = std::exchange(count_, nullptr);
-        *count = *count - 1;
-        if (*count == 0) {
-            delete[] pointer_;
-            delete count;
-        }
-    }
-
-    T* get() const { return pointer_; }
-    T& operator[](std::size_t index) const { return pointer_[index]; }
-
-    /// The word that the array's handles share.
-    volatile unsigned int* count() const { return count_; }
-
-    /// How many handles share the array.
-    unsigned int use_count() const { return *count_; }
-
-private:
-    /// A new count of 1; deletes `array` when memory runs out.
-    static volatile unsigned int* newCount(T* array) {
-        std::unique_ptr<T[]> guard(array);
-        volatile unsigned int* const count = new volatile unsigned int(1);
-        static_cast<void>(guard.release());
-        return count;
-    }
-
-    T* pointer_;
-    volatile unsigned int* count_;
+    /// The object; not for an empty handle.
+    /// @{
+    T* operator->() const { return this->get(); }
+    T& operator*() const { return *this->get(); }
+    /// @}
 };
+
+/// Shared ownership of an array, on one thread. `T` is the type of an element.
+template <typename T>
+class shared_array : public HandleDetail::SharedHandle<T, HandleDetail::SharedArray> {
+public:
+    /// Empty.
+    shared_array() = default;
+
+    /// Takes over `array`, made with new[], which may be null. When there is no memory for the count, deletes it and
+    /// throws std::bad_alloc.
+    explicit shared_array(T* array) : HandleDetail::SharedHandle<T, HandleDetail::SharedArray>(array) {}
+
+    /// The element at `index`, which is not checked; not for an empty handle.
+    T& operator[](std::size_t index) const { return this->get()[index]; }
+};
+
+static_assert(sizeof(shared_ptr<int>) == 2 * sizeof(void*) && sizeof(shared_array<int>) == 2 * sizeof(void*),
+              "a handle is two pointers");

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <utility>
 
-#include "CvBase/common/common_string_bytes.h"
+#include "CvBase/common/string/common_string_bytes.h"
 
-static_assert(sizeof(String) == 2 * sizeof(void*), "a String is passed by value everywhere");
+static_assert(sizeof(String) == 2 * sizeof(void*), "a String is two pointers");
 
 String::String() = default;
 

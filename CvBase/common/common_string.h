@@ -12,10 +12,16 @@
 /// Text: bytes that are UTF-8 by convention, shared by all copies of a String. Positions and lengths are counts of
 /// bytes.
 ///
-/// A copy costs one atomic increment and no byte is copied. A String never changes bytes that another String can see:
-/// each operation that changes it builds a new text first and then takes it, so that on std::bad_alloc the String is as
-/// it was. Text throws nothing else, but std::length_error where a 32-bit processor cannot address as much (2 GiB).
-/// Copies may be used on different threads, one String may not.
+///     String name("report.txt");
+///     name.Insert(0, "old ");                      // changes name
+///     const String upper = name.ToUpper();         // leaves name as it is
+///     const String message = String("%1 of %2").Arg(upper).Arg(7);
+///
+/// A String is two pointers. A copy shares the bytes and costs one atomic increment. A String never changes bytes that
+/// another String can see: an operation that changes it builds a new text first and then takes it, so that after
+/// std::bad_alloc the String is as it was. Any operation that makes a text may throw that, and on a 32-bit processor
+/// std::length_error for a text of 2 GiB or more; nothing else is thrown. Copies may be used on different threads, one
+/// String may not.
 ///
 /// A String is null (there is no text) or holds a text, which may be empty. Both states have length 0, read as "" and
 /// are equal; each operation says which of them it gives.
@@ -49,16 +55,18 @@ public:
     /// has 100000 units or more, has an unpaired surrogate, or has a character that the encoding lacks.
     String(const unsigned short* utf16, unsigned int encoding = 1);
 
-    /// NUL-terminated UTF-32, converted to UTF-8; `s` must not be null. Null when there are 100000 units or more, one
-    /// of them is no character, or the text needs more than three bytes a unit: characters beyond U+FFFF need four, and
-    /// fit where ASCII characters make up for them.
+    /// NUL-terminated UTF-32, converted to UTF-8; `s` must not be null. Null when there are 100000 units or more, or
+    /// one of them is not a character. Null, too, when the text needs more than three bytes a unit on average: a
+    /// character beyond U+FFFF needs four, so it fits only beside shorter ones.
     String(const wchar_t* s);
 
     /// Shares the text.
+    /// @{
     String(const String& other) noexcept = default;
     String& operator=(const String& other) noexcept = default;
+    /// @}
 
-    /// Exchanges the texts, which spares the counting when elements of a vector are moved about. There is no move
+    /// Exchanges the texts, which saves the counting when a vector moves its elements about. There is no move
     /// construction: it would leave a String without a count.
     String& operator=(String&& other) noexcept {
         text_.swap(other.text_);
@@ -70,7 +78,7 @@ public:
     /// As `*this = String(s)`: a null `s` makes this null.
     String& operator=(const char* s);
 
-    /// As `*this = String(s, maxLength)`, without the memory and the time that another String takes.
+    /// As `*this = String(s, maxLength)`, without making that String.
     String& Assign(const char* s, unsigned int maxLength);
 
     /// @}
@@ -78,37 +86,37 @@ public:
     /// @{
 
     /// The number of bytes, embedded NULs included; 0 when null.
-    unsigned int Length() const { return IsNull() ? 0 : static_cast<unsigned int>(text_->size()); }
+    [[nodiscard]] unsigned int Length() const { return IsNull() ? 0 : static_cast<unsigned int>(text_->size()); }
 
-    /// The bytes with a NUL behind them; "" when null. Good while a String with this text exists and is not changed.
-    const char* CStr() const { return IsNull() ? "" : text_->c_str(); }
+    /// The bytes and a NUL after them; "" when null. Good while a String with this text exists and is not changed.
+    [[nodiscard]] const char* CStr() const { return IsNull() ? "" : text_->c_str(); }
 
     /// Whether the length is 0.
-    bool IsEmpty() const { return Length() == 0; }
+    [[nodiscard]] bool IsEmpty() const { return Length() == 0; }
 
     /// Whether there is no text at all.
-    bool IsNull() const { return text_.get() == nullptr; }
+    [[nodiscard]] bool IsNull() const { return text_.get() == nullptr; }
 
     /// How many Strings hold this text, this one included; at least 1.
-    unsigned int UseCount() const { return text_.use_count(); }
+    [[nodiscard]] unsigned int UseCount() const { return text_.use_count(); }
 
-    /// Whether the two hold one text between them, as copies do, and not merely equal ones.
-    bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
+    /// Whether the two share one text, as copies do; equal texts need not be shared.
+    [[nodiscard]] bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
 
-    /// The view as NUL-terminated UTF-16, read as UTF-8, or as Mac OS Roman when `encoding` is 2. A null array when the
-    /// bytes are not valid in the encoding or give more than 100000 units; one unit, 0, for an empty view. The array
-    /// stays on the calling thread.
-    shared_array<unsigned short> Unicode(unsigned int encoding = 1) const;
+    /// The view as NUL-terminated UTF-16. The bytes are read as UTF-8, or as Mac OS Roman when `encoding` is 2. A null
+    /// array when they are not valid in that encoding or give more than 100000 units; one unit, 0, for an empty view.
+    /// The array must stay on the calling thread.
+    [[nodiscard]] shared_array<unsigned short> Unicode(unsigned int encoding = 1) const;
 
     /// "\n".
-    static String GetPlatformLinefeed();
+    [[nodiscard]] static String GetPlatformLinefeed();
 
     /// @}
-    /// @name Appending and size
+    /// @name Changing this String
     /// @{
 
-    /// Appends all bytes of `rhs`. When this is null or empty it shares the text of `rhs`; when `rhs` is, nothing
-    /// happens.
+    /// Appends all bytes of `rhs`. A null or empty `rhs` changes nothing; a null or empty String then shares the text
+    /// of `rhs`.
     String& operator+=(const String& rhs);
     String& operator+=(char c);
 
@@ -119,78 +127,84 @@ public:
     /// Resize(length, true) when the text is longer, else nothing.
     void Truncate(unsigned int length);
 
+    /// Puts `s` in front of byte `pos`, or at the end when `pos` is past it.
+    String& Insert(unsigned int pos, const String& s);
+
+    /// Takes out `count` bytes at `pos`, or, without a value, all from there on. Nothing happens when `pos` is at the
+    /// end or past it, or `count` is 0. `pos + count` wraps at 32 bits: "abcde".Remove(2, 0xFFFFFFFF) gives "abbcde".
+    String& Remove(unsigned int pos, const checked_value<unsigned int>& count = {});
+
     /// @}
     /// @name Searching
-    /// Positions at or behind the end find nothing. Without `caseSensitive`, ASCII letters match in either case.
+    /// Nothing is found from a position at the end or past it. Without `caseSensitive`, ASCII letters match in either
+    /// case.
     /// @{
 
     /// The first position from `start` on that holds `c`.
-    checked_value<unsigned int> Find(char c, unsigned int start = 0, bool caseSensitive = true) const;
+    [[nodiscard]] checked_value<unsigned int> Find(char c, unsigned int start = 0, bool caseSensitive = true) const;
 
-    /// The last position not behind `start` that holds `c`; without a value, `start` is the last byte.
-    checked_value<unsigned int> FindRev(char c, const checked_value<unsigned int>& start = {},
-                                        bool caseSensitive = true) const;
+    /// The last position that holds `c`, up to and including `start`; without a value, up to the end.
+    [[nodiscard]] checked_value<unsigned int> FindRev(char c, const checked_value<unsigned int>& start = {},
+                                                      bool caseSensitive = true) const;
 
     /// Where `needle` first begins at or after `start`, before the next NUL byte; an empty one is found at `start`.
     /// Without `caseSensitive`, only the view is searched and a null `needle` is an empty one; with it, `needle` must
     /// not be null.
-    checked_value<unsigned int> Find(const char* needle, unsigned int start = 0, bool caseSensitive = true) const;
+    [[nodiscard]] checked_value<unsigned int> Find(const char* needle, unsigned int start = 0,
+                                                   bool caseSensitive = true) const;
 
     /// Whether the first, or the last, bytes are those of the argument, compared as ==. True for an empty one.
-    bool BeginsWith(const String& prefix, bool caseSensitive = true) const;
-    bool EndsWith(const String& suffix, bool caseSensitive = true) const;
+    [[nodiscard]] bool BeginsWith(const String& prefix, bool caseSensitive = true) const;
+    [[nodiscard]] bool EndsWith(const String& suffix, bool caseSensitive = true) const;
 
     /// @}
     /// @name Pieces
+    /// These leave this String as it is.
     /// @{
 
     /// The first, or the last, `n` bytes, or all there are; null when this is null.
-    String Left(unsigned int n) const;
-    String Right(unsigned int n) const;
+    [[nodiscard]] String Left(unsigned int n) const;
+    [[nodiscard]] String Right(unsigned int n) const;
 
-    /// The bytes from `pos`, `count` of them or as many as there are; without a value, all. Null when `pos` is at or
-    /// behind the end.
-    String Mid(unsigned int pos, const checked_value<unsigned int>& count = {}) const;
+    /// The bytes from `pos`, `count` of them or as many as there are; without a value, all. Null when `pos` is at the
+    /// end or past it.
+    [[nodiscard]] String Mid(unsigned int pos, const checked_value<unsigned int>& count = {}) const;
 
     /// @}
-    /// @name Editing
+    /// @name Changed copies
+    /// These leave this String as it is and return the changed text.
     /// @{
 
-    /// Puts `s` in front of byte `pos`, or at the end when `pos` is behind it.
-    String& Insert(unsigned int pos, const String& s);
-
-    /// Takes out `count` bytes at `pos`, or, without a value, all from there on. Nothing happens when `pos` is at or
-    /// behind the end or `count` is 0. `pos + count` wraps at 32 bits: "abcde".Remove(2, 0xFFFFFFFF) gives "abbcde".
-    String& Remove(unsigned int pos, const checked_value<unsigned int>& count = {});
-
-    /// The view with its ASCII letters in the other case; null when the text begins with a NUL byte. A null or an empty
-    /// String is shared by ToUpper and made anew by ToLower.
-    String ToUpper() const;
-    String ToLower() const;
+    /// The view with its ASCII letters in upper, or lower, case; null when the text begins with a NUL byte. Of a null
+    /// or an empty String, ToUpper gives a copy that shares it, and ToLower a new one.
+    [[nodiscard]] String ToUpper() const;
+    [[nodiscard]] String ToLower() const;
 
     /// Without the white space at both ends; shares the text when there is none. Empty when there is nothing else.
-    String StripWhiteSpace() const;
+    [[nodiscard]] String StripWhiteSpace() const;
 
     /// Without the white space at both ends, and with one blank for each run of white space inside. A UTF-8 sequence
     /// whose end was taken for white space (the byte 0xA0) and dropped is blanked as by Resize. Empty when there is
     /// nothing else; a null String stays null.
-    String SimplifyWhiteSpace() const;
+    [[nodiscard]] String SimplifyWhiteSpace() const;
 
-    /// Replaces `out` by the fields between the separators, always one more than there are separators. Empty fields are
-    /// kept; the one behind a trailing separator is null. `out` may hold this String.
+    /// Sets `out` to the fields between the separators, always one more than there are separators. Empty fields are
+    /// kept; the one after a trailing separator is null. `out` may hold this String.
     void Split(char separator, std::vector<String>& out) const;
 
     /// The parts with `separator` between them. Null when there is nothing to join; shares the text of the one piece
     /// when all others are empty.
-    static String Join(const String& separator, const std::vector<String>& parts);
+    [[nodiscard]] static String Join(const String& separator, const std::vector<String>& parts);
 
     /// Every `from` replaced by `to`, from left to right; null when nothing is left. Shares the text when `from` is
-    /// null or empty. Behind the first NUL byte of `from`, anything matches that a C string's comparison does not see.
-    String Replace(const String& from, const String& to) const;
+    /// null or empty. Where `from` has a NUL byte, the text must have one, too; what comes after it in `from` matches
+    /// any bytes.
+    [[nodiscard]] String Replace(const String& from, const String& to) const;
 
-    /// Every byte `from` replaced by `to`; never null. What is behind the first NUL byte is dropped, but a `from` there
-    /// brings its position back, with NUL bytes between.
-    String ReplaceChar(const Char& from, const Char& to) const;
+    /// Every byte `from` replaced by `to`; never null. The result ends before the first NUL byte of the text. If a
+    /// `from` lies past that, the result goes on to the last such place instead, and every other byte on the way is
+    /// NUL.
+    [[nodiscard]] String ReplaceChar(const Char& from, const Char& to) const;
 
     /// @}
     /// @name Numbers as text
@@ -198,62 +212,75 @@ public:
     /// values as (unsigned) long long.
     /// @{
 
-    /// `value` in `base`, 2 to 36 with upper-case letters, 10 for any other; a sign, then at least `width` digits with
-    /// zeros in front. The least value, -2147483648, pads its last digit on its own: with a width of 3 in base 10 it is
+    /// `value` in `base`, 2 to 36 with upper-case letters, or 10 for any other: "-" if it is negative, then the digits,
+    /// with zeros in front up to `width`. The least value, -2147483648, pads its last digit on its own: with a width of
+    /// 3 in base 10 it is
     /// "-214748364008".
-    static String Number(int value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
-    static String Number(long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
-    static String Number(unsigned int value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
-    static String Number(unsigned long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(int value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(long value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(unsigned int value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(unsigned long value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
 
     /// `value` as upper-case hexadecimal when `base` is 16, as decimal for any other; at least `width` digits with
     /// zeros in front. A negative value is its two's complement in hexadecimal, with a "-" before it when there is a
     /// width.
-    static String Number(long long value, unsigned int base = 10, const checked_value<unsigned int>& width = {});
-    static String Number(unsigned long long value, unsigned int base = 10,
-                         const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(long long value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
+    [[nodiscard]] static String Number(unsigned long long value, unsigned int base = 10,
+                                       const checked_value<unsigned int>& width = {});
 
-    /// `value` as printf gives it with `precision`, at most 99, and the conversion letter `format`, one of f F e E g G
-    /// ('f' without a value and for any other), with the user's decimal separator.
-    static String Number(double value, unsigned int precision = NO_PRECISION,
-                         const checked_value<unsigned int>& format = {});
-    static String Number(float value, unsigned int precision = NO_PRECISION,
-                         const checked_value<unsigned int>& format = {});
+    /// `value` as printf writes it with `precision` decimals, at most 99, and the conversion letter `format`: one of f
+    /// F e E g G, and 'f' without a value and for any other. The decimal separator is the user's.
+    [[nodiscard]] static String Number(double value, unsigned int precision = NO_PRECISION,
+                                       const checked_value<unsigned int>& format = {});
+    [[nodiscard]] static String Number(float value, unsigned int precision = NO_PRECISION,
+                                       const checked_value<unsigned int>& format = {});
 
     /// @}
     /// @name Filling a template
     /// @{
 
-    /// The template with the lowest-numbered placeholder, %0 to %9, replaced by `value`: the first one of that number,
-    /// no other. Without a placeholder, `value` is appended. "%%" is no escape, and "%10" is "%1" and a '0'. A
-    /// placeholder in `value` is one for the next call.
-    String Arg(const String& value) const;
-    String Arg(const char* s) const;
-    String Arg(char c) const;
-    String Arg(const Char& c) const;
+    /// The template with the lowest-numbered placeholder, %0 to %9, replaced by `value`. Only the first one with that
+    /// number is replaced. Without a placeholder, `value` is appended. "%%" is not an escape, and "%10" is "%1" and a
+    /// '0'. A placeholder in `value` is one for the next call.
+    [[nodiscard]] String Arg(const String& value) const;
+    [[nodiscard]] String Arg(const char* s) const;
+    [[nodiscard]] String Arg(char c) const;
+    [[nodiscard]] String Arg(const Char& c) const;
 
     /// Arg with the number as Number renders it; short and unsigned short as int.
-    String Arg(int v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(short v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(unsigned short v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(unsigned int v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(unsigned long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(long long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(unsigned long long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
-    String Arg(double v, unsigned int precision = NO_PRECISION, const checked_value<unsigned int>& format = {}) const;
-    String Arg(float v, unsigned int precision = NO_PRECISION, const checked_value<unsigned int>& format = {}) const;
+    [[nodiscard]] String Arg(int v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(short v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(unsigned short v, unsigned int base = 10,
+                             const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(unsigned int v, unsigned int base = 10,
+                             const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(unsigned long v, unsigned int base = 10,
+                             const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(long long v, unsigned int base = 10, const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(unsigned long long v, unsigned int base = 10,
+                             const checked_value<unsigned int>& width = {}) const;
+    [[nodiscard]] String Arg(double v, unsigned int precision = NO_PRECISION,
+                             const checked_value<unsigned int>& format = {}) const;
+    [[nodiscard]] String Arg(float v, unsigned int precision = NO_PRECISION,
+                             const checked_value<unsigned int>& format = {}) const;
 
     /// @}
     /// @name Reading numbers
-    /// The text may have white space around the number; '.', ',' and the user's separator are decimal separators, and
-    /// full-width digits, stops and minus signs are taken for the ASCII ones. Each sets `*ok`, unless `ok` is null, to
+    /// The text may have white space around the number. '.', ',' and the user's separator are decimal separators;
+    /// full-width digits, stops and minus signs count as the ASCII ones. Each sets `*ok`, unless `ok` is null, to
     /// whether the whole text was a number in range, and returns 0 when it was not.
     /// @{
 
-    /// Digits in `base`, 2 to 36, letters in either case, after an optional '+' or, for the signed types, '-'. ToShort
-    /// takes -65535 to 32767 and keeps the lower 16 bits: "-40000" is 25536. ToInt64 takes 0 to 4294967295 and returns
-    /// the lower 32 bits sign-extended: "3000000000" is -1294967296.
+    /// Digits in `base`, 2 to 36, letters in either case, after an optional '+' or, for the signed types, '-'.
+    ///
+    /// Two have ranges of their own. ToShort takes -65535 to 32767 and keeps the lower 16 bits: "-40000" is 25536.
+    /// ToInt64 takes 0 to 4294967295 and returns the lower 32 bits with their sign: "3000000000" is -1294967296.
     short ToShort(bool* ok = nullptr, unsigned int base = 10) const;
     unsigned short ToUShort(bool* ok = nullptr, unsigned int base = 10) const;
     int ToInt(bool* ok = nullptr, unsigned int base = 10) const;
@@ -262,8 +289,7 @@ public:
     unsigned long long ToUInt64(bool* ok = nullptr, unsigned int base = 10) const;
 
     /// Whatever strtod reads, exponents, hexadecimal forms, "inf" and "nan" too; beyond the range, an infinity. A text
-    /// of white space only, or one with bytes beyond ASCII that are not UTF-8, is a 0.0 that succeeds; an empty one
-    /// fails.
+    /// that is all white space, or has bytes beyond ASCII that are not UTF-8, succeeds with 0.0; an empty one fails.
     double ToDouble(bool* ok = nullptr) const;
     float ToFloat(bool* ok = nullptr) const;
 
@@ -286,12 +312,14 @@ private:
 };
 
 /// A copy of `a` with `b` appended, as by +=.
-String operator+(const String& a, const String& b);
-String operator+(const String& a, const char* b);
+/// @{
+[[nodiscard]] String operator+(const String& a, const String& b);
+[[nodiscard]] String operator+(const String& a, const char* b);
+/// @}
 
 /// The views compared byte by byte, as unsigned values; for UTF-8 that is the order of the code points. A null String,
-/// an empty one and "" are equal. A null pointer is neither equal to, less nor greater than anything, a null String
-/// included.
+/// an empty one and "" are equal. A null `const char*` is neither equal to, less than nor greater than anything, not
+/// even a null String.
 /// @{
 inline bool operator==(const String& a, const String& b) {
     return a.CStr() == b.CStr() || std::strcmp(a.CStr(), b.CStr()) == 0;

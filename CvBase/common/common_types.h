@@ -3,7 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 
-// The integer names with a fixed width, without a namespace.
+/// \file
+/// Names that the whole library uses.
+
+/// The integer names with a fixed width, without a namespace.
+/// @{
 using std::int16_t;
 using std::int32_t;
 using std::int64_t;
@@ -13,13 +17,19 @@ using std::uint16_t;
 using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
+/// @}
 
-/// An empty base class that takes copying away; derive from it privately in a class that owns a resource of the
-/// platform.
+/// An empty base class that takes copying away. Derive from it privately in a class that owns a resource of the
+/// platform, such as an open file:
+///
+///     class Lock : private noncopyable { ... };
 class noncopyable {
 public:
+    /// A class with this base has neither copy construction nor assignment, and no moves either.
+    /// @{
     noncopyable(const noncopyable&) = delete;
     noncopyable& operator=(const noncopyable&) = delete;
+    /// @}
 
 protected:
     noncopyable() = default;

@@ -79,7 +79,7 @@ void* destinationFor(std::size_t n) {
 }
 
 #define CV_BENCH_SOURCE(T)                 \
-    const template T* source(std::size_t); \
+    template const T* source(std::size_t); \
     template void* destinationFor<T>(std::size_t);
 
 CV_BENCH_SOURCE(unsigned char)

@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 namespace bench {
 namespace {
@@ -89,7 +89,7 @@ int main(int argc, char** argv) {
     benchmark::AddCustomContext("warning", "built without optimisation: these figures mean nothing");
 #endif
     benchmark::AddCustomContext("processor", bench::processorName());
-    benchmark::AddCustomContext("vector_instructions", IPP::Detail::NameOf(IPP::Detail::BestPath()));
+    benchmark::AddCustomContext("vector_instructions", IPP::Detail::nameOf(IPP::Detail::bestPath()));
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -64,6 +64,27 @@ TEST_F(UserPreferences, ValuesAreKeptExactlyBesideThoseOfOthers) {
     }
 }
 
+TEST_F(UserPreferences, ValuesOfAFileAreObjectsOfTheirTypes) {
+    writeWithPython("{'yes': True, 'one': 1, 'most': 2**64-1, 'half': 0.5, 'list': [], 'dict': {'a': 1}}", "BINARY");
+    EXPECT_EQ(copy("yes").get(), kCFBooleanTrue);
+    EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
+    const CFTypeID NUMBER = CFNumberGetTypeID();
+    for (const auto& [key, type] : {std::pair{"yes", CFBooleanGetTypeID()},
+                                    {"one", NUMBER},
+                                    {"most", NUMBER},
+                                    {"half", NUMBER},
+                                    {"list", CFArrayGetTypeID()},
+                                    {"dict", CFDictionaryGetTypeID()}}) {
+        const auto value = copy(key);
+        ASSERT_TRUE(value) << key;
+        EXPECT_EQ(CFGetTypeID(value.get()), type) << key;
+        EXPECT_TRUE(CFEqual(value.get(), copy(key).get())) << key;
+        EXPECT_TRUE(type != NUMBER || CFNumberGetType(static_cast<CFNumberRef>(value.get())) ==
+                                          (key == "half"s ? kCFNumberFloat64Type : kCFNumberSInt64Type))
+            << key;
+    }
+}
+
 TEST_F(UserPreferences, TheLastCollectedValueIsStoredAndNullRemovesTheKey) {
     set("Never", nullptr);
     EXPECT_TRUE(synchronize());

@@ -92,8 +92,8 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     const std::vector<CFUUIDRef> factories = session.factories();
     if (!direct && factories.empty()) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the bundle registers no factory for the installer's plug-in type "
-                      "5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8 (CFPlugInTypes in its Info.plist)");
+                      std::string("the bundle registers no factory for the installer's plug-in type ") +
+                          XCOD_PLUGIN_TYPE_ID + " (CFPlugInTypes in its Info.plist)");
     }
     session.load();
     if (direct) {
@@ -109,7 +109,7 @@ StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(s
     (*unknown)->Release(unknown);
     if (answer != S_OK || found == nullptr) {
         throw Failure(ExitStatus::InterfaceRefused,
-                      "the plug-in refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8");
+                      std::string("the plug-in refused the installer interface ") + XCOD_INTERFACE_ID);
     }
     interface_ = static_cast<const XCodFunctionBlock**>(found);
 }

@@ -10,8 +10,6 @@ namespace host {
 
 namespace {
 
-constexpr const char* EXPORTS[] = {"MyFactory", "PostInstall", "PreInstall", "g_cvPluginID"};
-
 constexpr CFUUIDBytes IUNKNOWN_ID{0, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 /// An identifier that no interface and no plug-in type has.
 constexpr CFUUIDBytes NOBODYS_ID{0x3B, 0x8E, 0x6F, 0x02, 0x5D, 0x11, 0x4C, 0x0A,
@@ -75,7 +73,7 @@ private:
         }
         find("code", true, "loads");
         const void* anyAddress = nullptr;
-        for (const char* name : EXPORTS) {
+        for (const char* name : XCOD_EXPORTS) {
             const void* address = addressOf(session, name);
             find("exports", address != nullptr, name);
             anyAddress = address != nullptr ? address : anyAddress;
@@ -99,7 +97,7 @@ private:
     void checkNoOtherExports(const void* anyAddress) {
         std::string others;
         for (const std::string& name : exportedSymbols(anyAddress)) {
-            if (std::find(std::begin(EXPORTS), std::end(EXPORTS), name) == std::end(EXPORTS)) {
+            if (std::find(std::begin(XCOD_EXPORTS), std::end(XCOD_EXPORTS), name) == std::end(XCOD_EXPORTS)) {
                 others += (others.empty() ? "" : ", ") + name;
             }
         }

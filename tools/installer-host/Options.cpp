@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <limits>
+#include <string>
 #include <system_error>
 
 namespace host {
@@ -104,9 +105,9 @@ void addRunCommand(CLI::App& app, Options& options) {
         run, "--step", options.steps,
         {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
         "The step to run (default: both)");
-    addNumber<std::uint16_t>(
-        run, "--block-version", "N", options.blockVersion, 0, 0xFFFF,
-        "The version to write into the parameter block\n(default: 1000, the one that plug-ins accept)");
+    addNumber<std::uint16_t>(run, "--block-version", "N", options.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block\n(default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
     addChoice<bool>(run, "--entry", options.direct, {{"table", false}, {"direct", true}},
                     "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
                     "directly (default: table)");

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "plugin/ParamBlock.h"
 #include "tools/installer-host/ExitStatus.h"
 
 namespace host {
@@ -21,7 +22,7 @@ struct Options {
     std::int32_t product = 0;
     std::int32_t language = 0;  ///< a classic Mac OS language code
     std::vector<Step> steps{Step::PreInstall, Step::PostInstall};
-    std::uint16_t blockVersion = 1000;
+    std::uint16_t blockVersion = XCOD_BLOCK_VERSION;
     bool direct = false;  ///< call PreInstall and PostInstall themselves, not through the interface table
     std::string root;     ///< empty: the machine itself
     bool dryRun = false;

@@ -26,7 +26,7 @@ using namespace host;
 using nlohmann::json;
 
 XCodSelector selectorOf(Step step) {
-    return step == Step::PreInstall ? XCOD_SELECTOR_PRE_INSTALL : XCOD_SELECTOR_POST_INSTALL;
+    return step == Step::PreInstall ? XCodSelectorPreInstall : XCodSelectorPostInstall;
 }
 
 /// A host's parameter block is longer than what plug-ins know of it.

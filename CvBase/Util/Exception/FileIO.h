@@ -8,41 +8,58 @@
 namespace Util {
 namespace Exception {
 
-/// A failure of a file or folder operation.
+/// A failed operation on a file or a folder. It names the one or the other, never both.
+///
+///     try {
+///         file.Open(Util::File::Read);
+///     } catch (const Util::Exception::FileIO& failure) {
+///         if (failure.GetOSError() == ENOENT) { ... }
+///     }
+///
+/// Its source unit is "Util/File" or, for folders, "Util/Dir_mac"; the line names the one place there that throws.
 class __attribute__((visibility("default"))) FileIO : public ::Exception::Base {
 public:
-    /// What failed. Other values are allowed and render as " Unknown error".
+    /// What was attempted when it failed. Other values are allowed and render as " Unknown error".
     enum ErrorType : std::int32_t {
-        FileNotFound = 0,
-        OpenError = 1,
-        ReadError = 2,
-        WriteError = 3,
-        CloseError = 4,
-        RemoveError = 5,
-        RenameError = 6,
-        UnexpectedError = 7
+        FileNotFound = 0,    ///< for users of this class; the library itself reports a missing file as OpenError
+        OpenError = 1,       ///< opening
+        ReadError = 2,       ///< reading, also fewer bytes than asked for
+        WriteError = 3,      ///< writing, or making a folder
+        CloseError = 4,      ///< closing: something written before may be lost
+        RemoveError = 5,     ///< removing
+        RenameError = 6,     ///< renaming
+        UnexpectedError = 7  ///< seeking, times, permissions
     };
 
-    /// `osError` is the errno value seen at the failure, or 0 where there is none.
+    /// `message` says in words what failed, `file` or `folder` is what it concerns, and `osError` is the errno value
+    /// seen at the failure, or 0 where there is none.
+    /// @{
     FileIO(const String& message, const FilePath& file, ErrorType kind, int osError);
     FileIO(const String& message, const FolderPath& folder, ErrorType kind, int osError);
+    /// @}
+
+    /// Shares the texts, and throws nothing.
+    /// @{
     FileIO(const FileIO&) = default;
     FileIO& operator=(const FileIO&) = default;
+    /// @}
+
     ~FileIO() override;
 
-    /// The base's lines, then the path concerned and the kind.
-    String ToString() const override;
+    /// The base's lines, then the path concerned, as it was made, and the kind in words.
+    [[nodiscard]] String ToString() const override;
 
     /// The file concerned; empty when the failure concerns a folder.
-    const FilePath& GetFile() const { return file_; }
+    [[nodiscard]] const FilePath& GetFile() const { return file_; }
 
     /// The folder concerned; empty when the failure concerns a file.
-    const FolderPath& GetFolder() const { return folder_; }
+    [[nodiscard]] const FolderPath& GetFolder() const { return folder_; }
 
-    ErrorType GetErrorType() const { return kind_; }
+    /// What was attempted.
+    [[nodiscard]] ErrorType GetErrorType() const { return kind_; }
 
     /// The errno value seen at the failure, or 0 where there was none. It is no part of ToString().
-    int GetOSError() const { return osError_; }
+    [[nodiscard]] int GetOSError() const { return osError_; }
 
 private:
     FilePath file_;

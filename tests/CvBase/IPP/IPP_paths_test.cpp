@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 #include "tests/CvBase/IPP/Reference.h"
 
 namespace {
@@ -55,19 +55,19 @@ private:
 
 class EveryPath : public testing::TestWithParam<Path> {
 protected:
-    EveryPath() { IPP::Detail::UsePath(GetParam()); }
-    ~EveryPath() override { IPP::Detail::UsePath(IPP::Detail::BestPath()); }
+    EveryPath() { IPP::Detail::usePath(GetParam()); }
+    ~EveryPath() override { IPP::Detail::usePath(IPP::Detail::bestPath()); }
 };
 
 std::vector<Path> supportedPaths() {
     std::vector<Path> paths;
     std::copy_if(std::begin(IPP::Detail::PATHS), std::end(IPP::Detail::PATHS), std::back_inserter(paths),
-                 IPP::Detail::IsSupported);
+                 IPP::Detail::isSupported);
     return paths;
 }
 
 std::string nameOf(const testing::TestParamInfo<Path>& info) {
-    std::string name = IPP::Detail::NameOf(info.param);
+    std::string name = IPP::Detail::nameOf(info.param);
     name.erase(std::remove(name.begin(), name.end(), '-'), name.end());
     return name;
 }

@@ -1,4 +1,4 @@
-#include "CvBase/common/common_string_decimal_point.h"
+#include "CvBase/common/string/common_string_decimal_point.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 

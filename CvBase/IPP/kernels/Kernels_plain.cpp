@@ -1,7 +1,7 @@
 // The element-by-element loops, for processors of which the library knows no vector instructions.
 
-#include "CvBase/IPP/Elements.h"
-#include "CvBase/IPP/Kernels.h"
+#include "CvBase/IPP/kernels/Elements.h"
+#include "CvBase/IPP/kernels/Kernels.h"
 
 namespace IPP::Detail {
 namespace {

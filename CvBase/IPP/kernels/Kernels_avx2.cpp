@@ -3,7 +3,7 @@
 
 #include <immintrin.h>
 
-#include "CvBase/IPP/VectorLoops.h"
+#include "CvBase/IPP/kernels/VectorLoops.h"
 
 namespace IPP::Detail {
 namespace {

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "CvBase/IPP/Elements.h"
-#include "CvBase/IPP/Kernels.h"
+#include "CvBase/IPP/kernels/Elements.h"
+#include "CvBase/IPP/kernels/Kernels.h"
 
 /// The loops of the vector paths, written once over the operations that an instruction set (`Isa`) offers:
 ///

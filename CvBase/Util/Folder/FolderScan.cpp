@@ -1,4 +1,4 @@
-#include "CvBase/Util/FolderScan.h"
+#include "CvBase/Util/Folder/FolderScan.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -51,20 +51,20 @@ FolderScan::Kind FolderScan::kind() {
     struct stat status {};
     if (leadsToEntry()) {
         if (isSearchable_ && entry_->d_type == DT_REG) {
-            return Kind::FILE;
+            return Kind::File;
         }
         if (fstatat(dirfd(folder_.get()), name(), &status, 0) != 0) {
-            return Kind::MISSING;
+            return Kind::Missing;
         }
         isSearchable_ = true;
     } else if (path_.IsEmpty() || stat((path_ + name()).ToString().CStr(), &status) != 0) {
-        return Kind::MISSING;
+        return Kind::Missing;
     }
-    return S_ISREG(status.st_mode) ? Kind::FILE : Kind::FOLDER;
+    return S_ISREG(status.st_mode) ? Kind::File : Kind::Folder;
 }
 
 FolderScan::Kind FolderScan::likelyKind() {
-    return entry_->d_type == DT_DIR && leadsToEntry() ? Kind::FOLDER : kind();
+    return entry_->d_type == DT_DIR && leadsToEntry() ? Kind::Folder : kind();
 }
 
 }  // namespace Util

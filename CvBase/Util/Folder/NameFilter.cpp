@@ -1,4 +1,4 @@
-#include "CvBase/Util/NameFilter.h"
+#include "CvBase/Util/Folder/NameFilter.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include <emmintrin.h>
 
-#include "CvBase/IPP/VectorLoops.h"
+#include "CvBase/IPP/kernels/VectorLoops.h"
 
 namespace IPP::Detail {
 namespace {

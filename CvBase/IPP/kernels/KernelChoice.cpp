@@ -1,4 +1,4 @@
-#include "CvBase/IPP/Dispatch.h"
+#include "CvBase/IPP/kernels/KernelChoice.h"
 
 #include <atomic>
 
@@ -11,63 +11,63 @@ const Kernels* supportedKernels(Path path) {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_cpu_init();
     switch (path) {
-        case Path::PLAIN:
+        case Path::Plain:
             return &PLAIN_KERNELS;
-        case Path::SSE2:
+        case Path::Sse2:
             return __builtin_cpu_supports("sse2") ? &SSE2_KERNELS : nullptr;
-        case Path::AVX2:
+        case Path::Avx2:
             return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? &AVX2_KERNELS : nullptr;
-        case Path::AVX512:
+        case Path::Avx512:
             return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") ? &AVX512_KERNELS : nullptr;
     }
     return nullptr;
 #else
-    return path == Path::PLAIN ? &PLAIN_KERNELS : nullptr;
+    return path == Path::Plain ? &PLAIN_KERNELS : nullptr;
 #endif
 }
 
 /// Null until the first call chooses. Two threads that choose at once choose the same.
-std::atomic<const Kernels*> activeKernels{nullptr};
+std::atomic<const Kernels*> g_activeKernels{nullptr};
 
 }  // namespace
 
-const char* NameOf(Path path) {
+const char* nameOf(Path path) {
     switch (path) {
-        case Path::PLAIN:
+        case Path::Plain:
             return "plain";
-        case Path::SSE2:
+        case Path::Sse2:
             return "SSE2";
-        case Path::AVX2:
+        case Path::Avx2:
             return "AVX2";
-        case Path::AVX512:
+        case Path::Avx512:
             return "AVX-512";
     }
     return "unknown";
 }
 
-bool IsSupported(Path path) {
+bool isSupported(Path path) {
     return supportedKernels(path) != nullptr;
 }
 
-Path BestPath() {
-    Path best = Path::PLAIN;
+Path bestPath() {
+    Path best = Path::Plain;
     for (const Path path : PATHS) {
-        if (IsSupported(path)) {
+        if (isSupported(path)) {
             best = path;
         }
     }
     return best;
 }
 
-void UsePath(Path path) {
-    activeKernels.store(supportedKernels(path), std::memory_order_release);
+void usePath(Path path) {
+    g_activeKernels.store(supportedKernels(path), std::memory_order_release);
 }
 
-const Kernels& ActiveKernels() {
-    const Kernels* kernels = activeKernels.load(std::memory_order_acquire);
+const Kernels& activeKernels() {
+    const Kernels* kernels = g_activeKernels.load(std::memory_order_acquire);
     if (kernels == nullptr) {
-        UsePath(BestPath());
-        kernels = activeKernels.load(std::memory_order_acquire);
+        usePath(bestPath());
+        kernels = g_activeKernels.load(std::memory_order_acquire);
     }
     return *kernels;
 }

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <utility>
 
-#include "CvBase/common/common_string_bytes.h"
-#include "CvBase/common/common_string_decimal_point.h"
+#include "CvBase/common/string/common_string_bytes.h"
+#include "CvBase/common/string/common_string_decimal_point.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "CvBase/Util/NameList.h"
+#include "CvBase/Util/Folder/NameList.h"
 
 #include <algorithm>
 #include <cstdint>

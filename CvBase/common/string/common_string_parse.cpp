@@ -9,8 +9,8 @@
 #include <limits>
 #include <type_traits>
 
-#include "CvBase/common/common_string_bytes.h"
-#include "CvBase/common/common_string_decimal_point.h"
+#include "CvBase/common/string/common_string_bytes.h"
+#include "CvBase/common/string/common_string_decimal_point.h"
 
 static_assert(std::numeric_limits<float>::is_iec559, "a double beyond the range of float becomes an infinity");
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "CvBase/common/common_string_bytes.h"
+#include "CvBase/common/string/common_string_bytes.h"
 
 namespace {
 

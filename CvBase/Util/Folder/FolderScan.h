@@ -20,9 +20,9 @@ namespace Util {
 class FolderScan {
 public:
     enum class Kind {
-        FILE,     ///< a regular file
-        FOLDER,   ///< anything else: folders, but devices, pipes and sockets too
-        MISSING,  ///< a stat() fails: a link that leads nowhere, a folder that may not be searched
+        File,     ///< a regular file
+        Folder,   ///< anything else: folders, but devices, pipes and sockets too
+        Missing,  ///< a stat() fails: a link that leads nowhere, a folder that may not be searched
     };
 
     /// Opens the folder at `text`. An entry's path is `text`, "/" and its name.
@@ -45,7 +45,7 @@ public:
     std::size_t nameLength() const { return nameLength_; }
 
     /// Whether the folder itself says that the entry is a regular file. Then, where entries go by the text, its kind is
-    /// FILE or MISSING.
+    /// File or Missing.
     bool isCalledFile() const { return entry_->d_type == DT_REG; }
 
     /// What the entry is. Symbolic links are followed.

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "CvBase/common/common_string_bytes.h"
+#include "CvBase/common/string/common_string_bytes.h"
 
 namespace {
 

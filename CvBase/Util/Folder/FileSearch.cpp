@@ -1,4 +1,4 @@
-#include "CvBase/Util/FileSearch.h"
+#include "CvBase/Util/Folder/FileSearch.h"
 
 #include <algorithm>
 #include <cstring>
@@ -48,9 +48,9 @@ FileSearch::Contents FileSearch::read() {
             continue;
         }
         const FolderScan::Kind kind = scan.likelyKind();
-        if (kind == FolderScan::Kind::FOLDER && mayBeFolder) {
+        if (kind == FolderScan::Kind::Folder && mayBeFolder) {
             contents.folders.emplace_back(scan.name());
-        } else if (kind == FolderScan::Kind::FILE && isCandidate) {
+        } else if (kind == FolderScan::Kind::File && isCandidate) {
             ++contents.mismatches;
             files.append(scan.name(), scan.nameLength() + 1);
             if (isWanted(scan.name()) && (contents.match.empty() || contents.match.compare(scan.name()) > 0)) {

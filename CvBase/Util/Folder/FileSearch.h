@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "CvBase/Util/FolderScan.h"
-#include "CvBase/Util/NameFilter.h"
+#include "CvBase/Util/Folder/FolderScan.h"
+#include "CvBase/Util/Folder/NameFilter.h"
 #include "CvBase/common/common_path.h"
 #include "CvBase/common/common_string.h"
 

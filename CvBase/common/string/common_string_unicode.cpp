@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "CvBase/Mac/CFReference.h"
-#include "CvBase/common/common_string_bytes.h"
+#include "CvBase/common/string/common_string_bytes.h"
 
 static_assert(sizeof(wchar_t) == 4, "wide text is UTF-32");
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "wide text is handed to CoreFoundation as little-endian");
