@@ -11,7 +11,20 @@
 
 namespace cv {
 
-const objc_class STRING_CLASS("NSString", OBJECT_METACLASS, &OBJECT_CLASS, nullptr, valueOf<__CFString>());
+namespace {
+
+/// A made string is one block with its units, so it is not deleted by its own size.
+void destroyString(const objc_object* object) {
+    const auto* const string = static_cast<const __CFString*>(object);
+    string->~__CFString();
+    ::operator delete(const_cast<__CFString*>(string));
+}
+
+constexpr Behaviour STRING_BEHAVIOUR{destroyString, valueOf<__CFString>().equal, valueOf<__CFString>().hash};
+
+}  // namespace
+
+const objc_class STRING_CLASS("NSString", OBJECT_METACLASS, &OBJECT_CLASS, nullptr, STRING_BEHAVIOUR);
 
 std::optional<std::string> utf8Of(CFTypeRef text) {
     const __CFString* const string = objectOf<__CFString>(STRING_CLASS, text);

@@ -22,9 +22,6 @@ struct __CFString : objc_object {
     bool operator==(const __CFString& other) const noexcept { return units_ == other.units_; }
     CFHashCode hash() const noexcept { return std::hash<std::u16string_view>()(units_); }
 
-    // A made string is one block with its units; the deleting expression must not tell the size of the first part only.
-    static void operator delete(void* block) { ::operator delete(block); }
-
 private:
     __CFString(std::u16string_view text, std::uint32_t references) noexcept;
 

@@ -4,22 +4,16 @@
 
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "platform/Alert/Alert.h"
+#include "tests/support/Process.h"
 
 namespace {
-
-std::ptrdiff_t countDescriptors() {
-    const std::filesystem::directory_iterator files("/proc/self/fd");
-    return std::distance(begin(files), end(files));
-}
 
 /// As programs do that have many children and want to know of none.
 void reapAll(int) {
@@ -41,12 +35,12 @@ int main(int argc, char** argv) {
     } else if (first == "REAP_CHILDREN") {
         std::signal(SIGCHLD, reapAll);
     }
-    const std::ptrdiff_t descriptors = countDescriptors();
+    const std::size_t descriptors = test::openDescriptors();
     const cv::Alert alert{arguments.at(0), cv::AlertStyle::Warning, {arguments.begin() + 1, arguments.end()}};
     for (int i = 0; i < (first == "TWICE" ? 2 : 1); ++i) {
         std::printf("answer %zu\n", cv::runAlert(alert));
     }
-    if (std::string(std::setlocale(LC_ALL, nullptr)) != "C" || countDescriptors() != descriptors) {
+    if (std::string(std::setlocale(LC_ALL, nullptr)) != "C" || test::openDescriptors() != descriptors) {
         std::puts("the locale or the descriptors are not what they were");
     }
     return 0;

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/UI/AlertUser.h"
 
 namespace {
@@ -20,61 +22,48 @@ ProcessResult showOnConsole(const Strings& driverArguments, const std::string& d
     return run(command, options);
 }
 
-struct PanelCase {
+/// A form of the message box, and what it answers for each of its buttons.
+struct Form {
     const char* name;
-    const char* form;
-    Strings buttons;
-    int press;
-    const char* answer;
-    Strings cancelled;
+    Strings buttons, answers, cancelled{};
 };
 
-class Panel : public testing::TestWithParam<PanelCase> {};
+class Panel : public testing::TestWithParam<Form> {};
 
 TEST_P(Panel, ShowsItsTextAndButtonsAndGivesTheAnswer) {
-    const PanelCase& c = GetParam();
+    const Form& form = GetParam();
     const std::string message = "Where to? \u00E0 la carte";
-    const ProcessResult result =
-        runAlertUser({"--do", "click:" + std::to_string(c.press), "--", MESSAGE_BOX_DRIVER, c.form, "0", message});
-    EXPECT_EQ(linesWith(result.out, "line"), Strings{"'" + message + "'"}) << result.out << result.err;
-    Strings buttons = c.buttons;
+    Strings buttons = form.buttons;
     buttons.front() += " default focused";
-    EXPECT_EQ(linesWith(result.out, "button"), buttons);
-    EXPECT_EQ(linesWith(result.out, "answer"), Strings{c.answer}) << result.out;
-    EXPECT_EQ(linesWith(result.out, "cancelled"), c.cancelled);
-    EXPECT_EQ(linesWith(result.out, "error"), Strings{});
+    for (std::size_t i = 0; i < buttons.size(); ++i) {
+        const ProcessResult result =
+            runAlertUser({"--do", "click:" + std::to_string(i), "--", MESSAGE_BOX_DRIVER, form.name, "0", message});
+        EXPECT_EQ(linesWith(result.out, "line"), Strings{"'" + message + "'"}) << result.out << result.err;
+        EXPECT_EQ(linesWith(result.out, "button"), buttons);
+        EXPECT_EQ(linesWith(result.out, "answer"), Strings{form.answers[i]}) << form.buttons[i];
+        EXPECT_EQ(linesWith(result.out, "cancelled"), form.cancelled.empty() ? Strings{} : Strings{form.cancelled[i]});
+        EXPECT_EQ(linesWith(result.out, "error"), Strings{});
+    }
 }
 
-const Strings OK{"OK"}, OK_CANCEL{"OK", "Cancel"}, YES_NO{"Yes", "No"}, YES_CANCEL_NO{"Yes", "Cancel", "No"},
-    RETRY{"OK", "Cancel", "Retry", "Cancel"};
+// clang-format off
+const Form FORMS[] = {
+    {"OK", {"OK"}, {"true"}}, {"UTF16", {"OK"}, {"true"}},
+    {"OKCancel", {"OK", "Cancel"}, {"true", "false"}}, {"YesNo", {"Yes", "No"}, {"true", "false"}},
+    {"YesNoCancel", {"Yes", "Cancel", "No"}, {"true", "false", "false"}, {"false", "true", "false"}},
+    {"RetryCancel", {"OK", "Cancel", "Retry", "Cancel"}, {"true", "false", "false", "false"}},
+};
+// clang-format on
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, Panel,
-    testing::Values(PanelCase{"OK", "OK", OK, 0, "true", {}},                            //
-                    PanelCase{"Utf16", "UTF16", OK, 0, "true", {}},                      //
-                    PanelCase{"OKCancelOK", "OKCancel", OK_CANCEL, 0, "true", {}},       //
-                    PanelCase{"OKCancelCancel", "OKCancel", OK_CANCEL, 1, "false", {}},  //
-                    PanelCase{"YesNoYes", "YesNo", YES_NO, 0, "true", {}},               //
-                    PanelCase{"YesNoNo", "YesNo", YES_NO, 1, "false", {}},               //
-                    PanelCase{"YesNoCancelYes", "YesNoCancel", YES_CANCEL_NO, 0, "true", {"false"}},
-                    PanelCase{"YesNoCancelCancel", "YesNoCancel", YES_CANCEL_NO, 1, "false", {"true"}},
-                    PanelCase{"YesNoCancelNo", "YesNoCancel", YES_CANCEL_NO, 2, "false", {"false"}},
-                    PanelCase{"RetryCancelOK", "RetryCancel", RETRY, 0, "true", {}},
-                    PanelCase{"RetryCancelFirstCancel", "RetryCancel", RETRY, 1, "false", {}},
-                    PanelCase{"RetryCancelRetry", "RetryCancel", RETRY, 2, "false", {}},
-                    PanelCase{"RetryCancelSecondCancel", "RetryCancel", RETRY, 3, "false", {}}),
-    [](const auto& parameter) { return parameter.param.name; });
+INSTANTIATE_TEST_SUITE_P(Forms, Panel, testing::ValuesIn(FORMS), [](const auto& form) { return form.param.name; });
 
 TEST(PanelStyle, IsThatOfTheIconAndTheTextMayBeEmptyOrInvalid) {
-    const struct {
-        const char *icon, *message, *title;
-    } ROWS[] = {{"0", "", "Information"}, {"1", "(invalid UTF-8)", "Critical"}, {"2", "", "Alert"}};
-    for (const auto& row : ROWS) {
+    for (const auto& [icon, message, title] :
+         {std::tuple{"0", "", "Information"}, {"1", "(invalid UTF-8)", "Critical"}, {"2", "", "Alert"}}) {
         const ProcessResult result =
-            runAlertUser({"--do", "key:Return", "--", MESSAGE_BOX_DRIVER, "OK", row.icon, row.message});
-        EXPECT_EQ(linesWith(result.out, "alert"), Strings{row.title}) << result.out << result.err;
+            runAlertUser({"--do", "key:Return", "--", MESSAGE_BOX_DRIVER, "OK", icon, message});
+        EXPECT_EQ(linesWith(result.out, "alert"), Strings{title}) << result.out << result.err;
         EXPECT_EQ(linesWith(result.out, "line"), Strings{});
-        EXPECT_EQ(linesWith(result.out, "answer"), Strings{"true"});
     }
 }
 
@@ -93,10 +82,10 @@ TEST(Console, TakesTheFirstButtonWithoutDisplayAndTerminal) {
 }
 
 TEST(Console, ShowsTheStyleOfTheIcon) {
-    const std::vector<std::pair<const char*, const char*>> styles = {
-        {"0", "Note"}, {"1", "Error"},   {"2", "Warning"}, {"3", "Note"},
-        {"4", "Note"}, {"5", "Warning"}, {"7", "Warning"}, {"-1", "Warning"}};
-    for (const auto& [icon, style] : styles) {
+    // clang-format off
+    for (const auto& [icon, style] : {std::pair{"0", "Note"}, {"1", "Error"}, {"2", "Warning"}, {"3", "Note"}, {"4", "Note"},
+                                      {"5", "Warning"}, {"-1", "Warning"}}) {
+        // clang-format on
         EXPECT_THAT(showOnConsole({"OK", icon, "x"}).err,
                     testing::StartsWith(std::string("[alert] ") + style + ": x\n"))
             << "icon " << icon;

@@ -13,20 +13,15 @@
 namespace {
 
 using cv::CFReference;
-
-CFReference<CFURLRef> fromBytes(const std::string& path, bool isDirectory = false) {
-    return CFReference<CFURLRef>(
-        CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
-                                                static_cast<CFIndex>(path.size()), isDirectory));
-}
+using test::url;
 
 CFReference<CFURLRef> fromString(CFStringRef path) {
     return CFReference<CFURLRef>(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, path, kCFURLPOSIXPathStyle, false));
 }
 
-std::optional<std::string> pathOf(const CFReference<CFURLRef>& url, CFIndex size = 5000) {
+std::optional<std::string> pathOf(const CFReference<CFURLRef>& place, CFIndex size = 5000) {
     std::vector<UInt8> buffer(static_cast<std::size_t>(size));
-    if (!url || !CFURLGetFileSystemRepresentation(url.get(), true, buffer.data(), size)) {
+    if (!place || !CFURLGetFileSystemRepresentation(place.get(), true, buffer.data(), size)) {
         return std::nullopt;
     }
     return reinterpret_cast<const char*>(buffer.data());
@@ -36,20 +31,20 @@ TEST(CFURL, GivesBackThePath) {
     for (const bool isDirectory : {false, true}) {
         for (const char* path : {"/", "/a b/%41/#?;=&+@:!$'()*,[]", "/caf\xC3\xA9", "/\xFF\xFE no text", "/a/../b/./c",
                                  "//double//slash", "/back\\slash", "/\x01\x7F\t\n\"<>|^`{}~", "/Icon\r"}) {
-            EXPECT_EQ(pathOf(fromBytes(path, isDirectory)), path);
+            EXPECT_EQ(pathOf(url(path, isDirectory)), path);
         }
     }
     EXPECT_EQ(pathOf(fromString(CFSTR("/caf\xC3\xA9/\xE2\x82\xAC"))), "/caf\xC3\xA9/\xE2\x82\xAC");
-    EXPECT_EQ(pathOf(fromBytes("/tmp//", false)), "/tmp");
-    EXPECT_EQ(pathOf(fromBytes("///", true)), "/");
-    EXPECT_EQ(pathOf(fromBytes("some/file")), std::filesystem::current_path() / "some/file");
-    EXPECT_EQ(pathOf(fromBytes("/abc", true), 5), "/abc");
-    EXPECT_EQ(pathOf(fromBytes("/abc", true), 4), std::nullopt) << "no room for the end";
+    EXPECT_EQ(pathOf(url("/tmp//", false)), "/tmp");
+    EXPECT_EQ(pathOf(url("///", true)), "/");
+    EXPECT_EQ(pathOf(url("some/file", false)), std::filesystem::current_path() / "some/file");
+    EXPECT_EQ(pathOf(url("/abc", true), 5), "/abc");
+    EXPECT_EQ(pathOf(url("/abc", true), 4), std::nullopt) << "no room for the end";
 }
 
 TEST(CFURL, RefusesWhatIsNoPath) {
-    EXPECT_FALSE(fromBytes(""));
-    EXPECT_FALSE(fromBytes(std::string("/a\0b", 4)));
+    EXPECT_FALSE(url(""));
+    EXPECT_FALSE(url(std::string("/a\0b", 4)));
     EXPECT_FALSE(fromString(nullptr));
     EXPECT_FALSE(fromString(CFSTR("")));
     EXPECT_FALSE(fromString(test::makeString({u"/a\xD800", 3}).get()));
@@ -63,9 +58,9 @@ TEST(CFURL, FindsFilesAndFoldersHoweverItIsWritten) {
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     FSRef ref;
     for (const bool isDirectory : {false, true}) {
-        EXPECT_TRUE(CFURLGetFSRef(fromBytes(folder / "link", isDirectory).get(), &ref));
-        EXPECT_TRUE(CFURLGetFSRef(fromBytes(folder.path(), isDirectory).get(), &ref));
-        EXPECT_FALSE(CFURLGetFSRef(fromBytes(folder / "dangling", isDirectory).get(), &ref));
+        EXPECT_TRUE(CFURLGetFSRef(url(folder / "link", isDirectory).get(), &ref));
+        EXPECT_TRUE(CFURLGetFSRef(url(folder.path(), isDirectory).get(), &ref));
+        EXPECT_FALSE(CFURLGetFSRef(url(folder / "dangling", isDirectory).get(), &ref));
     }
 }
 

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <functional>
+#include <new>
+
+#include "tests/support/Process.h"
+
 namespace test {
 
 /// Memory exhaustion on demand, also in C libraries: malloc and its kin (calloc, realloc, aligned_alloc, memalign,
@@ -18,6 +23,28 @@ __attribute__((visibility("default"))) void failMalloc(unsigned long passes, uns
 
 /// Ends that. Returns how many allocations were tried since.
 __attribute__((visibility("default"))) unsigned long endMallocFailures();
+}
+
+/// What an operation may end with, as the exit status of a process.
+enum Ending { Completed, OutOfMemory, Wrong, Leaked, DoneWithoutFailure };
+
+/// Does the operation in a copy of this process with these allocations failing; it answers whether its result is right,
+/// and may end the failures before it looks. Returns an Ending, or another number when the copy came to a bad end.
+inline int attempt(unsigned long passes, unsigned long failures, const std::function<bool()>& operation) {
+    return endOfCopy([&]() -> int {
+        const std::size_t descriptors = openDescriptors();
+        int ending = Wrong;
+        failMalloc(passes, failures);
+        try {
+            ending = operation() ? Completed : Wrong;
+        } catch (const std::bad_alloc&) {
+            ending = OutOfMemory;
+        }
+        const bool isReached = endMallocFailures() > passes;
+        return openDescriptors() != descriptors    ? Leaked
+               : ending == Completed && !isReached ? DoneWithoutFailure
+                                                   : ending;
+    });
 }
 
 }  // namespace test
