@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "benchmarks/support/Main.h"
+#include "installer-host/run/Sandbox.h"
 #include "tests/support/TempDir.h"
-#include "tools/installer-host/Sandbox.h"
 
 namespace {
 

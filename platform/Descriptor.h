@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace cv {
 
@@ -11,11 +12,14 @@ class Descriptor {
 public:
     explicit Descriptor(int fd = -1) : fd_(fd) {}
     ~Descriptor();
-    Descriptor(Descriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
+    Descriptor(Descriptor&& other) noexcept : fd_(other.release()) {}
     Descriptor& operator=(Descriptor&& other) noexcept;
 
     int get() const { return fd_; }
     bool isOpen() const { return fd_ >= 0; }
+
+    /// Gives the descriptor up to the caller, who closes it.
+    int release() noexcept { return std::exchange(fd_, -1); }
 
 private:
     int fd_;

@@ -11,17 +11,16 @@
 
 #include "platform/Carbon/Errors.h"
 #include "platform/Carbon/FileReference.h"
+#include "platform/FinderAttribute.h"
 #include "platform/StoreFailures.h"
 
 namespace {
 
-constexpr const char* FINDER_INFO_ATTRIBUTE = "user.com.apple.FinderInfo";
-
 /// The attribute's value: the 16 bytes of FSCatalogInfo, then 16 of extended Finder information, big-endian.
-using FinderInfo = std::array<UInt8, 32>;
+using FinderInfo = std::array<UInt8, cv::FINDER_INFO_SIZE>;
 
 static_assert(sizeof(FileInfo) == 16 && sizeof(FSCatalogInfo::finderInfo) == 16);
-static_assert(offsetof(FileInfo, finderFlags) == 8);
+static_assert(offsetof(FileInfo, finderFlags) == cv::FINDER_FLAGS_OFFSET);
 
 template <typename Word>
 void swapWord(UInt8* bytes) {
@@ -66,12 +65,12 @@ FinderFault readFinderInfo(const cv::OpenReference& object, FinderInfo& info) {
     if (object.error() != noErr) {
         return {object.error(), cv::errorName(object.systemError())};
     }
-    const ssize_t size = getxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size());
+    const ssize_t size = getxattr(PathOf(object).text, cv::FINDER_INFO_ATTRIBUTE, info.data(), info.size());
     if (size == static_cast<ssize_t>(info.size())) {
         return {};
     }
     if (size >= 0 || errno == ERANGE) {
-        return {ioErr, "its Finder information has a size other than 32 bytes"};
+        return {ioErr, cv::FINDER_INFO_HAS_WRONG_SIZE};
     }
     if (errno == ENODATA || errno == ENOTSUP) {
         info.fill(0);
@@ -99,7 +98,7 @@ OSErr storeFinderInfo(const FSRef& ref, const FSCatalogInfo& catalogInfo) {
     }
     std::memcpy(info.data(), catalogInfo.finderInfo, sizeof catalogInfo.finderInfo);
     swapFinderInfo(info.data(), object.isFolder());
-    if (setxattr(PathOf(object).text, FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0) != 0) {
+    if (setxattr(PathOf(object).text, cv::FINDER_INFO_ATTRIBUTE, info.data(), info.size(), 0) != 0) {
         const int error = errno;
         cv::storeFailed(ref.path, cv::errorName(error));
         return cv::fileError(error);

@@ -2,9 +2,10 @@
 
 #include <ctime>
 
+#include "platform/Epoch.h"
+
 CFAbsoluteTime CFAbsoluteTimeGetCurrent() {
-    constexpr time_t SECONDS_FROM_1970_TO_2001 = 978307200;
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<double>(now.tv_sec - SECONDS_FROM_1970_TO_2001) + static_cast<double>(now.tv_nsec) * 1e-9;
+    return static_cast<double>(now.tv_sec - cv::SECONDS_FROM_1970_TO_2001) + static_cast<double>(now.tv_nsec) * 1e-9;
 }

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "installer-host/run/PrivateFolders.h"
+
 namespace test {
 
-namespace fs = std::filesystem;
-
 PrivateRoot::PrivateRoot() {
-    fs::create_directory(folder_ / "Library");
-    fs::create_directory(folder_ / "Applications");
+    for (const char* folder : host::PRIVATE_FOLDERS) {
+        std::filesystem::create_directory(host::pathInRoot(folder_.path(), folder));
+    }
 }
 
 std::vector<std::string> PrivateRoot::wrap(const std::vector<std::string>& command,

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "installer-host/run/Sandbox.h"
 #include "tests/support/TempDir.h"
-#include "tools/installer-host/Sandbox.h"
 
 namespace test {
 

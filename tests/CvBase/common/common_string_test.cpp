@@ -19,7 +19,6 @@ namespace {
 
 const Bytes NONE;
 
-static_assert(sizeof(String) == 2 * sizeof(void*));
 static_assert(std::is_nothrow_copy_constructible_v<String> && std::is_nothrow_move_assignable_v<String>);
 
 TEST(String, ConstructsNullEmptyOrBytes) {

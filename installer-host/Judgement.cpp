@@ -1,0 +1,89 @@
+#include "installer-host/Judgement.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "plugin/ParamBlock.h"
+
+namespace host {
+
+namespace {
+
+std::optional<Verdict> judgeFault(const StepResult& step) {
+    const std::string name = longName(step.step);
+    if (step.outcome == StepResult::Outcome::Exception) {
+        return Verdict{ExitStatus::ExceptionLeftStep, "an exception of type " + step.fault + " left the " + name +
+                                                          (step.faultMessage.empty() ? "" : ": " + step.faultMessage)};
+    }
+    if (step.outcome == StepResult::Outcome::Crashed) {
+        return Verdict{ExitStatus::ExceptionLeftStep, "the " + name + " ended the process: " + step.fault};
+    }
+    return std::nullopt;
+}
+
+/// What the time-out interrupted.
+std::string whatTimedOut(const Result& result) {
+    for (const StepResult& step : result.steps) {
+        if (step.outcome == StepResult::Outcome::TimedOut) {
+            return std::string("was in the ") + longName(step.step);
+        }
+    }
+    return "was in none of the steps, but loading or giving the interface up";
+}
+
+/// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
+bool isAllStored(const Result& result) {
+    const auto setsFlags = [](const StepResult& step) {
+        return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
+    };
+    const bool setFlags = std::any_of(result.steps.begin(), result.steps.end(), setsFlags);
+    const auto isMissing = [&](const Unreadable& unreadable) {
+        return unreadable.kind == Unreadable::Kind::Stored || (unreadable.kind == Unreadable::Kind::Finder && setFlags);
+    };
+    const auto& unreadable = result.changes.unreadable;
+    return result.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
+}
+
+Verdict judgeRun(const Result& result) {
+    for (const StepResult& step : result.steps) {
+        if (const std::optional<Verdict> fault = judgeFault(step)) {
+            return *fault;
+        }
+    }
+    if (result.end == WorkerEnd::TimedOut) {
+        return {ExitStatus::TimedOut, "the run was ended after " + std::to_string(result.options.timeout) +
+                                          " s: the bundle's code " + whatTimedOut(result) +
+                                          ".\nGive it more time with --timeout SECONDS."};
+    }
+    if (result.end == WorkerEnd::Died) {
+        return {ExitStatus::BundleUnusable, "the bundle's code ended the process outside of a step: " + result.endText};
+    }
+    for (const StepResult& step : result.steps) {
+        if ((step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) != 0) {
+            return {ExitStatus::StepFailed,
+                    std::string("the ") + longName(step.step) + " set the failure bit of resultFlags"};
+        }
+    }
+    if (!isAllStored(result)) {
+        return {ExitStatus::NotStored, "not everything could be stored; the report says what and why"};
+    }
+    return {};
+}
+
+Verdict judgeCheck(const Result& result) {
+    for (const Finding& finding : result.findings) {
+        if (!finding.ok) {
+            return {finding.status,
+                    "this bundle is no usable installer plug-in; the report's lines with 'failed' say why"};
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+Verdict judge(const Result& result) {
+    return result.options.command == Command::Check ? judgeCheck(result) : judgeRun(result);
+}
+
+}  // namespace host

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "installer-host/Result.h"
+
+namespace host {
+
+/// What a run or a check comes to.
+struct Verdict {
+    ExitStatus status = ExitStatus::Done;
+    std::string message;  ///< for the user; empty with Done
+};
+
+/// Judges by the result alone. When several things went wrong, the first of this order counts: a fault in a step, the
+/// time-out, an end outside of a step, the failure bit, something that was not stored. Of a check it is the first
+/// finding that is not ok.
+Verdict judge(const Result& result);
+
+}  // namespace host

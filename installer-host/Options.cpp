@@ -1,0 +1,200 @@
+#include "installer-host/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <limits>
+#include <string>
+#include <system_error>
+
+namespace host {
+
+namespace {
+
+constexpr const char* VERSION_TEXT = "installer-host " INSTALLER_HOST_VERSION;
+
+constexpr const char* MAIN_FOOTER = R"(Examples:
+  installer-host check build/release/CorvaneInstall.bundle
+  installer-host run --product 5100 --language 1 --root /tmp/root build/release/CorvaneInstall.bundle
+  installer-host show --root /tmp/root
+
+Exit status: 0 done; 1 a step set the failure bit; 2 wrong usage; 3 the bundle is missing, malformed or cannot be
+loaded; 4 the factory or the interface was refused; 5 an exception left a step; 6 the private root could not be made;
+7 something could not be stored; 9 the time-out ended the run.)";
+
+constexpr const char* RUN_FOOTER = R"(Examples:
+  Install product 5100 in French into a private root, which the machine's own files are safe from:
+    mkdir -p /tmp/root
+    installer-host run --product 5100 --language 1 --root /tmp/root build/release/CorvaneInstall.bundle
+  See what that would change, as JSON, and change nothing:
+    installer-host run --product 5100 --root /tmp/root --dry-run --format json build/release/CorvaneInstall.bundle)";
+
+/// The whole of `text` as a decimal number from `min` to `max`, or an error that says what is expected.
+template <typename Number>
+Number parseNumber(const std::string& name, const std::string& text, Number min, Number max, const std::string& hint) {
+    Number value{};
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc() || stop != end || value < min || value > max) {
+        throw CLI::ValidationError(name, "'" + text + "' is not a whole number from " + std::to_string(min) + " to " +
+                                             std::to_string(max) + hint);
+    }
+    return value;
+}
+
+/// Adds an option with a number, written in decimal digits only.
+template <typename Number>
+CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string& valueName, Number& value, Number min,
+                       Number max, const std::string& help, const std::string& hint = "") {
+    return app
+        .add_option_function<std::string>(
+            name, [=, &value](const std::string& text) { value = parseNumber(name, text, min, max, hint); }, help)
+        ->type_name(valueName);
+}
+
+/// Adds an option with one of a few words.
+template <typename Value>
+void addChoice(CLI::App& app, const std::string& name, Value& value,
+               const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
+    std::string names;
+    for (const auto& choice : choices) {
+        names += (names.empty() ? "" : "|") + choice.first;
+    }
+    const auto choose = [=, &value](const std::string& text) {
+        for (const auto& [word, meaning] : choices) {
+            if (word == text) {
+                value = meaning;
+                return;
+            }
+        }
+        throw CLI::ValidationError(name, "'" + text + "' is none of " + names);
+    };
+    app.add_option_function<std::string>(name, choose, help)->type_name(names);
+}
+
+constexpr std::int32_t INT32_LEAST = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t INT32_MOST = std::numeric_limits<std::int32_t>::max();
+constexpr unsigned LONGEST_TIMEOUT = 86400;
+
+void addFormat(CLI::App& app, Options& options) {
+    addChoice<Format>(app, "--format", options.format, {{"text", Format::Text}, {"json", Format::Json}},
+                      "How the report is written (default: text)");
+}
+
+void addTimeout(CLI::App& app, Options& options) {
+    addNumber(app, "--timeout", "SECONDS", options.timeout, 0U, LONGEST_TIMEOUT,
+              "End the run when the bundle's code takes longer; 0: never (default: 60)");
+}
+
+void addBundle(CLI::App& app, Options& options) {
+    app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
+}
+
+void addRunCommand(CLI::App& app, Options& options) {
+    CLI::App& run = *app.add_subcommand("run", "Load a plug-in, run its steps, report what changed");
+    run.footer(RUN_FOOTER);
+    addBundle(run, options);
+    addNumber(run, "--product", "CODE", options.installation.product, INT32_LEAST, INT32_MOST,
+              "The numeric code of the product that is installed, for example 5100",
+              "; products go by numeric codes, for example 5100")
+        ->required();
+    addNumber(run, "--language", "CODE", options.installation.language, INT32_LEAST, INT32_MOST,
+              "The installation's language as a classic Mac OS code: 0 English, 1 French,\n2 German, 3 Italian, "
+              "6 Spanish, 11 Japanese (default: 0)",
+              "; languages go by classic Mac OS codes, for example 0 for English and 1 for French");
+    addChoice<std::vector<Step>>(
+        run, "--step", options.installation.steps,
+        {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
+        "The step to run (default: both)");
+    addNumber<std::uint16_t>(run, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block\n(default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
+    addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
+                    "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
+                    "directly (default: table)");
+    run.add_option("--root", options.root,
+                   "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
+                   "/Applications, the "
+                   "rest of the machine can only be read\n(default: the machine itself)")
+        ->type_name("DIR");
+    run.add_flag("--dry-run", options.dryRun, "Work on a copy of the root, report, change nothing");
+    addFormat(run, options);
+    addTimeout(run, options);
+    run.add_flag("--verbose", options.verbose,
+                 "Say what is being done; list the preferences that stay as they are, too");
+}
+
+void addCheckCommand(CLI::App& app, Options& options) {
+    CLI::App& check =
+        *app.add_subcommand("check", "Is it a loadable plug-in: registration, identifiers, exports, interface");
+    check.footer("Example:\n  installer-host check build/release/CorvaneInstall.bundle");
+    addBundle(check, options);
+    addFormat(check, options);
+    addTimeout(check, options);
+}
+
+void addShowCommand(CLI::App& app, Options& options) {
+    CLI::App& show = *app.add_subcommand(
+        "show", "What the machine holds now: preferences, and the Finder flags of the vendor's folder and icon file");
+    show.footer("Example:\n  installer-host show --root /tmp/root");
+    show.add_option("--root", options.root, "Look at a private root instead of the machine itself")->type_name("DIR");
+    addFormat(show, options);
+}
+
+/// What is wrong with a command line in which no command was found.
+std::string withoutCommand(const CLI::ParseError& error) {
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    return isMissing ? "give one of the commands run, check and show" : error.what();
+}
+
+/// What to print for an outcome of the parser that is no set of options: help, version or an error.
+ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
+    ParsedOptions parsed;
+    const auto commands = app.get_subcommands();
+    const CLI::App& subject = commands.empty() ? app : *commands.front();
+    if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
+        parsed.text = commands.empty() ? app.help() : subject.help("installer-host");
+    } else if (dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr) {
+        parsed.text = std::string(VERSION_TEXT) + "\n";
+    } else {
+        const std::string command = commands.empty() ? "installer-host" : "installer-host " + subject.get_name();
+        parsed.status = ExitStatus::Usage;
+        parsed.text = "installer-host: " + (commands.empty() ? withoutCommand(error) : error.what()) + "\nSee '" +
+                      command + " --help' for how it is used.\n";
+    }
+    return parsed;
+}
+
+}  // namespace
+
+ParsedOptions parseOptions(int argc, const char* const* argv) {
+    ParsedOptions parsed;
+    Options& options = parsed.options;
+    CLI::App app(
+        "Does what the vendor's installer does: loads an installer plug-in, runs its steps and reports what "
+        "changed on the machine.",
+        "installer-host");
+    app.set_version_flag("--version", VERSION_TEXT, "Print the version and exit");
+    app.footer(MAIN_FOOTER);
+    app.require_subcommand(1);
+    addRunCommand(app, options);
+    addCheckCommand(app, options);
+    addShowCommand(app, options);
+    for (CLI::App* command : app.get_subcommands(nullptr)) {
+        command->get_formatter()->column_width(26);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return stopWith(app, error);
+    }
+    options.command = app.got_subcommand("run")     ? Command::Run
+                      : app.got_subcommand("check") ? Command::Check
+                                                    : Command::Show;
+    if (options.command != Command::Run) {
+        options.installation.steps.clear();
+    }
+    parsed.proceed = true;
+    return parsed;
+}
+
+}  // namespace host

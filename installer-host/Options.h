@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "installer-host/ExitStatus.h"
+#include "installer-host/Installation.h"
+
+namespace host {
+
+enum class Command { Run, Check, Show };
+enum class Format { Text, Json };
+
+/// What the command line asks for. The fields that a command does not have keep their defaults.
+struct Options {
+    Command command = Command::Run;
+    std::string bundle;
+    Installation installation;  ///< without steps for the other commands than `run`
+    std::string root;           ///< empty: the machine itself
+    bool dryRun = false;
+    Format format = Format::Text;
+    unsigned timeout = 60;  ///< seconds; 0: none
+    bool verbose = false;
+};
+
+/// What the command line came to: options to work with, or a text for the user and the end.
+struct ParsedOptions {
+    bool proceed = false;
+    Options options;
+    ExitStatus status = ExitStatus::Done;  ///< when there is nothing to do
+    std::string text;                      ///< then: for standard output with Done, for standard error otherwise
+};
+
+/// Reads the command line. The paths in it are as given; Plan.h finds what they lead to.
+ParsedOptions parseOptions(int argc, const char* const* argv);
+
+}  // namespace host

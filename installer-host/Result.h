@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "installer-host/Options.h"
+#include "installer-host/look/Changes.h"
+
+namespace host {
+
+/// What became of one step.
+struct StepResult {
+    enum class Outcome {
+        NotRun,     ///< an earlier fault ended the run
+        Done,       ///< it returned
+        Exception,  ///< an exception left it
+        Crashed,    ///< it ended the process
+        TimedOut    ///< it was still running when the time-out came
+    };
+
+    Step step;
+    Outcome outcome = Outcome::NotRun;
+    std::optional<std::uint32_t> flagsBefore;  ///< resultFlags; unset for a step that did not run
+    std::optional<std::uint32_t> flagsAfter;   ///< unset for a step whose process ended, too
+    std::string fault;                         ///< the exception's type, or how the process ended
+    std::string faultMessage;                  ///< what the exception says; may be empty
+};
+
+/// Something that the bundle's code asked the system to store and that was not stored.
+struct NotStored {
+    std::string what;    ///< usually a path
+    std::string reason;  ///< to end a sentence with
+};
+
+/// One finding of `check`.
+struct Finding {
+    std::string subject;  ///< registration, exports, ...
+    bool ok = false;
+    std::string text;                      ///< what was found
+    ExitStatus status = ExitStatus::Done;  ///< what the check comes to when it is not ok
+};
+
+/// How the worker ended.
+enum class WorkerEnd {
+    Finished,  ///< it did all that it was to do
+    TimedOut,  ///< it was killed when its time was over
+    Died       ///< the bundle's code ended the process
+};
+
+/// All that became known in a run or a check: the judgement and the reports are made of this alone.
+struct Result {
+    Options options;  ///< what was asked for, the paths absolute
+    WorkerEnd end = WorkerEnd::Finished;
+    std::string endText;               ///< how the process ended that died, for example "signal 11 (...)"
+    std::vector<StepResult> steps;     ///< of a run: each that was asked for
+    std::vector<NotStored> notStored;  ///< of a run
+    Changes changes;                   ///< of a run
+    std::vector<Finding> findings;     ///< of a check
+};
+
+}  // namespace host

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "installer-host/Result.h"
+
+namespace host {
+
+/// Looks at every part of a plug-in that a host relies on and tells each finding as soon as it is made, since the code
+/// may end the process. Goes as far as the bundle allows; never throws for a bad bundle.
+void checkBundle(const std::string& path, const std::function<void(const Finding&)>& tell);
+
+}  // namespace host

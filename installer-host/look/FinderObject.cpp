@@ -1,0 +1,49 @@
+#include "installer-host/look/FinderObject.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <array>
+#include <cerrno>
+
+#include "platform/FinderAttribute.h"
+
+namespace host {
+
+namespace {
+
+FinderObject readFinderObject(const RootFolder& root, const std::string& path) {
+    FinderObject object;
+    object.path = path;
+    const cv::Descriptor file = root.open(path, O_PATH);
+    object.exists = file.isOpen();
+    if (!object.exists) {
+        object.problem = errno == ENOENT || errno == ENOTDIR ? "" : cv::errorText(errno);
+        return object;
+    }
+    std::array<unsigned char, cv::FINDER_INFO_SIZE + 1> info{};
+    // A descriptor that only names the object gives its attributes through /proc alone.
+    const std::string self = "/proc/self/fd/" + std::to_string(file.get());
+    const ssize_t size = getxattr(self.c_str(), cv::FINDER_INFO_ATTRIBUTE, info.data(), info.size());
+    if (size == static_cast<ssize_t>(cv::FINDER_INFO_SIZE)) {
+        const unsigned char* flags = info.data() + cv::FINDER_FLAGS_OFFSET;
+        object.flags = static_cast<std::uint16_t>(flags[0] << 8U | flags[1]);
+    } else if (size >= 0 || errno == ERANGE) {
+        object.problem = cv::FINDER_INFO_HAS_WRONG_SIZE;
+    } else if (errno != ENODATA) {
+        object.problem = cv::errorText(errno);
+    }
+    return object;
+}
+
+}  // namespace
+
+std::vector<FinderObject> readFinderObjects(const RootFolder& root) {
+    std::vector<FinderObject> objects;
+    for (const char* path : FINDER_OBJECTS) {
+        objects.push_back(readFinderObject(root, path));
+    }
+    return objects;
+}
+
+}  // namespace host

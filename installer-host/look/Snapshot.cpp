@@ -1,0 +1,86 @@
+#include "installer-host/look/Snapshot.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+
+#include <cerrno>
+#include <memory>
+#include <string_view>
+
+namespace host {
+
+namespace {
+
+constexpr const char* PREFERENCES_FOLDER = "/Library/Preferences/";
+constexpr std::string_view SUFFIX = ".plist";
+
+class PreferencesWalk {
+public:
+    PreferencesWalk(const RootFolder& root, Snapshot& snapshot) : root_(root), snapshot_(snapshot) {}
+
+    /// Looks at the folder `relative`, which is empty for the preferences folder itself or ends with a slash.
+    void visitFolder(const std::string& relative) {
+        cv::Descriptor folder = root_.open(pathOf(relative), O_RDONLY | O_DIRECTORY);
+        const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder.isOpen() ? fdopendir(folder.get()) : nullptr,
+                                                          closedir);
+        if (entries == nullptr) {
+            return;
+        }
+        folder.release();
+        while (const dirent* entry = readdir(entries.get())) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != "..") {
+                visitEntry(relative + name, *entry);
+            }
+        }
+    }
+
+private:
+    static std::string pathOf(const std::string& relative) { return PREFERENCES_FOLDER + relative; }
+
+    void visitEntry(const std::string& relative, const dirent& entry) {
+        if (isFolder(relative, entry)) {
+            visitFolder(relative + "/");
+        } else if (relative.size() > SUFFIX.size() &&
+                   relative.compare(relative.size() - SUFFIX.size(), SUFFIX.size(), SUFFIX) == 0) {
+            snapshot_.domains.emplace(relative.substr(0, relative.size() - SUFFIX.size()), readDomain(relative));
+        } else {
+            snapshot_.otherFiles.insert(relative);
+        }
+    }
+
+    bool isFolder(const std::string& relative, const dirent& entry) const {
+        if (entry.d_type != DT_UNKNOWN) {
+            return entry.d_type == DT_DIR;
+        }
+        return root_.open(pathOf(relative), O_PATH | O_DIRECTORY | O_NOFOLLOW).isOpen();
+    }
+
+    PreferenceDomain readDomain(const std::string& relative) const {
+        const cv::Descriptor file = root_.open(pathOf(relative), O_RDONLY);
+        if (file.isOpen()) {
+            return readPreferenceDomain(file.get());
+        }
+        PreferenceDomain unreadable;
+        unreadable.problem = cv::errorText(errno);
+        return unreadable;
+    }
+
+    const RootFolder& root_;
+    Snapshot& snapshot_;
+};
+
+}  // namespace
+
+std::string pathOfDomain(const std::string& domain) {
+    return PREFERENCES_FOLDER + domain + std::string(SUFFIX);
+}
+
+Snapshot takeSnapshot(const RootFolder& root) {
+    Snapshot snapshot;
+    PreferencesWalk(root, snapshot).visitFolder("");
+    snapshot.objects = readFinderObjects(root);
+    return snapshot;
+}
+
+}  // namespace host

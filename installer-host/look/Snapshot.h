@@ -1,0 +1,30 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "installer-host/look/FinderObject.h"
+#include "installer-host/look/PreferenceDomain.h"
+#include "installer-host/look/RootFolder.h"
+
+namespace host {
+
+/// What the machine, or a private root, holds of the things that an installation can change.
+struct Snapshot {
+    /// The property lists in and below /Library/Preferences. The domain is the path from there without ".plist".
+    std::map<std::string, PreferenceDomain> domains;
+    /// The other files there, by their path from there: corrupt preference files that were moved aside, for example.
+    std::set<std::string> otherFiles;
+    /// FINDER_OBJECTS.
+    std::vector<FinderObject> objects;
+};
+
+/// Where the preferences of `domain` are kept.
+std::string pathOfDomain(const std::string& domain);
+
+/// Looks at everything. Never throws for what it finds; what cannot be read is described.
+Snapshot takeSnapshot(const RootFolder& root);
+
+}  // namespace host

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "installer-host/Result.h"
+
+namespace host {
+
+// The reports for a program. docs/installer-host.1 lists their keys, which stay as they are as long as "schema" is 1.
+// Bytes of preferences that are no UTF-8 become U+FFFD.
+
+/// `status` is what the run comes to.
+std::string runJson(const Result& result, ExitStatus status);
+std::string checkJson(const Result& result);
+
+/// `root` is empty for the machine itself.
+std::string showJson(const Snapshot& snapshot, const std::string& root);
+
+}  // namespace host

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+/// The text in double quotes; quotes, backslashes, control characters and bytes that are no UTF-8 are escaped.
+std::string inQuotes(std::string_view text);
+
+/// The same without the quotes around it: fit for one line of a report.
+std::string escaped(std::string_view text);
+
+/// "0x" and `digits` hexadecimal digits.
+std::string hexNumber(std::uint32_t value, int digits);
+
+}  // namespace host

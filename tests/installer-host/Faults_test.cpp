@@ -1,0 +1,104 @@
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <csignal>
+
+#include "tests/installer-host/HostSupport.h"
+
+namespace {
+
+using namespace test;
+using nlohmann::json;
+using testing::HasSubstr;
+
+ProcessResult runFaulty(const std::string& fault, std::vector<std::string> arguments,
+                        const std::string& bundle = FAULTY_BUNDLE) {
+    ProcessOptions options;
+    options.set = {{"PLUGIN_FAULT", fault}};
+    arguments.push_back(bundle);
+    return runHost(arguments, options);
+}
+
+TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
+    const InstallRoot root;
+    const struct {
+        const char* fault;
+        const char* option;
+        int exitStatus;
+        const char* message;
+        const char* outcomes;  ///< of the steps, and their faults, in the report; none without a report
+    } cases[] = {
+        {"failure bit", "--step=both", 1, "the pre-install step set the failure bit", "done, done, "},
+        {"refused instance", "--step=both", 4, "made no instance", ""},
+        {"refused interface", "--step=both", 4, "refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8",
+         ""},
+        {"bad_alloc", "--step=both", 5, "an exception of type std::bad_alloc left the pre-install step: std::bad_alloc",
+         "exception std::bad_alloc, not run, "},
+        {"int", "--entry=direct", 5, "an exception of type int left the pre-install step\n",
+         "exception int, not run, "},
+        {"runtime_error", "--step=post", 5, "type std::runtime_error left the post-install step: the disk",
+         "exception std::runtime_error, "},
+        {"foreign exception", "--step=both", 5, "an exception of another language",
+         "exception an exception of another language, not run, "},
+        {"crash", "--step=both", 5, "the pre-install step ended the process: signal 6 (Aborted)",
+         "crashed signal 6 (Aborted), not run, "},
+        {"hang", "--timeout=1", 9, "after 1 s: the bundle's code was in the pre-install step", "timed out, not run, "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fault);
+        const ProcessResult result =
+            runFaulty(c.fault, {"run", "--product=1", "--format=json", "--root=" + root.path(), c.option});
+        EXPECT_EQ(result.exitStatus, c.exitStatus);
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        std::string outcomes;
+        if (!result.out.empty()) {
+            const json report = json::parse(result.out);
+            EXPECT_EQ(report["exitStatus"], c.exitStatus);
+            for (const json& step : report["steps"]) {
+                const std::string outcome = step["outcome"];
+                outcomes += outcome + (step["fault"].is_null() ? "" : " " + step["fault"].get<std::string>()) + ", ";
+                EXPECT_EQ(step["resultFlagsAfter"].is_null(), outcome != "done" && outcome != "exception");
+            }
+        }
+        EXPECT_EQ(outcomes, c.outcomes);
+    }
+}
+
+/// The time-out holds without a private root, too.
+TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
+    const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1"});
+    EXPECT_EQ(result.exitStatus, 9);
+    const int process = std::stoi(result.err);  // the first that the host passes on is the step's line
+    EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;
+    EXPECT_EQ(errno, ESRCH);
+}
+
+TEST(Faults, ABundleThatIsNoneIsRefused) {
+    const InstallRoot root;
+    const TempDir folder;
+    const std::string otherType = folder / "OtherType.bundle", malformed = folder / "Malformed.bundle";
+    std::string propertyList = readFile(FAULTY_BUNDLE + "/Contents/Info.plist");
+    propertyList.replace(propertyList.find("5CD9484B"), 8, "5CD9484C");
+    writeFile(otherType + "/Contents/Info.plist", propertyList);
+    writeFile(malformed + "/Contents/Info.plist", propertyList.substr(0, propertyList.size() / 2));
+    const struct {
+        std::string bundle;
+        int exitStatus;
+        const char* message;
+    } cases[] = {
+        {UNLINKED_BUNDLE, 3, "nobodyDefinesThis"},
+        {otherType, 4, "registers no factory for the installer's plug-in type 5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8"},
+        {malformed, 3, "' is no plug-in"},
+    };
+    for (const auto& c : cases) {
+        const ProcessResult result = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, c.bundle);
+        EXPECT_EQ(result.exitStatus, c.exitStatus) << c.bundle;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+    }
+    const ProcessResult check = runFaulty("", {"check"});
+    EXPECT_EQ(check.exitStatus, 4) << check.err;
+    EXPECT_THAT(check.err, HasSubstr("no usable installer plug-in"));
+    EXPECT_THAT(check.out, HasSubstr("failed  interface     references are counted"));
+}
+
+}  // namespace

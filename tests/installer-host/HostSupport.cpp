@@ -1,0 +1,61 @@
+#include "tests/installer-host/HostSupport.h"
+
+#include <stdexcept>
+
+namespace test {
+
+const std::string HOST_PROGRAM = CV_HOST_PROGRAM;
+const std::string PLUGIN_BUNDLE = CV_PLUGIN_BUNDLE;
+const std::string FAULTY_BUNDLE = CV_FIXTURES "/FaultyPlugIn.bundle";
+const std::string UNLINKED_BUNDLE = CV_FIXTURES "/UnlinkedPlugIn.bundle";
+
+std::string InstallRoot::preferenceFile(const std::string& domain) const {
+    return *this / ("Library/Preferences/" + domain + ".plist");
+}
+
+std::string InstallRoot::statusPath() const {
+    return *this / "Library/Application Support/Corvane/Updater/install_status.txt";
+}
+
+void InstallRoot::writeStatus(const std::string& bytes) const {
+    writeFile(statusPath(), bytes);
+}
+
+void InstallRoot::makeVendorFolder() const {
+    writeFile(*this / "Applications/Corvane/Icon\r", "");
+}
+
+nlohmann::json readRoot(const std::string& path) {
+    const char* const script = R"(
+import json, os, pathlib, plistlib, sys
+root = pathlib.Path(sys.argv[1])
+preferences = {}
+for file in (root / "Library/Preferences").glob("*.plist"):
+    keys = plistlib.loads(file.read_bytes())
+    preferences[file.stem] = {key: [type(value).__name__, value] for key, value in keys.items()}
+attribute = "user.com.apple.FinderInfo"
+places = [root / "Applications/Corvane", root / "Applications/Corvane/Icon\r"]
+marked = [place for place in places if place.exists() and attribute in os.listxattr(place)]
+finder = {place.name: os.getxattr(place, attribute).hex() for place in marked}
+json.dump({"preferences": preferences, "finder": finder}, sys.stdout))";
+    const ProcessResult result = run({"python3", "-c", script, path});
+    if (result.exitStatus != 0) {
+        throw std::runtime_error(result.err);
+    }
+    return nlohmann::json::parse(result.out);
+}
+
+ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {
+    options.unset.insert(options.unset.end(), {"DISPLAY", "WAYLAND_DISPLAY"});
+    std::vector<std::string> command{HOST_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return run(command, options);
+}
+
+ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more, const ProcessOptions& options) {
+    std::vector<std::string> arguments{"run", "--product=5100", "--root=" + root.path(), PLUGIN_BUNDLE};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return runHost(arguments, options);
+}
+
+}  // namespace test

@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "tests/installer-host/HostSupport.h"
+
+namespace {
+
+using namespace test;
+using nlohmann::json;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace fs = std::filesystem;
+
+/// Each product once, each language at least once: every line of the plug-in's tables.
+TEST(Install, LeavesWhatTheProductAndTheLanguageNeed) {
+    const struct {
+        const char* product;
+        const char* domain;  ///< empty for a code that no product has
+        const char* name;
+        const char* language;
+        const char* text;
+        const char* entry;
+    } cases[] = {
+        {"6300", "com.corvane.audioplugins.Beatwell", "Beatwell", "0", "en", "table"},
+        {"3100", "com.corvane.audioapps.Mender", "Corvane Mender", "1", "fr", "direct"},
+        {"5600", "com.corvane.audioapps.Mender2", "Corvane Mender 2", "2", "de", "table"},
+        {"3500", "com.corvane.audioplugins.Stratos4", "Stratos4", "3", "it", "direct"},
+        {"5200", "com.corvane.audioplugins.Coffer", "Coffer", "6", "es", "table"},
+        {"5100", "com.corvane.audioplugins.Ambrel", "Ambrel", "11", "ja", "direct"},
+        {"7700", "com.corvane.audioplugins.AmbrelLite", "Ambrel Lite", "-1", "en", "table"},
+        {"5000", "com.corvane.clarifier", "CLR", "1", "fr", "table"},
+        {"4900", "com.corvane.audioplugins.Temper", "Temper", "2", "de", "table"},
+        {"4901", "", "", "1", "", "table"},
+    };
+    const std::string head(16, '0'), tail(44, '0');
+    const json flags{{"Corvane", head + "0400" + tail}, {"Icon\r", head + "4000" + tail}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.product);
+        const InstallRoot root;
+        root.makeVendorFolder();
+        const ProcessResult result = runHost({"run", "--root", root.path(), "--product", c.product, "--language",
+                                              c.language, "--entry", c.entry, PLUGIN_BUNDLE});
+        EXPECT_EQ(result.exitStatus, 0);
+        EXPECT_EQ(result.err, "");
+        json preferences = json::object();
+        if (*c.domain != '\0') {
+            const std::string version = std::string("InstalledProducts/") + c.name + "/CurrentVersion";
+            preferences["com.corvane.updater"] = {{version, {"str", "1.00"}}, {"UpdateInterval", {"int", 2}}};
+            preferences[c.domain] = {{"Lang", {"str", c.text}}};
+        }
+        EXPECT_EQ(readRoot(root.path()), json({{"preferences", preferences}, {"finder", flags}}));
+    }
+}
+
+TEST(Install, ReportsWhatChanged) {
+    const InstallRoot root;
+    root.makeVendorFolder();
+    root.writeStatus("UpdatesEnabled\n");
+    const ProcessResult result = install(root, {"--language", "1"});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_THAT(result.out, EndsWith(R"(
+Steps
+  pre-install step  done; resultFlags 0x00000000, unchanged
+  post-install step done; resultFlags 0x00000000, unchanged
+
+Preferences (+ added, ~ changed, - removed)
+  com.corvane.audioplugins.Ambrel
+    + "Lang" = "fr" (string)
+  com.corvane.updater
+    + "InstalledProducts/Ambrel/CurrentVersion" = "1.00" (string)
+    + "UpdateInterval" = 2 (integer)
+
+Finder flags
+  /Applications/Corvane           0x0000 -> 0x0400 (custom icon)
+  /Applications/Corvane/Icon\r    0x0000 -> 0x4000 (invisible)
+)"));
+    const ProcessResult again = install(root, {"--language", "2"});
+    EXPECT_THAT(again.out, HasSubstr("    ~ \"Lang\" = \"fr\" (string) -> \"de\" (string)\n"));
+    EXPECT_THAT(again.out, HasSubstr("      \"UpdateInterval\" = 2 (integer), unchanged\n"));
+    EXPECT_THAT(again.out, HasSubstr("0x0400 (custom icon), unchanged\n"));
+
+    const ProcessResult shown = runHost({"show", "--root", root.path()});
+    EXPECT_EQ(shown.exitStatus, 0) << shown.err;
+    EXPECT_THAT(shown.out, AllOf(HasSubstr("    \"Lang\" = \"de\" (string)\n"),
+                                 HasSubstr("/Applications/Corvane/Icon\\r    0x4000 (invisible)\n")));
+}
+
+TEST(Install, WritesJsonWithStableKeys) {
+    const InstallRoot root;
+    root.makeVendorFolder();
+    json expected = json::parse(R"({
+        "schema": 1, "command": "run", "dryRun": false,
+        "product": 5100, "language": 0, "blockVersion": 1000, "entry": "table",
+        "steps": [{"step": "post", "outcome": "done", "resultFlagsBefore": 0, "resultFlagsAfter": 0,
+                   "fault": null, "faultMessage": null}],
+        "preferences": [
+            {"domain": "com.corvane.audioplugins.Ambrel", "key": "Lang", "change": "added",
+             "before": null, "after": {"type": "string", "value": "en"}, "note": null},
+            {"domain": "com.corvane.updater", "key": "UpdateInterval", "change": "added",
+             "before": null, "after": {"type": "integer", "value": 2}, "note": null}],
+        "files": [],
+        "finderFlags": [
+            {"path": "/Applications/Corvane", "before": {"exists": true, "flags": 0, "problem": null},
+             "after": {"exists": true, "flags": 1024, "problem": null}},
+            {"path": "/Applications/Corvane/Icon\r", "before": {"exists": true, "flags": 0, "problem": null},
+             "after": {"exists": true, "flags": 16384, "problem": null}}],
+        "unreadable": [], "notStored": [], "exitStatus": 0})");
+    expected["bundle"] = fs::canonical(PLUGIN_BUNDLE).string();
+    expected["root"] = root.path();
+    EXPECT_EQ(json::parse(install(root, {"--format", "json", "--step", "post"}).out), expected);
+}
+
+TEST(Install, RefusesABlockOfAnotherVersion) {
+    const InstallRoot root;
+    const ProcessResult result = install(root, {"--block-version=999"});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_THAT(result.out, HasSubstr("  pre-install step  failed; resultFlags 0x00000000 -> 0x00000001\n"
+                                      "  post-install step failed; resultFlags 0x00000000 -> 0x00000001\n"));
+    EXPECT_THAT(result.err, Not(HasSubstr("Unable to set"))) << "the table's entry shows no alert";
+    EXPECT_EQ(readRoot(root.path())["preferences"], json::object());
+}
+
+TEST(Install, MakesTheRootsMissingFolders) {
+    const TempDir root;
+    const ProcessResult result = runHost({"run", "--product=5100", "--root", root.path(), PLUGIN_BUNDLE});
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("/Applications/Corvane           does not exist\n"));
+    EXPECT_TRUE(fs::is_directory(root / "Applications"));
+}
+
+TEST(Install, SaysWhatIsMissing) {
+    const TempDir folder;
+    const std::string noBundle = folder / "No.bundle", noRoot = folder / "no-root";
+    const struct {
+        std::vector<std::string> arguments;
+        int exitStatus;
+        std::string message;
+    } cases[] = {
+        {{"run", "--product=5100", noBundle}, 3, "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
+        {{"check", folder.path()}, 3, "no file Contents/Info.plist"},
+        {{"run", "--product=5100", "--root", noRoot, PLUGIN_BUNDLE}, 6, "mkdir -p '" + noRoot + "'"},
+        {{"show", "--root", noRoot}, 6, "mkdir -p '" + noRoot + "'"},
+        {{"run"}, 2, "BUNDLE is required"},
+    };
+    for (const auto& c : cases) {
+        const ProcessResult result = runHost(c.arguments);
+        EXPECT_EQ(result.exitStatus, c.exitStatus) << c.message;
+        EXPECT_THAT(result.err, HasSubstr(c.message));
+        EXPECT_THAT(result.out, IsEmpty());
+    }
+    const std::string alone = folder / "bin/installer-host";
+    fs::create_directory(folder / "bin");
+    fs::copy_file(HOST_PROGRAM, alone);
+    const ProcessResult withoutWorker = run({alone, "check", PLUGIN_BUNDLE});
+    EXPECT_EQ(withoutWorker.exitStatus, 6);
+    EXPECT_THAT(withoutWorker.err, HasSubstr("'" + folder / "libexec/installer-host-worker" + "': No such file"));
+    const ProcessResult version = runHost({"--version"});
+    EXPECT_EQ(version.exitStatus, 0);
+    EXPECT_THAT(version.out, testing::StartsWith("installer-host "));
+}
+
+TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
+    const InstallRoot root;
+    const auto expectRefusal = [](const ProcessResult& result, const char* message) {
+        EXPECT_EQ(result.exitStatus, 6);
+        EXPECT_THAT(result.err, HasSubstr(message));
+    };
+    ProcessOptions noPrograms;
+    noPrograms.set = {{"PATH", root.path()}};
+    expectRefusal(install(root, {}, noPrograms), "apt-get install bubblewrap");
+
+    // A sandbox in which nobody may make another one.
+    expectRefusal(run({"bwrap", "--unshare-user", "--disable-userns", "--dev-bind", "/", "/", "--cap-drop", "ALL", "--",
+                       HOST_PROGRAM, "run", "--product=5100", "--root", root.path(), PLUGIN_BUNDLE}),
+                  "namespaces");
+
+    fs::remove(root / "Library");
+    fs::create_directory_symlink("/usr", root / "Library");
+    expectRefusal(install(root), "/Library' is no folder");
+}
+
+TEST(Install, LeavesTheRestOfTheMachineAlone) {
+    const InstallRoot root;
+    ProcessOptions options;
+    options.set = {{"PLUGIN_FAULT", "intruder"}};
+    const ProcessResult result =
+        runHost({"run", "--product=1", "--step=pre", "--root", root.path(), FAULTY_BUNDLE}, options);
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    for (const char* folder : {"/", "/etc", "/tmp", "/usr", "/var"}) {
+        EXPECT_THAT(result.err, HasSubstr(std::string(folder) + ": Read-only file system\n"));
+    }
+    EXPECT_THAT(result.err, HasSubstr("/Library: written\n"));
+    EXPECT_THAT(result.out, Not(HasSubstr("written"))) << "standard output is for the report alone";
+}
+
+TEST(Check, FindsThePlugInComplete) {
+    const ProcessResult result = runHost({"check", PLUGIN_BUNDLE});
+    EXPECT_EQ(result.exitStatus, 0) << result.err << result.out;
+    EXPECT_THAT(result.out, HasSubstr("ok      exports       no other names\n"));
+    const json report = json::parse(runHost({"check", "--format=json", PLUGIN_BUNDLE}).out);
+    EXPECT_EQ(report["schema"], 1);
+    EXPECT_EQ(report["ok"], true);
+    EXPECT_EQ(report["findings"][0],
+              json({{"subject", "bundle"}, {"ok", true}, {"text", "com.corvane.installer.plugin"}}));
+}
+
+}  // namespace
