@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "tests/UI/AlertUser.h"
 #include "tests/support/TempDir.h"
@@ -82,13 +83,15 @@ INSTANTIATE_TEST_SUITE_P(All, AlertCourse, testing::ValuesIn(COURSES), [](const 
 TEST(AlertText, IsWholeAndPlain) {
     const std::string special = "100% of <b>them</b> & &amp; \"twice\" $(date) a_b";
     // clang-format off
-    const std::pair<std::string, Strings> rows[] = {
-        {"", {}}, {special, {"'" + special + "'"}}, {"One\n\nThree", {"'One\\n'", "'\\n'", "'Three'"}},
+    const struct { std::string message; Strings lines, mode{}; std::string title = "Alert"; } rows[] = {
+        {"", {}, {"NOTE"}, "Information"}, {special, {"'" + special + "'"}, {"ERROR"}, "Critical"},
+        {"One\n\nThree", {"'One\\n'", "'\\n'", "'Three'"}},
         {"\u30A4\u30F3 \U0001F600 \u00E9", {"'\u30A4\u30F3 \U0001F600 \u00E9'"}}, {"not UTF-8: \xFF.", {"'not UTF-8: \uFFFD.'"}}};
     // clang-format on
-    for (const auto& [message, lines] : rows) {
-        const ProcessResult result = show(message, OK, {"key:Return"});
-        EXPECT_EQ(linesWith(result.out, "line"), lines) << result.out << result.err;
+    for (const auto& row : rows) {
+        const ProcessResult result = show(row.message, OK, {"key:Return"}, {}, row.mode);
+        EXPECT_EQ(linesWith(result.out, "alert"), Strings{row.title}) << result.out << result.err;
+        EXPECT_EQ(linesWith(result.out, "line"), row.lines);
         EXPECT_EQ(linesWith(result.out, "button"), Strings{"OK default focused"});
     }
 }
@@ -102,9 +105,9 @@ std::string joined(const Strings& lines, const std::string& separator) {
     return text;
 }
 
-/// How much of two pictures differs, as the program that compares them writes it.
-std::string difference(const std::string& one, const std::string& other) {
-    return run({"compare", "-metric", "AE", one, other, "null:"}).err;
+/// 0 when two pictures are the same, 1 when they differ.
+int difference(const std::string& one, const std::string& other) {
+    return run({"compare", "-metric", "AE", one, other, "null:"}).exitStatus;
 }
 
 // A word that is longer than a line looks as if it were several: nothing is put where it breaks.
@@ -125,7 +128,7 @@ TEST(AlertText, IsWrappedAndBrokenWithoutHyphens) {
     const Strings parts = showTo(word, "broken.png");
     EXPECT_EQ(joined(parts, ""), word);
     showTo(joined(parts, "\n"), "lines.png");
-    EXPECT_EQ(difference(folder / "broken.png", folder / "lines.png"), "0");
+    EXPECT_EQ(difference(folder / "broken.png", folder / "lines.png"), 0);
 }
 
 TEST(AlertText, ScrollsWhenItIsHighAndLeavesRoomForTheButtons) {
@@ -138,7 +141,7 @@ TEST(AlertText, ScrollsWhenItIsHighAndLeavesRoomForTheButtons) {
     const ProcessResult result = show(text, RETRY, actions);
     EXPECT_EQ(linesWith(result.out, "line").size(), 200U) << result.err;
     EXPECT_EQ(linesWith(result.out, "button"), (Strings{"OK default focused", "Cancel", "Retry", "Cancel"}));
-    EXPECT_NE(difference(folder / "top.png", folder / "end.png"), "0");
+    EXPECT_EQ(difference(folder / "top.png", folder / "end.png"), 1);
 }
 
 /// A copy of the port beside which there is what the test puts there.
@@ -159,6 +162,29 @@ TEST(AlertPanel, MayBeMissingOrEndAtOnce) {
     const ProcessResult ended = run({ALERT_DRIVER, "Really?", "Yes", "No"}, options);
     EXPECT_EQ(ended.out, "answer 1\n") << ended.err;
     EXPECT_THAT(ended.err, testing::StartsWith("alert: lost before it was answered: "));
+}
+
+TEST(AlertOnTheTerminal, TakesTheFirstButtonWhereNobodyCanAnswer) {
+    const std::string taken =
+        "Line 1\n[alert] Line 2\n[alert] 1 Yes   2 Cancel   3 No\n"
+        "[alert] There is no display and no terminal to ask; taking 1 Yes.\n";
+    for (const auto& [display, mode, text] :
+         {std::tuple{"", "NOTE", "[alert] Note: "},
+          {":77", "ERROR", "alert: the display does not answer; asking on the terminal\n[alert] Error: "}}) {
+        ProcessOptions options{"", "", {{"DISPLAY", display}}, {"WAYLAND_DISPLAY"}, 0};
+        const ProcessResult result = run({ALERT_DRIVER, mode, "Line 1\nLine 2", "Yes", "Cancel", "No"}, options);
+        EXPECT_EQ(result.out, "answer 0\n");
+        EXPECT_EQ(result.err, text + taken);
+    }
+}
+
+TEST(AlertOnTheTerminal, AsksUntilTheAnswerIsAButton) {
+    ProcessOptions options{"4\nmaybe\n2\n", "", {}, {"DISPLAY", "WAYLAND_DISPLAY"}, 0};
+    const std::string driver = std::string(ALERT_DRIVER) + " Sure? Yes Cancel No";
+    const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
+    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("answer 1\r\n"));
 }
 
 }  // namespace

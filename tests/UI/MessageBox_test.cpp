@@ -1,108 +1,110 @@
-// Every form of the message boxes as a real panel, answered by a real click; and on the terminal, where there is no
-// display.
+// Every form of the message boxes, with a user at the other end of the socket on which the program asks.
 
-#include <gmock/gmock.h>
+#include "UI/Native/MessageBox.h"
+
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <thread>
 #include <tuple>
+#include <vector>
 
-#include "tests/UI/AlertUser.h"
+#include "CvBase/Mac/AutoreleasePool.h"
+#include "platform/Alert/AlertMessage.h"
+#include "platform/Descriptor.h"
 
 namespace {
 
-using namespace test;
+using namespace UI::Native;
+using cv::AlertStyle;
+using Box = bool (*)(const String& message, IconType icon);
 
-/// Runs the driver without a display, or with one that does not answer.
-ProcessResult showOnConsole(const Strings& driverArguments, const std::string& display = "") {
-    Strings command = {MESSAGE_BOX_DRIVER};
-    command.insert(command.end(), driverArguments.begin(), driverArguments.end());
-    ProcessOptions options;
-    options.unset = {"WAYLAND_DISPLAY"};
-    options.set = {{"DISPLAY", display}};
-    return run(command, options);
+bool g_cancelled;
+
+bool showOK(const String& message, IconType icon) {
+    return MessageOK(nullptr, "title", message, false, icon);
 }
 
-/// A form of the message box, and what it answers for each of its buttons.
-struct Form {
-    const char* name;
-    Strings buttons, answers, cancelled{};
-};
-
-class Panel : public testing::TestWithParam<Form> {};
-
-TEST_P(Panel, ShowsItsTextAndButtonsAndGivesTheAnswer) {
-    const Form& form = GetParam();
-    const std::string message = "Where to? \u00E0 la carte";
-    Strings buttons = form.buttons;
-    buttons.front() += " default focused";
-    for (std::size_t i = 0; i < buttons.size(); ++i) {
-        const ProcessResult result =
-            runAlertUser({"--do", "click:" + std::to_string(i), "--", MESSAGE_BOX_DRIVER, form.name, "0", message});
-        EXPECT_EQ(linesWith(result.out, "line"), Strings{"'" + message + "'"}) << result.out << result.err;
-        EXPECT_EQ(linesWith(result.out, "button"), buttons);
-        EXPECT_EQ(linesWith(result.out, "answer"), Strings{form.answers[i]}) << form.buttons[i];
-        EXPECT_EQ(linesWith(result.out, "cancelled"), form.cancelled.empty() ? Strings{} : Strings{form.cancelled[i]});
-        EXPECT_EQ(linesWith(result.out, "error"), Strings{});
+bool showUtf16(const String& message, IconType icon) {
+    const shared_array<unsigned short> units = message.Unicode();
+    std::vector<unsigned short> vector;
+    for (std::size_t i = 0; units[i] != 0; ++i) {
+        vector.push_back(units[i]);
     }
+    MessageOK(nullptr, {}, vector, {0x41}, false, icon);
+    MessageOK(nullptr, vector, {}, {0x41}, false, icon);
+    MessageOK(nullptr, vector, vector, {}, false, icon);
+    return true;
 }
 
-// clang-format off
-const Form FORMS[] = {
-    {"OK", {"OK"}, {"true"}}, {"UTF16", {"OK"}, {"true"}},
-    {"OKCancel", {"OK", "Cancel"}, {"true", "false"}}, {"YesNo", {"Yes", "No"}, {"true", "false"}},
-    {"YesNoCancel", {"Yes", "Cancel", "No"}, {"true", "false", "false"}, {"false", "true", "false"}},
-    {"RetryCancel", {"OK", "Cancel", "Retry", "Cancel"}, {"true", "false", "false", "false"}},
-};
-// clang-format on
-
-INSTANTIATE_TEST_SUITE_P(Forms, Panel, testing::ValuesIn(FORMS), [](const auto& form) { return form.param.name; });
-
-TEST(PanelStyle, IsThatOfTheIconAndTheTextMayBeEmptyOrInvalid) {
-    for (const auto& [icon, message, title] :
-         {std::tuple{"0", "", "Information"}, {"1", "(invalid UTF-8)", "Critical"}, {"2", "", "Alert"}}) {
-        const ProcessResult result =
-            runAlertUser({"--do", "key:Return", "--", MESSAGE_BOX_DRIVER, "OK", icon, message});
-        EXPECT_EQ(linesWith(result.out, "alert"), Strings{title}) << result.out << result.err;
-        EXPECT_EQ(linesWith(result.out, "line"), Strings{});
-    }
+/// Shows the box to a user who presses the button with this index once, and gives what the user saw and the program
+/// got.
+std::pair<cv::Alert, bool> press(std::size_t button, Box box, const String& message, IconType icon) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    cv::Descriptor asking(ends[0]);
+    const cv::Descriptor showing(ends[1]);
+    setenv("CV_ALERT_SOCKET", std::to_string(asking.get()).c_str(), 1);
+    cv::Alert seen;
+    std::thread user([&] {
+        seen = cv::readAlert(showing.get()).value();
+        cv::writeAnswer(showing.get(), button);
+        EXPECT_FALSE(cv::readAlert(showing.get())) << "one alert is shown";
+    });
+    const cv::AutoreleasePool pool;
+    const bool answer = box(message, icon);
+    asking = cv::Descriptor();
+    user.join();
+    return {seen, answer};
 }
 
-TEST(Console, TakesTheFirstButtonWithoutDisplayAndTerminal) {
-    const std::string taken =
-        "[alert] Warning: Line 1\n"
-        "[alert] Line 2\n"
-        "[alert] 1 Yes   2 Cancel   3 No\n"
-        "[alert] There is no display and no terminal to ask; taking 1 Yes.\n";
-    const Strings arguments{"YesNoCancel", "2", "Line 1\nLine 2"};
-    const ProcessResult result = showOnConsole(arguments);
-    EXPECT_EQ(result.out, "answer true\ncancelled false\n");
-    EXPECT_EQ(result.err, taken);
-    EXPECT_EQ(showOnConsole(arguments, ":77").err,
-              "alert: the display does not answer; asking on the terminal\n" + taken);
-}
-
-TEST(Console, ShowsTheStyleOfTheIcon) {
+TEST(MessageBox, ShowsItsButtonsAndGivesTheAnswer) {
     // clang-format off
-    for (const auto& [icon, style] : {std::pair{"0", "Note"}, {"1", "Error"}, {"2", "Warning"}, {"3", "Note"}, {"4", "Note"},
-                                      {"5", "Warning"}, {"-1", "Warning"}}) {
-        // clang-format on
-        EXPECT_THAT(showOnConsole({"OK", icon, "x"}).err,
-                    testing::StartsWith(std::string("[alert] ") + style + ": x\n"))
-            << "icon " << icon;
+    const struct { const char* name; Box box; std::vector<std::string> buttons; std::vector<bool> answers, cancelled{}; } rows[] = {
+        {"OK", showOK, {"OK"}, {true}}, {"UTF-16", showUtf16, {"OK"}, {true}},
+        {"OKCancel", [](const String& message, IconType icon) { return MessageOKCancel(nullptr, "", message, OKCancelFocusCancel, true, icon); },
+         {"OK", "Cancel"}, {true, false}},
+        {"YesNo", [](const String& message, IconType icon) { return MessageYesNo(nullptr, "", message, YesNoFocusNo, false, icon); },
+         {"Yes", "No"}, {true, false}},
+        {"YesNoCancel", [](const String& message, IconType icon) { return MessageYesNoCancel(g_cancelled, nullptr, "", message, YesNoCancelFocusCancel, false, icon); },
+         {"Yes", "Cancel", "No"}, {true, false, false}, {false, true, false}},
+        {"RetryCancel", [](const String& message, IconType icon) { return MessageRetryCancel(nullptr, "", message, RetryCancelFocusCancel, false, icon); },
+         {"OK", "Cancel", "Retry", "Cancel"}, {true, false, false, false}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        for (std::size_t i = 0; i < row.buttons.size(); ++i) {
+            SCOPED_TRACE(std::string(row.name) + ": " + row.buttons[i]);
+            g_cancelled = row.cancelled.empty() || !row.cancelled[i];
+            const auto [seen, answer] = press(i, row.box, "Where to?\n\xC3\xA0 la carte", IconWarning);
+            EXPECT_EQ(seen.message, "Where to?\n\xC3\xA0 la carte");
+            EXPECT_EQ(seen.buttons, row.buttons);
+            EXPECT_EQ(answer, row.answers[i]);
+            EXPECT_TRUE(row.cancelled.empty() || g_cancelled == row.cancelled[i]);
+        }
     }
-    EXPECT_THAT(showOnConsole({"UTF16", "1", "x"}).err, testing::StartsWith("[alert] Warning: x\n"))
-        << "the UTF-16 form leaves the panel its own style";
 }
 
-TEST(Console, AsksAtTheTerminalUntilTheAnswerIsAButton) {
-    const std::string driver = std::string(MESSAGE_BOX_DRIVER) + " YesNoCancel 0 Sure?";
-    ProcessOptions options;
-    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
-    options.in = "4\nmaybe\n2\n";
-    const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
-    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("answer false\r\ncancelled true\r\n"));
+TEST(MessageBox, HasTheStyleOfItsIcon) {
+    const auto NOTE = AlertStyle::Informational, WARNING = AlertStyle::Warning;
+    for (const auto& [icon, style] : {std::pair{0, NOTE},
+                                      {1, AlertStyle::Critical},
+                                      {2, WARNING},
+                                      {3, NOTE},
+                                      {4, NOTE},
+                                      {5, WARNING},
+                                      {-1, WARNING}}) {
+        EXPECT_EQ(press(0, showOK, "x", IconType(icon)).first.style, style) << icon;
+    }
+    EXPECT_EQ(press(0, showUtf16, "x", IconError).first.style, WARNING)
+        << "the UTF-16 form leaves the panel its own style";
+    for (const char* message : {"", "\xFF\xFE"}) {
+        EXPECT_EQ(press(0, showOK, message, IconError).first.message, "");
+    }
 }
 
 }  // namespace

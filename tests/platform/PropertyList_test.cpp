@@ -22,14 +22,7 @@
 namespace {
 
 using namespace std::string_literals;
-using cv::plist::Data;
-using cv::plist::Date;
-using cv::plist::Integer;
-using cv::plist::parse;
-using cv::plist::Parsed;
-using cv::plist::Real;
-using cv::plist::toBinary;
-using cv::plist::Value;
+using namespace cv::plist;
 using Verdict = Parsed::Verdict;
 
 std::string bigEndian(std::uint64_t value) {
@@ -87,18 +80,12 @@ Content read(const std::string& bytes) {
     return std::get<Content>(parsed.root->content);
 }
 
-/// Files that are refused for the same reason.
-struct Refusals {
-    const char* reason;
-    std::vector<std::string> files;
-};
-
-void expectRefused(Verdict verdict, const std::vector<Refusals>& cases) {
-    for (const auto& [reason, files] : cases) {
+/// Expects that files are refused, each list of them for a reason.
+void expectRefused(Verdict verdict, const std::vector<std::pair<const char*, std::vector<std::string>>>& rows) {
+    for (const auto& [reason, files] : rows) {
         for (const std::string& bytes : files) {
             const Parsed parsed = parse(bytes);
-            EXPECT_FALSE(parsed.root) << bytes.substr(0, 200);
-            EXPECT_EQ(parsed.verdict, verdict) << bytes.substr(0, 200);
+            EXPECT_TRUE(!parsed.root && parsed.verdict == verdict) << bytes.substr(0, 200);
             EXPECT_THAT(parsed.reason, testing::HasSubstr(reason)) << bytes.substr(0, 200);
         }
     }
@@ -127,7 +114,7 @@ TEST(PropertyList, WhatOthersWriteIsWrittenAgainWithTheSameValuesAndTypes) {
 }
 
 TEST(PropertyList, EqualValuesAreWrittenOnceAndEverySizeIsTheSmallest) {
-    const Value root{cv::plist::Array{{true}, {Integer{1, false}}, {"a"s}, {"a"s}, {Integer{1, false}}, {true}}};
+    const Value root{Array{{true}, {Integer{1, false}}, {"a"s}, {"a"s}, {Integer{1, false}}, {true}}};
     const std::string objects = "\x09\x10\x01Qa\xA6\1\2\3\3\2\1",
                       table = "\x0D\x08\x09\x0B" + std::string(6, '\0') + "\1\1";
     EXPECT_EQ(toBinary(root), "bplist00" + objects + table + bigEndian(4) + bigEndian(0) + bigEndian(20));
@@ -140,10 +127,10 @@ TEST(PropertyList, EqualValuesAreWrittenOnceAndEverySizeIsTheSmallest) {
 TEST(PropertyList, ValuesThatCannotBeWrittenAreRefused) {
     EXPECT_THROW(toBinary({"\xC3"s}), std::invalid_argument);
     EXPECT_THROW(toBinary({"\xED\xA0\x80"s}), std::invalid_argument);
-    EXPECT_THROW(toBinary({cv::plist::Dictionary{{"\xF5", {true}}}}), std::invalid_argument);
-    Value deep{cv::plist::Array()};
-    for (unsigned depth = 1; depth <= cv::plist::MAX_DEPTH; ++depth) {
-        deep = Value{cv::plist::Array{std::move(deep)}};
+    EXPECT_THROW(toBinary({Dictionary{{"\xF5", {true}}}}), std::invalid_argument);
+    Value deep{Array()};
+    for (unsigned depth = 1; depth <= MAX_DEPTH; ++depth) {
+        deep = Value{Array{std::move(deep)}};
     }
     EXPECT_THROW(toBinary(deep), std::length_error);
 }
@@ -262,8 +249,8 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
         {"null", {binary({"\0"s})}},
         {"same key", {binary({"\xD2\0\1\0\1\0\1\0\1"s, letterA}), xml("<dict><key>a</key><true/><key>a</key><true/></dict>")}},
         {"another version", {"bplist15"}},
-        {"too deeply", {binary({"\xA1\0\0"s}), nestedBinary(cv::plist::MAX_DEPTH + 1), nestedXml(cv::plist::MAX_DEPTH + 1)}},
-        {"too large", {binary(bomb), std::string(cv::plist::MAX_FILE_SIZE + 1, ' ')}},
+        {"too deeply", {binary({"\xA1\0\0"s}), nestedBinary(MAX_DEPTH + 1), nestedXml(MAX_DEPTH + 1)}},
+        {"too large", {binary(bomb), std::string(MAX_FILE_SIZE + 1, ' ')}},
         {"document type", {"<!DOCTYPE plist [<!ENTITY a \"b\">]>" + xml("<string>&a;</string>")}},
         {"unknown encoding", {"<?xml version=\"1.0\" encoding=\"EBCDIC\"?>" + xml("<true/>")}},
         {"character that XML forbids", {xml("<string>a\x01</string>"), xml("<string>a\xEF\xBF\xBF</string>")}},
@@ -271,8 +258,8 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
         {"64 bits cannot carry", {xml("<real>1e999</real>"), xml("<real>1e-999</real>")}},
         {"attributes", {xml("<string lang=\"fr\">a</string>")}}});
     // clang-format on
-    EXPECT_TRUE(parse(nestedBinary(cv::plist::MAX_DEPTH)).root);
-    EXPECT_TRUE(parse(nestedXml(cv::plist::MAX_DEPTH)).root);
+    EXPECT_TRUE(parse(nestedBinary(MAX_DEPTH)).root);
+    EXPECT_TRUE(parse(nestedXml(MAX_DEPTH)).root);
 }
 
 TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {

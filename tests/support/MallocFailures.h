@@ -7,12 +7,11 @@
 
 namespace test {
 
-/// Memory exhaustion on demand, also in C libraries: malloc and its kin (calloc, realloc, aligned_alloc, memalign,
-/// posix_memalign), which operator new stands on, fail when they are told to.
+/// Memory exhaustion on demand, also in C libraries: malloc, calloc and realloc, which operator new stands on, fail when
+/// they are told to. Nothing here asks for memory with an alignment of its own.
 ///
-/// They are in the shared library test_malloc_failures. A program that links it, or that is started with
-/// LD_PRELOAD=libtest_malloc_failures.so, gets them for all its libraries; one that only may have been started so asks
-/// dlsym(RTLD_DEFAULT, "failMalloc"). Not for builds with a sanitizer, which brings a malloc of its own.
+/// They are in the shared library test_malloc_failures; a program that links it gets them for all its libraries. Not for
+/// builds with a sanitizer, which brings a malloc of its own.
 ///
 /// Only the allocations of the calling thread count and fail.
 extern "C" {
