@@ -7,11 +7,11 @@
 
 namespace test {
 
-/// Memory exhaustion on demand, also in C libraries: malloc, calloc and realloc, which operator new stands on, fail when
-/// they are told to. Nothing here asks for memory with an alignment of its own.
+/// Memory exhaustion on demand, also in C libraries: malloc, calloc and realloc, which operator new stands on, fail
+/// when they are told to. Nothing here asks for memory with an alignment of its own.
 ///
-/// They are in the shared library test_malloc_failures; a program that links it gets them for all its libraries. Not for
-/// builds with a sanitizer, which brings a malloc of its own.
+/// They are in the shared library test_malloc_failures; a program that links it gets them for all its libraries. Not
+/// for builds with a sanitizer, which brings a malloc of its own.
 ///
 /// Only the allocations of the calling thread count and fail.
 extern "C" {
