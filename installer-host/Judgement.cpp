@@ -9,20 +9,21 @@ namespace host {
 
 namespace {
 
-std::optional<Verdict> judgeFault(const StepResult& step) {
+std::optional<Judgement> judgeFault(const StepResult& step) {
     const std::string name = longName(step.step);
     if (step.outcome == StepResult::Outcome::Exception) {
-        return Verdict{ExitStatus::ExceptionLeftStep, "an exception of type " + step.fault + " left the " + name +
-                                                          (step.faultMessage.empty() ? "" : ": " + step.faultMessage)};
+        return Judgement{ExitStatus::ExceptionLeftStep,
+                         "an exception of type " + step.fault + " left the " + name +
+                             (step.faultMessage.empty() ? "" : ": " + step.faultMessage)};
     }
     if (step.outcome == StepResult::Outcome::Crashed) {
-        return Verdict{ExitStatus::ExceptionLeftStep, "the " + name + " ended the process: " + step.fault};
+        return Judgement{ExitStatus::ExceptionLeftStep, "the " + name + " ended the process: " + step.fault};
     }
     return std::nullopt;
 }
 
 /// What the time-out interrupted.
-std::string whatTimedOut(const Result& result) {
+std::string whatTimedOut(const RunResult& result) {
     for (const StepResult& step : result.steps) {
         if (step.outcome == StepResult::Outcome::TimedOut) {
             return std::string("was in the ") + longName(step.step);
@@ -32,7 +33,7 @@ std::string whatTimedOut(const Result& result) {
 }
 
 /// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
-bool isAllStored(const Result& result) {
+bool isAllStored(const RunResult& result) {
     const auto setsFlags = [](const StepResult& step) {
         return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
     };
@@ -44,9 +45,9 @@ bool isAllStored(const Result& result) {
     return result.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
 }
 
-Verdict judgeRun(const Result& result) {
+Judgement judgeRun(const RunResult& result) {
     for (const StepResult& step : result.steps) {
-        if (const std::optional<Verdict> fault = judgeFault(step)) {
+        if (const std::optional<Judgement> fault = judgeFault(step)) {
             return *fault;
         }
     }
@@ -70,7 +71,7 @@ Verdict judgeRun(const Result& result) {
     return {};
 }
 
-Verdict judgeCheck(const Result& result) {
+Judgement judgeCheck(const RunResult& result) {
     for (const Finding& finding : result.findings) {
         if (!finding.ok) {
             return {finding.status,
@@ -82,7 +83,7 @@ Verdict judgeCheck(const Result& result) {
 
 }  // namespace
 
-Verdict judge(const Result& result) {
+Judgement judge(const RunResult& result) {
     return result.options.command == Command::Check ? judgeCheck(result) : judgeRun(result);
 }
 

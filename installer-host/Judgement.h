@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "installer-host/Result.h"
+#include "installer-host/RunResult.h"
 
 namespace host {
 
 /// What a run or a check comes to.
-struct Verdict {
+struct Judgement {
     ExitStatus status = ExitStatus::Done;
     std::string message;  ///< for the user; empty with Done
 };
@@ -15,6 +15,6 @@ struct Verdict {
 /// Judges by the result alone. When several things went wrong, the first of this order counts: a fault in a step, the
 /// time-out, an end outside of a step, the failure bit, something that was not stored. Of a check it is the first
 /// finding that is not ok.
-Verdict judge(const Result& result);
+Judgement judge(const RunResult& result);
 
 }  // namespace host

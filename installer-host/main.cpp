@@ -25,10 +25,10 @@ void print(const std::string& text) {
     }
 }
 
-/// Says why a verdict is not a good one.
-void explain(const Verdict& verdict) {
-    if (!verdict.message.empty()) {
-        say(verdict.message);
+/// Tells the user why it did not end well.
+void explain(const Judgement& judgement) {
+    if (!judgement.message.empty()) {
+        say(judgement.message);
     }
 }
 
@@ -36,21 +36,21 @@ ExitStatus runCommand(const Plan& plan) {
     const Options& options = plan.options();
     const RootFolder root(plan.workedOn());
     const Snapshot before = takeSnapshot(root);
-    Result result = runWorker(options, plan.workedOn());
+    RunResult result = runWorker(options, plan.workedOn());
     result.changes = compare(before, takeSnapshot(root), options.verbose);
-    const Verdict verdict = judge(result);
-    explain(verdict);
-    print(options.format == Format::Json ? runJson(result, verdict.status) : runText(result));
-    return verdict.status;
+    const Judgement judgement = judge(result);
+    explain(judgement);
+    print(options.format == Format::Json ? runJson(result, judgement.status) : runText(result));
+    return judgement.status;
 }
 
 ExitStatus checkCommand(const Plan& plan) {
     const Options& options = plan.options();
-    const Result result = runWorker(options, plan.workedOn());
-    const Verdict verdict = judge(result);
+    const RunResult result = runWorker(options, plan.workedOn());
+    const Judgement judgement = judge(result);
     print(options.format == Format::Json ? checkJson(result) : checkText(result));
-    explain(verdict);
-    return verdict.status;
+    explain(judgement);
+    return judgement.status;
 }
 
 ExitStatus showCommand(const Plan& plan) {

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "installer-host/Result.h"
+#include "installer-host/Finding.h"
 
 namespace host {
 

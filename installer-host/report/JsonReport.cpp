@@ -99,7 +99,7 @@ Json changesJson(const Changes& changes) {
 
 }  // namespace
 
-std::string runJson(const Result& result, ExitStatus status) {
+std::string runJson(const RunResult& result, ExitStatus status) {
     const Options& options = result.options;
     const Installation& installation = options.installation;
     Json steps = Json::array();
@@ -107,8 +107,8 @@ std::string runJson(const Result& result, ExitStatus status) {
         steps.push_back(stepJson(step));
     }
     Json notStored = Json::array();
-    for (const NotStored& failure : result.notStored) {
-        notStored.push_back({{"what", failure.what}, {"reason", failure.reason}});
+    for (const cv::Fault& fault : result.notStored) {
+        notStored.push_back({{"what", fault.what}, {"reason", fault.reason}});
     }
     Json report{{"schema", SCHEMA},
                 {"command", "run"},
@@ -145,7 +145,7 @@ std::string showJson(const Snapshot& snapshot, const std::string& root) {
                   {"finderFlags", finder}});
 }
 
-std::string checkJson(const Result& result) {
+std::string checkJson(const RunResult& result) {
     Json list = Json::array();
     bool ok = true;
     for (const Finding& finding : result.findings) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "installer-host/Result.h"
+#include "installer-host/RunResult.h"
 
 namespace host {
 
@@ -10,8 +10,8 @@ namespace host {
 // Bytes of preferences that are no UTF-8 become U+FFFD.
 
 /// `status` is what the run comes to.
-std::string runJson(const Result& result, ExitStatus status);
-std::string checkJson(const Result& result);
+std::string runJson(const RunResult& result, ExitStatus status);
+std::string checkJson(const RunResult& result);
 
 /// `root` is empty for the machine itself.
 std::string showJson(const Snapshot& snapshot, const std::string& root);

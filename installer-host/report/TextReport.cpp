@@ -112,10 +112,10 @@ std::string finderText(const Changes& changes) {
     return text;
 }
 
-std::string problemsText(const Result& result) {
+std::string problemsText(const RunResult& result) {
     std::string text;
-    for (const NotStored& failure : result.notStored) {
-        text += "  not stored: " + escaped(failure.what) + ": " + escaped(failure.reason) + "\n";
+    for (const cv::Fault& fault : result.notStored) {
+        text += "  not stored: " + escaped(fault.what) + ": " + escaped(fault.reason) + "\n";
     }
     for (const Unreadable& unreadable : result.changes.unreadable) {
         text += "  " + sentence(unreadable) + "\n";
@@ -129,7 +129,7 @@ std::string placeText(const std::string& root) {
 
 }  // namespace
 
-std::string runText(const Result& result) {
+std::string runText(const RunResult& result) {
     const Options& options = result.options;
     std::string text = "Installation of product " + std::to_string(options.installation.product) + ", language " +
                        std::to_string(options.installation.language) + ", on " + placeText(options.root) +
@@ -141,7 +141,7 @@ std::string runText(const Result& result) {
     return text + "\n" + preferencesText(result.changes) + "\n" + finderText(result.changes) + problemsText(result);
 }
 
-std::string checkText(const Result& result) {
+std::string checkText(const RunResult& result) {
     std::string text = escaped(result.options.bundle) + "\n";
     for (const Finding& finding : result.findings) {
         text += std::string("  ") + (finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 14) +

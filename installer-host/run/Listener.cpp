@@ -61,7 +61,7 @@ public:
 
     /// The whole result, once the worker is gone. Throws the Failure that it told, or one with `refusal` when it never
     /// ran.
-    Result end(const ChildEnd& end, const std::string& refusal) {
+    RunResult end(const ChildEnd& end, const std::string& refusal) {
         if (failure_) {
             throw *failure_;
         }
@@ -115,7 +115,7 @@ private:
         }
     }
 
-    Result result_;
+    RunResult result_;
     StepResult* running_ = nullptr;
     bool isStarted_ = false;
     bool isFinished_ = false;
@@ -143,7 +143,7 @@ std::vector<std::string> workerCommand(const WorkerOrder& order) {
 
 }  // namespace
 
-Result runWorker(const Options& options, const std::string& workedOn) {
+RunResult runWorker(const Options& options, const std::string& workedOn) {
     EventPipe events;
     WorkerOrder order{events.childEnd(), options.bundle, options.installation};
     std::vector<std::string> command;

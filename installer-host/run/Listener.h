@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "installer-host/Result.h"
+#include "installer-host/RunResult.h"
 
 namespace host {
 
@@ -10,6 +10,6 @@ namespace host {
 /// tells until its end: all of it but the changes on the disk. The worker runs in the private root `workedOn`, or on
 /// the machine itself when that is empty; all paths are absolute. Throws Failure when the worker tells one or cannot be
 /// started, and Interrupted (ChildProcess.h).
-Result runWorker(const Options& options, const std::string& workedOn);
+RunResult runWorker(const Options& options, const std::string& workedOn);
 
 }  // namespace host

@@ -37,10 +37,7 @@ void fill(const InstallRoot& root) {
     fs::create_symlink("nowhere", root / "Library/dangling");
     fs::create_symlink("/Library/Preferences", root / "Applications/link");
     ASSERT_EQ(mkfifo((root / "Library/fifo").c_str(), 0640), 0);
-    const std::string inited = "0x" + std::string(16, '0') + "0100" + std::string(44, '0');
-    ASSERT_EQ(
-        run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", inited, root / "Applications/Corvane"}).exitStatus,
-        0);
+    setFinderInfo(root / "Applications/Corvane", "0x" + std::string(16, '0') + "0100" + std::string(44, '0'));
     ASSERT_EQ(run({"truncate", "-s", "5G", root / "Library/sparse"}).exitStatus, 0);
     fs::permissions(root / "Library/read-only", fs::perms::owner_read);
     fs::permissions(root / "Library/sealed", fs::perms::owner_read | fs::perms::owner_exec);
@@ -59,8 +56,6 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     EXPECT_EQ(before, after);
     EXPECT_THAT(result.out, HasSubstr("dry run"));
     EXPECT_THAT(result.out, HasSubstr("    + \"Lang\" = \"es\" (string)\n"));
-    EXPECT_THAT(result.out, HasSubstr("0x0100 (inited) -> 0x0500 (custom icon, inited)\n"));
-    EXPECT_THAT(result.out, HasSubstr("\"Old\" = true (boolean), unchanged\n"));
 
     json would = json::parse(install(root, {"--dry-run", "--format=json"}).out);
     json does = json::parse(install(root, {"--format=json"}).out);
@@ -84,7 +79,6 @@ TEST(DryRun, LeavesNoCopyBehind) {
     ASSERT_EQ(mkfifo(root.statusPath().c_str(), 0600), 0);
     const ProcessResult waiting = install(root, {"--dry-run", "--timeout=1"}, options);
     EXPECT_EQ(waiting.exitStatus, 9);
-    EXPECT_THAT(waiting.err, HasSubstr("the bundle's code was in the post-install step"));
     EXPECT_THAT(waiting.out, HasSubstr("InstalledProducts/Ambrel/CurrentVersion")) << "what was done is reported";
     const ProcessResult interrupted = run({"timeout", "-s", "INT", "2", HOST_PROGRAM, "run", "--product=5100",
                                            "--dry-run", "--root", root.path(), PLUGIN_BUNDLE},

@@ -11,11 +11,10 @@ using namespace test;
 using nlohmann::json;
 using testing::HasSubstr;
 
-ProcessResult runFaulty(const std::string& fault, std::vector<std::string> arguments,
-                        const std::string& bundle = FAULTY_BUNDLE) {
+ProcessResult runFaulty(const std::string& fault, std::vector<std::string> arguments) {
     ProcessOptions options;
     options.set = {{"PLUGIN_FAULT", fault}};
-    arguments.push_back(bundle);
+    arguments.push_back(FAULTY_BUNDLE);
     return runHost(arguments, options);
 }
 
@@ -32,8 +31,6 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
         {"refused instance", "--step=both", 4, "made no instance", ""},
         {"refused interface", "--step=both", 4, "refused the installer interface 00D5FBFE-3D3D-40E2-9DCB-92ED695834F8",
          ""},
-        {"bad_alloc", "--step=both", 5, "an exception of type std::bad_alloc left the pre-install step: std::bad_alloc",
-         "exception std::bad_alloc, not run, "},
         {"int", "--entry=direct", 5, "an exception of type int left the pre-install step\n",
          "exception int, not run, "},
         {"runtime_error", "--step=post", 5, "type std::runtime_error left the post-install step: the disk",
@@ -68,35 +65,14 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
 TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
     const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1"});
     EXPECT_EQ(result.exitStatus, 9);
-    const int process = std::stoi(result.err);  // the first that the host passes on is the step's line
+    const int process = std::stoi(result.err);
     EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;
     EXPECT_EQ(errno, ESRCH);
 }
 
-TEST(Faults, ABundleThatIsNoneIsRefused) {
-    const InstallRoot root;
-    const TempDir folder;
-    const std::string otherType = folder / "OtherType.bundle", malformed = folder / "Malformed.bundle";
-    std::string propertyList = readFile(FAULTY_BUNDLE + "/Contents/Info.plist");
-    propertyList.replace(propertyList.find("5CD9484B"), 8, "5CD9484C");
-    writeFile(otherType + "/Contents/Info.plist", propertyList);
-    writeFile(malformed + "/Contents/Info.plist", propertyList.substr(0, propertyList.size() / 2));
-    const struct {
-        std::string bundle;
-        int exitStatus;
-        const char* message;
-    } cases[] = {
-        {UNLINKED_BUNDLE, 3, "nobodyDefinesThis"},
-        {otherType, 4, "registers no factory for the installer's plug-in type 5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8"},
-        {malformed, 3, "' is no plug-in"},
-    };
-    for (const auto& c : cases) {
-        const ProcessResult result = runFaulty("", {"run", "--product=1", "--root=" + root.path()}, c.bundle);
-        EXPECT_EQ(result.exitStatus, c.exitStatus) << c.bundle;
-        EXPECT_THAT(result.err, HasSubstr(c.message));
-    }
+TEST(Faults, OfABundleAreToldByCheck) {
     const ProcessResult check = runFaulty("", {"check"});
-    EXPECT_EQ(check.exitStatus, 4) << check.err;
+    EXPECT_EQ(check.exitStatus, 4);
     EXPECT_THAT(check.err, HasSubstr("no usable installer plug-in"));
     EXPECT_THAT(check.out, HasSubstr("failed  interface     references are counted"));
 }

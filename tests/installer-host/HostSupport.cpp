@@ -45,6 +45,13 @@ json.dump({"preferences": preferences, "finder": finder}, sys.stdout))";
     return nlohmann::json::parse(result.out);
 }
 
+void setFinderInfo(const std::string& path, const std::string& value) {
+    const ProcessResult result = run({"setfattr", "-n", "user.com.apple.FinderInfo", "-v", value, path});
+    if (result.exitStatus != 0) {
+        throw std::runtime_error(result.err);
+    }
+}
+
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {
     options.unset.insert(options.unset.end(), {"DISPLAY", "WAYLAND_DISPLAY"});
     std::vector<std::string> command{HOST_PROGRAM};

@@ -34,6 +34,9 @@ public:
 /// Throws std::runtime_error when it finds a file damaged.
 nlohmann::json readRoot(const std::string& path);
 
+/// Gives a file or folder Finder information, written as setfattr(1) takes it.
+void setFinderInfo(const std::string& path, const std::string& value);
+
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
 

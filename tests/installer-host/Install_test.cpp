@@ -8,8 +8,6 @@ namespace {
 
 using namespace test;
 using nlohmann::json;
-using testing::AllOf;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -20,7 +18,7 @@ namespace fs = std::filesystem;
 TEST(Install, LeavesWhatTheProductAndTheLanguageNeed) {
     const struct {
         const char* product;
-        const char* domain;  ///< empty for a code that no product has
+        const char* domain;
         const char* name;
         const char* language;
         const char* text;
@@ -35,7 +33,6 @@ TEST(Install, LeavesWhatTheProductAndTheLanguageNeed) {
         {"7700", "com.corvane.audioplugins.AmbrelLite", "Ambrel Lite", "-1", "en", "table"},
         {"5000", "com.corvane.clarifier", "CLR", "1", "fr", "table"},
         {"4900", "com.corvane.audioplugins.Temper", "Temper", "2", "de", "table"},
-        {"4901", "", "", "1", "", "table"},
     };
     const std::string head(16, '0'), tail(44, '0');
     const json flags{{"Corvane", head + "0400" + tail}, {"Icon\r", head + "4000" + tail}};
@@ -47,47 +44,11 @@ TEST(Install, LeavesWhatTheProductAndTheLanguageNeed) {
                                               c.language, "--entry", c.entry, PLUGIN_BUNDLE});
         EXPECT_EQ(result.exitStatus, 0);
         EXPECT_EQ(result.err, "");
-        json preferences = json::object();
-        if (*c.domain != '\0') {
-            const std::string version = std::string("InstalledProducts/") + c.name + "/CurrentVersion";
-            preferences["com.corvane.updater"] = {{version, {"str", "1.00"}}, {"UpdateInterval", {"int", 2}}};
-            preferences[c.domain] = {{"Lang", {"str", c.text}}};
-        }
+        const std::string version = std::string("InstalledProducts/") + c.name + "/CurrentVersion";
+        const json updater{{version, {"str", "1.00"}}, {"UpdateInterval", {"int", 2}}};
+        const json preferences{{"com.corvane.updater", updater}, {c.domain, {{"Lang", {"str", c.text}}}}};
         EXPECT_EQ(readRoot(root.path()), json({{"preferences", preferences}, {"finder", flags}}));
     }
-}
-
-TEST(Install, ReportsWhatChanged) {
-    const InstallRoot root;
-    root.makeVendorFolder();
-    root.writeStatus("UpdatesEnabled\n");
-    const ProcessResult result = install(root, {"--language", "1"});
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_THAT(result.out, EndsWith(R"(
-Steps
-  pre-install step  done; resultFlags 0x00000000, unchanged
-  post-install step done; resultFlags 0x00000000, unchanged
-
-Preferences (+ added, ~ changed, - removed)
-  com.corvane.audioplugins.Ambrel
-    + "Lang" = "fr" (string)
-  com.corvane.updater
-    + "InstalledProducts/Ambrel/CurrentVersion" = "1.00" (string)
-    + "UpdateInterval" = 2 (integer)
-
-Finder flags
-  /Applications/Corvane           0x0000 -> 0x0400 (custom icon)
-  /Applications/Corvane/Icon\r    0x0000 -> 0x4000 (invisible)
-)"));
-    const ProcessResult again = install(root, {"--language", "2"});
-    EXPECT_THAT(again.out, HasSubstr("    ~ \"Lang\" = \"fr\" (string) -> \"de\" (string)\n"));
-    EXPECT_THAT(again.out, HasSubstr("      \"UpdateInterval\" = 2 (integer), unchanged\n"));
-    EXPECT_THAT(again.out, HasSubstr("0x0400 (custom icon), unchanged\n"));
-
-    const ProcessResult shown = runHost({"show", "--root", root.path()});
-    EXPECT_EQ(shown.exitStatus, 0) << shown.err;
-    EXPECT_THAT(shown.out, AllOf(HasSubstr("    \"Lang\" = \"de\" (string)\n"),
-                                 HasSubstr("/Applications/Corvane/Icon\\r    0x4000 (invisible)\n")));
 }
 
 TEST(Install, WritesJsonWithStableKeys) {
@@ -113,24 +74,7 @@ TEST(Install, WritesJsonWithStableKeys) {
     expected["bundle"] = fs::canonical(PLUGIN_BUNDLE).string();
     expected["root"] = root.path();
     EXPECT_EQ(json::parse(install(root, {"--format", "json", "--step", "post"}).out), expected);
-}
-
-TEST(Install, RefusesABlockOfAnotherVersion) {
-    const InstallRoot root;
-    const ProcessResult result = install(root, {"--block-version=999"});
-    EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_THAT(result.out, HasSubstr("  pre-install step  failed; resultFlags 0x00000000 -> 0x00000001\n"
-                                      "  post-install step failed; resultFlags 0x00000000 -> 0x00000001\n"));
-    EXPECT_THAT(result.err, Not(HasSubstr("Unable to set"))) << "the table's entry shows no alert";
-    EXPECT_EQ(readRoot(root.path())["preferences"], json::object());
-}
-
-TEST(Install, MakesTheRootsMissingFolders) {
-    const TempDir root;
-    const ProcessResult result = runHost({"run", "--product=5100", "--root", root.path(), PLUGIN_BUNDLE});
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("/Applications/Corvane           does not exist\n"));
-    EXPECT_TRUE(fs::is_directory(root / "Applications"));
+    EXPECT_THAT(runHost({"show", "--root", root.path()}).out, HasSubstr("    \"Lang\" = \"en\" (string)\n"));
 }
 
 TEST(Install, SaysWhatIsMissing) {
@@ -143,6 +87,7 @@ TEST(Install, SaysWhatIsMissing) {
     } cases[] = {
         {{"run", "--product=5100", noBundle}, 3, "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
         {{"check", folder.path()}, 3, "no file Contents/Info.plist"},
+        {{"run", "--product=5100", UNLINKED_BUNDLE}, 3, "nobodyDefinesThis"},
         {{"run", "--product=5100", "--root", noRoot, PLUGIN_BUNDLE}, 6, "mkdir -p '" + noRoot + "'"},
         {{"show", "--root", noRoot}, 6, "mkdir -p '" + noRoot + "'"},
         {{"run"}, 2, "BUNDLE is required"},
@@ -159,9 +104,6 @@ TEST(Install, SaysWhatIsMissing) {
     const ProcessResult withoutWorker = run({alone, "check", PLUGIN_BUNDLE});
     EXPECT_EQ(withoutWorker.exitStatus, 6);
     EXPECT_THAT(withoutWorker.err, HasSubstr("'" + folder / "libexec/installer-host-worker" + "': No such file"));
-    const ProcessResult version = runHost({"--version"});
-    EXPECT_EQ(version.exitStatus, 0);
-    EXPECT_THAT(version.out, testing::StartsWith("installer-host "));
 }
 
 TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
@@ -184,8 +126,8 @@ TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
     expectRefusal(install(root), "/Library' is no folder");
 }
 
-TEST(Install, LeavesTheRestOfTheMachineAlone) {
-    const InstallRoot root;
+TEST(Install, MakesTheRootsFoldersAndLeavesTheRestOfTheMachineAlone) {
+    const TempDir root;
     ProcessOptions options;
     options.set = {{"PLUGIN_FAULT", "intruder"}};
     const ProcessResult result =
@@ -195,15 +137,14 @@ TEST(Install, LeavesTheRestOfTheMachineAlone) {
         EXPECT_THAT(result.err, HasSubstr(std::string(folder) + ": Read-only file system\n"));
     }
     EXPECT_THAT(result.err, HasSubstr("/Library: written\n"));
+    EXPECT_TRUE(fs::exists(root / "Library/installer-host-intruder"));
     EXPECT_THAT(result.out, Not(HasSubstr("written"))) << "standard output is for the report alone";
 }
 
 TEST(Check, FindsThePlugInComplete) {
-    const ProcessResult result = runHost({"check", PLUGIN_BUNDLE});
+    const ProcessResult result = runHost({"check", "--format=json", PLUGIN_BUNDLE});
     EXPECT_EQ(result.exitStatus, 0) << result.err << result.out;
-    EXPECT_THAT(result.out, HasSubstr("ok      exports       no other names\n"));
-    const json report = json::parse(runHost({"check", "--format=json", PLUGIN_BUNDLE}).out);
-    EXPECT_EQ(report["schema"], 1);
+    const json report = json::parse(result.out);
     EXPECT_EQ(report["ok"], true);
     EXPECT_EQ(report["findings"][0],
               json({{"subject", "bundle"}, {"ok", true}, {"text", "com.corvane.installer.plugin"}}));

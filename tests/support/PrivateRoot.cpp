@@ -1,17 +1,8 @@
 #include "tests/support/PrivateRoot.h"
 
 #include <algorithm>
-#include <filesystem>
-
-#include "installer-host/run/PrivateFolders.h"
 
 namespace test {
-
-PrivateRoot::PrivateRoot() {
-    for (const char* folder : host::PRIVATE_FOLDERS) {
-        std::filesystem::create_directory(host::pathInRoot(folder_.path(), folder));
-    }
-}
 
 std::vector<std::string> PrivateRoot::wrap(const std::vector<std::string>& command,
                                            const std::vector<std::string>& arguments) {

@@ -11,11 +11,9 @@
 namespace test {
 
 /// A machine of its own for one test: a /Library and an /Applications folder that only programs run through wrap() see,
-/// and that the test looks into from outside.
+/// and that the test looks into from outside. The first of them makes the two folders, if the test did not.
 class PrivateRoot {
 public:
-    PrivateRoot();
-
     /// The root's own absolute path.
     const std::string& path() const { return folder_.path(); }
 

@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "installer-host/Finding.h"
 #include "installer-host/Options.h"
 #include "installer-host/look/Changes.h"
+#include "platform/Result.h"
 
 namespace host {
 
@@ -28,20 +30,6 @@ struct StepResult {
     std::string faultMessage;                  ///< what the exception says; may be empty
 };
 
-/// Something that the bundle's code asked the system to store and that was not stored.
-struct NotStored {
-    std::string what;    ///< usually a path
-    std::string reason;  ///< to end a sentence with
-};
-
-/// One finding of `check`.
-struct Finding {
-    std::string subject;  ///< registration, exports, ...
-    bool ok = false;
-    std::string text;                      ///< what was found
-    ExitStatus status = ExitStatus::Done;  ///< what the check comes to when it is not ok
-};
-
 /// How the worker ended.
 enum class WorkerEnd {
     Finished,  ///< it did all that it was to do
@@ -50,12 +38,12 @@ enum class WorkerEnd {
 };
 
 /// All that became known in a run or a check: the judgement and the reports are made of this alone.
-struct Result {
+struct RunResult {
     Options options;  ///< what was asked for, the paths absolute
     WorkerEnd end = WorkerEnd::Finished;
     std::string endText;               ///< how the process ended that died, for example "signal 11 (...)"
     std::vector<StepResult> steps;     ///< of a run: each that was asked for
-    std::vector<NotStored> notStored;  ///< of a run
+    std::vector<cv::Fault> notStored;  ///< of a run: what the bundle's code asked for in vain
     Changes changes;                   ///< of a run
     std::vector<Finding> findings;     ///< of a check
 };
