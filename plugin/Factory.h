@@ -3,7 +3,7 @@
 #include "plugin/InstallerInterface.h"
 #include "plugin/Steps.h"
 
-/// An instance of the plug-in: the record behind the interface pointer, which is a pointer to it.
+/// An instance of the plug-in: the record that the interface pointer points to.
 struct XCodInstance {
     const XCodFunctionBlock* functionBlock;  ///< what the host calls through
     CFUUIDRef factoryID;                     ///< the factory to sign off from when the instance ends, or null; owned

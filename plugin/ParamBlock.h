@@ -5,7 +5,7 @@
 #include <type_traits>
 
 /// The installer host's parameter block: a binary interface with the host, laid out with 2-byte alignment. The host
-/// owns it, and every byte that is not named here, the bytes behind the end included: never copy, clear or assign it as
+/// owns it, and every byte that is not named here, the bytes after the end included: never copy, clear or assign it as
 /// a whole. Read the 32-bit fields by value, since a reference to one may be misaligned.
 ///
 ///     offset   0      2       4            8            12 ... 609   610

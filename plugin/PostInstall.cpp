@@ -26,8 +26,8 @@ constexpr char UPDATES_ENABLED[] = "UpdatesEnabled";
 /// The values of the updater's "UpdateInterval".
 enum UpdateInterval : SInt32 { UpdatesOff = 0, UpdatesOn = 2 };
 
-/// The size of an open file that can be read into one block. An unknown size counts as 0. A file that a 32-bit process
-/// could not hold with one byte more fails as an allocation of that size does, and so does what no vector here holds.
+/// The size of an open file that is to be read into one block; an unknown size counts as 0. Throws std::bad_alloc for a
+/// file that, with one byte more, does not fit the 4 GiB of a 32-bit process, or a vector of this one.
 unsigned int readableSize(const Util::File& file) {
     const checked_value<unsigned long long> size = file.Size();
     if (size.Value() >= std::min<unsigned long long>(0xFFFFFFFF, std::vector<char>().max_size())) {

@@ -17,7 +17,7 @@ bool acceptBlockVersion(XCodParamBlock& block) {
     if (block.version == XCOD_BLOCK_VERSION) {
         return true;
     }
-    // Both steps share this text, although one of them is no post-install step.
+    // Both steps share this text, although one of them is not a post-install step.
     UI::Native::MessageOK(nullptr, "Post Install", "Unable to set post install option keys.", false,
                           UI::Native::IconType{0});
     StopAlert(WRONG_VERSION_ALERT_ID, nullptr);

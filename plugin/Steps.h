@@ -7,7 +7,7 @@
 
 /// Registers the product with the vendor's updater, before its files are copied: stores
 /// "InstalledProducts/NAME/CurrentVersion" = "1.00" in the updater's machine-wide preferences. An unknown product
-/// stores nothing and is no failure. Whether storing worked is not checked.
+/// stores nothing, which is not a failure. Whether storing worked is not checked.
 ///
 /// A block of another version than XCOD_BLOCK_VERSION shows an alert and gets the failure bit. A null block does
 /// nothing. Reads `version` and `productCode`. May throw std::bad_alloc.

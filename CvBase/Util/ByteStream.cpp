@@ -99,7 +99,7 @@ void ByteStream::Read(unsigned int count, unsigned char* dest) {
 
 DataStream& ByteStream::operator<<(const String& text) {
     const unsigned int length = text.Length();
-    // With room for both, no length is left behind without its text.
+    // Room for both is made first, so that no length is left without its text.
     makeRoom((writeStringLength_ ? sizeof length : 0) + std::uint64_t{length});
     if (writeStringLength_) {
         *this << length;
@@ -151,7 +151,7 @@ void ByteStream::write(std::size_t count, const unsigned char* src) {
     if (position_ > buffer_.size()) {
         buffer_.resize(position_);
     }
-    // The part behind the end is appended as it is: zero bytes to write over would cost as much again.
+    // What lies past the end is appended as it is: zero bytes to write over would cost as much again.
     const std::size_t inside = std::min(count, buffer_.size() - position_);
     IPP::Copy(static_cast<unsigned int>(inside), src, buffer_.data() + position_);
     buffer_.insert(buffer_.end(), src + inside, src + count);

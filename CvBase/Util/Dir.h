@@ -15,8 +15,8 @@ namespace Util {
 /// nothing when the system refuses.
 ///
 /// The path goes to the system as FolderPath::ToString() gives it: ".." is folded in the text first, and a text that
-/// folds to a relative one means a folder in the working folder. No path is no folder, not the root. Symbolic links are
-/// followed.
+/// folds to a relative one means a folder in the working folder. No path means no folder, and not the root. Symbolic
+/// links are followed.
 class Dir {
 public:
     /// What GetDirInfo() tells of the volume that holds the folder.

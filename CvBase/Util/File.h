@@ -96,14 +96,14 @@ public:
     /// open for "a+" at 0.
     [[nodiscard]] checked_value<unsigned long long> At() const;
 
-    /// Moves to `position`, which may lie behind the end. Throws UnexpectedError when the file is not open or the
+    /// Moves to `position`, which may lie past the end. Throws UnexpectedError when the file is not open or the
     /// system refuses, as it does for 2^63 and above.
     void At(unsigned long long position);
 
     /// The size, with what is still buffered; unset when there is no path or the size cannot be read.
     [[nodiscard]] checked_value<unsigned long long> Size() const;
 
-    /// The size minus the position; unset when the file is not open, either is unknown, or the position is behind the
+    /// The size minus the position; unset when the file is not open, either is unknown, or the position is past the
     /// end.
     [[nodiscard]] checked_value<unsigned long long> Remaining() const;
 

@@ -50,8 +50,8 @@ bool sendToTrash(const FSRef& item) {
                noErr;
 }
 
-/// Exchanges the contents of two files in place. False, with nothing moved, when they are no two regular files or their
-/// volume cannot do it.
+/// Exchanges the contents of two files in place. False, with nothing moved, when they are not two regular files or
+/// their volume cannot do it.
 bool exchange(const String& a, const String& b) {
     FSRef first, second;
     return makeReference(a, kFSPathMakeRefDefaultOptions, first) &&

@@ -17,7 +17,7 @@ CFTypeRef mainBundleValue(CFStringRef key) {
     return information != nullptr ? CFDictionaryGetValue(reinterpret_cast<CFDictionaryRef>(information), key) : nullptr;
 }
 
-/// The same as text; empty when there is no value or it is no text.
+/// The same as text; empty when there is no value or it is not a text.
 String mainBundleText(CFStringRef key) {
     const CFTypeRef value = mainBundleValue(key);
     if (value == nullptr || CFGetTypeID(value) != CFStringGetTypeID()) {

@@ -17,8 +17,8 @@ namespace Util {
 [[nodiscard]] String GetCurrentProcessName();
 
 /// The name to show to the user: CFBundleDisplayName of the main bundle, else its CFBundleName, else the process name.
-/// A value that is empty, or no text, counts as missing. Needs an autorelease pool of the caller's, as the next one
-/// does.
+/// A value that is empty, or is not a text, counts as missing. Needs an autorelease pool of the caller's, as the next
+/// one does.
 [[nodiscard]] String GetCurrentProcessDisplayName();
 
 /// CFBundleVersion of the main bundle; empty when it has none.

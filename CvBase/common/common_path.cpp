@@ -46,7 +46,7 @@ String absoluteText(const String& path) {
     return path.SimplifyWhiteSpace().IsEmpty() ? String() : convertRelative(path);
 }
 
-/// Makes every run of slashes one slash, but for the two that a network path begins with.
+/// Makes every run of slashes one slash, except the two that a network path begins with.
 void collapseSlashes(std::string& text) {
     const std::size_t kept = text.compare(0, 2, "//") == 0 ? 2 : 0;
     const auto bothSlashes = [](char a, char b) { return a == '/' && b == '/'; };

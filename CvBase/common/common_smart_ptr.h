@@ -110,8 +110,9 @@ public:
         if (count_ == nullptr) {
             return;
         }
+        const bool isLast = Sharing::remove(*count_);
         volatile unsigned int* const count = std::exchange(count_, nullptr);
-        if (Sharing::remove(*count)) {
+        if (isLast) {
             Sharing::destroy(pointer_);
             delete count;
         }

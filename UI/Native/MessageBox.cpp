@@ -52,8 +52,8 @@ void addButtons(const Panel& panel, std::initializer_list<CFStringRef> titles) {
     }
 }
 
-/// The one panel behind the String forms. True for the first button. With `cancelled`, which adds a "Cancel" to "Yes"
-/// and "No", that tells the second button from the third.
+/// The one panel that all the String forms show. True for the first button. With `cancelled`, which adds a "Cancel" to
+/// "Yes" and "No", that tells the second button from the third.
 bool standardAlertDialog(const String& message, IconType icon, bool okCancel, bool yesNo, bool /*focus*/,
                          bool* cancelled, bool retry) {
     okCancel = okCancel || yesNo || retry;

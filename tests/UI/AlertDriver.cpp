@@ -1,25 +1,21 @@
 // Shows one alert, or two of them with TWICE, and prints the answers and what alerts have changed in the program:
 //
-//     AlertDriver [TWICE | IGNORE_CHILDREN | REAP_CHILDREN] MESSAGE BUTTON...
+//     AlertDriver [TWICE | IGNORE_CHILDREN | REAP_CHILDREN | NOTE | ERROR] MESSAGE BUTTON...
+//
+// Without NOTE and ERROR, it is a warning.
 
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "platform/Alert/Alert.h"
+#include "tests/support/Process.h"
 
 namespace {
-
-std::ptrdiff_t countDescriptors() {
-    const std::filesystem::directory_iterator files("/proc/self/fd");
-    return std::distance(begin(files), end(files));
-}
 
 /// As programs do that have many children and want to know of none.
 void reapAll(int) {
@@ -32,21 +28,22 @@ void reapAll(int) {
 int main(int argc, char** argv) {
     std::vector<std::string> arguments(argv + 1, argv + argc);
     const std::string first = arguments.at(0);
-    const bool isMode = first == "TWICE" || first == "IGNORE_CHILDREN" || first == "REAP_CHILDREN";
-    if (isMode) {
+    const auto is = [&first](const char* mode) { return first == mode; };
+    if (is("TWICE") || is("IGNORE_CHILDREN") || is("REAP_CHILDREN") || is("NOTE") || is("ERROR")) {
         arguments.erase(arguments.begin());
     }
-    if (first == "IGNORE_CHILDREN") {
-        std::signal(SIGCHLD, SIG_IGN);
-    } else if (first == "REAP_CHILDREN") {
-        std::signal(SIGCHLD, reapAll);
+    if (is("IGNORE_CHILDREN") || is("REAP_CHILDREN")) {
+        std::signal(SIGCHLD, is("REAP_CHILDREN") ? reapAll : SIG_IGN);
     }
-    const std::ptrdiff_t descriptors = countDescriptors();
-    const cv::Alert alert{arguments.at(0), cv::AlertStyle::Warning, {arguments.begin() + 1, arguments.end()}};
-    for (int i = 0; i < (first == "TWICE" ? 2 : 1); ++i) {
+    const auto style = is("NOTE")    ? cv::AlertStyle::Informational
+                       : is("ERROR") ? cv::AlertStyle::Critical
+                                     : cv::AlertStyle::Warning;
+    const std::size_t descriptors = test::openDescriptors();
+    const cv::Alert alert{arguments.at(0), style, {arguments.begin() + 1, arguments.end()}};
+    for (int i = 0; i < (is("TWICE") ? 2 : 1); ++i) {
         std::printf("answer %zu\n", cv::runAlert(alert));
     }
-    if (std::string(std::setlocale(LC_ALL, nullptr)) != "C" || countDescriptors() != descriptors) {
+    if (std::string(std::setlocale(LC_ALL, nullptr)) != "C" || test::openDescriptors() != descriptors) {
         std::puts("the locale or the descriptors are not what they were");
     }
     return 0;

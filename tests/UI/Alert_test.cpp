@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "tests/UI/AlertUser.h"
 #include "tests/support/TempDir.h"
@@ -39,7 +40,7 @@ struct Course {
     const char* name;
     Strings buttons, actions;
     std::string expected;
-    Strings options, mode;
+    Strings options{}, mode{};
 };
 
 class AlertCourse : public testing::TestWithParam<Course> {};
@@ -54,61 +55,43 @@ const std::string LOST =
     "error alert: lost before it was answered: the other side closed the socket without an answer; ";
 const Strings MANAGED{"--window-manager"};
 
-INSTANTIATE_TEST_SUITE_P(
-    All, AlertCourse,
-    testing::Values(
-        Course{"Return", RETRY, {"key:Return"}, "answer 0\nexit 0\n", {}, {}},
-        Course{"KeypadEnter", RETRY, {"key:KP_Enter"}, "answer 0\nexit 0\n", {}, {}},
-        Course{"Space", RETRY, {"key:space"}, "answer 0\nexit 0\n", {}, {}},
-        Course{"TabAndSpace",
-               RETRY,
-               {"key:Tab", "key:Tab", "key:space"},
-               "still up\nstill up\nanswer 2\nexit 0\n",
-               {},
-               {}},
-        Course{"EscapeIsTheFirstCancel", RETRY, {"key:Escape"}, "answer 1\nexit 0\n", {}, {}},
-        Course{"EscapeNeedsACancel", YES_NO, {"key:Escape", "click:1"}, "still up\nanswer 1\nexit 0\n", {}, {}},
-        Course{"ButtonOfTheSameTitle", RETRY, {"click:3"}, "answer 3\nexit 0\n", {}, {}},
-        Course{"PointerThatWasThereBefore",
-               RETRY,
-               {"click:1", "next", "press"},
-               "answer 1\nanswer 1\nexit 0\n",
-               {},
-               {"TWICE"}},
-        Course{"ReturnWithWindowManager", RETRY, {"key:Return"}, "answer 0\nexit 0\n", MANAGED, {}},
-        Course{"ClickWithWindowManager", RETRY, {"click:2"}, "answer 2\nexit 0\n", MANAGED, {}},
-        Course{"CloseIsTheFirstCancel", RETRY, {"key:ctrl+alt+Escape"}, "answer 1\nexit 0\n", MANAGED, {}},
-        Course{"CloseNeedsACancel",
-               OK,
-               {"key:ctrl+alt+Escape", "key:Return"},
-               "still up\nanswer 0\nexit 0\n",
-               MANAGED,
-               {}},
-        Course{"Terminated", YES_NO, {"signal:TERM"}, "exit -15\n", {}, {}},
-        Course{"Interrupted", YES_NO, {"signal:INT"}, "exit -2\n", {}, {}},
-        Course{"PanelKilled", RETRY, {"kill"}, "answer 1\nexit 0\n" + LOST + "taking 'Cancel'\n", {}, {}},
-        Course{"PanelKilledWithoutCancel", YES_NO, {"kill"}, "answer 1\nexit 0\n" + LOST + "taking 'No'\n", {}, {}},
-        Course{"ChildrenIgnored", YES_NO, {"click:1"}, "answer 1\nexit 0\n", {}, {"IGNORE_CHILDREN"}},
-        Course{"ChildrenReaped", YES_NO, {"click:1"}, "answer 1\nexit 0\n", {}, {"REAP_CHILDREN"}}),
-    [](const auto& parameter) { return parameter.param.name; });
+// clang-format off
+const Course COURSES[] = {
+    {"Return", RETRY, {"key:Return"}, "answer 0\nexit 0\n"},
+    {"KeypadEnter", RETRY, {"key:KP_Enter"}, "answer 0\nexit 0\n"},
+    {"Space", RETRY, {"key:space"}, "answer 0\nexit 0\n"},
+    {"TabAndSpace", RETRY, {"key:Tab", "key:Tab", "key:space"}, "still up\nstill up\nanswer 2\nexit 0\n"},
+    {"EscapeIsTheFirstCancel", RETRY, {"key:Escape"}, "answer 1\nexit 0\n"},
+    {"EscapeNeedsACancel", YES_NO, {"key:Escape", "click:1"}, "still up\nanswer 1\nexit 0\n"},
+    {"ButtonOfTheSameTitle", RETRY, {"click:3"}, "answer 3\nexit 0\n"},
+    {"PointerThatWasThereBefore", RETRY, {"click:1", "next", "press"}, "answer 1\nanswer 1\nexit 0\n", {}, {"TWICE"}},
+    {"ReturnWithWindowManager", RETRY, {"key:Return"}, "answer 0\nexit 0\n", MANAGED},
+    {"ClickWithWindowManager", RETRY, {"click:2"}, "answer 2\nexit 0\n", MANAGED},
+    {"CloseIsTheFirstCancel", RETRY, {"key:ctrl+alt+Escape"}, "answer 1\nexit 0\n", MANAGED},
+    {"CloseNeedsACancel", OK, {"key:ctrl+alt+Escape", "key:Return"}, "still up\nanswer 0\nexit 0\n", MANAGED},
+    {"Terminated", YES_NO, {"signal:TERM"}, "exit -15\n"},
+    {"Interrupted", YES_NO, {"signal:INT"}, "exit -2\n"},
+    {"PanelKilled", RETRY, {"kill"}, "answer 1\nexit 0\n" + LOST + "taking 'Cancel'\n"},
+    {"PanelKilledWithoutCancel", YES_NO, {"kill"}, "answer 1\nexit 0\n" + LOST + "taking 'No'\n"},
+    {"ChildrenIgnored", YES_NO, {"click:1"}, "answer 1\nexit 0\n", {}, {"IGNORE_CHILDREN"}},
+    {"ChildrenReaped", YES_NO, {"click:1"}, "answer 1\nexit 0\n", {}, {"REAP_CHILDREN"}},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(All, AlertCourse, testing::ValuesIn(COURSES), [](const auto& row) { return row.param.name; });
 
 TEST(AlertText, IsWholeAndPlain) {
     const std::string special = "100% of <b>them</b> & &amp; \"twice\" $(date) a_b";
-    const struct {
-        std::string message;
-        Strings lines;
-    } ROWS[] = {{"", {}},
-                {special, {special}},
-                {"One\n\nThree", {"One\\n", "\\n", "Three"}},
-                {"\u30A4\u30F3 \U0001F600 \u00E9", {"\u30A4\u30F3 \U0001F600 \u00E9"}},
-                {"not UTF-8: \xFF.", {"not UTF-8: \uFFFD."}}};
-    for (const auto& row : ROWS) {
-        const ProcessResult result = show(row.message, OK, {"key:Return"});
-        Strings quoted;
-        for (const std::string& line : row.lines) {
-            quoted.push_back("'" + line + "'");
-        }
-        EXPECT_EQ(linesWith(result.out, "line"), quoted) << result.out << result.err;
+    // clang-format off
+    const struct { std::string message; Strings lines, mode{}; std::string title = "Alert"; } rows[] = {
+        {"", {}, {"NOTE"}, "Information"}, {special, {"'" + special + "'"}, {"ERROR"}, "Critical"},
+        {"One\n\nThree", {"'One\\n'", "'\\n'", "'Three'"}},
+        {"\u30A4\u30F3 \U0001F600 \u00E9", {"'\u30A4\u30F3 \U0001F600 \u00E9'"}}, {"not UTF-8: \xFF.", {"'not UTF-8: \uFFFD.'"}}};
+    // clang-format on
+    for (const auto& row : rows) {
+        const ProcessResult result = show(row.message, OK, {"key:Return"}, {}, row.mode);
+        EXPECT_EQ(linesWith(result.out, "alert"), Strings{row.title}) << result.out << result.err;
+        EXPECT_EQ(linesWith(result.out, "line"), row.lines);
         EXPECT_EQ(linesWith(result.out, "button"), Strings{"OK default focused"});
     }
 }
@@ -122,7 +105,13 @@ std::string joined(const Strings& lines, const std::string& separator) {
     return text;
 }
 
-TEST(AlertText, IsWrapped) {
+/// 0 when two pictures are the same, 1 when they differ.
+int difference(const std::string& one, const std::string& other) {
+    return run({"compare", "-metric", "AE", one, other, "null:"}).exitStatus;
+}
+
+// A word that is longer than a line looks as if it were several: nothing is put where it breaks.
+TEST(AlertText, IsWrappedAndBrokenWithoutHyphens) {
     std::string words;
     while (words.size() < 1000) {
         words += "These are words. ";
@@ -130,21 +119,16 @@ TEST(AlertText, IsWrapped) {
     const Strings lines = linesWith(show(words, OK, {"key:Return"}).out, "line");
     EXPECT_EQ(joined(lines, ""), words);
     EXPECT_THAT(lines.size(), testing::AllOf(testing::Ge(14U), testing::Le(20U)));
-}
 
-// A word that is longer than a line looks as if it were several: nothing is put where it breaks.
-TEST(AlertText, IsBrokenWithoutHyphens) {
     const TempDir folder;
     const auto showTo = [&](const std::string& message, const char* picture) {
         return linesWith(show(message, OK, {"picture:" + folder / picture, "key:Return"}).out, "line");
     };
     const std::string word(200, 'x');
-    const Strings lines = showTo(word, "broken.png");
-    EXPECT_EQ(joined(lines, ""), word);
-    showTo(joined(lines, "\n"), "lines.png");
-    const ProcessResult difference =
-        run({"compare", "-metric", "AE", folder / "broken.png", folder / "lines.png", "null:"});
-    EXPECT_EQ(difference.err, "0");
+    const Strings parts = showTo(word, "broken.png");
+    EXPECT_EQ(joined(parts, ""), word);
+    showTo(joined(parts, "\n"), "lines.png");
+    EXPECT_EQ(difference(folder / "broken.png", folder / "lines.png"), 0);
 }
 
 TEST(AlertText, ScrollsWhenItIsHighAndLeavesRoomForTheButtons) {
@@ -157,7 +141,7 @@ TEST(AlertText, ScrollsWhenItIsHighAndLeavesRoomForTheButtons) {
     const ProcessResult result = show(text, RETRY, actions);
     EXPECT_EQ(linesWith(result.out, "line").size(), 200U) << result.err;
     EXPECT_EQ(linesWith(result.out, "button"), (Strings{"OK default focused", "Cancel", "Retry", "Cancel"}));
-    EXPECT_EQ(run({"compare", "-metric", "AE", folder / "top.png", folder / "end.png", "null:"}).exitStatus, 1);
+    EXPECT_EQ(difference(folder / "top.png", folder / "end.png"), 1);
 }
 
 /// A copy of the port beside which there is what the test puts there.
@@ -178,6 +162,29 @@ TEST(AlertPanel, MayBeMissingOrEndAtOnce) {
     const ProcessResult ended = run({ALERT_DRIVER, "Really?", "Yes", "No"}, options);
     EXPECT_EQ(ended.out, "answer 1\n") << ended.err;
     EXPECT_THAT(ended.err, testing::StartsWith("alert: lost before it was answered: "));
+}
+
+TEST(AlertOnTheTerminal, TakesTheFirstButtonWhereNobodyCanAnswer) {
+    const std::string taken =
+        "Line 1\n[alert] Line 2\n[alert] 1 Yes   2 Cancel   3 No\n"
+        "[alert] There is no display and no terminal to ask; taking 1 Yes.\n";
+    for (const auto& [display, mode, text] :
+         {std::tuple{"", "NOTE", "[alert] Note: "},
+          {":77", "ERROR", "alert: the display does not answer; asking on the terminal\n[alert] Error: "}}) {
+        ProcessOptions options{"", "", {{"DISPLAY", display}}, {"WAYLAND_DISPLAY"}, 0};
+        const ProcessResult result = run({ALERT_DRIVER, mode, "Line 1\nLine 2", "Yes", "Cancel", "No"}, options);
+        EXPECT_EQ(result.out, "answer 0\n");
+        EXPECT_EQ(result.err, text + taken);
+    }
+}
+
+TEST(AlertOnTheTerminal, AsksUntilTheAnswerIsAButton) {
+    ProcessOptions options{"4\nmaybe\n2\n", "", {}, {"DISPLAY", "WAYLAND_DISPLAY"}, 0};
+    const std::string driver = std::string(ALERT_DRIVER) + " Sure? Yes Cancel No";
+    const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
+    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("answer 1\r\n"));
 }
 
 }  // namespace

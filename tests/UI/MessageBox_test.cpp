@@ -1,119 +1,110 @@
-// Every form of the message boxes as a real panel, answered by a real click; and on the terminal, where there is no
-// display.
+// Every form of the message boxes, with a user at the other end of the socket on which the program asks.
 
-#include <gmock/gmock.h>
+#include "UI/Native/MessageBox.h"
+
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
-#include "tests/UI/AlertUser.h"
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "CvBase/Mac/AutoreleasePool.h"
+#include "platform/Alert/AlertMessage.h"
+#include "platform/Descriptor.h"
 
 namespace {
 
-using namespace test;
+using namespace UI::Native;
+using cv::AlertStyle;
+using Box = bool (*)(const String& message, IconType icon);
 
-/// Runs the driver without a display, or with one that does not answer.
-ProcessResult showOnConsole(const Strings& driverArguments, const std::string& display = "") {
-    Strings command = {MESSAGE_BOX_DRIVER};
-    command.insert(command.end(), driverArguments.begin(), driverArguments.end());
-    ProcessOptions options;
-    options.unset = {"WAYLAND_DISPLAY"};
-    options.set = {{"DISPLAY", display}};
-    return run(command, options);
+bool g_cancelled;
+
+bool showOK(const String& message, IconType icon) {
+    return MessageOK(nullptr, "title", message, false, icon);
 }
 
-struct PanelCase {
-    const char* name;
-    const char* form;
-    Strings buttons;
-    int press;
-    const char* answer;
-    Strings cancelled;
-};
-
-class Panel : public testing::TestWithParam<PanelCase> {};
-
-TEST_P(Panel, ShowsItsTextAndButtonsAndGivesTheAnswer) {
-    const PanelCase& c = GetParam();
-    const std::string message = "Where to? \u00E0 la carte";
-    const ProcessResult result =
-        runAlertUser({"--do", "click:" + std::to_string(c.press), "--", MESSAGE_BOX_DRIVER, c.form, "0", message});
-    EXPECT_EQ(linesWith(result.out, "line"), Strings{"'" + message + "'"}) << result.out << result.err;
-    Strings buttons = c.buttons;
-    buttons.front() += " default focused";
-    EXPECT_EQ(linesWith(result.out, "button"), buttons);
-    EXPECT_EQ(linesWith(result.out, "answer"), Strings{c.answer}) << result.out;
-    EXPECT_EQ(linesWith(result.out, "cancelled"), c.cancelled);
-    EXPECT_EQ(linesWith(result.out, "error"), Strings{});
+bool showUtf16(const String& message, IconType icon) {
+    const shared_array<unsigned short> units = message.Unicode();
+    std::vector<unsigned short> vector;
+    for (std::size_t i = 0; units[i] != 0; ++i) {
+        vector.push_back(units[i]);
+    }
+    MessageOK(nullptr, {}, vector, {0x41}, false, icon);
+    MessageOK(nullptr, vector, {}, {0x41}, false, icon);
+    MessageOK(nullptr, vector, vector, {}, false, icon);
+    return true;
 }
 
-const Strings OK{"OK"}, OK_CANCEL{"OK", "Cancel"}, YES_NO{"Yes", "No"}, YES_CANCEL_NO{"Yes", "Cancel", "No"},
-    RETRY{"OK", "Cancel", "Retry", "Cancel"};
+/// Shows the box to a user who presses the button with this index once, and gives what the user saw and the program
+/// got.
+std::pair<cv::Alert, bool> press(std::size_t button, Box box, const String& message, IconType icon) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+    cv::Descriptor asking(ends[0]);
+    const cv::Descriptor showing(ends[1]);
+    setenv("CV_ALERT_SOCKET", std::to_string(asking.get()).c_str(), 1);
+    cv::Alert seen;
+    std::thread user([&] {
+        seen = cv::readAlert(showing.get()).value();
+        cv::writeAnswer(showing.get(), button);
+        EXPECT_FALSE(cv::readAlert(showing.get())) << "one alert is shown";
+    });
+    const cv::AutoreleasePool pool;
+    const bool answer = box(message, icon);
+    asking = cv::Descriptor();
+    user.join();
+    return {seen, answer};
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Forms, Panel,
-    testing::Values(PanelCase{"OK", "OK", OK, 0, "true", {}},                            //
-                    PanelCase{"Utf16", "UTF16", OK, 0, "true", {}},                      //
-                    PanelCase{"OKCancelOK", "OKCancel", OK_CANCEL, 0, "true", {}},       //
-                    PanelCase{"OKCancelCancel", "OKCancel", OK_CANCEL, 1, "false", {}},  //
-                    PanelCase{"YesNoYes", "YesNo", YES_NO, 0, "true", {}},               //
-                    PanelCase{"YesNoNo", "YesNo", YES_NO, 1, "false", {}},               //
-                    PanelCase{"YesNoCancelYes", "YesNoCancel", YES_CANCEL_NO, 0, "true", {"false"}},
-                    PanelCase{"YesNoCancelCancel", "YesNoCancel", YES_CANCEL_NO, 1, "false", {"true"}},
-                    PanelCase{"YesNoCancelNo", "YesNoCancel", YES_CANCEL_NO, 2, "false", {"false"}},
-                    PanelCase{"RetryCancelOK", "RetryCancel", RETRY, 0, "true", {}},
-                    PanelCase{"RetryCancelFirstCancel", "RetryCancel", RETRY, 1, "false", {}},
-                    PanelCase{"RetryCancelRetry", "RetryCancel", RETRY, 2, "false", {}},
-                    PanelCase{"RetryCancelSecondCancel", "RetryCancel", RETRY, 3, "false", {}}),
-    [](const auto& parameter) { return parameter.param.name; });
-
-TEST(PanelStyle, IsThatOfTheIconAndTheTextMayBeEmptyOrInvalid) {
-    const struct {
-        const char *icon, *message, *title;
-    } ROWS[] = {{"0", "", "Information"}, {"1", "(invalid UTF-8)", "Critical"}, {"2", "", "Alert"}};
-    for (const auto& row : ROWS) {
-        const ProcessResult result =
-            runAlertUser({"--do", "key:Return", "--", MESSAGE_BOX_DRIVER, "OK", row.icon, row.message});
-        EXPECT_EQ(linesWith(result.out, "alert"), Strings{row.title}) << result.out << result.err;
-        EXPECT_EQ(linesWith(result.out, "line"), Strings{});
-        EXPECT_EQ(linesWith(result.out, "answer"), Strings{"true"});
+TEST(MessageBox, ShowsItsButtonsAndGivesTheAnswer) {
+    // clang-format off
+    const struct { const char* name; Box box; std::vector<std::string> buttons; std::vector<bool> answers, cancelled{}; } rows[] = {
+        {"OK", showOK, {"OK"}, {true}}, {"UTF-16", showUtf16, {"OK"}, {true}},
+        {"OKCancel", [](const String& message, IconType icon) { return MessageOKCancel(nullptr, "", message, OKCancelFocusCancel, true, icon); },
+         {"OK", "Cancel"}, {true, false}},
+        {"YesNo", [](const String& message, IconType icon) { return MessageYesNo(nullptr, "", message, YesNoFocusNo, false, icon); },
+         {"Yes", "No"}, {true, false}},
+        {"YesNoCancel", [](const String& message, IconType icon) { return MessageYesNoCancel(g_cancelled, nullptr, "", message, YesNoCancelFocusCancel, false, icon); },
+         {"Yes", "Cancel", "No"}, {true, false, false}, {false, true, false}},
+        {"RetryCancel", [](const String& message, IconType icon) { return MessageRetryCancel(nullptr, "", message, RetryCancelFocusCancel, false, icon); },
+         {"OK", "Cancel", "Retry", "Cancel"}, {true, false, false, false}},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        for (std::size_t i = 0; i < row.buttons.size(); ++i) {
+            SCOPED_TRACE(std::string(row.name) + ": " + row.buttons[i]);
+            g_cancelled = row.cancelled.empty() || !row.cancelled[i];
+            const auto [seen, answer] = press(i, row.box, "Where to?\n\xC3\xA0 la carte", IconWarning);
+            EXPECT_EQ(seen.message, "Where to?\n\xC3\xA0 la carte");
+            EXPECT_EQ(seen.buttons, row.buttons);
+            EXPECT_EQ(answer, row.answers[i]);
+            EXPECT_TRUE(row.cancelled.empty() || g_cancelled == row.cancelled[i]);
+        }
     }
 }
 
-TEST(Console, TakesTheFirstButtonWithoutDisplayAndTerminal) {
-    const std::string taken =
-        "[alert] Warning: Line 1\n"
-        "[alert] Line 2\n"
-        "[alert] 1 Yes   2 Cancel   3 No\n"
-        "[alert] There is no display and no terminal to ask; taking 1 Yes.\n";
-    const Strings arguments{"YesNoCancel", "2", "Line 1\nLine 2"};
-    const ProcessResult result = showOnConsole(arguments);
-    EXPECT_EQ(result.out, "answer true\ncancelled false\n");
-    EXPECT_EQ(result.err, taken);
-    EXPECT_EQ(showOnConsole(arguments, ":77").err,
-              "alert: the display does not answer; asking on the terminal\n" + taken);
-}
-
-TEST(Console, ShowsTheStyleOfTheIcon) {
-    const std::vector<std::pair<const char*, const char*>> styles = {
-        {"0", "Note"}, {"1", "Error"},   {"2", "Warning"}, {"3", "Note"},
-        {"4", "Note"}, {"5", "Warning"}, {"7", "Warning"}, {"-1", "Warning"}};
-    for (const auto& [icon, style] : styles) {
-        EXPECT_THAT(showOnConsole({"OK", icon, "x"}).err,
-                    testing::StartsWith(std::string("[alert] ") + style + ": x\n"))
-            << "icon " << icon;
+TEST(MessageBox, HasTheStyleOfItsIcon) {
+    const auto NOTE = AlertStyle::Informational, WARNING = AlertStyle::Warning;
+    for (const auto& [icon, style] : {std::pair{0, NOTE},
+                                      {1, AlertStyle::Critical},
+                                      {2, WARNING},
+                                      {3, NOTE},
+                                      {4, NOTE},
+                                      {5, WARNING},
+                                      {-1, WARNING}}) {
+        EXPECT_EQ(press(0, showOK, "x", IconType(icon)).first.style, style) << icon;
     }
-    EXPECT_THAT(showOnConsole({"UTF16", "1", "x"}).err, testing::StartsWith("[alert] Warning: x\n"))
+    EXPECT_EQ(press(0, showUtf16, "x", IconError).first.style, WARNING)
         << "the UTF-16 form leaves the panel its own style";
-}
-
-TEST(Console, AsksAtTheTerminalUntilTheAnswerIsAButton) {
-    const std::string driver = std::string(MESSAGE_BOX_DRIVER) + " YesNoCancel 0 Sure?";
-    ProcessOptions options;
-    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
-    options.in = "4\nmaybe\n2\n";
-    const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
-    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("answer false\r\ncancelled true\r\n"));
+    for (const char* message : {"", "\xFF\xFE"}) {
+        EXPECT_EQ(press(0, showOK, message, IconError).first.message, "");
+    }
 }
 
 }  // namespace

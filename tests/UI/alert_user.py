@@ -114,7 +114,7 @@ def is_running(process):
     try:
         with open(f"/proc/{process}/stat") as file:
             return file.read().rpartition(")")[2].split()[0] != "Z"
-    except FileNotFoundError:
+    except (FileNotFoundError, ProcessLookupError):  # gone before it is opened, or before it is read
         return False
 
 

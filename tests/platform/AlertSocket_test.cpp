@@ -1,9 +1,9 @@
 // Alerts asked on the socket that CV_ALERT_SOCKET names, and what its other side must refuse.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
@@ -14,9 +14,11 @@
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
 #include "tests/support/StandardError.h"
+#include "tests/support/Threads.h"
 
 namespace {
 
+using namespace std::string_literals;
 using cv::Alert;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -68,51 +70,39 @@ TEST_F(AlertSocket, IsAskedFirst) {
 }
 
 TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
-    constexpr std::size_t THREADS = 8;
-    constexpr std::size_t ALERTS = 200;
+    constexpr int THREADS = 8, ALERTS = 200;
     std::thread server([&] {
         while (const std::optional<Alert> alert = cv::readAlert(showing.get())) {
             cv::writeAnswer(showing.get(), std::stoul(alert->message));
         }
     });
-    std::vector<std::thread> askers;
-    for (std::size_t i = 0; i < THREADS; ++i) {
-        askers.emplace_back([i] {
-            const Alert alert{std::to_string(i), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
-            for (std::size_t n = 0; n < ALERTS; ++n) {
-                EXPECT_EQ(cv::runAlert(alert), i);
-            }
-        });
-    }
-    for (std::thread& asker : askers) {
-        asker.join();
-    }
+    test::onThreads(THREADS, [](int number) {
+        const Alert alert{std::to_string(number), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
+        for (int n = 0; n < ALERTS; ++n) {
+            EXPECT_EQ(std::to_string(cv::runAlert(alert)), alert.message);
+        }
+    });
     asking = cv::Descriptor();
     server.join();
 }
 
 TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
-    const struct {
-        std::string answer, report;
-    } ROWS[] = {{"", "closed the socket without an answer"},
-                {std::string("CvAnswr1\1\0", 10), "sent too little"},
-                {std::string("CvAnswr1\4\0\0\0", 12), "a button that there is not"},
-                {"HTTP/1.1 200 OK", "does not speak of alerts"}};
-    for (const auto& row : ROWS) {
+    for (const auto& [answer, report] : {std::pair<std::string, const char*>{"", "closed the socket without an answer"},
+                                         {{"CvAnswr1\1\0", 10}, "sent too little"},
+                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that there is not"},
+                                         {"HTTP/1.1 200 OK", "does not speak of alerts"}}) {
         connect();
-        std::thread server([&] {
+        std::thread server([&, bytes = answer] {
             cv::readAlert(showing.get());
-            sendTo(showing, row.answer);
+            sendTo(showing, bytes);
             shutdown(showing.get(), SHUT_WR);
         });
         EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
-                    testing::AllOf(StartsWith("alert: lost"), HasSubstr(row.report), HasSubstr("taking 'Cancel'")));
+                    testing::AllOf(StartsWith("alert: lost"), HasSubstr(report), HasSubstr("taking 'Cancel'")));
         server.join();
-        EXPECT_THAT(test::errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << row.report;
+        EXPECT_THAT(test::errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
     }
-}
-
-TEST_F(AlertSocket, WithAnAnswerToNothingIsRefused) {
+    connect();
     cv::writeAnswer(showing.get(), 0);
     EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
 }
@@ -131,17 +121,13 @@ TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
     server.join();
 }
 
-TEST(AlertSocketName, IsThatOfAStreamSocket) {
-    std::array<int, 2> pipeEnds{};
-    ASSERT_EQ(pipe(pipeEnds.data()), 0);
-    const cv::Descriptor readEnd(pipeEnds[0]), writeEnd(pipeEnds[1]);
-    for (const std::string& name :
-         {std::to_string(writeEnd.get()), std::string("4096"), std::string("-1"), std::string(""), std::string("3x")}) {
+TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
+    const cv::Descriptor noSocket(open("/dev/null", O_RDWR | O_CLOEXEC));
+    for (const std::string& name : {std::to_string(noSocket.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
         EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
     }
-    unsetenv("CV_ALERT_SOCKET");
 }
 
 TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
@@ -153,16 +139,17 @@ TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
     const std::string good = request(two + number(1) + "?" + ok + ok);
     sendTo(asking, good);
     EXPECT_EQ(cv::readAlert(showing.get()).value().buttons.size(), 2U);
-    const std::string rows[] = {good.substr(0, 11),
-                                good.substr(0, good.size() - 1),
-                                "GET / HTTP/1.1\r\n\r\n",
-                                "CvAlert1" + std::string("\1\0\x10\0", 4),               // a byte too long
-                                request(number(3) + number(1) + number(0) + ok),         // no such style
-                                request(number(1) + number(0) + number(0)),              // no button
-                                request(number(1) + number(17) + number(0)),             // too many
-                                request(two + number(1) + "?" + ok),                     // a button is missing
-                                request(two + number(1) + "?" + ok + ok + ok),           // one more than it says
-                                request(two + std::string(4, '\xFF') + "?" + ok + ok)};  // a text of 4 GiB
+    // clang-format off
+    const std::string rows[] = {
+        good.substr(0, 11), good.substr(0, good.size() - 1), "GET / HTTP/1.1\r\n\r\n",
+        "CvAlert1" + std::string("\1\0\x10\0", 4),               // a byte too long
+        request(number(3) + number(1) + number(0) + ok),         // no such style
+        request(number(1) + number(0) + number(0)),              // no button
+        request(number(1) + number(17) + number(0)),             // too many
+        request(two + number(1) + "?" + ok),                     // a button is missing
+        request(two + number(1) + "?" + ok + ok + ok),           // one more than it says
+        request(two + std::string(4, '\xFF') + "?" + ok + ok)};  // a text of 4 GiB
+    // clang-format on
     for (const std::string& bytes : rows) {
         connect();
         sendTo(asking, bytes);

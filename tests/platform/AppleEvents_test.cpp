@@ -9,7 +9,9 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/CFSupport.h"
 #include "tests/support/Process.h"
+#include "tests/support/Surroundings.h"
 #include "tests/support/TempDir.h"
 
 using testing::HasSubstr;
@@ -72,10 +74,7 @@ struct MoveEvent {
 
 FSRef refTo(const std::string& path) {
     FSRef ref{};
-    EXPECT_EQ(FSPathMakeRefWithOptions(reinterpret_cast<const UInt8*>(path.c_str()),
-                                       kFSPathMakeRefDoNotFollowLeafSymlink, &ref, nullptr),
-              noErr)
-        << path;
+    EXPECT_TRUE(CFURLGetFSRef(test::url(path).get(), &ref)) << path;
     return ref;
 }
 
@@ -83,7 +82,7 @@ FSRef refTo(const std::string& path) {
 class Trash : public testing::Test {
 protected:
     Trash() {
-        setenv("HOME", home().path().c_str(), 1);
+        test::setHome(home().path());
         unsetenv("XDG_DATA_HOME");
         fs::remove_all(trash_);
         fs::remove_all(home() / "work");
@@ -104,11 +103,8 @@ protected:
 };
 
 TEST_F(Trash, RefusesAnEventWronglyMade) {
-    const struct {
-        const char* what;
-        void (*spoil)(MoveEvent&);
-        OSErr error;
-    } cases[] = {
+    // clang-format off
+    const struct { const char* what; void (*spoil)(MoveEvent&); OSErr error; } rows[] = {
         {"another application", [](MoveEvent& e) { e.target = OTHER; }, procNotFound},
         {"another identifier", [](MoveEvent& e) { e.eventID = OTHER; }, errAEEventNotHandled},
         {"no item", [](MoveEvent& e) { e.itemKey = OTHER; }, errAEDescNotFound},
@@ -119,11 +115,12 @@ TEST_F(Trash, RefusesAnEventWronglyMade) {
         {"no wait for a reply", [](MoveEvent& e) { e.mode = kAENoReply; }, paramErr},
         {"a meaningless time-out", [](MoveEvent& e) { e.timeout = -3; }, paramErr},
     };
+    // clang-format on
     const std::string path = newFile("item", "kept");
-    for (const auto& one : cases) {
+    for (const auto& row : rows) {
         MoveEvent event;
-        one.spoil(event);
-        EXPECT_EQ(event.send(refTo(path)), one.error) << one.what;
+        row.spoil(event);
+        EXPECT_EQ(event.send(refTo(path)), row.error) << row.what;
     }
     EXPECT_EQ(test::readFile(path), "kept");
     EXPECT_FALSE(fs::exists(trash_));
@@ -131,14 +128,11 @@ TEST_F(Trash, RefusesAnEventWronglyMade) {
 
 TEST_F(Trash, LeavesTheItemWhereItCannotGo) {
     const std::string path = newFile("item", "kept");
-    const FSRef ref = refTo(path);
-
-    setenv("HOME", "relative", 1);
-    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
-    unsetenv("HOME");
-    EXPECT_EQ(MoveEvent().send(ref), dirNFErr);
-    setenv("HOME", home().path().c_str(), 1);
-
+    for (const std::optional<std::string>& noHome : {std::optional<std::string>("relative"), {}}) {
+        test::setHome(noHome);
+        EXPECT_EQ(MoveEvent().send(refTo(path)), dirNFErr);
+    }
+    test::setHome(home().path());
     EXPECT_EQ(MoveEvent().send(refTo("/proc/version")), errFSUnknownCall);
     EXPECT_EQ(test::readFile(path), "kept");
 }

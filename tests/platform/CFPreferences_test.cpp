@@ -38,26 +38,29 @@ TEST_F(UserPreferences, FilesAreTheHomesOwnersAndOpenToEveryReaderWhateverTheUma
     }
 }
 
-TEST_F(UserPreferences, NumbersKeepTheirValueAndType) {
-    const std::int64_t least = INT64_MIN;
-    const double real = 0.1;
-    set("least", cv::CFReference(CFNumberCreate(nullptr, kCFNumberSInt64Type, &least)).get());
-    set("real", cv::CFReference(CFNumberCreate(nullptr, kCFNumberFloat64Type, &real)).get());
-    ASSERT_TRUE(synchronize());
-    EXPECT_EQ(python("p", file()), "{'least': -9223372036854775808, 'real': 0.1}");
-    const auto copied = copy("least");
-    std::int64_t value = 0;
-    EXPECT_TRUE(CFNumberGetValue(static_cast<CFNumberRef>(copied.get()), kCFNumberSInt64Type, &value));
-    EXPECT_EQ(value, least);
-}
-
-TEST_F(UserPreferences, TextIsKeptExactly) {
+TEST_F(UserPreferences, ValuesAreKeptExactlyBesideThoseOfOthers) {
+    const std::string others =
+        "'one': 1, 'yes': True, 'real': 1e-300, 'list': [1, [], {}, 'x', True], 'bytes': b'\\x00\\xff'";
+    for (const std::string format : {"BINARY", "XML"}) {
+        writeWithPython("{'Lang': [1, 2], " + others + "}", format);
+        setText("Lang", "fr");
+        set("least", number(INT64_MIN).get());
+        set("tenth", number(0.1).get());
+        ASSERT_TRUE(synchronize()) << format;
+        EXPECT_EQ(python("repr(p) == repr(dict(sorted({'Lang': 'fr', 'least': -2**63, 'tenth': 0.1, " + others +
+                             "}.items())))",
+                         file()),
+                  "True")
+            << format;
+        std::int64_t least = 0;
+        EXPECT_TRUE(CFNumberGetValue(static_cast<CFNumberRef>(copy("least").get()), kCFNumberSInt64Type, &least));
+        EXPECT_EQ(least, INT64_MIN);
+    }
     for (const std::u16string& text :
-         {u""s, u"\uFEFFmark"s, u"e\u0301\u00e9"s, u"\U0001F600"s, u"line\nline\r\t\x01"s, u"a\0b"s}) {
+         {u""s, u"\uFEFFe\u0301\u00e9"s, u"\U0001F600"s, u"line\nline\r\t\x01"s, u"a\0b"s}) {
         set("Text", makeString(text).get());
         ASSERT_TRUE(synchronize());
-        const auto copied = copy("Text");
-        EXPECT_EQ(units(static_cast<CFStringRef>(copied.get())), text);
+        EXPECT_EQ(units(static_cast<CFStringRef>(copy("Text").get())), text);
     }
 }
 
@@ -65,46 +68,20 @@ TEST_F(UserPreferences, ValuesOfAFileAreObjectsOfTheirTypes) {
     writeWithPython("{'yes': True, 'one': 1, 'most': 2**64-1, 'half': 0.5, 'list': [], 'dict': {'a': 1}}", "BINARY");
     EXPECT_EQ(copy("yes").get(), kCFBooleanTrue);
     EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
-    const struct {
-        const char* key;
-        CFTypeID type;
-        CFNumberType numberType;
-    } cases[] = {
-        {"yes", CFBooleanGetTypeID(), 0},
-        {"one", CFNumberGetTypeID(), kCFNumberSInt64Type},
-        {"most", CFNumberGetTypeID(), kCFNumberSInt64Type},
-        {"half", CFNumberGetTypeID(), kCFNumberFloat64Type},
-        {"list", CFArrayGetTypeID(), 0},
-        {"dict", CFDictionaryGetTypeID(), 0},
-    };
-    for (const auto& c : cases) {
-        const auto value = copy(c.key);
-        ASSERT_TRUE(value) << c.key;
-        EXPECT_EQ(CFGetTypeID(value.get()), c.type) << c.key;
-        if (c.numberType != 0) {
-            EXPECT_EQ(CFNumberGetType(static_cast<CFNumberRef>(value.get())), c.numberType) << c.key;
-        }
-        EXPECT_TRUE(CFEqual(value.get(), copy(c.key).get())) << c.key;
-    }
-}
-
-TEST_F(UserPreferences, OtherKeysKeepTheirValuesAndTypes) {
-    const std::string entries =
-        "'n': -1, 'least': -2**63, 'most': 2**63-1, 'above': 2**63, 'big': 2**64-5, 'byte': 200, 'real': 1e-300, "
-        "'whole': 1.0, 'yes': True, 'one': 1,"
-        "'text': 'é\\U0001f600', 'none': '', 'bytes': b'\\x00\\xff', 'nothing': b'', 'list': [1, [], {}, 'x', True],"
-        "'old': datetime.datetime(1900, 1, 2, 3, 4, 5, 250000), 'far': datetime.datetime(2500, 1, 1), 'dict': {'a': "
-        "{'b': 1}},"
-        "'Lang': [1, 2]";
-    const std::string list = "sorted((k, type(v), repr(v)) for k, v in p.items() if k != 'Lang')";
-    for (const std::string format : {"BINARY", "XML"}) {
-        writeWithPython("{" + entries + (format == "BINARY" ? ", 'uid': plistlib.UID(70000)}" : "}"), format);
-        const std::string before = python(list, file());
-        EXPECT_THAT(before, HasSubstr("18446744073709551611"));
-        setText("Lang", "fr");
-        ASSERT_TRUE(synchronize()) << format;
-        EXPECT_EQ(python(list, file()), before) << format;
-        EXPECT_EQ(python("p['Lang']", file()), "fr") << "a value of another type is replaced";
+    const CFTypeID NUMBER = CFNumberGetTypeID();
+    for (const auto& [key, type] : {std::pair{"yes", CFBooleanGetTypeID()},
+                                    {"one", NUMBER},
+                                    {"most", NUMBER},
+                                    {"half", NUMBER},
+                                    {"list", CFArrayGetTypeID()},
+                                    {"dict", CFDictionaryGetTypeID()}}) {
+        const auto value = copy(key);
+        ASSERT_TRUE(value) << key;
+        EXPECT_EQ(CFGetTypeID(value.get()), type) << key;
+        EXPECT_TRUE(CFEqual(value.get(), copy(key).get())) << key;
+        EXPECT_TRUE(type != NUMBER || CFNumberGetType(static_cast<CFNumberRef>(value.get())) ==
+                                          (key == "half"s ? kCFNumberFloat64Type : kCFNumberSInt64Type))
+            << key;
     }
 }
 
@@ -127,20 +104,18 @@ TEST_F(UserPreferences, TheLastCollectedValueIsStoredAndNullRemovesTheKey) {
 }
 
 TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
-    const cv::CFReference uuid(CFUUIDCreateFromString(nullptr, CFSTR("5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8")));
-    const auto half = makeString(u"a\xD800");
-    const TempDir bundles;
     std::string nested = "<string/>";
     for (int level = 0; level < 511; ++level) {
         nested = "<array>" + nested + "</array>";
     }
-    writeFile(bundles / "X.bundle/Contents/Info.plist", "<plist><dict><key>a</key>" + nested + "</dict></plist>");
-    const auto path = string(bundles / "X.bundle");
-    const cv::CFReference url(CFURLCreateWithFileSystemPath(nullptr, path.get(), kCFURLPOSIXPathStyle, true));
-    const cv::CFReference bundle(CFBundleCreate(nullptr, url.get()));
+    const TempDir bundles;
+    writeFile(bundles / "Contents/Info.plist", "<plist><dict><key>a</key>" + nested + "</dict></plist>");
+    const cv::CFReference bundle(CFBundleCreate(nullptr, url(bundles.path()).get()));
     ASSERT_TRUE(bundle);
-    const CFTypeRef deep = CFBundleGetInfoDictionary(bundle.get());
-    for (const CFTypeRef value : {CFTypeRef(uuid.get()), CFTypeRef(half.get()), deep}) {
+    const auto identifier = uuid("5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8");
+    const auto half = makeString(u"a\xD800");
+    for (const CFTypeRef value :
+         {CFTypeRef(identifier.get()), CFTypeRef(half.get()), CFTypeRef(CFBundleGetInfoDictionary(bundle.get()))}) {
         const std::string errors = errorsOf([&] { set("Bad", value); });
         EXPECT_THAT(errors, HasSubstr("\"Bad\" is refused"));
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
@@ -150,29 +125,24 @@ TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
 }
 
 TEST_F(UserPreferences, KeysDomainsAndScopesThatNameNothingAreRefused) {
-    const auto nul = makeString({u"a\0b", 3});
-    const auto half = makeString(u"a\xD800");
-    const struct {
-        CFStringRef key, domain, user, host;
-        int lines;  ///< of the three calls
-    } cases[] = {
-        {half.get(), CFSTR("x"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 1},
-        {nullptr, CFSTR("x"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 1},
-        {CFSTR("k"), CFSTR(""), kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), CFSTR("../x"), kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), nul.get(), kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), nullptr, kCFPreferencesCurrentUser, kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), CFSTR("x"), kCFPreferencesAnyUser, kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), CFSTR("x"), CFSTR("somebody"), kCFPreferencesAnyHost, 3},
-        {CFSTR("k"), CFSTR("x"), kCFPreferencesCurrentUser, nullptr, 3},
+    const auto nul = makeString({u"a\0b", 3}), half = makeString(u"a\xD800");
+    const CFStringRef USER = kCFPreferencesCurrentUser, ANY = kCFPreferencesAnyHost;
+    // clang-format off
+    const struct { CFStringRef key, domain, user, host; int lines; /* of the three calls */ } rows[] = {
+        {half.get(), CFSTR("x"), USER, ANY, 1}, {nullptr, CFSTR("x"), USER, ANY, 1},
+        {CFSTR("k"), CFSTR(""), USER, ANY, 3}, {CFSTR("k"), CFSTR("../x"), USER, ANY, 3},
+        {CFSTR("k"), nul.get(), USER, ANY, 3}, {CFSTR("k"), nullptr, USER, ANY, 3},
+        {CFSTR("k"), CFSTR("x"), kCFPreferencesAnyUser, ANY, 3},
+        {CFSTR("k"), CFSTR("x"), CFSTR("somebody"), ANY, 3}, {CFSTR("k"), CFSTR("x"), USER, nullptr, 3},
     };
-    for (const auto& c : cases) {
-        const std::string errors = errorsOf([&c] {
-            CFPreferencesSetValue(c.key, CFSTR("v"), c.domain, c.user, c.host);
-            EXPECT_EQ(CFPreferencesSynchronize(c.domain, c.user, c.host), c.lines == 1) << "nothing is to be stored";
-            EXPECT_EQ(CFPreferencesCopyValue(c.key, c.domain, c.user, c.host), nullptr);
+    // clang-format on
+    for (const auto& row : rows) {
+        const std::string errors = errorsOf([&row] {
+            CFPreferencesSetValue(row.key, CFSTR("v"), row.domain, row.user, row.host);
+            EXPECT_EQ(CFPreferencesSynchronize(row.domain, row.user, row.host), row.lines == 1) << "nothing to store";
+            EXPECT_EQ(CFPreferencesCopyValue(row.key, row.domain, row.user, row.host), nullptr);
         });
-        EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), c.lines) << errors;
+        EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), row.lines) << "row " << &row - rows << errors;
     }
     EXPECT_FALSE(fs::exists(home_ / "Library"));
 }

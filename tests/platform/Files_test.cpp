@@ -43,6 +43,16 @@ std::string attribute(const std::string& path) {
     return std::string(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
 }
 
+/// The fault that is on record for the object.
+std::string recorded(const std::string& path) {
+    for (const cv::StoreFailure& failure : cv::storeFailures()) {
+        if (failure.what == path) {
+            return (failure.wasToBeStored ? "store: " : "look: ") + failure.reason;
+        }
+    }
+    return "";
+}
+
 /// A folder with one file that holds "x".
 class Files : public testing::Test {
 protected:
@@ -62,22 +72,16 @@ TEST_F(FSPathMakeRefTest, FindsTheObjectItself) {
     fs::create_symlink("file", folder_ / "sub/link");
     fs::create_directory_symlink("sub", folder_ / "way");
     fs::create_symlink("nowhere", folder_ / "dangling");
-
-    const struct {
-        OptionBits options;
-        std::string path, found;
-    } cases[] = {
-        {0, "/sub/file///", "/sub/file"},
-        {0, "//sub/./../sub//file", "/sub/file"},
-        {0, "/way/link", "/sub/file"},
-        {0, "/way", "/sub"},
-        {kFSPathMakeRefDoNotFollowLeafSymlink, "/way/link/", "/sub/link"},
-        {kFSPathMakeRefDoNotFollowLeafSymlink, "/way", "/way"},
-        {kFSPathMakeRefDoNotFollowLeafSymlink, "/dangling", "/dangling"},
-        {kFSPathMakeRefDoNotFollowLeafSymlink, "/way/.", "/sub"},
-        {kFSPathMakeRefDoNotFollowLeafSymlink, "/sub/..", ""},
+    constexpr OptionBits FOLLOW = kFSPathMakeRefDefaultOptions, DO_NOT = kFSPathMakeRefDoNotFollowLeafSymlink;
+    // clang-format off
+    const struct { OptionBits options; std::string path, found; } rows[] = {
+        {FOLLOW, "/sub/file///", "/sub/file"}, {FOLLOW, "//sub/./../sub//file", "/sub/file"},
+        {FOLLOW, "/way/link", "/sub/file"}, {FOLLOW, "/way", "/sub"},
+        {DO_NOT, "/way/link/", "/sub/link"}, {DO_NOT, "/way", "/way"}, {DO_NOT, "/dangling", "/dangling"},
+        {DO_NOT, "/way/.", "/sub"}, {DO_NOT, "/sub/..", ""},
     };
-    for (const auto& [options, path, found] : cases) {
+    // clang-format on
+    for (const auto& [options, path, found] : rows) {
         FSRef ref{};
         Boolean isDirectory = 9;
         ASSERT_EQ(makeRef(folder_.path() + path, ref, options, &isDirectory), noErr) << path;
@@ -93,23 +97,22 @@ TEST_F(FSPathMakeRefTest, TellsWhyThereIsNoObject) {
     fs::create_symlink("nowhere", folder_ / "dangling");
     fs::create_symlink("loop", folder_ / "loop");
     const std::string& here = folder_.path();
-    const std::pair<std::string, OSStatus> cases[] = {
-        {here + "/missing", fnfErr},
-        {here + "/missing/file", dirNFErr},
-        {here + "/file/inside", dirNFErr},
-        {here + "/dangling", fnfErr},
-        {here + "/dangling/file", dirNFErr},
-        {here + "/loop", ioErr},
-        {here + "/" + std::string(256, 'n'), bdNamErr},
-        {"", paramErr},
-        {"file", paramErr},
+    const std::string longName = here + "/" + std::string(256, 'n');
+    // clang-format off
+    const struct { std::string path; OSStatus error; const char* recorded; } rows[] = {
+        {here + "/missing", fnfErr, ""}, {here + "/missing/file", dirNFErr, ""}, {here + "/file/inside", dirNFErr, ""},
+        {here + "/dangling", fnfErr, ""}, {here + "/dangling/file", dirNFErr, ""},
+        {here + "/loop", ioErr, "look: Too many levels of symbolic links"},
+        {longName, bdNamErr, "look: File name too long"}, {"", paramErr, ""}, {"file", paramErr, ""},
     };
-    for (const auto& [path, error] : cases) {
+    // clang-format on
+    for (const auto& [path, error, reason] : rows) {
         FSRef ref{1, 2, "untouched"};
         Boolean isDirectory = 9;
         EXPECT_EQ(makeRef(path, ref, 0, &isDirectory), error) << path;
         EXPECT_STREQ(ref.path, "untouched");
         EXPECT_EQ(isDirectory, 9);
+        EXPECT_EQ(recorded(path), reason) << path;
     }
     FSRef ref;
     EXPECT_EQ(makeRef(here, ref, 2), paramErr) << "an unknown option";
@@ -122,56 +125,34 @@ TEST_F(FinderInfoTest, IsZeroWhereNoneCanBeStored) {
     EXPECT_EQ(getInfo(refTo("/proc/version"), info), noErr);
     EXPECT_THAT(info.finderInfo, testing::Each(0));
     EXPECT_EQ(setInfo(refTo("/proc/self/comm"), info), errFSUnknownCall);
+    EXPECT_EQ(FSGetCatalogInfo(nullptr, 0, nullptr, nullptr, nullptr, nullptr), paramErr);
+    const FSRef ref = refTo("/");
+    EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo, nullptr, nullptr, nullptr, nullptr), paramErr);
+    EXPECT_EQ(FSGetCatalogInfo(&ref, 0x1000, &info, nullptr, nullptr, nullptr), paramErr);
 }
 
-TEST_F(FinderInfoTest, OfAWrongSizeIsAnErrorAndStays) {
-    for (const std::size_t size : {0u, 31u, 33u, 2000u}) {
+/// What became of the way to storing an object's Finder information: who fails on it is in the record, once.
+TEST_F(FinderInfoTest, OfAWrongSizeIsRecordedAndStays) {
+    const std::string reason = "its Finder information has a size other than 32 bytes";
+    const FSRef ref = refTo(file_);
+    for (const std::size_t size : {0U, 31U, 33U, 2000U}) {
         const std::string value(size, '5');
         ASSERT_EQ(setxattr(file_.c_str(), ATTRIBUTE, value.data(), size, 0), 0);
         FSCatalogInfo info;
         std::memset(&info, 0xA5, sizeof info);
-        EXPECT_EQ(getInfo(refTo(file_), info), ioErr) << size;
+        EXPECT_EQ(getInfo(ref, info), ioErr) << size;
         EXPECT_THAT(info.finderInfo, testing::Each(0xA5)) << size;
-        EXPECT_EQ(setInfo(refTo(file_), info), ioErr) << size;
+        EXPECT_EQ(recorded(ref.path), "look: " + reason);
+        EXPECT_EQ(setInfo(ref, info), ioErr) << size;
         EXPECT_EQ(attribute(file_), value);
+        EXPECT_EQ(getInfo(ref, info), ioErr);
+        EXPECT_EQ(recorded(ref.path), "store: " + reason) << "a look says no more than the storing did";
+        ASSERT_EQ(removexattr(file_.c_str(), ATTRIBUTE), 0);
+        EXPECT_EQ(getInfo(ref, info), noErr);
+        EXPECT_EQ(recorded(ref.path), "store: " + reason);
+        EXPECT_EQ(setInfo(ref, info), noErr);
+        EXPECT_EQ(recorded(ref.path), "");
     }
-}
-
-/// What became of the way to storing an object's Finder information: who fails on it is in the record, once.
-TEST_F(FinderInfoTest, ThatCannotBeReachedIsRecorded) {
-    const auto recorded = [](const std::string& path) -> std::string {
-        for (const cv::StoreFailure& failure : cv::storeFailures()) {
-            if (failure.what == path) {
-                return (failure.wasToBeStored ? "store: " : "look: ") + failure.reason;
-            }
-        }
-        return "";
-    };
-    fs::create_symlink("loop", folder_ / "loop");
-    for (const auto& [name, reason] : {std::pair<std::string, std::string>{"missing", ""},
-                                       {"file/inside", ""},
-                                       {"loop", "look: Too many levels of symbolic links"},
-                                       {std::string(256, 'n'), "look: File name too long"}}) {
-        FSRef ref;
-        EXPECT_NE(makeRef(folder_ / name, ref), noErr);
-        EXPECT_EQ(recorded(folder_ / name), reason);
-    }
-    const FSRef ref = refTo(file_);
-    const std::string path = ref.path;
-    FSCatalogInfo info{};
-    const std::string size = "its Finder information has a size other than 32 bytes";
-    ASSERT_EQ(setxattr(file_.c_str(), ATTRIBUTE, "short", 5, 0), 0);
-    EXPECT_EQ(getInfo(ref, info), ioErr);
-    EXPECT_EQ(recorded(path), "look: " + size);
-    EXPECT_EQ(setInfo(ref, info), ioErr);
-    EXPECT_EQ(recorded(path), "store: " + size);
-    EXPECT_EQ(getInfo(ref, info), ioErr);
-    EXPECT_EQ(recorded(path), "store: " + size) << "a look says no more than the storing did";
-    ASSERT_EQ(removexattr(file_.c_str(), ATTRIBUTE), 0);
-    EXPECT_EQ(getInfo(ref, info), noErr);
-    EXPECT_EQ(recorded(path), "store: " + size);
-    EXPECT_EQ(setInfo(ref, info), noErr);
-    EXPECT_EQ(recorded(path), "");
 }
 
 TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
@@ -181,7 +162,6 @@ TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
     };
     const FSRef ref = refTo(file_);
     EXPECT_EQ(FSGetCatalogInfo(&ref, 0, nullptr, nullptr, nullptr, nullptr), noErr);
-
     fs::rename(file_, folder_ / "moved");
     EXPECT_TRUE(refused(ref)) << "missing";
     test::writeFile(file_, "another");
@@ -190,47 +170,33 @@ TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
     fs::create_symlink("moved", file_);
     EXPECT_TRUE(refused(ref)) << "a link to the very object";
     EXPECT_EQ(attribute(folder_ / "moved"), "");
-
     FSRef made{};
     EXPECT_TRUE(refused(made)) << "zeros";
     std::memset(made.path, '/', sizeof made.path);
     EXPECT_TRUE(refused(made)) << "no end";
 }
 
-TEST_F(FinderInfoTest, RefusesWhatItDoesNotKnow) {
-    const FSRef ref = refTo("/");
-    FSCatalogInfo info;
-    EXPECT_EQ(FSGetCatalogInfo(nullptr, 0, nullptr, nullptr, nullptr, nullptr), paramErr);
-    EXPECT_EQ(FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo, nullptr, nullptr, nullptr, nullptr), paramErr);
-    EXPECT_EQ(FSGetCatalogInfo(&ref, 0x1000, &info, nullptr, nullptr, nullptr), paramErr);
-}
-
-TEST_F(FSExchangeObjectsTest, SwapsContentsAndIdentity) {
+TEST_F(FSExchangeObjectsTest, SwapsTwoFilesAndNothingElse) {
     test::writeFile(folder_ / "sub/b", "b");
-    const FSRef ref = refTo(file_), other = refTo(folder_ / "sub/b");
-    ASSERT_EQ(FSExchangeObjects(&ref, &other), noErr);
+    const FSRef file = refTo(file_), other = refTo(folder_ / "sub/b");
+    ASSERT_EQ(FSExchangeObjects(&file, &other), noErr);
     EXPECT_EQ(test::readFile(file_), "b");
     EXPECT_EQ(test::readFile(folder_ / "sub/b"), "x");
-    EXPECT_EQ(FSExchangeObjects(&ref, &other), errFSBadFSRef);
-    EXPECT_EQ(test::readFile(file_), "b");
-}
+    EXPECT_EQ(FSExchangeObjects(&file, &other), errFSBadFSRef) << "they are other objects now";
 
-TEST_F(FSExchangeObjectsTest, MovesNothingWhenItCannot) {
-    test::writeFile(folder_ / "other", "other");
-    fs::create_symlink("other", folder_ / "link");
+    fs::create_symlink("sub/b", folder_ / "link");
     fs::create_hard_link(file_, folder_ / "twin");
     FSRef link;
     ASSERT_EQ(makeRef(folder_ / "link", link, kFSPathMakeRefDoNotFollowLeafSymlink), noErr);
     const FSRef ref = refTo(file_), twin = refTo(folder_ / "twin"), folder = refTo(folder_.path());
     const FSRef special = refTo("/proc/version");
-
-    const std::pair<const FSRef*, OSErr> cases[] = {
+    const std::pair<const FSRef*, OSErr> rows[] = {
         {&folder, -1302}, {&link, notAFileErr}, {&special, diffVolErr}, {nullptr, paramErr}, {&twin, noErr}};
-    for (const auto& [other, error] : cases) {
-        EXPECT_EQ(FSExchangeObjects(&ref, other), error);
-        EXPECT_EQ(FSExchangeObjects(other, &ref), error);
+    for (const auto& [refused, error] : rows) {
+        EXPECT_EQ(FSExchangeObjects(&ref, refused), error);
+        EXPECT_EQ(FSExchangeObjects(refused, &ref), error);
     }
-    EXPECT_EQ(test::readFile(file_), "x");
+    EXPECT_EQ(test::readFile(file_), "b");
     EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
 }
 

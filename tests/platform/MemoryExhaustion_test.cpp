@@ -1,22 +1,18 @@
 // What becomes of property lists and preference files when any one allocation fails, or all from there on.
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <functional>
 #include <limits>
-#include <new>
 #include <optional>
 #include <string>
 
 #include "platform/Preferences/PreferenceFile.h"
 #include "platform/PropertyList/PropertyList.h"
-#include "tests/platform/PreferenceFiles.h"
 #include "tests/support/MallocFailures.h"
+#include "tests/support/PreferenceFiles.h"
 #include "tests/support/StandardError.h"
 #include "tests/support/TempDir.h"
 
@@ -35,44 +31,11 @@ const std::string XML =
     "<key>Old</key><array><integer>-5</integer><real>0.25</real><true/><date>2026-01-02T03:04:05Z</date>"
     "<data>AAECAwQFBgcICQoLDA0ODxAREhM=</data><dict/><array/></array></dict></plist>";
 
-/// What an operation may end with, as the exit status of a process.
-enum Ending { Completed, OutOfMemory, Wrong, Leaked, DoneWithoutFailure };
-
-std::size_t openDescriptors() {
-    return namesIn("/proc/self/fd").size();
-}
-
-/// Does the operation in a copy of this process, with the allocations failing; it answers whether its result is right.
-/// Returns an Ending, or another number when the copy came to a bad end.
-int attempt(unsigned long passes, unsigned long failures, const std::function<bool()>& operation) {
-    const pid_t copy = fork();
-    if (copy == 0) {
-        constexpr unsigned MAX_SECONDS = 20;
-        alarm(MAX_SECONDS);
-        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-        const std::size_t descriptors = openDescriptors();
-        int ending = Wrong;
-        failMalloc(passes, failures);
-        try {
-            ending = operation() ? Completed : Wrong;
-        } catch (const std::bad_alloc&) {
-            ending = OutOfMemory;
-        }
-        const bool isReached = endMallocFailures() > passes;
-        if (openDescriptors() != descriptors) {
-            ending = Leaked;
-        }
-        _exit(ending == Completed && !isReached ? DoneWithoutFailure : ending);
-    }
-    int status = 0;
-    waitpid(copy, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 /// Attempts the operation with its first allocation failing, then its second, and so on, and then with all from the
 /// first on failing, and so on; calls `prepare` before and `check` after each. Returns how many attempts there were.
-int exhaust(const std::function<bool()>& operation, const std::function<void()>& prepare,
-            const std::function<void()>& check) {
+int exhaust(
+    const std::function<bool()>& operation, const std::function<void()>& prepare = [] {},
+    const std::function<void()>& check = [] {}) {
     int attempts = 0;
     for (const unsigned long failures : {1UL, std::numeric_limits<unsigned long>::max()}) {
         int ending = Completed;
@@ -88,11 +51,6 @@ int exhaust(const std::function<bool()>& operation, const std::function<void()>&
         }
     }
     return attempts;
-}
-
-int exhaust(const std::function<bool()>& operation) {
-    return exhaust(
-        operation, [] {}, [] {});
 }
 
 TEST(MemoryExhaustion, IsNeverTakenForDamageInReadingAndWritingPropertyLists) {

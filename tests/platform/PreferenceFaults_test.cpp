@@ -8,12 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <thread>
-
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
 #include "tests/support/StandardError.h"
+#include "tests/support/Threads.h"
 
 namespace test {
 
@@ -24,85 +23,73 @@ using testing::HasSubstr;
 using PreferenceFaults = UserPreferences;
 
 TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
-    const std::string cases[] = {
-        "",
-        "bplist00 cut short",
-        "<plist><array/></plist>",
-        "<plist><dict><key>a</key><string>cut",
-        "<plist><dict><key>a</key><integer>2x5</integer></dict></plist>",
-    };
     int number = 0;
-    for (const std::string& bytes : cases) {
+    for (const std::string bytes : {"", "bplist00 cut short", "<plist><array/></plist>", "<plist><dict><key>a</key>"}) {
         writeFile(file(), bytes);
         setText("Lang", "fr");
-        const std::string aside = std::string(DOMAIN_NAME) + ".plist.corrupt-" + std::to_string(++number);
-        EXPECT_THAT(errorsOf([&] { EXPECT_TRUE(synchronize()) << bytes; }), HasSubstr("kept as " + aside + "\n"));
-        EXPECT_EQ(readFile(folder() + "/" + aside), bytes);
+        const std::string aside = file() + ".corrupt-" + std::to_string(++number);
+        EXPECT_THAT(errorsOf([&] { EXPECT_TRUE(synchronize()) << bytes; }),
+                    HasSubstr("kept as " + fs::path(aside).filename().string() + "\n"));
+        EXPECT_EQ(readFile(aside), bytes);
         EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
     }
-    EXPECT_EQ(namesIn(folder()).size(), std::size(cases) + 1);
-}
-
-TEST_F(PreferenceFaults, AFileThatCannotBeRewrittenWithoutLossIsLeftAlone) {
-    const std::string before = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
-    writeFile(file(), before);
-    setText("Lang", "fr");
-    EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr("a dictionary in it has the same key twice"));
-    EXPECT_EQ(readFile(file()), before);
-    fs::remove(file());
-    EXPECT_TRUE(synchronize()) << "the change was still collected";
-    EXPECT_EQ(copyText("Lang"), "fr");
+    EXPECT_EQ(namesIn(folder()).size(), 5U);
 }
 
 TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
-    fs::create_directories(folder());
-    writeFile(home_ / "target", "text");
-    fs::create_symlink(home_ / "target", file());
+    writeFile(folder() + "/target", "<plist><dict><key>Lang</key><string>de</string></dict></plist>");
+    fs::create_symlink("target", file());
+    EXPECT_EQ(copyText("Lang"), "(none)");
     setText("Lang", "fr");
-    EXPECT_EQ(copyText("Lang"), "fr");
     EXPECT_THAT(errorsOf([] { EXPECT_TRUE(synchronize()); }), HasSubstr("it is a symbolic link; kept as"));
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(file())));
-    EXPECT_EQ(fs::read_symlink(file() + ".corrupt-1"), home_ / "target");
-    EXPECT_EQ(readFile(home_ / "target"), "text");
+    EXPECT_EQ(fs::read_symlink(file() + ".corrupt-1"), "target");
+    EXPECT_EQ(python("p", folder() + "/target"), "{'Lang': 'de'}");
 }
 
-TEST_F(PreferenceFaults, APipeInTheFilesPlaceIsAnErrorAndTheChangeIsStoredLater) {
-    fs::create_directories(folder());
-    ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
-    setText("Lang", "fr");
-    EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr(file() + ": it is no regular file\n"));
-    ASSERT_EQ(cv::storeFailures().size(), 1U);
-    EXPECT_EQ(cv::storeFailures()[0].what, file());
-    EXPECT_EQ(cv::storeFailures()[0].reason, "it is no regular file");
-    fs::remove(file());
-    EXPECT_TRUE(synchronize());
-    EXPECT_TRUE(cv::storeFailures().empty());
-    EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
+TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLater) {
+    const std::string sameKey = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
+    for (const std::string reason :
+         {"it is no regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
+        fs::create_directories(folder());
+        const bool isPipe = reason == "it is no regular file";
+        if (isPipe) {
+            ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+        } else {
+            writeFile(file(), sameKey);
+        }
+        setText("Lang", "fr");
+        EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr(file() + ": " + reason));
+        ASSERT_EQ(cv::storeFailures().size(), 1U);
+        EXPECT_EQ(cv::storeFailures()[0].what, file());
+        EXPECT_THAT(cv::storeFailures()[0].reason, testing::StartsWith(reason));
+        EXPECT_TRUE(isPipe || readFile(file()) == sameKey);
+        fs::remove(file());
+        EXPECT_TRUE(synchronize());
+        EXPECT_TRUE(cv::storeFailures().empty());
+        EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
+        fs::remove(file());
+    }
 }
 
 TEST_F(PreferenceFaults, ThreadsAndProcessesThatWriteAtTheSameTimeLoseNothing) {
-    constexpr int COUNT = 20;
-    const auto inThread = [](const std::string& prefix) {
-        for (int i = 0; i < COUNT; ++i) {
-            setText(prefix + std::to_string(i), "x");
-            EXPECT_TRUE(synchronize());
-        }
-    };
-    const auto inProcess = [](const std::string& prefix) {
+    constexpr int WRITERS = 4, COUNT = 20;
+    onThreads(WRITERS, [](int number) {
+        const std::string prefix = std::to_string(number) + ".";
         std::vector<std::string> command{PREFERENCES_DRIVER, "user", DOMAIN_NAME};
         for (int i = 0; i < COUNT; ++i) {
-            command.insert(command.end(), {"set", prefix + std::to_string(i), "x", "sync"});
+            const std::string key = prefix + std::to_string(i);
+            command.insert(command.end(), {"set", key, "x", "sync"});
+            if (number >= WRITERS / 2) {
+                setText(key, "x");
+                EXPECT_TRUE(synchronize());
+            }
         }
-        const ProcessResult result = run(command);
-        EXPECT_EQ(result.out.size(), 2U * COUNT) << result.err;
-        EXPECT_EQ(result.err, "");
-    };
-    std::thread writers[] = {std::thread(inProcess, "a"), std::thread(inProcess, "b"), std::thread(inThread, "c")};
-    inThread("d");
-    for (std::thread& writer : writers) {
-        writer.join();
-    }
-    EXPECT_EQ(python("len(p)", file()), std::to_string(4 * COUNT));
+        if (number < WRITERS / 2) {
+            EXPECT_EQ(run(command).out.size(), 2U * COUNT);
+        }
+    });
+    EXPECT_EQ(python("len(p)", file()), std::to_string(WRITERS * COUNT));
     EXPECT_EQ(namesIn(folder()).size(), 1U);
 }
 
@@ -135,40 +122,34 @@ bool storeAndKill(int call) {
     return false;
 }
 
-TEST_F(PreferenceFaults, AWriterKilledBeforeAnyOfItsSystemCallsLeavesTheOldFileOrTheNewOne) {
+TEST_F(PreferenceFaults, AWriterKilledBeforeAnyOfItsSystemCallsLosesNothing) {
     setText("Old", "1");
     ASSERT_TRUE(synchronize());
-    const std::string old = readFile(file());
-    int calls = 0, changes = 0;
-    for (bool goesOn = true; goesOn; ++calls) {
-        writeFile(file(), old);
-        goesOn = storeAndKill(calls);
-        if (readFile(file()) != old) {
-            ++changes;
-            EXPECT_EQ(python("p == {'Old': '1', 'New': '2'}", file()), "True") << calls;
-        }
-        setText("Old", "1");
-        ASSERT_TRUE(synchronize());
-        EXPECT_EQ(namesIn(folder()).size(), 1U) << "leftovers are removed";
-    }
-    EXPECT_GT(changes, 1);
-    EXPECT_GT(calls - changes, 10) << "the writer was killed before it came to the end of storing";
-}
-
-TEST_F(PreferenceFaults, AWriterKilledBeforeAnyOfItsSystemCallsLosesNoDamagedFile) {
     const std::string aside = file() + ".corrupt-1";
-    int calls = 0;
-    for (bool goesOn = true; goesOn; ++calls) {
-        fs::remove_all(folder());
-        writeFile(file(), "garbage");
-        goesOn = storeAndKill(calls);
-        const bool isAside = fs::exists(aside);
-        EXPECT_EQ(readFile(isAside ? aside : file()), "garbage") << calls;
-        if (isAside && fs::exists(file())) {
-            EXPECT_EQ(python("p", file()), "{'New': '2'}") << calls;
+    for (const auto& [before, after] :
+         {std::pair<std::string, const char*>{readFile(file()), "{'New': '2', 'Old': '1'}"},
+          {"garbage", "{'New': '2'}"}}) {
+        const bool isDamaged = before == "garbage";
+        int calls = 0, changes = 0;
+        for (bool goesOn = true; goesOn; ++calls) {
+            fs::remove_all(folder());
+            writeFile(file(), before);
+            goesOn = storeAndKill(calls);
+            const bool isAside = fs::exists(aside);
+            EXPECT_TRUE(!isAside || (isDamaged && readFile(aside) == before)) << calls;
+            if (!fs::exists(file()) || readFile(file()) == before) {
+                EXPECT_NE(isAside, fs::exists(file())) << calls;
+            } else {
+                ++changes;
+                EXPECT_EQ(python("p", file()), after) << calls;
+            }
+            setText("Old", "1");
+            ASSERT_TRUE(synchronize());
+            EXPECT_EQ(namesIn(folder()).size(), isDamaged ? 2U : 1U) << "leftovers are removed";
         }
+        EXPECT_GT(changes, 1);
+        EXPECT_GT(calls - changes, 10) << "the writer was killed before it came to the end of storing";
     }
-    EXPECT_GT(calls, 10);
 }
 
 TEST_F(PreferenceFaults, OnlyLeftoversOfItsOwnAreRemoved) {

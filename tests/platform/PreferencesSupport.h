@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "tests/platform/PreferenceFiles.h"
 #include "tests/support/CFSupport.h"
+#include "tests/support/PreferenceFiles.h"
 #include "tests/support/TempDir.h"
 
 namespace test {

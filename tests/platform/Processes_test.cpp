@@ -18,11 +18,9 @@ constexpr const char* SHOW = "--gtest_filter=ShowProcessName.*";
 
 TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
     const test::TempDir folder;
-    const std::string full(255, 'n');
-    for (const auto& [name, shown] : {std::pair<std::string, std::string>{full, full},
-                                      {"na\xC3\xAFve (deleted)", "na\xC3\xAFve (deleted)"},
-                                      {"na\xEFve", ""},
-                                      {"\xED\xA0\x80", ""}}) {
+    const std::string full(255, 'n'), accented = "na\xC3\xAFve (deleted)";
+    for (const auto& [name, shown] :
+         {std::pair{full, full}, {accented, accented}, {"na\xEFve", ""}, {"\xED\xA0\x80", ""}}) {
         const std::string program = folder / name;
         fs::copy_file("/proc/self/exe", program);
         EXPECT_THAT(test::run({program, SHOW}).out, testing::HasSubstr("<" + shown + ">"));
@@ -46,14 +44,13 @@ for _ in range(17):
 shutil.copy(sys.argv[2], "program")
 program = os.open("program", os.O_RDONLY)
 os.chdir("/")
-os.execve(program, sys.argv[3:], os.environ))";
-    std::string name, shown;
-    for (int i = 0; i < 200; ++i) {
-        name += "\xC3\xA9";
-        shown += i < 127 ? "\xC3\xA9" : "";
+os.execve(program, ["\u00E9" * 200] + sys.argv[3:], os.environ))";
+    std::string shown;
+    for (int i = 0; i < 127; ++i) {
+        shown += "\xC3\xA9";
     }
     const auto result =
-        test::run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), name, SHOW});
+        test::run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
     EXPECT_THAT(result.out, testing::HasSubstr("<" + shown + ">"));
 }
 

@@ -5,12 +5,11 @@
 
 #include <cstdlib>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/Mac/CFReference.h"
 #include "tests/platform/PreferencesSupport.h"
+#include "tests/support/Threads.h"
 
 namespace test {
 
@@ -29,28 +28,22 @@ long operations() {
 /// Calls `work` with the number of the thread and of the call.
 template <typename Work>
 void onAllThreads(long calls, Work work) {
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < THREADS; ++thread) {
-        threads.emplace_back([=] {
-            for (long call = 0; call < calls; ++call) {
-                work(thread, call);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    onThreads(THREADS, [=](int thread) {
+        for (long call = 0; call < calls; ++call) {
+            work(thread, call);
+        }
+    });
 }
 
 TEST(Threads, ShareStringsAndNumbers) {
     const auto shared = string("shared");
     onAllThreads(operations(), [&shared](int thread, long call) {
         const SInt64 value = thread * 1000000L + call;
-        const CFReference number(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
+        const auto counted = number(value);
         const auto made = string(std::to_string(value));
         const auto copy = cv::retained(shared.get());
         const CFStringRef constant = CFSTR("shared");
-        if (!CFEqual(copy.get(), constant) || CFEqual(made.get(), constant) || CFEqual(number.get(), made.get()) ||
+        if (!CFEqual(copy.get(), constant) || CFEqual(made.get(), constant) || CFEqual(counted.get(), made.get()) ||
             CFHash(copy.get()) != CFHash(constant)) {
             ADD_FAILURE() << value;
         }
@@ -59,12 +52,11 @@ TEST(Threads, ShareStringsAndNumbers) {
 }
 
 TEST(Threads, MakeInstancesOfAPlugInThatComesAndGoes) {
-    const auto path = string(SAMPLE_PLUGIN);
-    const CFReference url(CFURLCreateWithFileSystemPath(nullptr, path.get(), kCFURLPOSIXPathStyle, true));
-    const CFReference factory(CFUUIDCreateFromString(nullptr, CFSTR("0D1F7AB2-6C2E-4D0B-9E44-3C1F4B0B6A01")));
-    const CFReference type(CFUUIDCreateFromString(nullptr, CFSTR("7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01")));
+    const auto place = url(SAMPLE_PLUGIN);
+    const auto factory = uuid("0D1F7AB2-6C2E-4D0B-9E44-3C1F4B0B6A01");
+    const auto type = uuid("7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01");
     onAllThreads(operations() / 20, [&](int, long) {
-        const CFReference plugIn(CFPlugInCreate(nullptr, url.get()));
+        const CFReference plugIn(CFPlugInCreate(nullptr, place.get()));
         const CFReference found(CFPlugInFindFactoriesForPlugInTypeInPlugIn(type.get(), plugIn.get()));
         for (int instance = 0; instance < 20; ++instance) {
             CFPlugInAddInstanceForFactory(factory.get());

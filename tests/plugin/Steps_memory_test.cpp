@@ -2,13 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
-#include <iterator>
-#include <new>
 #include <string>
 
 #include "CvBase/Mac/AutoreleasePool.h"
@@ -16,125 +12,92 @@
 #include "platform/StoreFailures.h"
 #include "plugin/Steps.h"
 #include "tests/support/MallocFailures.h"
+#include "tests/support/PreferenceFiles.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using cv::plist::Dictionary;
-using cv::plist::Value;
+using cv::plist::Integer;
+using Step = void (*)(XCodParamBlock*);
 
 const std::string PREFERENCES = "/Library/Preferences/";
 const std::string UPDATER = "com.corvane.updater.plist";
 const std::string PRODUCT = "com.corvane.audioplugins.Ambrel.plist";
 const std::string STATUS_FILE = "/Library/Application Support/Corvane/Updater/install_status.txt";
 
-/// How a process ended that ran a step with an allocation failing.
-enum Outcome { NothingFailed = 10, Passed = 11, Threw = 12, LeftDescriptors = 13, ForgotAFailure = 14 };
-
-std::ptrdiff_t openFiles() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-}
-
-Dictionary preferences(const std::string& name) {
+/// What the preference file holds, "KEY=VALUE;" for each key; the values that are no text are integers.
+std::string preferences(const std::string& name) {
     const auto parsed = cv::plist::parse(test::readFile(PREFERENCES + name));
     EXPECT_TRUE(parsed.root && parsed.root->dictionary() != nullptr) << name << ": " << parsed.reason;
-    return parsed.root && parsed.root->dictionary() != nullptr ? *parsed.root->dictionary() : Dictionary();
-}
-
-/// What the dictionary holds, in one line.
-std::string describe(const Dictionary& dictionary) {
     std::string text;
-    for (const auto& [key, value] : dictionary) {
-        const auto* const integer = std::get_if<cv::plist::Integer>(&value.content);
-        text += key + "=" +
-                (integer != nullptr ? std::to_string(integer->bits)
-                 : value.text()     ? *value.text()
-                                    : "?") +
-                ";";
+    for (const auto& [key, value] : parsed.root ? *parsed.root->dictionary() : Dictionary()) {
+        text +=
+            key + "=" + (value.text() ? *value.text() : std::to_string(std::get<Integer>(value.content).bits)) + ";";
     }
     return text;
 }
 
 /// Whether all that the step was to store is stored or known to be not. A status file that the C library has no memory
 /// to open cannot be read, and updates are on then.
-bool isAccountedFor(void (*step)(XCodParamBlock*)) {
-    const std::string updater = describe(preferences(UPDATER));
-    const auto has = [&updater](const char* text) { return updater.find(text) != std::string::npos; };
+bool isAccountedFor(Step step) {
+    const std::string stored = preferences(UPDATER) + preferences(PRODUCT);
+    const auto has = [&stored](const char* text) { return stored.find(text) != std::string::npos; };
     const bool hasChoice = has(has("InstallStatus") ? "UpdateInterval=2" : "UpdateInterval=0");
-    const bool isStored = step == &PreInstall
-                              ? has("CurrentVersion=1.00")
-                              : hasChoice && describe(preferences(PRODUCT)).find("Lang=fr") != std::string::npos;
-    return isStored || !cv::storeFailures().empty();
+    return (step == &PreInstall ? has("CurrentVersion=1.00") : hasChoice && has("Lang=fr")) ||
+           !cv::storeFailures().empty();
 }
 
-/// Runs the step in a process of its own with its allocation number `passes` failing.
-int runFailing(void (*step)(XCodParamBlock*), unsigned long passes) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(20);
+/// Runs the step in a process of its own with its allocation number `passes` failing; a test::Ending, or another
+/// number.
+int runFailing(Step step, unsigned long passes) {
+    return test::attempt(passes, 1, [step] {
         XCodParamBlock block{};
         block.version = XCOD_BLOCK_VERSION;
         block.productCode = 5100;
         block.languageCode = 1;
-        int outcome = Passed;
-        const std::ptrdiff_t before = openFiles();
-        test::failMalloc(passes, 1);
-        try {
+        {
             const cv::AutoreleasePool pool;
             step(&block);
-        } catch (const std::bad_alloc&) {
-            outcome = Threw;
         }
-        const bool hasFailed = test::endMallocFailures() > passes;
-        outcome = openFiles() != before                        ? LeftDescriptors
-                  : outcome == Passed && !isAccountedFor(step) ? ForgotAFailure
-                                                               : outcome;
-        _exit(hasFailed ? outcome : NothingFailed);
-    }
-    int status = 0;
-    EXPECT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        test::endMallocFailures();
+        return isAccountedFor(step);
+    });
 }
 
 /// The preferences of a machine that had the product before, with keys of others.
 void writeOldFiles() {
     fs::remove_all(PREFERENCES);
-    const auto integer = [](std::uint64_t value) { return Value{cv::plist::Integer{value, false}}; };
-    const Dictionary updater{{"InstalledProducts/Ambrel/CurrentVersion", Value{std::string("0.90")}},
-                             {"Others", Value{std::string("text")}},
-                             {"UpdateInterval", integer(7)}};
-    test::writeFile(PREFERENCES + UPDATER, cv::plist::toBinary(Value{updater}));
-    test::writeFile(
-        PREFERENCES + PRODUCT,
-        "<plist><dict><key>Lang</key><string>de</string><key>Others</key><integer>1</integer></dict></plist>");
+    const auto write = [](const std::string& name, const std::string& entries) {
+        test::writeFile(PREFERENCES + name, "<plist><dict>" + entries + "</dict></plist>");
+    };
+    write(UPDATER,
+          "<key>InstalledProducts/Ambrel/CurrentVersion</key><string>0.90</string>"
+          "<key>Others</key><string>text</string><key>UpdateInterval</key><integer>7</integer>");
+    write(PRODUCT, "<key>Lang</key><string>de</string><key>Others</key><integer>1</integer>");
     test::writeFile(STATUS_FILE, "UpdatesDisabled");
     test::writeFile("/Applications/Corvane/Icon\r", "");
 }
 
 TEST(StepsMemory, AnAllocationThatFailsLosesNoFileAndNoKey) {
     using testing::MatchesRegex;
-    for (void (*const step)(XCodParamBlock*) : {&PreInstall, &PostInstall}) {
+    for (const Step step : {&PreInstall, &PostInstall}) {
         unsigned long tried = 0;
-        for (int outcome = Passed; outcome != NothingFailed; ++tried) {
+        for (int ending = test::Completed; ending != test::DoneWithoutFailure; ++tried) {
             writeOldFiles();
-            outcome = runFailing(step, tried);
+            ending = runFailing(step, tried);
             SCOPED_TRACE("allocation " + std::to_string(tried) + " failed");
-            SCOPED_TRACE(describe(preferences(UPDATER)) + " " + describe(preferences(PRODUCT)));
-            ASSERT_THAT(outcome, testing::AnyOf(NothingFailed, Passed, Threw));
-            ASSERT_THAT(
-                describe(preferences(UPDATER)),
-                MatchesRegex(
-                    "(InstallStatus=Error opening "
-                    "file;)?InstalledProducts/Ambrel/CurrentVersion=(0.90|1.00);Others=text;UpdateInterval=[027];"));
-            ASSERT_THAT(describe(preferences(PRODUCT)), MatchesRegex("Lang=(de|fr);Others=1;"));
-            for (const fs::directory_entry& entry : fs::directory_iterator(PREFERENCES)) {
-                ASSERT_THAT(entry.path().filename().string(), testing::AnyOf(UPDATER, PRODUCT));
-            }
+            ASSERT_THAT(ending, testing::AnyOf(test::DoneWithoutFailure, test::Completed, test::OutOfMemory));
+            ASSERT_THAT(preferences(UPDATER),
+                        MatchesRegex("(InstallStatus=Error opening file;)?InstalledProducts/Ambrel/"
+                                     "CurrentVersion=(0.90|1.00);Others=text;UpdateInterval=[027];"));
+            ASSERT_THAT(preferences(PRODUCT), MatchesRegex("Lang=(de|fr);Others=1;"));
+            ASSERT_THAT(test::namesIn(PREFERENCES), testing::ElementsAre(PRODUCT, UPDATER));
         }
         std::printf("%s: %lu allocations failed, one in each run\n", step == &PreInstall ? "PreInstall" : "PostInstall",
                     tried - 1);
+        EXPECT_GT(tried, 20U);
     }
 }
 

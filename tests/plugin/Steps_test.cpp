@@ -21,6 +21,7 @@
 #include "plugin/Catalogue.h"
 #include "plugin/Steps.h"
 #include "tests/support/CFSupport.h"
+#include "tests/support/PreferenceFiles.h"
 #include "tests/support/Process.h"
 #include "tests/support/StandardError.h"
 #include "tests/support/TempDir.h"
@@ -97,15 +98,9 @@ void runStep(Step step, std::int32_t product = AMBREL) {
     EXPECT_EQ(call(step, makeBlock(product)), 0x80000000u);
 }
 
-/// What python3's plistlib reads in a domain's preference file, as Python writes it.
+/// What Python reads in a domain's preference file.
 std::string preferences(const std::string& domain) {
-    const char* const script =
-        "import plistlib, sys; d = plistlib.load(open(sys.argv[1], 'rb')); print({k: d[k] for k in sorted(d)}, end='')";
-    return test::run({"python3", "-c", script, std::string(PREFERENCES) + "/" + domain + ".plist"}).out;
-}
-
-std::ptrdiff_t openFiles() {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    return test::python("p", std::string(PREFERENCES) + "/" + domain + ".plist");
 }
 
 class Steps : public testing::Test {
@@ -122,63 +117,52 @@ protected:
     }
 };
 
-TEST_F(Steps, ShowTheAlertForAnotherVersion) {
+TEST_F(Steps, TellOfABlockOfAnotherVersionAndIgnoreNone) {
     for (const Step step : {&PreInstall, &PostInstall}) {
+        step(nullptr);
         XCodParamBlock block = makeBlock(AMBREL);
         block.version = 999;
         const std::string shown = test::errorsOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
         EXPECT_THAT(shown,
                     testing::StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
         EXPECT_THAT(shown, testing::EndsWith("\nStopAlert 5000\n")) << "the dialog's alert comes after the panel";
-        EXPECT_FALSE(fs::exists(PREFERENCES));
     }
-}
-
-TEST_F(Steps, IgnoreANullBlock) {
-    PreInstall(nullptr);
-    PostInstall(nullptr);
     EXPECT_FALSE(fs::exists(PREFERENCES));
 }
 
 TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
-    const std::string on = "UpdatesEnabled" + std::string(2986, '\n');
-    const std::string enabled = "{'UpdateInterval': 2}";
-    const std::string disabled = "{'UpdateInterval': 0}";
-    const auto failed = [](const std::string& message) {
-        return "{'InstallStatus': '" + message + "', 'UpdateInterval': 2}";
+    using std::string;
+    const string on = "UpdatesEnabled" + string(2986, '\n'), large = "UpdatesEnabled" + string(1 << 20, '\0');
+    const string ENABLED = "{'UpdateInterval': 2}", DISABLED = "{'UpdateInterval': 0}";
+    const string CUT = "{'InstallStatus': 'Attempt to read 14 bytes, only read 7 bytes', 'UpdateInterval': 2}";
+    // clang-format off
+    const struct { const char* what; string content; Sizes sizes; string updater; } rows[] = {
+        {"it holds more than the word", "UpdatesEnabledAndMore", {}, ENABLED},
+        {"it holds something else", "UpdatesDisabled", {}, DISABLED},
+        {"it holds the word in lower case", "updatesenabled", {}, DISABLED},
+        {"it holds 13 bytes of the word", "UpdatesEnable", {}, DISABLED},
+        {"it is empty", "", {}, DISABLED},
+        {"it begins with a byte order mark", "\xEF\xBB\xBFUpdatesEnabled", {}, DISABLED},
+        {"it has a zero byte inside the word", string("Updates\0Enabled", 15), {}, DISABLED},
+        {"it has a zero byte after the word", string("UpdatesEnabled\0\xFF", 16), {}, ENABLED},
+        {"it is large", large, {}, ENABLED},
+        {"it grows between the two looks at its size", on, {3, 3000}, ENABLED},
+        {"it grows by one byte", on, {2999, 3000}, ENABLED},
+        {"it shrinks between them", on, {3000, 14}, ENABLED},
+        {"it shrinks below the word", on, {3000, 13}, DISABLED},
+        {"its size cannot be told", on, {std::nullopt}, DISABLED},
+        {"it is cut off after them", "Updates", {14}, CUT},
     };
-    const struct {
-        const char* what;
-        std::string content;
-        Sizes sizes;
-        std::string updater;
-    } cases[] = {
-        {"it holds more than the word", "UpdatesEnabledAndMore", {}, enabled},
-        {"it holds something else", "UpdatesDisabled", {}, disabled},
-        {"it holds the word in lower case", "updatesenabled", {}, disabled},
-        {"it holds 13 bytes of the word", "UpdatesEnable", {}, disabled},
-        {"it is empty", "", {}, disabled},
-        {"it begins with a byte order mark", "\xEF\xBB\xBFUpdatesEnabled", {}, disabled},
-        {"it has a zero byte inside the word", std::string("Updates\0Enabled", 15), {}, disabled},
-        {"it has a zero byte behind the word", std::string("UpdatesEnabled\0\xFF", 16), {}, enabled},
-        {"it is large", "UpdatesEnabled" + std::string(1 << 20, '\0'), {}, enabled},
-        {"it grows between the two looks at its size", on, {3, 3000}, enabled},
-        {"it grows by one byte", on, {2999, 3000}, enabled},
-        {"it shrinks between them", on, {3000, 14}, enabled},
-        {"it shrinks below the word", on, {3000, 13}, disabled},
-        {"its size cannot be told", on, {std::nullopt}, disabled},
-        {"it is cut off after them", "Updates", {14}, failed("Attempt to read 14 bytes, only read 7 bytes")},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
         clear();
-        test::writeFile(STATUS_FILE, c.content);
-        statusFileSizes = c.sizes;
-        const auto before = openFiles();
+        test::writeFile(STATUS_FILE, row.content);
+        statusFileSizes = row.sizes;
+        const auto before = test::openDescriptors();
         runStep(&PostInstall);
-        EXPECT_EQ(openFiles(), before);
-        EXPECT_EQ(preferences("com.corvane.updater"), c.updater);
-        EXPECT_EQ(test::readFile(STATUS_FILE), c.content);
+        EXPECT_EQ(test::openDescriptors(), before);
+        EXPECT_EQ(preferences("com.corvane.updater"), row.updater);
     }
     EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}") << "after a failure, too";
 }
@@ -190,35 +174,31 @@ TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
         static_cast<long long>(std::min<unsigned long long>(std::vector<char>().max_size(), UINT_MAX));
     for (const long long size : {mostHeld, 0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
         statusFileSizes = {size};
-        const auto before = openFiles();
+        const auto before = test::openDescriptors();
         XCodParamBlock block = makeBlock(AMBREL);
         EXPECT_THROW(PostInstall(&block), std::bad_alloc) << size;
-        EXPECT_EQ(openFiles(), before);
+        EXPECT_EQ(test::openDescriptors(), before);
     }
     EXPECT_FALSE(fs::exists(PREFERENCES)) << "nothing that comes after the file is done";
     EXPECT_EQ(getxattr(VENDOR_FOLDER, FINDER_INFO, nullptr, 0), -1);
 }
 
 TEST_F(Steps, ChangeTwoFinderFlagsAndNothingElse) {
-    const std::string head(8, 'a'), tail(22, 'b'), zeros(22, '\0');
-    const std::string cases[][3] = {
+    const std::string head(8, 'a'), tail(22, 'b');
+    const std::string rows[][3] = {
         // before, the vendor's folder afterwards, the icon file afterwards
-        {"", std::string(8, '\0') + std::string("\4\0", 2) + zeros, std::string(8, '\0') + "\x40" + '\0' + zeros},
         {head + "\xFF\xFF" + tail, head + "\xBF\xFF" + tail, head + "\xFB\xFF" + tail},
         {"no Finder information", "no Finder information", "no Finder information"},
     };
     const auto finderInfo = [](const char* path) {
-        char bytes[64];
-        const ssize_t size = getxattr(path, FINDER_INFO, bytes, sizeof bytes);
-        return size < 0 ? "" : std::string(bytes, static_cast<std::size_t>(size));
+        std::string bytes(64, '\0');
+        bytes.resize(static_cast<std::size_t>(getxattr(path, FINDER_INFO, bytes.data(), bytes.size())));
+        return bytes;
     };
-    for (const auto& [before, folder, icon] : cases) {
-        clear();
+    for (const auto& [before, folder, icon] : rows) {
         test::writeFile(ICON_FILE, "");
         for (const char* const path : {VENDOR_FOLDER, ICON_FILE}) {
-            if (!before.empty()) {
-                ASSERT_EQ(setxattr(path, FINDER_INFO, before.data(), before.size(), 0), 0);
-            }
+            ASSERT_EQ(setxattr(path, FINDER_INFO, before.data(), before.size(), 0), 0);
         }
         runStep(&PostInstall, 0);  // an unknown product: the flags are set all the same
         EXPECT_EQ(finderInfo(VENDOR_FOLDER), folder);

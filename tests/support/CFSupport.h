@@ -26,6 +26,24 @@ inline cv::CFReference<CFStringRef> string(const std::string& text) {
         CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
+inline cv::CFReference<CFNumberRef> number(SInt64 value) {
+    return cv::CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
+}
+
+inline cv::CFReference<CFNumberRef> number(double value) {
+    return cv::CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
+}
+
+inline cv::CFReference<CFUUIDRef> uuid(const std::string& text) {
+    return cv::CFReference<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, string(text).get()));
+}
+
+inline cv::CFReference<CFURLRef> url(const std::string& path, bool isDirectory = true) {
+    return cv::CFReference<CFURLRef>(
+        CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
+                                                static_cast<CFIndex>(path.size()), isDirectory));
+}
+
 /// The UTF-16 units of `string`.
 inline std::u16string units(CFStringRef string) {
     std::u16string result(static_cast<std::size_t>(CFStringGetLength(string)), u'\0');

@@ -9,7 +9,6 @@ extern "C" {
 void* __libc_malloc(std::size_t size) noexcept;
 void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
 void* __libc_realloc(void* block, std::size_t size) noexcept;
-void* __libc_memalign(std::size_t alignment, std::size_t size) noexcept;
 }
 
 namespace {
@@ -50,24 +49,6 @@ __attribute__((visibility("default"))) void* calloc(std::size_t count, std::size
 
 __attribute__((visibility("default"))) void* realloc(void* block, std::size_t size) noexcept {
     return mayPass() ? __libc_realloc(block, size) : nullptr;
-}
-
-__attribute__((visibility("default"))) void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    return mayPass() ? __libc_memalign(alignment, size) : nullptr;
-}
-
-__attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return memalign(alignment, size);
-}
-
-__attribute__((visibility("default"))) int posix_memalign(void** block, std::size_t alignment,
-                                                          std::size_t size) noexcept {
-    void* const given = memalign(alignment, size);
-    if (given == nullptr) {
-        return ENOMEM;
-    }
-    *block = given;
-    return 0;
 }
 
 }  // extern "C"

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <functional>
+#include <new>
+
+#include "tests/support/Process.h"
+
 namespace test {
 
-/// Memory exhaustion on demand, also in C libraries: malloc and its kin (calloc, realloc, aligned_alloc, memalign,
-/// posix_memalign), which operator new stands on, fail when they are told to.
+/// Memory exhaustion on demand, also in C libraries: malloc, calloc and realloc, which operator new stands on, fail
+/// when they are told to. Nothing here asks for memory with an alignment of its own.
 ///
-/// They are in the shared library test_malloc_failures. A program that links it, or that is started with
-/// LD_PRELOAD=libtest_malloc_failures.so, gets them for all its libraries; one that only may have been started so asks
-/// dlsym(RTLD_DEFAULT, "failMalloc"). Not for builds with a sanitizer, which brings a malloc of its own.
+/// They are in the shared library test_malloc_failures; a program that links it gets them for all its libraries. Not
+/// for builds with a sanitizer, which brings a malloc of its own.
 ///
 /// Only the allocations of the calling thread count and fail.
 extern "C" {
@@ -18,6 +22,28 @@ __attribute__((visibility("default"))) void failMalloc(unsigned long passes, uns
 
 /// Ends that. Returns how many allocations were tried since.
 __attribute__((visibility("default"))) unsigned long endMallocFailures();
+}
+
+/// What an operation may end with, as the exit status of a process.
+enum Ending { Completed, OutOfMemory, Wrong, Leaked, DoneWithoutFailure };
+
+/// Does the operation in a copy of this process with these allocations failing; it answers whether its result is right,
+/// and may end the failures before it looks. Returns an Ending, or another number when the copy came to a bad end.
+inline int attempt(unsigned long passes, unsigned long failures, const std::function<bool()>& operation) {
+    return endOfCopy([&]() -> int {
+        const std::size_t descriptors = openDescriptors();
+        int ending = Wrong;
+        failMalloc(passes, failures);
+        try {
+            ending = operation() ? Completed : Wrong;
+        } catch (const std::bad_alloc&) {
+            ending = OutOfMemory;
+        }
+        const bool isReached = endMallocFailures() > passes;
+        return openDescriptors() != descriptors    ? Leaked
+               : ending == Completed && !isReached ? DoneWithoutFailure
+                                                   : ending;
+    });
 }
 
 }  // namespace test

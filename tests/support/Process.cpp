@@ -1,15 +1,16 @@
 #include "tests/support/Process.h"
 
 #include <fcntl.h>
-#include <poll.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <limits>
 #include <system_error>
 
 #include "platform/Descriptor.h"
@@ -22,17 +23,22 @@ namespace {
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-struct Pipe {
-    cv::Descriptor read, write;
-    Pipe() {
-        std::array<int, 2> ends{};
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            fail("pipe2");
-        }
-        read = cv::Descriptor(ends[0]);
-        write = cv::Descriptor(ends[1]);
+/// An open file in memory, at its beginning.
+cv::Descriptor memoryFile(const std::string& bytes) {
+    cv::Descriptor file(memfd_create("test", MFD_CLOEXEC));
+    if (!file.isOpen() || cv::writeAll(file.get(), bytes) != 0 || lseek(file.get(), 0, SEEK_SET) != 0) {
+        fail("memfd_create");
     }
-};
+    return file;
+}
+
+std::string readToEnd(const cv::Descriptor& file) {
+    std::string bytes;
+    if ((errno = cv::readAll(file.get(), std::numeric_limits<std::size_t>::max() - 1, bytes)) != 0) {
+        fail("read");
+    }
+    return bytes;
+}
 
 [[noreturn]] void runChild(const std::vector<std::string>& command, const ProcessOptions& options) {
     for (const std::string& name : options.unset) {
@@ -56,40 +62,12 @@ struct Pipe {
     _exit(127);
 }
 
-/// Feeds `in` to the child and collects both of its outputs until it closes them.
-void exchange(Pipe& in, Pipe& out, Pipe& err, const std::string& input, ProcessResult& result) {
-    std::size_t written = 0;
-    if (input.empty()) {
-        in.write = cv::Descriptor();
+pid_t forked() {
+    const pid_t child = fork();
+    if (child < 0) {
+        fail("fork");
     }
-    while (out.read.isOpen() || err.read.isOpen()) {
-        std::array<pollfd, 3> fds{pollfd{out.read.get(), POLLIN, 0}, pollfd{err.read.get(), POLLIN, 0},
-                                  pollfd{in.write.get(), POLLOUT, 0}};
-        if (poll(fds.data(), fds.size(), -1) < 0) {
-            fail("poll");
-        }
-        const auto collect = [](cv::Descriptor& fd, short events, std::string& text) {
-            std::array<char, 65536> buffer;
-            if (events == 0) {
-                return;
-            }
-            const ssize_t count = read(fd.get(), buffer.data(), buffer.size());
-            if (count > 0) {
-                text.append(buffer.data(), static_cast<std::size_t>(count));
-            } else {
-                fd = cv::Descriptor();
-            }
-        };
-        collect(out.read, fds[0].revents, result.out);
-        collect(err.read, fds[1].revents, result.err);
-        if (fds[2].revents != 0) {
-            const ssize_t count = write(in.write.get(), input.data() + written, input.size() - written);
-            written += count > 0 ? static_cast<std::size_t>(count) : 0;
-            if (count < 0 || written == input.size()) {
-                in.write = cv::Descriptor();
-            }
-        }
-    }
+    return child;
 }
 
 /// Waits for the end of `child`: its exit status, or 128 + the signal that ended it.
@@ -103,43 +81,46 @@ int waitFor(pid_t child) {
 }  // namespace
 
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options) {
-    Pipe in, out, err;
-    std::signal(SIGPIPE, SIG_IGN);
-    const pid_t child = fork();
-    if (child < 0) {
-        fail("fork");
+    // A pipe for one of the outputs, so that this waits for every process that the program leaves behind.
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        fail("pipe2");
     }
+    const cv::Descriptor in = memoryFile(options.in), out = memoryFile(""), err(ends[0]);
+    cv::Descriptor childsErr(ends[1]);
+    const pid_t child = forked();
     if (child == 0) {
-        dup2(in.read.get(), STDIN_FILENO);
-        dup2(out.write.get(), STDOUT_FILENO);
-        dup2(err.write.get(), STDERR_FILENO);
-        std::signal(SIGPIPE, SIG_DFL);
+        dup2(in.get(), STDIN_FILENO);
+        dup2(out.get(), STDOUT_FILENO);
+        dup2(childsErr.get(), STDERR_FILENO);
         runChild(command, options);
     }
-    in.read = cv::Descriptor();
-    out.write = cv::Descriptor();
-    err.write = cv::Descriptor();
-
+    childsErr = cv::Descriptor();
     ProcessResult result;
-    exchange(in, out, err, options.in, result);
+    result.err = readToEnd(err);
     result.exitStatus = waitFor(child);
+    lseek(out.get(), 0, SEEK_SET);
+    result.out = readToEnd(out);
     return result;
 }
 
-bool holdsInACopy(const std::function<bool()>& check) {
-    const pid_t child = fork();
-    if (child < 0) {
-        fail("fork");
-    }
+int endOfCopy(const std::function<int()>& work) {
+    const pid_t child = forked();
     if (child == 0) {
-        bool holds = false;
+        constexpr unsigned MAX_SECONDS = 120;  // far more than any work takes on a slow machine
+        alarm(MAX_SECONDS);
+        int exitStatus = -1;
         try {
-            holds = check();
-        } catch (...) {  // the caller sees a check that does not hold
+            exitStatus = work();
+        } catch (...) {  // the caller sees the exit status 255
         }
-        _exit(holds ? 0 : 1);
+        _exit(exitStatus);
     }
-    return waitFor(child) == 0;
+    return waitFor(child);
+}
+
+bool holdsInACopy(const std::function<bool()>& check) {
+    return endOfCopy([&] { return check() ? 0 : 1; }) == 0;
 }
 
 bool holdsForOrdinaryUser(const std::function<bool()>& check) {
@@ -148,6 +129,11 @@ bool holdsForOrdinaryUser(const std::function<bool()>& check) {
         const bool isOrdinary = geteuid() != 0 || (setgid(NOBODY) == 0 && setuid(NOBODY) == 0);
         return isOrdinary && check();
     });
+}
+
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
 }
 
 }  // namespace test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <utility>
@@ -27,11 +28,18 @@ struct ProcessOptions {
 /// started.
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options = {});
 
+/// Does `work` in a copy of this process, which may come to any end and has two minutes. Returns what `work` answers, 0
+/// to 255; 255 for an exception, and 128 + the signal that ended the copy.
+int endOfCopy(const std::function<int()>& work);
+
 /// Whether `check` answers true in a copy of this process, where it may change what holds for a whole process. What it
 /// changes in memory is lost; an exception in it counts as false.
 bool holdsInACopy(const std::function<bool()>& check);
 
 /// The same in a copy that is not root: files without permissions are closed to it.
 bool holdsForOrdinaryUser(const std::function<bool()>& check);
+
+/// How many descriptors this process has open, and one more.
+std::size_t openDescriptors();
 
 }  // namespace test

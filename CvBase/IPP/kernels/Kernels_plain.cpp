@@ -1,4 +1,4 @@
-// The element-by-element loops, for processors of which the library knows no vector instructions.
+// The element-by-element loops, for processors whose vector instructions the library does not use.
 
 #include "CvBase/IPP/kernels/Elements.h"
 #include "CvBase/IPP/kernels/Kernels.h"

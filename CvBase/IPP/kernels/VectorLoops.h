@@ -118,7 +118,8 @@ template <typename Isa, typename Operation>
 constexpr std::size_t COUNT_OF = sizeof(std::declval<Block<Isa, Operation>>()(nullptr)) /
                                  sizeof(typename Operation::Result);
 
-/// Asks for the `size` bytes that come some way after `address`, past the end of the array too: that is no access.
+/// Asks for the `size` bytes that come some way after `address`, also past the end of the array, which is allowed:
+/// nothing is read.
 template <std::size_t size>
 [[gnu::always_inline]] inline void prefetch(const void* address) {
     constexpr std::uintptr_t AHEAD = 1024;

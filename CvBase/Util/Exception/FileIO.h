@@ -58,7 +58,7 @@ public:
     /// What was attempted.
     [[nodiscard]] ErrorType GetErrorType() const { return kind_; }
 
-    /// The errno value seen at the failure, or 0 where there was none. It is no part of ToString().
+    /// The errno value seen at the failure, or 0 where there was none. ToString() leaves it out.
     [[nodiscard]] int GetOSError() const { return osError_; }
 
 private:

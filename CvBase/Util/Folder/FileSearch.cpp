@@ -40,7 +40,7 @@ FileSearch::Contents FileSearch::read() {
     if (!scan.isOpen() || !entered_.insert(scan.identity()).second) {
         return contents;
     }
-    std::string files;  // each with a NUL behind it; only their number before the match counts, so they need no sorting
+    std::string files;  // each with a NUL
     while (scan.next()) {
         const bool isCandidate = filter_.matches(scan.name(), scan.nameLength());
         const bool mayBeFolder = recursive_ && !scan.isCalledFile();

@@ -11,8 +11,8 @@ namespace Util {
 
 namespace {
 
-/// The length of `text`, a folder's with "/" at its end, when an ordinary name of an entry is put behind just that; 0
-/// when its path begins otherwise.
+/// How long the part of an entry's path before its name is: the length of `text`, the folder's with "/" at its end, or
+/// 0 when the paths of entries begin with another text.
 std::size_t startLength(const std::string& text, const FolderPath& path) {
     return (path + "x").ToString() == (text + "x").c_str() ? text.size() : 0;
 }

@@ -8,7 +8,7 @@ namespace Util {
 
 namespace {
 
-/// Whether the bytes at `text` are those of `lowered`, but for the case of letters.
+/// Whether the bytes at `text` are those of `lowered`, ignoring case.
 bool equalsLowered(const char* text, const std::string& lowered) {
     return std::equal(lowered.begin(), lowered.end(), text, [](char a, char b) { return a == Char(b).ToLower(); });
 }

@@ -9,8 +9,7 @@ namespace Util {
 namespace {
 
 struct Item {
-    std::uint64_t key =
-        0;  ///< the eight bytes behind what all names have in common, the first one in the highest place
+    std::uint64_t key = 0;  ///< the eight bytes after what all names begin with, the first one in the highest place
     const char* text = nullptr;
     const String* existing = nullptr;  ///< the String that holds the text already, if any
 };
@@ -25,7 +24,7 @@ std::size_t commonLength(const std::vector<Item>& items) {
     return length;
 }
 
-/// The eight bytes at `text`, zeros behind its end.
+/// The eight bytes at `text`, with zeros after its end.
 std::uint64_t keyOf(const char* text) {
     std::uint64_t key = 0;
     for (int shift = 56; shift >= 0 && *text != '\0'; shift -= 8) {

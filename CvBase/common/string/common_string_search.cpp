@@ -67,7 +67,7 @@ checked_value<unsigned int> String::Find(const char* needle, unsigned int start,
         return hit != nullptr ? checked_value<unsigned int>(static_cast<unsigned int>(hit - CStr()))
                               : checked_value<unsigned int>();
     }
-    // Folding drops what is behind a NUL byte, so the folded text may end before `start`; find() then finds nothing.
+    // Folding drops what follows a NUL byte, so the folded text may end before `start`; find() then finds nothing.
     const String folded = ToLower();
     const String foldedNeedle = String(needle).ToLower();
     const std::size_t hit = bytesOf(folded).find(bytesOf(foldedNeedle), start);

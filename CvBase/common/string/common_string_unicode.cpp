@@ -21,7 +21,7 @@ CFStringEncoding platformEncoding(unsigned int selector) {
     return selector == 2 ? CFStringEncoding{kCFStringEncodingMacRoman} : CFStringEncoding{kCFStringEncodingUTF8};
 }
 
-/// The number of units before the terminating 0; MOST_UNITS when there are as many or more, and then nothing behind
+/// The number of units before the terminating 0; MOST_UNITS when there are as many or more, and then nothing after
 /// them was read.
 template <typename Unit>
 CFIndex countUnits(const Unit* units) {

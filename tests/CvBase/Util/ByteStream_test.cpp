@@ -162,7 +162,7 @@ void expectFailure(const Action& action, const std::string& message, int line) {
     }
 }
 
-/// The positions from which `width` bytes cannot be read out of `size`: cut off, behind the end, and where position and
+/// The positions from which `width` bytes cannot be read out of `size`: cut off, past the end, and where position and
 /// width add up to 2^32 and more.
 std::vector<unsigned int> positionsWithout(unsigned int width, unsigned int size) {
     std::vector<unsigned int> positions{size, size + 1, width <= size ? size - width + 1 : 0, 0x7FFFFFFF, 0x80000000};

@@ -14,7 +14,6 @@ namespace {
 using Util::CFString;
 
 static_assert(!std::is_copy_constructible_v<CFString> && !std::is_copy_assignable_v<CFString>);
-static_assert(sizeof(CFString::ReleaseBehavior) == 4);
 
 TEST(UtilCFString, KeepsTextThatIsUTF8AndStandsAnEmptyStringForOther) {
     for (const char* text : {"", "caf\xC3\xA9", "\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF", "a\xEF\xBB\xBF"}) {

@@ -90,7 +90,7 @@ TEST_F(DirTest, RemovesAnEmptyFolder) {
                             temp_ / (name + std::string("/")));
     }
     dirAt(temp_ / "full/file").Remove();
-    EXPECT_TRUE(fs::exists(temp_ / "full/file")) << "a file is no folder";
+    EXPECT_TRUE(fs::exists(temp_ / "full/file")) << "a file is not a folder";
     EXPECT_TRUE(fs::exists(temp_ / "empty"));
     dirAt(temp_ / "empty").Remove();
     EXPECT_FALSE(fs::exists(temp_ / "empty"));

@@ -213,7 +213,7 @@ TEST_F(FileTest, PositionsAndSizesAre64Bit) {
     EXPECT_EQ(file_.Remaining(), 0ULL);
     file_.At(SIZE + 1);
     EXPECT_EQ(file_.At(), SIZE + 1);
-    EXPECT_FALSE(file_.Remaining().IsSet()) << "behind the end";
+    EXPECT_FALSE(file_.Remaining().IsSet()) << "past the end";
     for (const unsigned long long refused : {1ULL << 63, ~0ULL}) {
         expectFailure([&] { file_.At(refused); }, "Seek to " + std::to_string(refused) + " failed",
                       FileIO::UnexpectedError, EINVAL);

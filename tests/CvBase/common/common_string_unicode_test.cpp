@@ -21,7 +21,7 @@ constexpr unsigned int UTF8 = 1;
 constexpr unsigned int MAC_ROMAN = 2;
 const Bytes NONE;
 
-/// A copy in which nothing follows the terminating 0, so that the address sanitizer sees a read behind it.
+/// A copy in which nothing follows the terminating 0, so that the address sanitizer sees a read past it.
 template <typename Unit, typename Text>
 std::unique_ptr<Unit[]> exactly(const Text& text) {
     std::unique_ptr<Unit[]> units(new Unit[text.size() + 1]);
@@ -92,7 +92,7 @@ TEST(StringUnicode, RefusesAHundredThousandUnits) {
         EXPECT_EQ(fromWide(std::wstring(units, L'x')).IsNull(), refused) << units;
     }
     EXPECT_EQ(fromUtf16(std::u16string(99999, u'\u20AC')).Length(), 299997U);
-    // Without a terminator behind them: unit 100000 is not looked at.
+    // Without a terminator after them: unit 100000 is not looked at.
     const std::vector<unsigned short> unterminated(100000, u'x');
     EXPECT_TRUE(String(unterminated.data()).IsNull());
 
