@@ -100,6 +100,7 @@ TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
         EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     testing::AllOf(StartsWith("alert: lost"), HasSubstr(report), HasSubstr("taking 'Cancel'")));
         server.join();
+        EXPECT_EQ(send(asking.get(), "x", 1, MSG_NOSIGNAL), -1) << "the socket is shut down";
         EXPECT_THAT(test::errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
     }
     connect();
@@ -122,8 +123,9 @@ TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
 }
 
 TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
-    const cv::Descriptor noSocket(open("/dev/null", O_RDWR | O_CLOEXEC));
-    for (const std::string& name : {std::to_string(noSocket.get()), "4096"s, "-1"s, ""s, "3x"s}) {
+    const cv::Descriptor file(open("/dev/null", O_RDWR | O_CLOEXEC)), datagrams(socket(AF_UNIX, SOCK_DGRAM, 0));
+    for (const std::string& name :
+         {std::to_string(file.get()), std::to_string(datagrams.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
         EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
@@ -145,7 +147,7 @@ TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
         "CvAlert1" + std::string("\1\0\x10\0", 4),               // a byte too long
         request(number(3) + number(1) + number(0) + ok),         // no such style
         request(number(1) + number(0) + number(0)),              // no button
-        request(number(1) + number(17) + number(0)),             // too many
+        request(number(1) + number(17) + std::string(72, 0)),    // too many
         request(two + number(1) + "?" + ok),                     // a button is missing
         request(two + number(1) + "?" + ok + ok + ok),           // one more than it says
         request(two + std::string(4, '\xFF') + "?" + ok + ok)};  // a text of 4 GiB

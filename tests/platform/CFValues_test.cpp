@@ -1,6 +1,5 @@
 // Numbers, identifiers, file URLs, dates and locales.
 
-#include <Carbon/Files.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +15,6 @@
 #include <vector>
 
 #include "tests/support/CFSupport.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
@@ -73,7 +71,7 @@ TEST(CFNumber, EqualsAnotherOfExactlyItsValue) {
         {number(SInt64{5}), number(5.0), true}, {number(SInt64{-1}), number(-1.0), true}, {number(SInt64{0}), number(-0.0), true},
         {number(TWO_TO_53 + 1), number(9007199254740992.0), false},
         {number(INT64_MAX), number(TWO_TO_63), false}, {number(INT64_MIN), number(-TWO_TO_63), true},
-        {number(SInt64{-1}), number(18446744073709551615.0), false},
+        {number(SInt64{-2048}), number(18446744073709549568.0), false},
         {number(double{NAN}), number(double{NAN}), true}, {number(double{INFINITY}), number(-double{INFINITY}), false},
     };
     // clang-format on
@@ -163,19 +161,6 @@ TEST(CFURL, RefusesWhatIsNoPath) {
     EXPECT_FALSE(fromString(CFSTR("")));
     EXPECT_FALSE(fromString(test::makeString({u"/a\xD800", 3}).get()));
     EXPECT_EQ(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, CFSTR("a:b"), 1, false), nullptr);
-}
-
-TEST(CFURL, FindsFilesAndFoldersHoweverItIsWritten) {
-    const test::TempDir folder;
-    test::writeFile(folder / "file", "x");
-    std::filesystem::create_symlink("file", folder / "link");
-    std::filesystem::create_symlink("nowhere", folder / "dangling");
-    FSRef ref;
-    for (const bool isDirectory : {false, true}) {
-        EXPECT_TRUE(CFURLGetFSRef(url(folder / "link", isDirectory).get(), &ref));
-        EXPECT_TRUE(CFURLGetFSRef(url(folder.path(), isDirectory).get(), &ref));
-        EXPECT_FALSE(CFURLGetFSRef(url(folder / "dangling", isDirectory).get(), &ref));
-    }
 }
 
 TEST(CFDate, CountsSecondsFrom2001) {

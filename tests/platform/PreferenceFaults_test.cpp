@@ -8,6 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <utility>
+
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
@@ -94,7 +96,8 @@ TEST_F(PreferenceFaults, ThreadsAndProcessesThatWriteAtTheSameTimeLoseNothing) {
 }
 
 /// Stores one change in another process and kills it before its system call number `call`, counted from when it took
-/// the lock. False when the process made fewer calls, and so came to its end.
+/// the lock. False when the process made fewer calls, and so came to its end. Until then what it writes, and what it
+/// renames, is flushed before it goes on.
 bool storeAndKill(int call) {
     const pid_t writer = fork();
     if (writer == 0) {
@@ -104,7 +107,7 @@ bool storeAndKill(int call) {
         _exit(127);
     }
     int status = 0;
-    bool isLocked = false;
+    bool isLocked = false, isFlushed = true;
     while (waitpid(writer, &status, 0) == writer && WIFSTOPPED(status)) {
         __ptrace_syscall_info info{};
         ptrace(PTRACE_SETOPTIONS, writer, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
@@ -116,8 +119,14 @@ bool storeAndKill(int call) {
             waitpid(writer, &status, 0);
             return true;
         }
+        if (isCall && info.entry.nr == SYS_renameat) {
+            EXPECT_TRUE(std::exchange(isFlushed, false)) << "a file without its bytes would take the old one's place";
+        } else if (isCall && (info.entry.nr == SYS_fsync || (info.entry.nr == SYS_write && info.entry.args[0] > 2))) {
+            isFlushed = info.entry.nr == SYS_fsync;
+        }
         ptrace(PTRACE_SYSCALL, writer, nullptr, nullptr);
     }
+    EXPECT_TRUE(isFlushed) << "the folder";
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     return false;
 }

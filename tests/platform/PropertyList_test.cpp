@@ -190,13 +190,13 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
         {"cut short", {"bplist00"}},
         {"trailer", {good.substr(0, good.size() - 1), with(trailer + 6, "\0"s), with(trailer + 6, "\x09"), with(trailer + 7, "\0"s),
                      with(trailer + 8, bigEndian(0)), with(trailer + 8, bigEndian(1ULL << 61)), with(trailer + 16, bigEndian(1)),
-                     with(trailer + 24, bigEndian(~0ULL))}},
-        {"lies outside", {with(trailer - 8, bigEndian(7)), with(trailer - 8, bigEndian(trailer))}},
+                     with(trailer + 24, bigEndian(trailer + 1)), with(trailer + 24, bigEndian(~0ULL))}},
+        {"lies outside", {with(trailer - 8, bigEndian(7)), with(trailer - 8, bigEndian(trailer - 8))}},
         {"does not fit", {binary({"\x5F\x10\x03hi"}), binary({"\x5F\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x6F\x13\x80\0\0\0\0\0\0\0"s}),
                           binary({"\xAF\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x13zzzzzzz"})}},
         {"count", {binary({"\x5F\x23hi"})}},
         {"text is damaged", {binary({"\x51\xE9"})}},
-        {"does not hold", {binary({"\xA1\0\x07"s})}},
+        {"does not hold", {binary({"\xA1\0\x01"s})}},
         {"no text", {binary({"\xD1\0\x01\0\x01"s, "\x10\x01"})}},
         {"unknown kind", {binary({"\x01"}), binary({"\x15"s + std::string(32, 'x')}), binary({"\xF0"})}}});
     // clang-format on

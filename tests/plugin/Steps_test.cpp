@@ -18,9 +18,7 @@
 #include <vector>
 
 #include "CvBase/Mac/AutoreleasePool.h"
-#include "plugin/Catalogue.h"
 #include "plugin/Steps.h"
-#include "tests/support/CFSupport.h"
 #include "tests/support/PreferenceFiles.h"
 #include "tests/support/Process.h"
 #include "tests/support/StandardError.h"
@@ -204,12 +202,6 @@ TEST_F(Steps, ChangeTwoFinderFlagsAndNothingElse) {
         EXPECT_EQ(finderInfo(VENDOR_FOLDER), folder);
         EXPECT_EQ(finderInfo(ICON_FILE), icon);
         EXPECT_FALSE(fs::exists(PREFERENCES));
-    }
-}
-
-TEST(Catalogue, TakesEveryOtherLanguageForEnglish) {
-    for (const std::int32_t code : {INT_MIN, -1, 0, 4, 5, 7, 10, 12, INT_MAX}) {
-        EXPECT_EQ(test::text(languageText(code)), "en") << code;
     }
 }
 

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <gmock/gmock.h>
+
+#include <cstdio>
 #include <functional>
+#include <limits>
 #include <new>
 
 #include "tests/support/Process.h"
@@ -44,6 +48,29 @@ inline int attempt(unsigned long passes, unsigned long failures, const std::func
                : ending == Completed && !isReached ? DoneWithoutFailure
                                                    : ending;
     });
+}
+
+/// Attempts the operation with its first allocation failing, then its second, and so on, and then with all from the
+/// first on failing, and so on; calls `prepare` before and `check` after each. Returns how many attempts there were.
+inline int exhaust(
+    const std::function<bool()>& operation, const std::function<void()>& prepare = [] {},
+    const std::function<void()>& check = [] {}) {
+    int attempts = 0;
+    for (const unsigned long failures : {1UL, std::numeric_limits<unsigned long>::max()}) {
+        int ending = Completed;
+        for (unsigned long passes = 0; ending != DoneWithoutFailure; ++passes, ++attempts) {
+            prepare();
+            ending = attempt(passes, failures, operation);
+            EXPECT_THAT(ending, testing::AnyOf(Completed, OutOfMemory, DoneWithoutFailure))
+                << passes << " passed, then " << failures << " failed";
+            check();
+            if (testing::Test::HasFailure()) {
+                return attempts;
+            }
+        }
+    }
+    std::printf("%d allocations failed\n", attempts);
+    return attempts;
 }
 
 }  // namespace test
