@@ -8,7 +8,8 @@ extern "C" {
 
 __attribute__((visibility("default"))) std::atomic<int> sampleCalls{0};
 
-__attribute__((visibility("default"))) void* SampleFactory(CFAllocatorRef, CFUUIDRef) {
+__attribute__((visibility("default"))) void* SampleFactory(CFAllocatorRef, CFUUIDRef type) {
+    CFRelease(CFRetain(type));  // what it depends on has names that are not its own
     ++sampleCalls;
     return &sampleCalls;
 }
