@@ -4,7 +4,7 @@
 
 namespace cv {
 
-/// An autorelease pool for the length of a scope: what is autoreleased on this thread meanwhile is released at its end.
+/// An autorelease pool for the length of a scope, at the end of which it releases what was autoreleased on this thread.
 ///
 ///     const cv::AutoreleasePool pool;
 ///     const String name = Util::GetCurrentProcessDisplayName();
