@@ -40,7 +40,7 @@ public:
         std::vector<StoreFailure> failures = failures_;
         if (isIncomplete_) {
             failures.push_back(
-                {"something", "there was not enough memory to store it, nor to remember what it was", true});
+                {"something", "there was not enough memory to store it or to record what it was", true});
         }
         return failures;
     }

@@ -182,8 +182,8 @@ TEST(AlertOnTheTerminal, AsksUntilTheAnswerIsAButton) {
     ProcessOptions options{"4\nmaybe\n2\n", "", {}, {"DISPLAY", "WAYLAND_DISPLAY"}, 0};
     const std::string driver = std::string(ALERT_DRIVER) + " Sure? Yes Cancel No";
     const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
-    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("'4' is not a number from 1 to 3."));
+    EXPECT_THAT(out, testing::HasSubstr("'maybe' is not a number from 1 to 3."));
     EXPECT_THAT(out, testing::HasSubstr("answer 1\r\n"));
 }
 

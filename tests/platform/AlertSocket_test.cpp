@@ -89,8 +89,8 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
 TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
     for (const auto& [answer, report] : {std::pair<std::string, const char*>{"", "closed the socket without an answer"},
                                          {{"CvAnswr1\1\0", 10}, "sent too little"},
-                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that there is not"},
-                                         {"HTTP/1.1 200 OK", "does not speak of alerts"}}) {
+                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that does not exist"},
+                                         {"HTTP/1.1 200 OK", "that is not an alert message"}}) {
         connect();
         std::thread server([&, bytes = answer] {
             cv::readAlert(showing.get());
@@ -128,7 +128,7 @@ TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
          {std::to_string(file.get()), std::to_string(datagrams.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
         EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
-                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
+                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is not the number"));
     }
 }
 

@@ -52,9 +52,9 @@ TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
 TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLater) {
     const std::string sameKey = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
     for (const std::string reason :
-         {"it is no regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
+         {"it is not a regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
         fs::create_directories(folder());
-        const bool isPipe = reason == "it is no regular file";
+        const bool isPipe = reason == "it is not a regular file";
         if (isPipe) {
             ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
         } else {

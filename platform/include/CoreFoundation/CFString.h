@@ -6,6 +6,7 @@ CF_EXTERN_C_BEGIN
 
 typedef UInt32 CFStringEncoding;
 
+/// The encodings of bytes. The port knows no others.
 enum {
     kCFStringEncodingMacRoman = 0,
     kCFStringEncodingASCII = 0x0600,
@@ -14,6 +15,7 @@ enum {
     kCFStringEncodingUTF32LE = 0x1c000100
 };
 
+/// What CFGetTypeID() returns for a string.
 CF_EXPORT CFTypeID CFStringGetTypeID(void);
 
 /// An immortal string with the text of the UTF-8 literal; the same literal text gives the same object. CFRelease on it
@@ -31,8 +33,8 @@ CF_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, con
 
 /// A new string from `byteCount` bytes in any encoding above; null when they are not valid in it, which an unpaired
 /// surrogate is in none. A leading byte order mark is skipped in UTF-8 and tells the byte order in UTF-16, else the
-/// processor's; in UTF-32LE it is a character. The port copies the bytes at once, so they need not outlive the call;
-/// `contentsDeallocator` must be kCFAllocatorNull (the caller keeps the bytes).
+/// processor's; in UTF-32LE it is a character of the text. The port copies the bytes at once, so they need not outlive
+/// the call; `contentsDeallocator` must be kCFAllocatorNull (the caller keeps the bytes).
 CF_EXPORT CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef allocator, const UInt8* bytes, CFIndex byteCount,
                                                     CFStringEncoding encoding, Boolean isExternalRepresentation,
                                                     CFAllocatorRef contentsDeallocator);
