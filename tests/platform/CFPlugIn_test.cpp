@@ -67,7 +67,7 @@ TEST(CFBundle, OnePathIsOneObjectUntilItIsReleased) {
     }
 }
 
-TEST(CFBundle, WhatIsNoBundleGivesNullAndOneLine) {
+TEST(CFBundle, APathWithoutABundleGivesNullAndOneLine) {
     const test::TempDir folder;
     test::writeFile(folder / "text.bundle/Contents/Info.plist", "text");
     test::writeFile(folder / "array.bundle/Contents/Info.plist", "<plist><array/></plist>");

@@ -24,7 +24,7 @@ using testing::HasSubstr;
 
 using PreferenceFaults = UserPreferences;
 
-TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
+TEST_F(PreferenceFaults, AFileWithoutADictionaryIsMovedAsideAndNeverLost) {
     int number = 0;
     for (const std::string bytes : {"", "bplist00 cut short", "<plist><array/></plist>", "<plist><dict><key>a</key>"}) {
         writeFile(file(), bytes);
@@ -38,7 +38,7 @@ TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
     EXPECT_EQ(namesIn(folder()).size(), 5U);
 }
 
-TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
+TEST_F(PreferenceFaults, ALinkIsMovedAsideAndItsTargetLeftAlone) {
     writeFile(folder() + "/target", "<plist><dict><key>Lang</key><string>de</string></dict></plist>");
     fs::create_symlink("target", file());
     EXPECT_EQ(copyText("Lang"), "(none)");

@@ -55,7 +55,7 @@ os.execve(program, ["\u00E9" * 200] + sys.argv[3:], os.environ))";
 }
 
 /// Run by the cases above under other names.
-TEST(ShowProcessName, OnStandardOutput) {
+TEST(ShowProcessName, PrintsTheNameOfThisProcess) {
     if (const char* program = std::getenv("REMOVE")) {
         fs::remove(program);
     }
