@@ -33,7 +33,7 @@ public:
         Text = 0x40        ///< text stream; ReadBlock() then counts by the position
     };
 
-    /// No path, closed.
+    /// The empty path, closed.
     File();
 
     /// The file at `path`, closed, whether it exists or not.
@@ -102,7 +102,7 @@ public:
     /// system refuses, as it does for 2^63 and above.
     void At(unsigned long long position);
 
-    /// The size, with what is still buffered; unset when there is no path or the size cannot be read.
+    /// The size, with what is still buffered; unset when the path is empty or the size cannot be read.
     [[nodiscard]] checked_value<unsigned long long> Size() const;
 
     /// The size minus the position; unset when the file is not open, either is unknown, or the position is past the

@@ -26,7 +26,7 @@
 ///     8 bytes     "CvAnswr1"
 ///     number      the index of the button, or 0xFFFFFFFF when the alert cannot be shown there
 ///
-/// Bytes that are left over are a fault like any other. The reader does not look into texts: what is no UTF-8 in them
+/// Bytes that are left over are a fault like any other. The reader does not look into texts: what is not UTF-8 in them
 /// is for whoever shows them.
 
 namespace cv {
@@ -42,8 +42,8 @@ class AlertFault : public std::runtime_error {
 /// What closing the alert presses: the first button titled "Cancel". Nothing where there is none, and the alert stays.
 std::optional<std::size_t> closingButton(const Alert& alert);
 
-/// What an alert gives that was lost before it was answered: closingButton(), else the last button, since the first one
-/// is what the user would have had to agree to.
+/// The result of an alert that was lost before it was answered: closingButton(), else the last button, since pressing
+/// the first one would mean to agree.
 std::size_t unansweredButton(const Alert& alert);
 
 /// Whether a request can hold the alert.

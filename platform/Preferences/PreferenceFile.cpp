@@ -224,7 +224,7 @@ private:
         return std::move(*dictionary);
     }
 
-    /// Keeps what is in the file's place, and is no preference file, under a free name.
+    /// Moves what is in the file's place, and is not a preference file, to a free name.
     void moveAside() {
         for (unsigned number = 1;; ++number) {
             const std::string name = location_.name + ".corrupt-" + std::to_string(number);
@@ -279,7 +279,7 @@ private:
     const PreferenceLocation& location_;
     std::string path_;
     Descriptor folder_;
-    std::string foreign_;  ///< why what is in the file's place is no preference file; empty when it is one, or absent
+    std::string foreign_;  ///< why what is in the file's place is not a preference file; empty when it is, or absent
 };
 
 }  // namespace

@@ -171,7 +171,7 @@ private:
 
     Budget budget_;
     std::vector<Container> open_;
-    std::optional<Element> simple_;  ///< the open element that is no array or dictionary
+    std::optional<Element> simple_;  ///< the open element, if it is not an array or dictionary
     std::string text_;               ///< of that element, so far
     unsigned textPieces_ = 0;
     std::optional<Value> root_;

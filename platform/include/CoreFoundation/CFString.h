@@ -52,7 +52,7 @@ CF_EXPORT void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar*
 CF_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
 
 /// The most bytes that `length` UTF-16 units can take in `encoding`, without a terminating NUL: 3 a unit for UTF-8, 1
-/// for the 8-bit encodings, 2 for UTF-16, 4 for UTF-32; -1 when that is no CFIndex.
+/// for the 8-bit encodings, 2 for UTF-16, 4 for UTF-32; -1 when that does not fit a CFIndex.
 CF_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 
 CF_EXTERN_C_END
