@@ -10,7 +10,7 @@ namespace cv {
 ///     const String name = Util::GetCurrentProcessDisplayName();
 ///
 /// Message boxes and the process's names need one. Pools nest and must end in the reverse order in which they began, so
-/// make them local variables.
+/// make them local variables. In a process without the class NSAutoreleasePool they do nothing.
 class AutoreleasePool {
 public:
     AutoreleasePool() : pool_(send<id>(send<id>(classNamed("NSAutoreleasePool"), "alloc"), "init")) {}

@@ -11,7 +11,8 @@ namespace Util {
 /// differences (in unsigned arithmetic) mean something. They jump when somebody sets the clock.
 [[nodiscard]] unsigned int GetTickCountMillis();
 
-/// Seconds of the machine's high-resolution clock, which starts anywhere and only grows.
+/// Seconds of the machine's high-resolution clock, which starts anywhere, only grows, and stands still while the
+/// machine sleeps.
 [[nodiscard]] double GetCycleCountSeconds();
 
 /// The processor's clock rate in hertz modulo 2^32, as callers know it from the time when the rate was a 32-bit number;

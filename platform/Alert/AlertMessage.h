@@ -51,11 +51,11 @@ bool fitsRequest(const Alert& alert);
 
 /// The asking side: sends the alert, which must fit, and waits for the answer: the index of one of its buttons, or
 /// nothing when the other side cannot show it. Throws AlertFault, and the socket is shut down then, so that no late
-/// answer is taken for that to another alert. Never raises SIGPIPE.
+/// answer is taken for the answer to another alert. Never raises SIGPIPE.
 std::optional<std::size_t> askOver(int socket, const Alert& alert);
 
 /// The showing side: waits for a request, and for all of it. Nothing when the asking side has closed the socket. Throws
-/// AlertFault, after which the socket is good for nothing.
+/// AlertFault, after which the socket cannot be used any more.
 std::optional<Alert> readAlert(int socket);
 
 /// The showing side: answers the alert that was read last; nothing says that it cannot be shown. Throws AlertFault.

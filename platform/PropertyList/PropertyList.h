@@ -13,7 +13,7 @@ namespace cv::plist {
 constexpr std::size_t MAX_FILE_SIZE = 64U << 20;
 constexpr unsigned MAX_DEPTH = 512;
 
-/// What reading gave.
+/// The result of reading.
 struct Parsed {
     enum class Verdict {
         Good,
