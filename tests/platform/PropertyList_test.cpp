@@ -197,7 +197,7 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
         {"count", {binary({"\x5F\x23hi"})}},
         {"text is damaged", {binary({"\x51\xE9"})}},
         {"does not hold", {binary({"\xA1\0\x01"s})}},
-        {"no text", {binary({"\xD1\0\x01\0\x01"s, "\x10\x01"})}},
+        {"not text", {binary({"\xD1\0\x01\0\x01"s, "\x10\x01"})}},
         {"unknown kind", {binary({"\x01"}), binary({"\x15"s + std::string(32, 'x')}), binary({"\xF0"})}}});
     // clang-format on
 }
