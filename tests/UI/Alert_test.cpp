@@ -1,13 +1,7 @@
 // Alerts as a user meets them on a display of 800 by 600: what is told of them, and what keys, buttons and signals do.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <tuple>
-
 #include "tests/UI/AlertUser.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -2,20 +2,14 @@
 
 #include "UI/Native/MessageBox.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 
-#include <array>
-#include <cstdlib>
-#include <optional>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <vector>
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
+#include "tests/support/Test.h"
 
 namespace {
 

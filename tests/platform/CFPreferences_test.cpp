@@ -1,17 +1,12 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
-#include "tests/support/StandardError.h"
 
 namespace test {
 
 namespace {
-
-using namespace std::string_literals;
-using testing::HasSubstr;
 
 TEST_F(UserPreferences, FilesAreTheHomesOwnersAndOpenToEveryReaderWhateverTheUmask) {
     const uid_t user = geteuid() == 0 ? 65534 : geteuid();

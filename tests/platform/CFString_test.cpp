@@ -1,18 +1,12 @@
 #include <CoreFoundation/CFString.h>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-#include <string_view>
 
 #include "tests/support/CFSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace test;
 using cv::CFReference;
-using test::makeString;
-using test::units;
 
 constexpr CFStringEncoding UTF8 = kCFStringEncodingUTF8, UTF16 = kCFStringEncodingUTF16,
                            UTF32 = kCFStringEncodingUTF32LE, MAC_ROMAN = kCFStringEncodingMacRoman,

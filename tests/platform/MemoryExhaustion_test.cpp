@@ -1,17 +1,9 @@
 // What becomes of property lists and preference files when any one allocation fails, or all from there on.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-
 #include "platform/Preferences/PreferenceFile.h"
 #include "platform/PropertyList/PropertyList.h"
 #include "tests/support/MallocFailures.h"
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/TempDir.h"
 
 namespace test {
 

@@ -1,18 +1,14 @@
 // Files as large as they may be, made to cost as much as they can: each is read or refused within bounded memory.
 
 #include <endian.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <cstdint>
-#include <functional>
-#include <string>
-
 #include "platform/PropertyList/PropertyList.h"
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
 using Verdict = cv::plist::Parsed::Verdict;
 using cv::plist::MAX_FILE_SIZE;
 
@@ -74,7 +70,7 @@ const struct { const char* name; Verdict verdict; std::function<std::string()> b
 
 TEST(PropertyListLimits, EveryFileIsReadOrRefusedWithinBoundedMemory) {
     for (const auto& row : ROWS) {
-        EXPECT_TRUE(test::holdsInACopy([&row] {
+        EXPECT_TRUE(holdsInACopy([&row] {
             const rlimit limit{MAX_MEMORY, MAX_MEMORY};
             return setrlimit(RLIMIT_AS, &limit) == 0 && cv::plist::parse(row.bytes()).verdict == row.verdict;
         })) << row.name;

@@ -1,27 +1,16 @@
 #include "platform/PropertyList/PropertyList.h"
 
 #include <endian.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
-#include <random>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace test;
 using namespace cv::plist;
 using Verdict = Parsed::Verdict;
 
@@ -86,13 +75,13 @@ void expectRefused(Verdict verdict, const std::vector<std::pair<const char*, std
         for (const std::string& bytes : files) {
             const Parsed parsed = parse(bytes);
             EXPECT_TRUE(!parsed.root && parsed.verdict == verdict) << bytes.substr(0, 200);
-            EXPECT_THAT(parsed.reason, testing::HasSubstr(reason)) << bytes.substr(0, 200);
+            EXPECT_THAT(parsed.reason, HasSubstr(reason)) << bytes.substr(0, 200);
         }
     }
 }
 
 TEST(PropertyList, WhatOthersWriteIsWrittenAgainWithTheSameValuesAndTypes) {
-    const test::TempDir folder;
+    const TempDir folder;
     const std::string both =
         "{'n': -1, 'least': -2**63, 'most': 2**63-1, 'above': 2**63, 'big': 2**64-5, 'byte': 200, 'two': 2**16-1, "
         "'four': 2**32-1, 'five': 2**32, 'real': 1e-300, 'whole': 1.0, 'yes': True, 'no': False, 'one': 1, "
@@ -105,11 +94,11 @@ TEST(PropertyList, WhatOthersWriteIsWrittenAgainWithTheSameValuesAndTypes) {
     const std::string sameAsBefore =
         "repr(sorted(p.items())) == repr(sorted(plistlib.load(open('" + folder / "before" + "','rb')).items()))";
     for (const auto& [entries, format] : {std::pair{both, "XML"}, {both, "BINARY"}, {binaryOnly, "BINARY"}}) {
-        test::writeWithPython(folder / "before", entries, format);
-        const Parsed parsed = parse(test::readFile(folder / "before"));
+        writeWithPython(folder / "before", entries, format);
+        const Parsed parsed = parse(readFile(folder / "before"));
         ASSERT_TRUE(parsed.root) << format << parsed.reason;
-        test::writeFile(folder / "after", toBinary(*parsed.root));
-        EXPECT_EQ(test::python(sameAsBefore, folder / "after"), "True") << format;
+        writeFile(folder / "after", toBinary(*parsed.root));
+        EXPECT_EQ(python(sameAsBefore, folder / "after"), "True") << format;
     }
 }
 
@@ -263,11 +252,11 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
 }
 
 TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {
-    const test::TempDir folder;
-    test::writeFile(folder / "source",
-                    "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    const TempDir folder;
+    writeFile(folder / "source",
+              "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
     test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
-    EXPECT_TRUE(test::holdsInACopy([&folder] {
+    EXPECT_TRUE(holdsInACopy([&folder] {
         setenv("LOCPATH", folder.path().c_str(), 1);
         const locale_t comma = newlocale(LC_NUMERIC_MASK, "comma", nullptr);
         return comma != nullptr && uselocale(comma) != nullptr && read<Real>(xml("<real>0.25</real>")).value == 0.25;

@@ -1,15 +1,10 @@
 // Everything that may be used from any thread, from eight at once. Its worth is in the build with the thread sanitizer.
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/Mac/CFReference.h"
 #include "tests/platform/PreferencesSupport.h"
-#include "tests/support/Threads.h"
 
 namespace test {
 

@@ -1,18 +1,15 @@
 // The bundle as a host meets it: loaded through CFPlugIn, called through its table.
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <utility>
-#include <vector>
 
 #include "plugin/Factory.h"
 #include "plugin/InstallerInterface.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/StandardError.h"
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 CFPlugInRef plugIn() {
     static const cv::CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
@@ -86,7 +83,7 @@ TEST(Dispatch, ChangesAtMostTheFailureBit) {
         block.resultFlags = c.after;
         const std::vector<unsigned char> expected = host;
         block.resultFlags = c.before;
-        EXPECT_EQ(test::errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
+        EXPECT_EQ(errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
         EXPECT_EQ(host, expected);
     }
     instance->functionBlock->Release(instance);

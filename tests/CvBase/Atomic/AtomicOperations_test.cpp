@@ -1,8 +1,7 @@
 #include "CvBase/Atomic/AtomicOperations.h"
 
-#include <gtest/gtest.h>
-
 #include <thread>
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,14 +1,10 @@
 // Each vector path against the plain loops: whatever instructions the processor has, the same bits.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstring>
 #include <memory>
 
 #include "CvBase/IPP/kernels/KernelChoice.h"
 #include "tests/CvBase/IPP/Reference.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,9 +1,6 @@
 #include "CvBase/IPP/IPP_util_mac.h"
 
-#include <gmock/gmock.h>
-
-#include <climits>
-#include <limits>
+#include "tests/support/Test.h"
 
 namespace {
 

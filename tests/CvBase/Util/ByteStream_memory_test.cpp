@@ -1,16 +1,12 @@
 // Memory exhaustion: a stream that cannot grow is as it was. Each allocation of each operation fails once.
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <vector>
-
 #include "tests/CvBase/Util/StreamSupport.h"
 #include "tests/support/FailingAllocations.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using test::Bytes;
+using namespace test;
 using Util::ByteStream;
 
 TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
@@ -32,12 +28,12 @@ TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
                 stream << original;
                 stream.SetPosition(position);
                 int failures = 0;
-                test::exhaustMemory([&] { write(stream); },
-                                    [&] {
-                                        ++failures;
-                                        ASSERT_EQ(stream.GetPosition(), position);
-                                        ASSERT_EQ(test::bytesOf(stream), original);
-                                    });
+                exhaustMemory([&] { write(stream); },
+                              [&] {
+                                  ++failures;
+                                  ASSERT_EQ(stream.GetPosition(), position);
+                                  ASSERT_EQ(bytesOf(stream), original);
+                              });
                 EXPECT_GT(stream.GetPosition(), position);
                 EXPECT_TRUE(failures > 0 || reserved == 11) << "the write allocated nothing";
             }
@@ -50,7 +46,7 @@ TEST(ByteStreamMemory, AFailedTextReadLeavesTheTextEmpty) {
     ByteStream stream(0);
     stream << written;
     String text;
-    test::exhaustMemory(
+    exhaustMemory(
         [&] {
             stream.SetPosition(0);
             text = "before";

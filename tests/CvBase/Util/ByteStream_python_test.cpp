@@ -1,18 +1,13 @@
 // Streams and another program's idea of the same bytes, in both directions and every byte order.
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/CvBase/Util/StreamSupport.h"
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
 using Util::ByteStream;
 using Util::DataStream;
 
@@ -64,9 +59,9 @@ void forAllValues(Each each) {
 
 std::string python(std::vector<std::string> arguments, const std::string& in) {
     arguments.insert(arguments.begin(), {"python3", BYTE_STREAM_SCRIPT});
-    test::ProcessOptions options;
+    ProcessOptions options;
     options.in = in;
-    const test::ProcessResult result = test::run(arguments, options);
+    const ProcessResult result = test::run(arguments, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     return result.out;
 }
@@ -82,7 +77,7 @@ TEST(ByteStreamAndPython, AreReadByEachOther) {
             kinds += kind;
             values += shown(value);
         });
-        const test::Bytes bytes = test::bytesOf(stream);
+        const test::Bytes bytes = bytesOf(stream);
         EXPECT_EQ(python({pythonOrder, kinds, "--read"}, std::string(bytes.begin(), bytes.end())), values) << order;
 
         const std::string written = python({pythonOrder, kinds}, values);

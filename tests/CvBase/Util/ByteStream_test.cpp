@@ -3,18 +3,7 @@
 
 #include "CvBase/Util/ByteStream.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <cstring>
 #include <new>
-#include <random>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
 
 #include "CvBase/Util/Exception/DataStreamIO.h"
 #include "tests/CvBase/Util/StreamSupport.h"
@@ -22,8 +11,7 @@
 
 namespace {
 
-using test::Bytes;
-using test::bytesOf;
+using namespace test;
 using testing::ElementsAre;
 using Util::ByteStream;
 using Util::DataStream;
@@ -60,7 +48,7 @@ TEST(ByteStream, DropsTheUpperHalfOfALongAndTakesEveryByteButZeroForTrue) {
 TEST(ByteStream, StoresTextsWithOrWithoutTheirLengthAndVectorsWithout) {
     ByteStream stream(0);
     stream.SetEndianType(DataStream::BigEndian);
-    stream << String("a") << String() << test::makeText(std::string_view("b\0c", 3)) << Bytes{8, 9} << Bytes{};
+    stream << String("a") << String() << makeText(std::string_view("b\0c", 3)) << Bytes{8, 9} << Bytes{};
     EXPECT_THAT(bytesOf(stream), ElementsAre(0, 0, 0, 1, 'a', 0, 0, 0, 0, 0, 0, 0, 3, 'b', 0, 'c', 8, 9));
     stream.SetPosition(0);
     for (const char* const expected : {"a", "", "b"}) {

@@ -1,31 +1,20 @@
 // The listings of a folder and the search for a file, most of them against plain models of what they promise.
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <iterator>
-#include <random>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "CvBase/Util/Folder/NameFilter.h"
 #include "tests/CvBase/Util/FileTestSupport.h"
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::dirAt;
-using test::writeFile;
+using namespace test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using Util::Dir;
 
-class DirListingTest : public test::DirFixture {
+class DirListingTest : public DirFixture {
 protected:
     void make(const std::vector<std::string>& names) const {
         for (const std::string& name : names) {
@@ -38,7 +27,7 @@ using Names = std::vector<std::string>;
 
 Names strings(const std::vector<String>& names) {
     Names result;
-    std::transform(names.begin(), names.end(), std::back_inserter(result), test::str);
+    std::transform(names.begin(), names.end(), std::back_inserter(result), str);
     return result;
 }
 
@@ -96,7 +85,7 @@ TEST_F(DirListingTest, AFolderThatMayNotBeSearchedListsNothing) {
     make({"file.txt"});
     fs::create_directory(temp_ / "folder");
     fs::permissions(temp_.path(), fs::perms(0444));
-    EXPECT_TRUE(test::holdsForOrdinaryUser([&] {
+    EXPECT_TRUE(holdsForOrdinaryUser([&] {
         unsigned int visited = 0;
         std::vector<String> names;
         dirAt(temp_.path()).GetFilenames(names, "", false, true);
@@ -132,7 +121,7 @@ std::string randomName(std::mt19937& random, const std::string& letters, std::si
 
 std::string find(const std::string& name, const std::string& folder) {
     unsigned int visited = 0;
-    return test::str(Dir::FindFile(name.c_str(), folder.c_str(), true, visited).GetInternal());
+    return str(Dir::FindFile(name.c_str(), folder.c_str(), true, visited).GetInternal());
 }
 
 TEST_F(DirListingTest, TheSearchTakesTheFolderAsItIsWritten) {
@@ -146,7 +135,7 @@ TEST_F(DirListingTest, TheSearchTakesTheFolderAsItIsWritten) {
 }
 
 TEST_F(DirListingTest, TheSearchFollowsLinksUnlessToTheFolderItself) {
-    const test::TempDir elsewhere;
+    const TempDir elsewhere;
     writeFile(elsewhere / "x.txt", "");
     fs::create_directory_symlink(elsewhere.path(), temp_ / "folder");
     fs::create_symlink(elsewhere / "x.txt", temp_ / "y.txt");

@@ -2,16 +2,11 @@
 
 // What tests of files and folders share.
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include "CvBase/Util/Dir.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "CvBase/Util/File.h"
 #include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 #include "tests/support/Text.h"
 
 namespace test {

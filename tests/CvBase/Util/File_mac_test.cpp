@@ -1,27 +1,16 @@
 // Renaming, the Trash and the type code: what goes through the File Manager and the Finder.
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-
 #include "CvBase/Util/File.h"
 #include "tests/CvBase/Util/FileTestSupport.h"
 #include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::expectFileFailure;
-using test::pathOf;
-using test::readFile;
-using test::writeFile;
+using namespace test;
 using Util::File;
 using Util::Exception::FileIO;
 
@@ -45,7 +34,7 @@ protected:
         EXPECT_FALSE(isThere(from_));
     }
 
-    const test::TempDir temp_;
+    const TempDir temp_;
     const std::string from_ = temp_ / "from";
     const std::string to_ = temp_ / "to";
 };
@@ -134,9 +123,9 @@ TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
 }
 
 TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
-    const test::TempDir home;
-    const test::Surroundings surroundings;
-    test::setHome(home.path());
+    const TempDir home;
+    const Surroundings surroundings;
+    setHome(home.path());
     unsetenv("XDG_DATA_HOME");
     fs::current_path(home.path());
     writeFile(home / "report.txt", "contents");
@@ -156,7 +145,7 @@ TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
 }
 
 TEST(FileTypeTest, IsTheCodeOfTheFinderInformation) {
-    const test::TempDir temp;
+    const TempDir temp;
     const std::string path = temp / "file", info = "TEXTttxt" + std::string(24, '\0');
     const File file(pathOf(path));
     EXPECT_EQ(file.GetOSXFileType(), 0U) << "no file";

@@ -1,32 +1,20 @@
 #include "CvBase/Util/File.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <filesystem>
 #include <map>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/CvBase/Util/FileTestSupport.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::pathOf;
-using test::readFile;
-using test::writeFile;
+using namespace test;
 using Util::File;
 using Util::Exception::FileIO;
 
-class FileTest : public test::FileFixture {};
+class FileTest : public FileFixture {};
 
 /// What a File opened with `mode` does: whether it opens a missing file; of a file of the bytes 0 to 9 the position,
 /// the size, and the first three bytes read; after writing a byte there, the contents and the first byte.

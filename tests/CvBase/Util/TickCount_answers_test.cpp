@@ -1,14 +1,11 @@
 // The clocks' arithmetic, on answers of the system that are made up here: these definitions stand before its own.
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
 #include <mach/mach_time.h>
 #include <sys/sysctl.h>
 
-#include <cmath>
-#include <cstring>
-
 #include "CvBase/Util/TickCount.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,10 +1,9 @@
 #include "CvBase/Util/TickCount.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <ctime>
 #include <thread>
+#include "tests/support/Test.h"
 
 namespace {
 

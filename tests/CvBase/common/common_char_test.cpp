@@ -1,18 +1,17 @@
 #include "CvBase/common/common_char.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
-#include <string>
 
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 TEST(Char, CategoriesAreThoseOfLatin1) {
     // An independent table: Unicode's, as Python has it. The soft hyphen alone is a dash here and a format character
     // there.
-    const test::ProcessResult python =
+    const ProcessResult python =
         test::run({"python3", "-c",
                    "import unicodedata as u\n"
                    "names = '-- Mn Mc Me Nd Nl No Zs Zl Zp Cc Cf Cs Co Cn Lu Ll Lt Lm Lo Pc Pd Ps Pe Pi Pf Po Sm Sc Sk "

@@ -1,17 +1,12 @@
 #include "CvBase/common/common_exception_base.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <string>
-
 #include "CvBase/Util/Exception/DataStreamIO.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-using test::str;
+using namespace test;
 using Util::Exception::DataStreamIO;
 using Util::Exception::FileIO;
 

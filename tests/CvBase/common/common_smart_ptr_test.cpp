@@ -1,13 +1,9 @@
 #include "CvBase/common/common_smart_ptr.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <thread>
-#include <type_traits>
-#include <vector>
 
 #include "CvBase/common/common_types.h"
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,23 +1,13 @@
-#include <gtest/gtest.h>
 
-#include <climits>
-#include <cmath>
-#include <limits>
-#include <string>
 
 #include "CvBase/common/common_string.h"
 #include "tests/support/Text.h"
 
-using namespace std::string_literals;
-using test::bytesOf;
-using test::makeText;
-
-using Bytes = std::optional<std::string>;
 using Width = checked_value<unsigned int>;
 
 namespace {
 
-const Bytes NONE;
+using namespace test;
 
 TEST(StringNumber, Of32Bits) {
     // clang-format off
@@ -95,7 +85,7 @@ TEST(StringNumber, OfFloatingValues) {
 
 TEST(StringArg, FillsTheLowestPlaceholder) {
     // clang-format off
-    const struct { Bytes text; const char* first; const char* second; Bytes result; } rows[] = {
+    const struct { MaybeBytes text; const char* first; const char* second; MaybeBytes result; } rows[] = {
         {"%2 of %1", "x", "y", "y of x"}, {"%1 and %1", "a", "b", "a and b"}, {"%7%3", "a", "b", "ba"}, {"%0%1", "a", "b", "ab"},
         {"%10", "x", "y", "x0y"}, {"100%", "x", "y", "100%xy"}, {"%%1", "x", "y", "%xy"}, {"%", "x", "y", "%xy"},
         {"%a%", "x", "", "%a%x"}, {"", "x", "y", "xy"}, {NONE, "x", "y", "xy"}, {NONE, "", "", NONE}, {"%9", nullptr, "", ""},
