@@ -1,18 +1,17 @@
-"""Stands for the user of a program that shows an alert: says what is to be seen, and presses keys and buttons.
-
-    alert_user.py [--window-manager] [--do ACTION]... -- COMMAND...
-
-Runs COMMAND on the display at hand, with the pointer in a corner, and waits for its alert. Prints what a screen reader is
-told of it:
-    alert TITLE
-    line TEXT (quoted; for each line of the text as it is wrapped)
-    button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
-then takes each ACTION, printing "still up" when the alert has not gone half a second after it:
-    key:NAME, click:N (the button with this index), press (where the pointer is), picture:FILE (of the screen),
-    signal:NAME (to the command), kill (the process of the panel), next (waits for one more alert)
-and at the end "exit STATUS", "left behind" if the panel outlives the command, and "error LINE" for each line that the
-command wrote to standard error.
-"""
+# Stands for the user of a program that shows an alert: says what is to be seen, and presses keys and buttons.
+#
+#     alert_user.py [--window-manager] [--do ACTION]... -- COMMAND...
+#
+# Runs COMMAND on the display at hand, with the pointer in a corner, and waits for its alert. Prints what a screen reader is
+# told of it:
+#     alert TITLE
+#     line TEXT (quoted; for each line of the text as it is wrapped)
+#     button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
+# then takes each ACTION, printing "still up" when the alert has not gone half a second after it:
+#     key:NAME, click:N (the button with this index), press (where the pointer is), picture:FILE (of the screen),
+#     signal:NAME (to the command), kill (the process of the panel), next (waits for one more alert)
+# and at the end "exit STATUS", "left behind" if the panel outlives the command, and "error LINE" for each line that the
+# command wrote to standard error.
 
 import argparse
 import os

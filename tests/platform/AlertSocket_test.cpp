@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
-#include <thread>
-
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
 #include "tests/support/Test.h"
@@ -13,7 +11,6 @@ namespace {
 
 using namespace test;
 using cv::Alert;
-using testing::StartsWith;
 
 class AlertSocket : public testing::Test {
 protected:

@@ -2,7 +2,6 @@
 #include <dlfcn.h>
 
 #include <chrono>
-#include <thread>
 
 #include "tests/support/CFSupport.h"
 #include "tests/support/Surroundings.h"

@@ -6,7 +6,6 @@
 namespace {
 
 using namespace test;
-using cv::CFReference;
 
 constexpr const char* TYPE_OF_ALL = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01";
 constexpr const char* TYPE_OF_ONE = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E02";
@@ -40,8 +39,7 @@ void* newInstance(const char* factory, const char* type) {
 }
 
 /// Runs `body` and expects of it one line on standard error that holds both texts.
-template <typename Body>
-void expectOneLine(const std::string& text, const std::string& path, Body body) {
+void expectOneLine(const std::string& text, const std::string& path, const std::function<void()>& body) {
     const std::string errors = errorsOf(body);
     EXPECT_THAT(errors, testing::AllOf(HasSubstr(text), HasSubstr(path)));
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;

@@ -98,7 +98,7 @@ TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
     }
     const TempDir bundles;
     writeFile(bundles / "Contents/Info.plist", "<plist><dict><key>a</key>" + nested + "</dict></plist>");
-    const cv::CFReference bundle(CFBundleCreate(nullptr, url(bundles.path()).get()));
+    const CFReference bundle(CFBundleCreate(nullptr, url(bundles.path()).get()));
     ASSERT_TRUE(bundle);
     const auto identifier = uuid("5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8");
     const auto half = makeString(u"a\xD800");

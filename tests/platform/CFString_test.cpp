@@ -6,7 +6,6 @@
 namespace {
 
 using namespace test;
-using cv::CFReference;
 
 constexpr CFStringEncoding UTF8 = kCFStringEncodingUTF8, UTF16 = kCFStringEncodingUTF16,
                            UTF32 = kCFStringEncodingUTF32LE, MAC_ROMAN = kCFStringEncodingMacRoman,

@@ -10,7 +10,6 @@
 namespace {
 
 using namespace test;
-using cv::CFReference;
 
 template <typename T>
 using Limits = std::numeric_limits<T>;

@@ -1,4 +1,7 @@
+#include <mach/mach_time.h>
 #include <sys/sysctl.h>
+
+#include <chrono>
 
 #include "platform/Mach/ProcessorRate.h"
 #include "tests/support/Test.h"
@@ -22,6 +25,15 @@ TEST(ProcessorRate, PrefersTheRateSoldThenTheHighestThenTheCurrent) {
     EXPECT_EQ(cv::processorRate(root.path()), 5'700'000'000u);
     writeFile(scaling + "base_frequency", "3100000\n");
     EXPECT_EQ(cv::processorRate(root.path()), 3'100'000'000u);
+}
+
+TEST(MachAbsoluteTime, CountsTheUnitsOfItsTimebaseOnTheMonotonicClock) {
+    mach_timebase_info_data_t base{};
+    ASSERT_EQ(mach_timebase_info(&base), KERN_SUCCESS);
+    const auto before = std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
+    const auto now = static_cast<std::int64_t>(mach_absolute_time() * base.numer / base.denom);
+    EXPECT_GE(now, before);
+    EXPECT_LE(now, std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1));
 }
 
 TEST(Sysctl, KnowsTheProcessorsRateWhereLinuxTellsItAndNothingElse) {

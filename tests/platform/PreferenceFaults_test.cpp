@@ -57,7 +57,7 @@ TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLate
         EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr(file() + ": " + reason));
         ASSERT_EQ(cv::storeFailures().size(), 1U);
         EXPECT_EQ(cv::storeFailures()[0].what, file());
-        EXPECT_THAT(cv::storeFailures()[0].reason, testing::StartsWith(reason));
+        EXPECT_THAT(cv::storeFailures()[0].reason, StartsWith(reason));
         EXPECT_TRUE(isPipe || readFile(file()) == sameKey);
         fs::remove(file());
         EXPECT_TRUE(synchronize());

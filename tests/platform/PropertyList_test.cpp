@@ -276,14 +276,9 @@ TEST(PropertyList, AnyBytesAreReadOrRefused) {
         std::string bytes = seeds[round % 2];
         for (unsigned change = random() % 4 + 1; change > 0; --change) {
             const std::size_t position = random() % bytes.size();
-            const auto kind = random() % 3;
-            if (kind == 0) {
-                bytes[position] = static_cast<char>(random());
-            } else if (kind == 1) {
-                bytes.erase(position, random() % 8);
-            } else {
-                bytes.insert(position, bytes.substr(random() % bytes.size(), random() % 16));
-            }
+            const std::size_t lost = random() % 8, gained = random() % 16;
+            bytes.replace(position, lost, bytes.substr(random() % bytes.size(), gained));
+            bytes[random() % bytes.size()] ^= static_cast<char>(random());
         }
         const Parsed parsed = parse(bytes);
         EXPECT_EQ(parsed.root.has_value(), parsed.verdict == Verdict::Good);

@@ -12,12 +12,12 @@ namespace {
 using namespace test;
 
 CFPlugInRef plugIn() {
-    static const cv::CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
+    static const CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
     return loaded.get();
 }
 
 XCodInstance* makeInstance() {
-    const cv::CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
+    const CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
     const auto* const factory = static_cast<CFUUIDRef>(CFArrayGetValueAtIndex(factories.get(), 0));
     return static_cast<XCodInstance*>(CFPlugInInstanceCreate(kCFAllocatorDefault, factory, XCodPlugInTypeID()));
 }

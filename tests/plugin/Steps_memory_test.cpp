@@ -75,7 +75,7 @@ TEST(StepsMemory, AnAllocationThatFailsLosesNoFileAndNoKey) {
         EXPECT_THAT(preferences(UPDATER), MatchesRegex("(InstallStatus=Error opening file;)?InstalledProducts/Ambrel/"
                                                        "CurrentVersion=(0.90|1.00);Others=text;UpdateInterval=[027];"));
         EXPECT_THAT(preferences(PRODUCT), MatchesRegex("Lang=(de|fr);Others=1;"));
-        EXPECT_THAT(namesIn(PREFERENCES), testing::ElementsAre(PRODUCT, UPDATER));
+        EXPECT_THAT(namesIn(PREFERENCES), ElementsAre(PRODUCT, UPDATER));
     };
     for (const Step step : {&PreInstall, &PostInstall}) {
         EXPECT_GT(exhaust([step] { return runs(step); }, writeOldFiles, check), 100);

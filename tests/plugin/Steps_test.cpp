@@ -109,8 +109,7 @@ TEST_F(Steps, TellOfABlockOfAnotherVersionAndIgnoreNone) {
         XCodParamBlock block = makeBlock(AMBREL);
         block.version = 999;
         const std::string shown = errorsOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
-        EXPECT_THAT(shown,
-                    testing::StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
+        EXPECT_THAT(shown, StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
         EXPECT_THAT(shown, testing::EndsWith("\nStopAlert 5000\n")) << "the dialog's alert comes after the panel";
     }
     EXPECT_FALSE(fs::exists(PREFERENCES));

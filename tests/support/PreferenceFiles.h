@@ -2,17 +2,9 @@
 
 // What the tests of property lists and of preferences see in files and folders.
 
-#include <algorithm>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace test {
-
-namespace fs = std::filesystem;
 
 /// What `expression` is in Python, with `p` the dictionary that the property list file holds.
 inline std::string python(const std::string& expression, const std::string& file) {

@@ -37,6 +37,8 @@ namespace test {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 }  // namespace test

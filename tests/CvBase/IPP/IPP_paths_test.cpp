@@ -4,17 +4,11 @@
 
 #include "CvBase/IPP/kernels/KernelChoice.h"
 #include "tests/CvBase/IPP/Reference.h"
-#include "tests/support/Test.h"
 
 namespace {
 
 using IPP::Detail::Path;
-using test::reference::asBytes;
-using test::reference::bitsAs;
-using test::reference::Bytes;
-using test::reference::Conversion;
-using test::reference::conversions;
-using test::reference::randomInput;
+using namespace test::reference;
 
 constexpr std::size_t GUARD = 64;
 constexpr unsigned char GUARD_BYTE = 0xA5;

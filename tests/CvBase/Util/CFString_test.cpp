@@ -20,7 +20,7 @@ TEST(UtilCFString, KeepsTextThatIsUTF8AndStandsAnEmptyStringForOther) {
         EXPECT_EQ(CFString(String(text), CFString::ReleaseOnDestroy).ToString(), "");
     }
     const CFString cut(makeText(std::string_view("a\0b", 3)), CFString::ReleaseOnDestroy);
-    EXPECT_EQ(test::units(cut.Get()), u"a") << "the text before the first NUL";
+    EXPECT_EQ(units(cut.Get()), u"a") << "the text before the first NUL";
 }
 
 TEST(UtilCFString, GivesTextThatHasAUTF8FormAndAtMostAMillionUnits) {

@@ -7,8 +7,6 @@
 namespace {
 
 using namespace test;
-using Util::Dir;
-using Util::Exception::FileIO;
 
 class DirTest : public DirFixture {};
 

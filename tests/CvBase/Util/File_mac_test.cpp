@@ -11,8 +11,6 @@
 namespace {
 
 using namespace test;
-using Util::File;
-using Util::Exception::FileIO;
 
 bool isThere(const std::string& path) {
     return fs::symlink_status(path).type() != fs::file_type::not_found;

@@ -10,8 +10,6 @@
 namespace {
 
 using namespace test;
-using Util::File;
-using Util::Exception::FileIO;
 
 class FilePathTest : public FileFixture {};
 

@@ -1,7 +1,5 @@
 #include "CvBase/Util/PlatformInfo.h"
 
-#include <thread>
-
 #include "tests/support/Text.h"
 
 namespace {

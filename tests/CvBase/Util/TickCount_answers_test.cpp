@@ -4,6 +4,8 @@
 #include <mach/mach_time.h>
 #include <sys/sysctl.h>
 
+#include <ctime>
+
 #include "CvBase/Util/TickCount.h"
 #include "tests/support/Test.h"
 
@@ -61,6 +63,12 @@ TEST(TickCountAnswers, MillisAreRoundedHalfAwayFromZeroAndWrap) {
         g_answers.absoluteTime = one.seconds;
         EXPECT_EQ(Util::GetTickCountMillis(), one.millis) << one.seconds;
     }
+}
+
+TEST(TickCountAnswers, SecondsAreThoseSince1970) {
+    const auto before = static_cast<int>(std::time(nullptr));
+    EXPECT_GE(Util::GetTimeSeconds(), before);
+    EXPECT_LE(Util::GetTimeSeconds(), static_cast<int>(std::time(nullptr)));
 }
 
 TEST(TickCountAnswers, CycleSecondsScaleTheCountByItsTimebase) {
