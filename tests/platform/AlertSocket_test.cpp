@@ -145,7 +145,7 @@ TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
         connect();
         sendTo(asking, bytes);
         shutdown(asking.get(), SHUT_WR);
-        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << testing::PrintToString(bytes);
+        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << PrintToString(bytes);
     }
 }
 

@@ -162,8 +162,8 @@ TEST_F(Trash, SaysThatItsModuleIsMissing) {
     Dl_info port{};
     ASSERT_NE(dladdr(reinterpret_cast<const void*>(&AESend), &port), 0);
     fs::copy_file(port.dli_fname, folder / "libCvPlatform.so");
-    const auto result = test::run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
-                                  {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
+    const auto result = run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
+                            {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_THAT(result.err, HasSubstr("AESend: the Trash cannot be used: " + folder.path() + "/CvPlatform/CvTrash.so"));
     EXPECT_THAT(result.out, HasSubstr("Which is: " + std::to_string(errFSUnknownCall)));

@@ -1,5 +1,3 @@
-#include <CoreFoundation/CoreFoundation.h>
-
 #include "tests/support/CFSupport.h"
 #include "tests/support/Test.h"
 

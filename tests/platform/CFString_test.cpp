@@ -1,5 +1,3 @@
-#include <CoreFoundation/CFString.h>
-
 #include "tests/support/CFSupport.h"
 #include "tests/support/Test.h"
 
@@ -34,7 +32,7 @@ TEST(CFString, ReadsTextAndRefusesOther) {
     for (const auto& row : rows) {
         const auto string = fromBytes(row.bytes, row.encoding);
         EXPECT_EQ(string ? std::optional(units(string.get())) : NONE, row.expected)
-            << row.encoding << " " << testing::PrintToString(row.bytes);
+            << row.encoding << " " << PrintToString(row.bytes);
     }
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, nullptr, UTF8), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, "a\xFF", UTF8), nullptr);
@@ -47,7 +45,7 @@ TEST(CFString, KeepsItsUnitsAsTheyAreInMemoryOfItsOwn) {
         std::u16string memory = expected;
         const auto string = makeString(memory);
         memory.assign(memory.size(), u'x');
-        EXPECT_EQ(units(string.get()), expected) << testing::PrintToString(expected);
+        EXPECT_EQ(units(string.get()), expected) << PrintToString(expected);
     }
     std::string bytes = "before";
     const auto wrapped = fromBytes(bytes, UTF8);
@@ -73,7 +71,7 @@ TEST(CFString, OutputIsAllOrNothing) {
         std::string buffer(static_cast<std::size_t>(row.size), 'x');
         const auto string = makeString(row.units);
         const bool written = CFStringGetCString(string.get(), buffer.data(), row.size, row.encoding);
-        EXPECT_EQ(written ? std::optional(buffer) : REFUSED, row.expected) << testing::PrintToString(row.units);
+        EXPECT_EQ(written ? std::optional(buffer) : REFUSED, row.expected) << PrintToString(row.units);
     }
 }
 

@@ -1,7 +1,5 @@
 // Numbers, identifiers, file URLs, dates and locales.
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include <chrono>
 
 #include "tests/support/CFSupport.h"

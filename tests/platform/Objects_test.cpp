@@ -1,7 +1,5 @@
 // Objects: references to them, equality, and the messages that they understand.
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/Mac/MessageSend.h"
 #include "platform/CoreFoundation/Object.h"

@@ -15,10 +15,10 @@ TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
          {std::pair{full, full}, {accented, accented}, {"na\xEFve", ""}, {"\xED\xA0\x80", ""}}) {
         const std::string program = folder / name;
         fs::copy_file("/proc/self/exe", program);
-        EXPECT_THAT(test::run({program, SHOW}).out, HasSubstr("<" + shown + ">"));
+        EXPECT_THAT(run({program, SHOW}).out, HasSubstr("<" + shown + ">"));
         fs::remove(folder / "another name");
         fs::create_hard_link(program, folder / "another name");
-        const auto removing = test::run({program, SHOW}, {"", "", {{"REMOVE", program}}, {}, 0});
+        const auto removing = run({program, SHOW}, {"", "", {{"REMOVE", program}}, {}, 0});
         EXPECT_THAT(removing.out, HasSubstr("<" + shown + ">"));
         EXPECT_FALSE(fs::exists(program));
     }
@@ -41,8 +41,7 @@ os.execve(program, ["\u00E9" * 200] + sys.argv[3:], os.environ))";
     for (int i = 0; i < 127; ++i) {
         shown += "\xC3\xA9";
     }
-    const auto result =
-        test::run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
+    const auto result = run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
     EXPECT_THAT(result.out, HasSubstr("<" + shown + ">"));
 }
 

@@ -255,7 +255,7 @@ TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {
     const TempDir folder;
     writeFile(folder / "source",
               "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
-    test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
+    run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
     EXPECT_TRUE(holdsInACopy([&folder] {
         setenv("LOCPATH", folder.path().c_str(), 1);
         const locale_t comma = newlocale(LC_NUMERIC_MASK, "comma", nullptr);

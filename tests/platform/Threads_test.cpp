@@ -1,9 +1,6 @@
 // Everything that may be used from any thread, from eight at once. Its worth is in the build with the thread sanitizer.
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include "CvBase/Mac/AutoreleasePool.h"
-#include "CvBase/Mac/CFReference.h"
 #include "tests/support/CFSupport.h"
 #include "tests/support/Test.h"
 

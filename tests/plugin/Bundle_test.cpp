@@ -1,7 +1,5 @@
 // The bundle as a host meets it: loaded through CFPlugIn, called through its table.
 
-#include <CoreFoundation/CoreFoundation.h>
-
 #include "plugin/Factory.h"
 #include "plugin/InstallerInterface.h"
 #include "tests/support/CFSupport.h"

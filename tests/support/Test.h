@@ -4,7 +4,6 @@
 // its own. A test includes beside it what it is about.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
@@ -22,9 +21,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <string_view>
-#include <tuple>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -39,6 +35,7 @@ namespace fs = std::filesystem;
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::PrintToString;
 using testing::StartsWith;
 
 }  // namespace test

@@ -40,9 +40,9 @@ inline String makeText(std::optional<std::string_view> bytes) {
 
 /// How googletest shows a text and an optional value.
 inline void PrintTo(const String& text, std::ostream* out) {
-    *out << ::testing::PrintToString(test::bytesOf(text));
+    *out << test::PrintToString(test::bytesOf(text));
 }
 template <typename T>
 void PrintTo(const checked_value<T>& value, std::ostream* out) {
-    *out << (value.IsSet() ? ::testing::PrintToString(value.Value()) : "(unset)");
+    *out << (value.IsSet() ? test::PrintToString(value.Value()) : "(unset)");
 }

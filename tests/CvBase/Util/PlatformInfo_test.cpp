@@ -26,7 +26,7 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
             R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)" + c.entries + "</dict></plist>");
         std::filesystem::create_directory(bundle + "/Contents/Linux");
         std::filesystem::copy_file(PRINT_PLATFORM_INFO, bundle + "/Contents/Linux/Demo");
-        const ProcessResult result = test::run({bundle + "/Contents/Linux/Demo"});
+        const ProcessResult result = run({bundle + "/Contents/Linux/Demo"});
         EXPECT_EQ(result.out, "Demo\n" + c.expectedName + "\n" + c.expectedVersion + "\n") << c.entries;
         EXPECT_EQ(result.exitStatus, 0) << result.err;
         EXPECT_EQ(result.err, "");
@@ -35,7 +35,7 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
 
 TEST(PlatformInfo, AProgramWithoutABundleHasItsProcessNameAndNeedsNoUserDatabase) {
     const ProcessResult result =
-        test::run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
+        run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
     EXPECT_EQ(result.out, "print_platform_info\nprint_platform_info\n\n");
     EXPECT_EQ(result.exitStatus, 0) << result.err;
 }

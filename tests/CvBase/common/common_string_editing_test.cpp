@@ -1,6 +1,3 @@
-
-
-#include "CvBase/common/common_string.h"
 #include "tests/support/FailingAllocations.h"
 #include "tests/support/Text.h"
 
@@ -21,7 +18,7 @@ TEST(StringInsert, AtEveryPlace) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         EXPECT_EQ(&text.Insert(row.pos, makeText(row.inserted)), &text);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " at " << row.pos;
     }
 }
 
@@ -37,7 +34,7 @@ TEST(StringRemove, ClampsAndWrapsAt32Bits) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         EXPECT_EQ(&text.Remove(row.pos, row.count), &text);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " at " << row.pos;
     }
 }
 
@@ -167,7 +164,7 @@ TEST(StringReplace, EqualsItsDefinitionOnRandomBytes) {
         const String replaced = text.Replace(from, to);
         ASSERT_EQ(replaced.SharesTextWith(text), from.IsEmpty() && !text.IsEmpty());
         ASSERT_EQ(bytesOf(replaced), bytesOf(replaceByDefinition(text, from, to)))
-            << testing::PrintToString(text) << ' ' << testing::PrintToString(from) << ' ' << testing::PrintToString(to);
+            << PrintToString(text) << ' ' << PrintToString(from) << ' ' << PrintToString(to);
     }
 }
 

@@ -12,7 +12,7 @@ std::string probe(Environment environment, std::vector<std::string> arguments) {
     ProcessOptions options;
     options.unset = {"LC_ALL", "LC_NUMERIC", "LANG", "LANGUAGE"};
     options.set = std::move(environment);
-    const ProcessResult result = test::run(arguments, options);
+    const ProcessResult result = run(arguments, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     return result.out;
 }
@@ -27,8 +27,7 @@ TEST(DecimalSeparator, IsTheUsers) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        EXPECT_EQ(probe(row.environment, {}), row.number + std::string("\n"))
-            << testing::PrintToString(row.environment);
+        EXPECT_EQ(probe(row.environment, {}), row.number + std::string("\n")) << PrintToString(row.environment);
     }
 }
 
@@ -56,7 +55,7 @@ TEST(DecimalSeparator, IsReadAndWrittenBesideThatOfTheSystem) {
         writeFile(folder / "source", "escape_char /\nLC_NUMERIC\ndecimal_point \"" + row.separator +
                                          "\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
         const ProcessResult made =
-            test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / row.locale});
+            run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / row.locale});
         EXPECT_EQ(made.exitStatus, 1) << made.err;  // with warnings: it has this one category
         // setlocale itself loses the few bytes that it copies of LOCPATH.
         EXPECT_EQ(probe({{"LC_ALL", row.locale}, {"LOCPATH", folder.path()}, {"ASAN_OPTIONS", "detect_leaks=0"}},

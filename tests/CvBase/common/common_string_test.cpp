@@ -105,7 +105,7 @@ TEST(String, ResizeCutsPadsAndBlanksACutSequence) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         text.Resize(row.length, row.keepUtf8Whole);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " to " << row.length;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " to " << row.length;
     }
 }
 
@@ -138,7 +138,7 @@ TEST(StringComparison, OrdersAsBytesUpToTheFirstNul) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.a) + " and " + testing::PrintToString(row.b));
+        SCOPED_TRACE(PrintToString(row.a) + " and " + PrintToString(row.b));
         const String a = makeText(row.a), b = makeText(row.b);
         expectOrder(a, b, row.order);
         expectOrder(b, a, -row.order);
@@ -170,7 +170,7 @@ TEST(StringFind, Byte) {
     // clang-format on
     for (const auto& row : rows) {
         EXPECT_EQ(makeText(row.text).Find(row.c, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text) << " from " << row.start;
+            << PrintToString(row.text) << " from " << row.start;
     }
 }
 
@@ -185,7 +185,7 @@ TEST(StringFind, ByteFromTheEnd) {
     // clang-format on
     for (const auto& row : rows) {
         EXPECT_EQ(makeText(row.text).FindRev(row.c, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text);
+            << PrintToString(row.text);
     }
 }
 
@@ -205,7 +205,7 @@ TEST(StringFind, Text) {
     // clang-format on
     for (const auto& row : rows) {
         EXPECT_EQ(makeText(row.text).Find(row.needle, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text) << " from " << row.start;
+            << PrintToString(row.text) << " from " << row.start;
     }
 }
 
@@ -222,7 +222,7 @@ TEST(StringFind, BeginningAndEnd) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.text) + " and " + testing::PrintToString(row.part));
+        SCOPED_TRACE(PrintToString(row.text) + " and " + PrintToString(row.part));
         EXPECT_EQ(makeText(row.text).BeginsWith(makeText(row.part), row.caseSensitive), row.begins);
         EXPECT_EQ(makeText(row.text).EndsWith(makeText(row.part), row.caseSensitive), row.ends);
     }
