@@ -18,12 +18,12 @@
 namespace IPP {
 
 /// @name Integer to floating point
-///
+/// @{
+
 /// `dst[i] = src[i] * multiplier`. From 16 bits the multiplier is 1 / (the 32-bit integer 1 shifted left by `scale` mod
 /// 32): 15 maps the full scale of the samples to ±1.0. The shift by 31 (`scale` 31 or -1) gives a negative integer, and
 /// so a multiplier of -1 / 2^31. From 32 bits the multiplier is 2^-scale, for every scale: 31 maps the full scale to
 /// ±1.0. Where 2^-scale has no finite value in the destination's type it is infinite or 0. Bytes become 0.0 to 255.0.
-/// @{
 void Convert(unsigned int n, const unsigned char* src, float* dst);
 void Convert(unsigned int n, const short* src, float* dst, int scale);
 void Convert(unsigned int n, const short* src, double* dst, int scale);
@@ -61,8 +61,7 @@ void Convert(unsigned int n, const double* src, float* dst);
 
 namespace Detail {
 
-/// What Copy, Move and Zero do, for every type of element.
-/// @{
+/// What Copy does, for every type of element.
 template <typename T>
 inline void copy(unsigned int n, const T* src, T* dst) {
     if (n != 0) {
@@ -70,6 +69,7 @@ inline void copy(unsigned int n, const T* src, T* dst) {
     }
 }
 
+/// What Move does.
 template <typename T>
 inline void move(unsigned int n, const T* src, T* dst) {
     if (n != 0) {
@@ -77,20 +77,20 @@ inline void move(unsigned int n, const T* src, T* dst) {
     }
 }
 
+/// What Zero does.
 template <typename T>
 inline void zero(unsigned int n, T* dst) {
     if (n != 0) {
         std::memset(dst, 0, std::size_t{n} * sizeof(T));
     }
 }
-/// @}
 
 }  // namespace Detail
 
 /// @name Copying
-///
-/// Copies `n` elements byte for byte. The two areas must not overlap.
 /// @{
+
+/// Copies `n` elements byte for byte. The two areas must not overlap.
 inline void Copy(unsigned int n, const unsigned char* src, unsigned char* dst) {
     Detail::copy(n, src, dst);
 }
@@ -115,9 +115,9 @@ inline void Copy(unsigned int n, const double* src, double* dst) {
 /// @}
 
 /// @name Moving
-///
-/// Copies `n` elements byte for byte. The two areas may overlap.
 /// @{
+
+/// Copies `n` elements byte for byte. The two areas may overlap.
 inline void Move(unsigned int n, const unsigned char* src, unsigned char* dst) {
     Detail::move(n, src, dst);
 }
@@ -136,9 +136,9 @@ inline void Move(unsigned int n, const double* src, double* dst) {
 /// @}
 
 /// @name Zeroing
-///
-/// Stores all-zero bytes over `n` elements.
 /// @{
+
+/// Stores all-zero bytes over `n` elements.
 inline void Zero(unsigned int n, unsigned char* dst) {
     Detail::zero(n, dst);
 }
@@ -160,10 +160,10 @@ inline void Zero(unsigned int n, double* dst) {
 /// @}
 
 /// @name Filling
-///
+/// @{
+
 /// Stores `value` into each of `n` elements. A value that compares equal to zero is stored as all-zero bytes: -0.0
 /// becomes +0.0. A NaN is stored with the bits it has.
-/// @{
 inline void Set(unsigned int n, unsigned char* dst, unsigned char value) {
     if (n != 0) {
         std::memset(dst, value, n);

@@ -23,14 +23,11 @@ public:
     explicit CFReference(Ref owned) : ref_(owned) {}
 
     /// Takes the reference of `other`, which has none then. There is no copy: retained() makes a second reference.
-    /// @{
     CFReference(CFReference&& other) noexcept : ref_(std::exchange(other.ref_, nullptr)) {}
-
     CFReference& operator=(CFReference&& other) noexcept {
         CFReference(std::move(other)).swap(*this);
         return *this;
     }
-    /// @}
 
     ~CFReference() {
         if (ref_ != nullptr) {

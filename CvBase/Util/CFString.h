@@ -23,10 +23,8 @@ public:
 
     /// The string of the text up to its NUL. Text that is null or not valid UTF-8 gives the empty string. Throws
     /// std::bad_alloc.
-    /// @{
     CFString(const char* text, ReleaseBehavior behavior);
     CFString(const String& text, ReleaseBehavior behavior);
-    /// @}
 
     /// Adopts `reference` without retaining it; a new empty string stands for a null one.
     CFString(CFStringRef reference, ReleaseBehavior behavior);

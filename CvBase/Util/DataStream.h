@@ -40,22 +40,19 @@ public:
     };
 
     /// The byte order in which numbers are read and written from now on; a new stream has DefaultEndian.
-    /// @{
     [[nodiscard]] virtual EndianType GetEndianType() const = 0;
     virtual void SetEndianType(EndianType endianType) = 0;
-    /// @}
 
     /// Whether a text is written with its length in front, as a new stream does. Without it the text cannot be read
     /// back: reading always takes a length.
-    /// @{
     [[nodiscard]] virtual bool IsWriteStringLength() const = 0;
     virtual void SetWriteStringLength(bool writeStringLength) = 0;
-    /// @}
 
     /// @name Reading
+    /// @{
+
     /// Each sets `value` to what is stored at the position, and moves the position past it. A failure leaves the value
     /// and the position as they were.
-    /// @{
     virtual DataStream& operator>>(bool& value) = 0;
     virtual DataStream& operator>>(char& value) = 0;
     virtual DataStream& operator>>(signed char& value) = 0;
@@ -81,8 +78,9 @@ public:
     /// @}
 
     /// @name Reading a value to return it
-    /// As `stream >> value`. The argument only says which type to read: `ReadPrimitive(0U)` reads an unsigned int.
     /// @{
+
+    /// As `stream >> value`. The argument only says which type to read: `ReadPrimitive(0U)` reads an unsigned int.
     virtual bool ReadPrimitive(bool) = 0;
     virtual char ReadPrimitive(char) = 0;
     virtual signed char ReadPrimitive(signed char) = 0;
@@ -103,8 +101,9 @@ public:
     virtual void Read(unsigned int count, unsigned char* dest) = 0;
 
     /// @name Writing
-    /// Each puts the value at the position, over what is there, and moves the position past it.
     /// @{
+
+    /// Each puts the value at the position, over what is there, and moves the position past it.
     virtual DataStream& operator<<(bool value) = 0;
     virtual DataStream& operator<<(char value) = 0;
     virtual DataStream& operator<<(signed char value) = 0;

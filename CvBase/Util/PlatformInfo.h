@@ -49,9 +49,10 @@ struct ReturnAddressInfo {
 };
 
 /// @name Call stacks and map files
+/// @{
+
 /// For the platforms that have them. Here a call stack has no frames, so `*frameCount`, which must not be null, becomes
 /// 0; the two others always give false and change nothing.
-/// @{
 void GetCallStack(unsigned int maxFrames, unsigned int* frameCount);
 bool ParseMapFile(std::map<unsigned int, MapFileFunctionInfo>& functions, const FilePath& path,
                   unsigned int baseAddress);

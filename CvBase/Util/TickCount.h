@@ -19,9 +19,7 @@ namespace Util {
 [[nodiscard]] double GetCPUCyclesPerSecond();
 
 /// Hooks around a stretch of code that is to be timed; `label` names it. They do nothing on this platform.
-/// @{
 void TimeMeasureStart(bool enable);
 void TimeMeasureEnd(bool enable, const char* label);
-/// @}
 
 }  // namespace Util

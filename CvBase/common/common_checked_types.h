@@ -26,12 +26,10 @@ public:
     [[nodiscard]] constexpr T ValueOr(const T& fallback) const { return set_ ? value_ : fallback; }
 
     /// Two unset values are equal; an unset one differs from every set one.
-    /// @{
     friend constexpr bool operator==(const checked_value& a, const checked_value& b) {
         return a.set_ == b.set_ && (!a.set_ || a.value_ == b.value_);
     }
     friend constexpr bool operator!=(const checked_value& a, const checked_value& b) { return !(a == b); }
-    /// @}
 
 private:
     T value_;

@@ -18,10 +18,8 @@ public:
     explicit Base(const String& message);
 
     /// Shares the texts, and throws nothing.
-    /// @{
     Base(const Base&) = default;
     Base& operator=(const Base&) = default;
-    /// @}
 
     virtual ~Base();
 

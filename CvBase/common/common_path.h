@@ -47,11 +47,9 @@ public:
     [[nodiscard]] static bool IsRelative(const String& path) { return isRelative(path); }
 
     /// Order and equality of the folded texts, byte by byte, ignoring the case of A to Z. No path equals "/".
-    /// @{
     bool operator<=(const Path& other) const { return compare(path_, other.GetInternal()) <= 0; }
     bool operator<(const Path& other) const { return compare(path_, other.GetInternal()) < 0; }
     friend bool operator==(const Path& a, const Path& b) { return compare(a.GetInternal(), b.GetInternal()) == 0; }
-    /// @}
 
 protected:
     StoredPath() = default;                                   ///< no path

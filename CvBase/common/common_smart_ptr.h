@@ -179,10 +179,8 @@ public:
     }
 
     /// The object; not for an empty handle.
-    /// @{
     T* operator->() const { return this->get(); }
     T& operator*() const { return *this->get(); }
-    /// @}
 };
 
 /// Shared ownership of an array, on one thread. `T` is the type of an element.

@@ -61,10 +61,8 @@ public:
     String(const wchar_t* s);
 
     /// Shares the text.
-    /// @{
     String(const String& other) noexcept = default;
     String& operator=(const String& other) noexcept = default;
-    /// @}
 
     /// Exchanges the texts, which saves the counting when a vector moves its elements about. There is no move
     /// construction: it would leave a String without a count.
@@ -73,6 +71,7 @@ public:
         return *this;
     }
 
+    /// Gives up its share of the text.
     ~String() = default;
 
     /// As `*this = String(s)`: a null `s` makes this null.
@@ -312,15 +311,12 @@ private:
 };
 
 /// A copy of `a` with `b` appended, as by +=.
-/// @{
 [[nodiscard]] String operator+(const String& a, const String& b);
 [[nodiscard]] String operator+(const String& a, const char* b);
-/// @}
 
 /// The views compared byte by byte, as unsigned values; for UTF-8 that is the order of the code points. A null String,
 /// an empty one and "" are equal. A null `const char*` is neither equal to, less than nor greater than anything, not
 /// even a null String.
-/// @{
 inline bool operator==(const String& a, const String& b) {
     return a.CStr() == b.CStr() || std::strcmp(a.CStr(), b.CStr()) == 0;
 }
@@ -375,4 +371,3 @@ inline bool operator>(const char* a, const String& b) {
 inline bool operator>=(const char* a, const String& b) {
     return b <= a;
 }
-/// @}

@@ -7,7 +7,6 @@
 /// Names that the whole library uses.
 
 /// The integer names with a fixed width, without a namespace.
-/// @{
 using std::int16_t;
 using std::int32_t;
 using std::int64_t;
@@ -17,7 +16,6 @@ using std::uint16_t;
 using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
-/// @}
 
 /// An empty base class that takes copying away. Derive from it privately in a class that owns a resource of the
 /// platform, such as an open file:
@@ -26,10 +24,8 @@ using std::uint8_t;
 class noncopyable {
 public:
     /// A class with this base has neither copy construction nor assignment, and no moves either.
-    /// @{
     noncopyable(const noncopyable&) = delete;
     noncopyable& operator=(const noncopyable&) = delete;
-    /// @}
 
 protected:
     noncopyable() = default;

@@ -30,12 +30,10 @@ enum IconType : std::int32_t {
 };
 
 /// The button that a caller would like to be the default one.
-/// @{
 enum OKCancelFocus : std::int32_t { OKCancelFocusOK = 0, OKCancelFocusCancel = 1 };
 enum YesNoFocus : std::int32_t { YesNoFocusYes = 0, YesNoFocusNo = 1 };
 enum YesNoCancelFocus : std::int32_t { YesNoCancelFocusYes = 0, YesNoCancelFocusNo = 1, YesNoCancelFocusCancel = 2 };
 enum RetryCancelFocus : std::int32_t { RetryCancelFocusRetry = 0, RetryCancelFocusCancel = 1 };
-/// @}
 
 /// "OK". True when it was pressed.
 bool MessageOK(void* parent, const String& title, const String& message, bool, IconType icon);

@@ -18,7 +18,7 @@ namespace cv {
 namespace {
 
 /// The user is asked one thing at a time.
-std::mutex askingMutex;
+std::mutex g_askingMutex;
 
 int socketOption(int socket, int option) {
     int value = -1;
@@ -58,7 +58,7 @@ std::optional<std::size_t> askOnScreen(const Alert& alert) {
 }  // namespace
 
 std::size_t runAlert(const Alert& alert) {
-    const std::lock_guard<std::mutex> lock(askingMutex);
+    const std::lock_guard<std::mutex> lock(g_askingMutex);
     try {
         const std::optional<std::size_t> answer = askOnScreen(alert);
         return answer ? *answer : askOnConsole(alert);

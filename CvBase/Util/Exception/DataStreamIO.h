@@ -23,10 +23,8 @@ public:
     explicit DataStreamIO(const String& message);
 
     /// Shares the texts, and throws nothing.
-    /// @{
     DataStreamIO(const DataStreamIO&) = default;
     DataStreamIO& operator=(const DataStreamIO&) = default;
-    /// @}
 
     ~DataStreamIO() override;
 

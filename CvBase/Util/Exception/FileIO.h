@@ -33,16 +33,12 @@ public:
 
     /// `message` says in words what failed, `file` or `folder` is what it concerns, and `osError` is the errno value
     /// seen at the failure, or 0 where there is none.
-    /// @{
     FileIO(const String& message, const FilePath& file, ErrorType kind, int osError);
     FileIO(const String& message, const FolderPath& folder, ErrorType kind, int osError);
-    /// @}
 
     /// Shares the texts, and throws nothing.
-    /// @{
     FileIO(const FileIO&) = default;
     FileIO& operator=(const FileIO&) = default;
-    /// @}
 
     ~FileIO() override;
 

@@ -16,8 +16,8 @@ typedef struct OpaqueAEDataStorage* AEDataStorage;
 
 /// A piece of data with its type, or an event. Owned by whoever made it, until AEDisposeDesc.
 typedef struct {
-    DescType descriptorType;
-    AEDataStorage dataHandle;
+    DescType descriptorType;   ///< how the data is to be read; typeNull: there is none
+    AEDataStorage dataHandle;  ///< the data, opaque
 } AEDesc;
 typedef AEDesc AEAddressDesc;
 typedef AEDesc AppleEvent;

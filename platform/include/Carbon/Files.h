@@ -9,9 +9,9 @@ CF_EXTERN_C_BEGIN
 /// path still leads to that object and answers errFSBadFSRef when it does not (moved, removed, or another put in its
 /// place).
 struct FSRef {
-    UInt64 device;
-    UInt64 inode;
-    char path[4096];
+    UInt64 device;    ///< st_dev
+    UInt64 inode;     ///< st_ino
+    char path[4096];  ///< absolute, ends with a NUL
 };
 typedef struct FSRef FSRef;
 
@@ -21,24 +21,25 @@ typedef UInt32 FSCatalogInfoBitmap;
 /// The Finder flags that this project changes.
 enum { kHasCustomIcon = 0x0400, kIsInvisible = 0x4000 };
 
+/// A place on the screen, or in a window, in pixels.
 typedef struct {
-    SInt16 v;
-    SInt16 h;
+    SInt16 v;  ///< down from the top
+    SInt16 h;  ///< from the left
 } Point;
 
 /// The 16 bytes of Finder information of a file, in the processor's own byte order. A folder has the rectangle of its
 /// window in place of the first two fields, so that its flags lie at byte 8, too.
 typedef struct {
-    OSType fileType;
-    OSType fileCreator;
-    UInt16 finderFlags;
-    Point location;
-    UInt16 reservedField;
+    OSType fileType;       ///< 0: none
+    OSType fileCreator;    ///< 0: none
+    UInt16 finderFlags;    ///< kHasCustomIcon, kIsInvisible, ...
+    Point location;        ///< of the icon in its folder's window
+    UInt16 reservedField;  ///< the Finder's own
 } FileInfo;
 
 /// The catalogue information of an object, as far as this project asks for it.
 typedef struct {
-    UInt8 finderInfo[16];
+    UInt8 finderInfo[16];  ///< a FileInfo
 } FSCatalogInfo;
 
 struct HFSUniStr255;

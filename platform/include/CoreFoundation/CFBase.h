@@ -44,9 +44,10 @@ const typedef struct __CFURL* CFURLRef;
 const typedef struct __CFUUID* CFUUIDRef;
 typedef CFTypeRef CFPropertyListRef;
 
+/// `length` items from `location` on; UTF-16 units of a string, values of an array.
 typedef struct {
-    CFIndex location;
-    CFIndex length;
+    CFIndex location;  ///< the index of the first
+    CFIndex length;    ///< how many
 } CFRange;
 
 static inline CFRange CFRangeMake(CFIndex location, CFIndex length) {

@@ -10,8 +10,8 @@ enum { KERN_SUCCESS = 0, KERN_INVALID_ARGUMENT = 4 };
 
 /// What a count of mach_absolute_time is multiplied by (numer / denom) to give nanoseconds; 1/1 here.
 struct mach_timebase_info {
-    uint32_t numer;
-    uint32_t denom;
+    uint32_t numer;  ///< nanoseconds
+    uint32_t denom;  ///< in so many counts
 };
 typedef struct mach_timebase_info mach_timebase_info_data_t;
 typedef struct mach_timebase_info* mach_timebase_info_t;
