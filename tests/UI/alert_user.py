@@ -28,8 +28,8 @@ from gi.repository import Atspi  # noqa: E402
 PATIENCE = 20
 
 
+# What `what()` gives as soon as it is something, or its last answer.
 def wait_for(what, seconds=PATIENCE):
-    """What `what()` gives as soon as it is something, or its last answer."""
     end = time.monotonic() + seconds
     while not (found := what()) and time.monotonic() < end:
         time.sleep(0.02)
@@ -44,8 +44,8 @@ def all_below(node):
             yield from all_below(child)
 
 
+# The alert, once it is on the screen and has the focus; not that of the process `but`.
 def find_alert(but=None):
-    """The alert, once it is on the screen and has the focus; not that of the process `but`."""
     for node in all_below(Atspi.get_desktop(0)):
         if (node.get_role() == Atspi.Role.ALERT and node.get_state_set().contains(Atspi.StateType.ACTIVE)
                 and node.get_process_id() != but):
@@ -124,8 +124,8 @@ def start_window_manager():
         sys.exit("alert_user: the window manager does not come")
 
 
+# Describes the alert and takes the actions; the panel's process id at last.
 def answer(program, actions):
-    """Describes the alert and takes the actions; the panel's process id at last."""
     alert = wait_for(lambda: find_alert() or program.poll() is not None)
     if not isinstance(alert, Atspi.Accessible):
         sys.exit("alert_user: no alert came")

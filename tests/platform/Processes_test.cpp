@@ -27,21 +27,14 @@ TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
 /// Linux does not tell a path of more than 4096 bytes; then the name is what the program was called by, of any length.
 TEST(GetProcessInformation, CutsALongNameBetweenCharacters) {
     const TempDir folder;
-    const char* const startFarBelow = R"(
-import os, shutil, sys
-os.chdir(sys.argv[1])
-for _ in range(17):
-    os.mkdir("d" * 250)
-    os.chdir("d" * 250)
-shutil.copy(sys.argv[2], "program")
-program = os.open("program", os.O_RDONLY)
-os.chdir("/")
-os.execve(program, ["\u00E9" * 200] + sys.argv[3:], os.environ))";
+    const char* const startFarBelow = R"sh(
+cd "$1" && for i in $(seq 17); do mkdir $(printf %0250d 0) && cd -P $(printf %0250d 0) || exit; done
+cp "$2" program && exec 3<program && cd / && exec -a "$(printf '\303\251%.0s' $(seq 200))" /proc/self/fd/3 "$3")sh";
     std::string shown;
     for (int i = 0; i < 127; ++i) {
         shown += "\xC3\xA9";
     }
-    const auto result = run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
+    const auto result = run({"bash", "-c", startFarBelow, "", folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
     EXPECT_THAT(result.out, HasSubstr("<" + shown + ">"));
 }
 

@@ -1,10 +1,9 @@
 // Files as large as they may be, made to cost as much as they can: each is read or refused within bounded memory.
 
-#include <endian.h>
 #include <sys/resource.h>
 
 #include "platform/PropertyList/PropertyList.h"
-#include "tests/support/Test.h"
+#include "tests/support/PreferenceFiles.h"
 
 namespace {
 
@@ -28,11 +27,6 @@ std::string filled(const std::string& begin, const std::string& text, const std:
 
 std::string inPlist(const std::string& begin, const std::string& text, const std::string& end) {
     return filled("<plist>" + begin, text, end + "</plist>");
-}
-
-std::string bigEndian(std::uint64_t number, unsigned size = 8) {
-    number = htobe64(number << 8 * (8 - size));
-    return std::string(reinterpret_cast<const char*>(&number), size);
 }
 
 /// A binary array that refers so many times to the object.

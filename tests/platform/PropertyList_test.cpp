@@ -1,7 +1,5 @@
 #include "platform/PropertyList/PropertyList.h"
 
-#include <endian.h>
-
 #include <clocale>
 #include <stdexcept>
 
@@ -14,22 +12,17 @@ using namespace test;
 using namespace cv::plist;
 using Verdict = Parsed::Verdict;
 
-std::string bigEndian(std::uint64_t value) {
-    value = htobe64(value);
-    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
-
 /// A binary property list with these objects, the first of them the root, and two bytes a reference.
 std::string binary(const std::vector<std::string>& objects) {
     std::string bytes = "bplist00";
     std::string table;
     for (const std::string& object : objects) {
-        table += bigEndian(bytes.size());
+        table += test::bigEndian(bytes.size());
         bytes += object;
     }
     const std::size_t tablePosition = bytes.size();
-    return bytes + table + std::string(6, '\0') + "\x08\x02" + bigEndian(objects.size()) + bigEndian(0) +
-           bigEndian(tablePosition);
+    return bytes + table + std::string(6, '\0') + "\x08\x02" + test::bigEndian(objects.size()) + test::bigEndian(0) +
+           test::bigEndian(tablePosition);
 }
 
 /// `depth` arrays, each the only item of the one around it.
@@ -106,7 +99,8 @@ TEST(PropertyList, EqualValuesAreWrittenOnceAndEverySizeIsTheSmallest) {
     const Value root{Array{{true}, {Integer{1, false}}, {"a"s}, {"a"s}, {Integer{1, false}}, {true}}};
     const std::string objects = "\x09\x10\x01Qa\xA6\1\2\3\3\2\1",
                       table = "\x0D\x08\x09\x0B" + std::string(6, '\0') + "\1\1";
-    EXPECT_EQ(toBinary(root), "bplist00" + objects + table + bigEndian(4) + bigEndian(0) + bigEndian(20));
+    EXPECT_EQ(toBinary(root),
+              "bplist00" + objects + table + test::bigEndian(4) + test::bigEndian(0) + test::bigEndian(20));
     const std::string single = binary({"\x22\x3F\x40\0\0"s});
     EXPECT_EQ(read<Real>(single).value, 0.75);
     EXPECT_EQ(toBinary({read<Real>(single)}).substr(8, 5), "\x22\x3F\x40\0\0"s) << "single numbers stay single";
@@ -178,9 +172,9 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
     expectRefused(Verdict::Malformed, {
         {"cut short", {"bplist00"}},
         {"trailer", {good.substr(0, good.size() - 1), with(trailer + 6, "\0"s), with(trailer + 6, "\x09"), with(trailer + 7, "\0"s),
-                     with(trailer + 8, bigEndian(0)), with(trailer + 8, bigEndian(1ULL << 61)), with(trailer + 16, bigEndian(1)),
-                     with(trailer + 24, bigEndian(trailer + 1)), with(trailer + 24, bigEndian(~0ULL))}},
-        {"lies outside", {with(trailer - 8, bigEndian(7)), with(trailer - 8, bigEndian(trailer - 8))}},
+                     with(trailer + 8, test::bigEndian(0)), with(trailer + 8, test::bigEndian(1ULL << 61)), with(trailer + 16, test::bigEndian(1)),
+                     with(trailer + 24, test::bigEndian(trailer + 1)), with(trailer + 24, test::bigEndian(~0ULL))}},
+        {"lies outside", {with(trailer - 8, test::bigEndian(7)), with(trailer - 8, test::bigEndian(trailer - 8))}},
         {"does not fit", {binary({"\x5F\x10\x03hi"}), binary({"\x5F\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x6F\x13\x80\0\0\0\0\0\0\0"s}),
                           binary({"\xAF\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x13zzzzzzz"})}},
         {"count", {binary({"\x5F\x23hi"})}},
@@ -233,7 +227,7 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
     // clang-format off
     expectRefused(Verdict::Unsupported, {
         {"surrogate", {binary({"\x61\xD8\0"s}), binary({"\x61\xDC\0"s}), binary({"\x62\xD8\0\xD8\0"s})}},
-        {"64 bits", {binary({"\x14"s + bigEndian(1) + bigEndian(0)}), binary({"\x88"s + std::string(9, 'x')})}},
+        {"64 bits", {binary({"\x14"s + test::bigEndian(1) + test::bigEndian(0)}), binary({"\x88"s + std::string(9, 'x')})}},
         {"set", {binary({"\xC0"}), binary({"\xB0"})}},
         {"null", {binary({"\0"s})}},
         {"same key", {binary({"\xD2\0\1\0\1\0\1\0\1"s, letterA}), xml("<dict><key>a</key><true/><key>a</key><true/></dict>")}},

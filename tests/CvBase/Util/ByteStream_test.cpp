@@ -4,6 +4,7 @@
 #include "CvBase/Util/ByteStream.h"
 
 #include <new>
+#include <numeric>
 
 #include "CvBase/Util/Exception/DataStreamIO.h"
 #include "tests/CvBase/Util/StreamSupport.h"
@@ -84,7 +85,8 @@ TEST(ByteStream, StartsWithWhatItIsGivenAndMovesAnywhereModuloTwoToThe32nd) {
 }
 
 TEST(ByteStream, GrowsAsItIsWrittenTo) {
-    const Bytes bytes(70, 0xB7);
+    Bytes bytes(70);
+    std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
     for (const unsigned int reserved : {0U, 1U, 4U, 8U, 40U}) {
         for (unsigned int first = 0; first < 12; ++first) {
             for (const unsigned int count : {0U, 1U, 4U, 5U, 70U}) {
@@ -94,12 +96,12 @@ TEST(ByteStream, GrowsAsItIsWrittenTo) {
                 for (const unsigned int position : {first, 2U, first + 3, 3 * first + 7}) {
                     stream.SetPosition(position);
                     if (count == 4) {
-                        stream << 0xB7B7B7B7U;
+                        stream << 0x04030201U;
                     } else {
                         stream.Write(count, bytes.data());
                     }
                     model.resize(std::max<std::size_t>(model.size(), count == 0 ? 0 : position + count));
-                    std::fill_n(model.begin() + (count == 0 ? 0 : position), count, bytes[0]);
+                    std::copy_n(bytes.begin(), count, model.begin() + (count == 0 ? 0 : position));
                     ASSERT_EQ(stream.GetPosition(), position + count);
                     ASSERT_EQ(bytesOf(stream), model);
                 }

@@ -158,32 +158,28 @@ TEST(StringComparison, WithANullPointerIsAlwaysFalse) {
     }
 }
 
-TEST(StringFind, Byte) {
+TEST(StringFind, ByteFromEitherEnd) {
     // clang-format off
-    const struct { MaybeBytes text; char c; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+    struct Row { MaybeBytes text; char c; Position start; bool caseSensitive; Position found; };
+    const Row forwards[] = {
         {"abc", 'c', 0, true, 2}, {"abc", 'c', 2, true, 2}, {"abc", 'c', 3, true, {}}, {"abc", 'B', 0, false, 1},
         {"aBc", 'b', 0, false, 1}, {"abc", 'B', 0, true, {}}, {"aba", 'a', 1, true, 2}, {"abc", 'a', 0xFFFFFFFF, true, {}},
         {"ab\0c"s, 'c', 0, true, 3}, {"ab\0c"s, '\0', 0, true, 2}, {"ab\0C"s, 'c', 0, false, 3}, {"", '\0', 0, true, {}},
         {NONE, 'a', 0, true, {}}, {NONE, 'a', 0, false, {}},
         {"\xC3\xA9\xE9", '\xE9', 0, true, 2}, {"\xC3\xC9", '\xE9', 0, false, {}}, {"@[`{", '`', 0, false, 2},
     };
-    // clang-format on
-    for (const auto& row : rows) {
-        EXPECT_EQ(makeText(row.text).Find(row.c, row.start, row.caseSensitive), row.found)
-            << PrintToString(row.text) << " from " << row.start;
-    }
-}
-
-TEST(StringFind, ByteFromTheEnd) {
-    // clang-format off
-    const struct { MaybeBytes text; char c; Position start; bool caseSensitive; Position found; } rows[] = {
+    const Row backwards[] = {
         {"aba", 'a', {}, true, 2}, {"aba", 'a', 1, true, 0}, {"aba", 'a', 2, true, 2}, {"aba", 'a', 0, true, 0},
         {"abc", 'x', 7, true, {}}, {"abc", 'c', 3, true, {}}, {"abc", 'c', 0xFFFFFFFF, true, {}}, {"abc", 'x', {}, true, {}},
         {"abAc", 'a', {}, false, 2}, {"abAc", 'a', {}, true, 0}, {"a\0b\0"s, '\0', {}, true, 3},
         {"", 'a', {}, true, {}}, {"", 'a', 0, true, {}}, {NONE, 'a', {}, true, {}},
     };
     // clang-format on
-    for (const auto& row : rows) {
+    for (const Row& row : forwards) {
+        EXPECT_EQ(makeText(row.text).Find(row.c, row.start.Value(), row.caseSensitive), row.found)
+            << PrintToString(row.text) << " from " << row.start.Value();
+    }
+    for (const Row& row : backwards) {
         EXPECT_EQ(makeText(row.text).FindRev(row.c, row.start, row.caseSensitive), row.found)
             << PrintToString(row.text);
     }
