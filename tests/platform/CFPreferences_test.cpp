@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
 
@@ -104,8 +105,11 @@ TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
     for (const CFTypeRef value :
          {CFTypeRef(identifier.get()), CFTypeRef(half.get()), CFTypeRef(CFBundleGetInfoDictionary(bundle.get()))}) {
         const std::string errors = errorsOf([&] { set("Bad", value); });
-        EXPECT_THAT(errors, HasSubstr("\"Bad\" is refused"));
+        EXPECT_THAT(errors, HasSubstr("key \"Bad\": the value is refused"));
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+        const auto failures = cv::storeFailures();
+        ASSERT_EQ(failures.size(), 1U);
+        EXPECT_THAT(failures.front().what, HasSubstr("key \"Bad\""));
     }
     EXPECT_TRUE(synchronize());
     EXPECT_FALSE(fs::exists(file()));
