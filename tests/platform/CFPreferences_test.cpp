@@ -1,18 +1,13 @@
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
-#include "tests/support/StandardError.h"
 
 namespace test {
 
 namespace {
-
-using namespace std::string_literals;
-using testing::HasSubstr;
 
 TEST_F(UserPreferences, FilesAreTheHomesOwnersAndOpenToEveryReaderWhateverTheUmask) {
     const uid_t user = geteuid() == 0 ? 65534 : geteuid();
@@ -47,8 +42,7 @@ TEST_F(UserPreferences, ValuesAreKeptExactlyAndOthersLeftAlone) {
         EXPECT_TRUE(CFNumberGetValue(static_cast<CFNumberRef>(copy("least").get()), kCFNumberSInt64Type, &least));
         EXPECT_EQ(least, INT64_MIN);
     }
-    for (const std::u16string& text :
-         {u""s, u"\uFEFFe\u0301\u00e9"s, u"\U0001F600"s, u"line\nline\r\t\x01"s, u"a\0b"s}) {
+    for (const std::u16string& text : {u""s, u"\uFEFFe\u0301\u00e9\U0001F600\n\r\t\x01 a\0b"s}) {
         set("Text", makeString(text).get());
         ASSERT_TRUE(synchronize());
         EXPECT_EQ(units(static_cast<CFStringRef>(copy("Text").get())), text);
@@ -104,7 +98,7 @@ TEST_F(UserPreferences, WhatCannotBeStoredIsRefusedWithOneLine) {
     }
     const TempDir bundles;
     writeFile(bundles / "Contents/Info.plist", "<plist><dict><key>a</key>" + nested + "</dict></plist>");
-    const cv::CFReference bundle(CFBundleCreate(nullptr, url(bundles.path()).get()));
+    const CFReference bundle(CFBundleCreate(nullptr, url(bundles.path()).get()));
     ASSERT_TRUE(bundle);
     const auto identifier = uuid("5CD9484B-4A86-4CA2-A79A-1525A3B5F6E8");
     const auto half = makeString(u"a\xD800");
