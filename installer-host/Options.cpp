@@ -85,6 +85,38 @@ void addTimeout(CLI::App& app, Options& options) {
               "End the run when the bundle's code takes longer; 0: never (default: 60)");
 }
 
+/// A folder's name as it stands on the command line. An option without its value would take the next option for it.
+std::string checkedFolder(const std::string& name, const std::string& folder) {
+    if (folder.empty()) {
+        throw CLI::ValidationError(name, "the folder's name is empty; is a variable unset?");
+    }
+    if (folder.front() == '-') {
+        throw CLI::ValidationError(name, "'" + folder + "' looks like an option; for such a folder give ./" + folder);
+    }
+    return folder;
+}
+
+CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
+                        const std::string& help) {
+    const auto add = [=, &folders](const std::vector<std::string>& given) {
+        for (const std::string& folder : given) {
+            folders.push_back(checkedFolder(name, folder));
+        }
+    };
+    return app.add_option_function<std::vector<std::string>>(name, add, help)
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+}
+
+/// Adds the two options that say where the command works, and returns the second, --machine.
+CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp) {
+    CLI::Option* root =
+        app.add_option_function<std::string>(
+               "--root", [&](const std::string& given) { options.root = checkedFolder("--root", given); }, rootHelp)
+            ->type_name("DIR");
+    return app.add_flag("--machine", options.machine, machineHelp)->excludes(root);
+}
+
 void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
@@ -111,12 +143,17 @@ void addRunCommand(CLI::App& app, Options& options) {
     addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
                     "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
                     "directly (default: table)");
-    run.add_option("--root", options.root,
-                   "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
-                   "/Applications, the "
-                   "rest of the machine can only be read\n(default: the machine itself)")
-        ->type_name("DIR");
-    run.add_flag("--dry-run", options.dryRun, "Work on a copy of the root, report, change nothing");
+    CLI::Option* machine = addPlace(
+        run, options,
+        "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and /Applications, the "
+        "rest of the machine can only be read",
+        "Work on the machine itself");
+    CLI::Option* dryRun = run.add_flag("--dry-run", options.dryRun, "Work on a copy, report, change nothing");
+    addFolders(run, "--scope", options.scope,
+               "With --machine: look at DIR; may be given again\n(default: /Library and /Applications)")
+        ->needs(machine)
+        ->excludes(dryRun);
+    run.add_flag("--changes-exit", options.changesExit, "End with status 10 when something changed, or would have");
     addFormat(run, options);
     addTimeout(run, options);
     run.add_flag("--verbose", options.verbose,
@@ -136,7 +173,7 @@ void addShowCommand(CLI::App& app, Options& options) {
     CLI::App& show = *app.add_subcommand(
         "show", "What the machine holds now: preferences, and the Finder flags of the vendor's folder and icon file");
     show.footer("Example:\n  installer-host show --root /tmp/root");
-    show.add_option("--root", options.root, "Look at a private root instead of the machine itself")->type_name("DIR");
+    addPlace(show, options, "Look at the private root DIR", "Look at the machine itself");
     addFormat(show, options);
 }
 
@@ -164,6 +201,50 @@ ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
     return parsed;
 }
 
+/// The format of the report, also when the rest of the command line is wrong.
+Format wantedFormat(const std::vector<std::string>& arguments) {
+    std::string before;
+    for (const std::string& argument : arguments) {
+        if (before == "--") {
+            break;
+        }
+        if (argument == "--format=json" || (before == "--format" && argument == "json")) {
+            return Format::Json;
+        }
+        before = argument;
+    }
+    return Format::Text;
+}
+
+/// CLI11 takes the next argument for the value of "--root=", which is what an unset variable leaves.
+void requireValues(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (argument == "--") {
+            break;
+        }
+        if (argument.size() > 3 && argument.compare(0, 2, "--") == 0 && argument.find('=') == argument.size() - 1) {
+            throw CLI::ValidationError(argument.substr(0, argument.size() - 1), "its value is empty");
+        }
+    }
+}
+
+/// Sets what follows from the options that were given. Nothing stands for the machine itself but the word for it.
+void complete(Options& options, const CLI::App& app) {
+    options.command = app.got_subcommand("run")     ? Command::Run
+                      : app.got_subcommand("check") ? Command::Check
+                                                    : Command::Show;
+    if (options.command != Command::Check && !options.machine && options.root.empty()) {
+        throw CLI::RequiredError("where to work: --root DIR for a private root, or --machine for the machine itself",
+                                 CLI::ExitCodes::RequiredError);
+    }
+    if (options.command != Command::Run) {
+        options.installation.steps.clear();
+    }
+    if (options.machine && options.scope.empty()) {
+        options.scope = {"/Library", "/Applications"};
+    }
+}
+
 }  // namespace
 
 ParsedOptions parseOptions(int argc, const char* const* argv) {
@@ -182,16 +263,13 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     for (CLI::App* command : app.get_subcommands(nullptr)) {
         command->get_formatter()->column_width(26);
     }
+    options.format = wantedFormat({argv, argv + argc});
     try {
+        requireValues({argv, argv + argc});
         app.parse(argc, argv);
+        complete(options, app);
     } catch (const CLI::ParseError& error) {
         return stopWith(app, error);
-    }
-    options.command = app.got_subcommand("run")     ? Command::Run
-                      : app.got_subcommand("check") ? Command::Check
-                                                    : Command::Show;
-    if (options.command != Command::Run) {
-        options.installation.steps.clear();
     }
     parsed.proceed = true;
     return parsed;

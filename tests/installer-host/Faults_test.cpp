@@ -63,7 +63,7 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
 
 /// The time-out holds without a private root, too.
 TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
-    const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1"});
+    const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1", "--machine"});
     EXPECT_EQ(result.exitStatus, 9);
     const int process = std::stoi(result.err);
     EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;

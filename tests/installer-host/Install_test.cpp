@@ -85,9 +85,11 @@ TEST(Install, SaysWhatIsMissing) {
         int exitStatus;
         std::string message;
     } cases[] = {
-        {{"run", "--product=5100", noBundle}, 3, "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
+        {{"run", "--product=5100", "--machine", noBundle},
+         3,
+         "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
         {{"check", folder.path()}, 3, "no file Contents/Info.plist"},
-        {{"run", "--product=5100", UNLINKED_BUNDLE}, 3, "nobodyDefinesThis"},
+        {{"run", "--product=5100", "--machine", UNLINKED_BUNDLE}, 3, "nobodyDefinesThis"},
         {{"run", "--product=5100", "--root", noRoot, PLUGIN_BUNDLE}, 6, "mkdir -p '" + noRoot + "'"},
         {{"show", "--root", noRoot}, 6, "mkdir -p '" + noRoot + "'"},
         {{"run"}, 2, "BUNDLE is required"},

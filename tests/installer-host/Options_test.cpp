@@ -15,10 +15,27 @@ ParsedOptions parse(std::vector<const char*> arguments) {
 }
 
 TEST(Options, AreRead) {
-    const ParsedOptions parsed =
-        parse({"run",   "--product", "-2147483648", "--language=-1", "--step", "post",      "--block-version",
-               "65535", "--entry",   "direct",      "--root",        "/r",     "--dry-run", "--format",
-               "json",  "--timeout", "0",           "--verbose",     "--",     "-x"});
+    const ParsedOptions parsed = parse({"run",
+                                        "--product",
+                                        "-2147483648",
+                                        "--language=-1",
+                                        "--step",
+                                        "post",
+                                        "--block-version",
+                                        "65535",
+                                        "--entry",
+                                        "direct",
+                                        "--root",
+                                        "/r",
+                                        "--dry-run",
+                                        "--format",
+                                        "json",
+                                        "--timeout",
+                                        "0",
+                                        "--verbose",
+                                        "--changes-exit",
+                                        "--",
+                                        "-x"});
     ASSERT_TRUE(parsed.proceed) << parsed.text;
     const Options& options = parsed.options;
     EXPECT_EQ(options.command, Command::Run);
@@ -26,11 +43,26 @@ TEST(Options, AreRead) {
     EXPECT_EQ(options.installation.language, -1);
     EXPECT_THAT(options.installation.steps, ElementsAre(Step::PostInstall));
     EXPECT_EQ(options.installation.blockVersion, 65535);
-    EXPECT_TRUE(options.installation.direct && options.dryRun && options.verbose);
+    EXPECT_TRUE(options.installation.direct && options.dryRun && options.verbose && options.changesExit);
     EXPECT_EQ(options.root, "/r");
+    EXPECT_FALSE(options.machine);
     EXPECT_EQ(options.format, Format::Json);
     EXPECT_EQ(options.timeout, 0U);
     EXPECT_EQ(options.bundle, "-x") << "a bundle's name may look like an option";
+}
+
+TEST(Options, NameTheMachineItself) {
+    const auto scopeOf = [](const std::vector<const char*>& more) {
+        std::vector<const char*> arguments{"run", "--product=1", "--machine"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const ParsedOptions parsed = parse(arguments);
+        EXPECT_TRUE(parsed.proceed && parsed.options.machine && parsed.options.root.empty()) << parsed.text;
+        EXPECT_EQ(parsed.options.bundle, "X.bundle");
+        return parsed.options.scope;
+    };
+    EXPECT_THAT(scopeOf({"X.bundle"}), ElementsAre("/Library", "/Applications"));
+    EXPECT_THAT(scopeOf({"--scope", "/a", "--scope", "/b", "X.bundle"}), ElementsAre("/a", "/b"));
+    EXPECT_THAT(scopeOf({"--scope=/a", "X.bundle", "--scope", "/b"}), ElementsAre("/a", "/b"));
 }
 
 struct WrongUsage {
@@ -48,7 +80,16 @@ TEST(Options, SayWhatIsWrong) {
         {{"run", "X.bundle", "--product", "5100", "--block-version", "65536"}, "from 0 to 65535"},
         {{"run", "X.bundle", "--product", "5100", "--timeout", "-1"}, "'-1' is not a whole number from 0"},
         {{"run", "X.bundle", "--product", "5100", "--rot", "/r"}, "--rot"},
-        {{"show", "--format", "xml"}, "'xml' is none of text|json"},
+        {{"run", "X.bundle", "--product", "5100"}, "--root DIR for a private root, or --machine"},
+        {{"run", "X.bundle", "--product", "5100", "--scope", "/a", "--root", "/r"}, "--scope requires --machine"},
+        {{"run", "X.bundle", "--product", "5100", "--machine", "--dry-run", "--scope=/a"}, "--dry-run"},
+        {{"run", "X.bundle", "--product", "5100", "--root", ""}, "name is empty"},
+        {{"run", "X.bundle", "--product", "5100", "--root=", "/r"}, "--root: its value is empty"},
+        {{"show", "--root"}, "--root"},
+        {{"show", "--root", "--machine"}, "'--machine' looks like an option"},
+        {{"show", "--root", "/r", "--machine"}, "excludes --"},
+        {{"show"}, "--root DIR for a private root, or --machine"},
+        {{"show", "--machine", "--format", "xml"}, "'xml' is none of text|json"},
     };
     for (const WrongUsage& wrong : cases) {
         const ParsedOptions parsed = parse(wrong.arguments);
