@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,6 +29,16 @@ struct StepResult {
     std::optional<std::uint32_t> flagsAfter;   ///< unset for a step whose process ended, too
     std::string fault;                         ///< the exception's type, or how the process ended
     std::string faultMessage;                  ///< what the exception says; may be empty
+    std::chrono::milliseconds duration{0};     ///< how long it ran
+};
+
+/// An alert that came up during a run.
+struct AlertRecord {
+    std::string title;
+    std::string text;
+    std::vector<std::string> buttons;   ///< the first is the default
+    std::optional<std::string> answer;  ///< the chosen button; unset when the alert still waited at the end of the run
+    std::string answeredBy;             ///< "user", "console" or "nobody"
 };
 
 /// How the worker ended.
@@ -40,10 +51,15 @@ enum class WorkerEnd {
 /// All that became known in a run or a check: the judgement and the reports are made of this alone.
 struct RunResult {
     Options options;  ///< what was asked for, the paths absolute
+    std::chrono::system_clock::time_point started;
+    std::string bundleIdentifier;  ///< empty when it is not known, like the version
+    std::string bundleVersion;
     WorkerEnd end = WorkerEnd::Finished;
     std::string endText;               ///< how the process ended that died, for example "signal 11 (...)"
     std::vector<StepResult> steps;     ///< of a run: each that was asked for
     std::vector<cv::Fault> notStored;  ///< of a run: what the bundle's code asked for in vain
+    std::vector<AlertRecord> alerts;   ///< in the order in which they came up
+    std::vector<std::string> limits;   ///< which limits held for the bundle's code, a sentence each
     Changes changes;                   ///< of a run
     std::vector<Finding> findings;     ///< of a check
 };

@@ -88,7 +88,7 @@ int main(int argc, char** argv) {
             status = parsed.status;
         }
     } catch (const Failure& failure) {
-        say(failure.what());
+        say(std::string(failure.what()) + (failure.advice().empty() ? "" : "\n" + failure.advice()));
         status = failure.status();
     } catch (const Interrupted& interrupted) {
         endBySignal(interrupted.signal);

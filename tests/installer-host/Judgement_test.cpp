@@ -22,7 +22,7 @@ TEST(Judgement, TakesTheFirstOfWhatWentWrong) {
     };
     for (const auto& c : cases) {
         RunResult result;
-        result.steps = {{Step::PreInstall, c.outcome, 0, 1, "T", ""}};
+        result.steps = {{Step::PreInstall, c.outcome, 0, 1, "T", "", {}}};
         result.end = c.end;
         result.endText = "signal 6";
         result.notStored = {{"/a", "closed"}};

@@ -54,8 +54,8 @@ TEST(Reports, ShowEveryTypeOfValueAndWhatCannotBeRead) {
 TEST(Reports, TellWhatChanged) {
     const TypedValue zero{{"type", "integer"}, {"value", 0}}, text{{"type", "string"}, {"value", "0"}};
     RunResult result;
-    result.steps = {{Step::PreInstall, StepResult::Outcome::Done, 0, 0, "", ""},
-                    {Step::PostInstall, StepResult::Outcome::Done, 0, 1, "", ""}};
+    result.steps = {{Step::PreInstall, StepResult::Outcome::Done, 0, 0, "", "", {}},
+                    {Step::PostInstall, StepResult::Outcome::Done, 0, 1, "", "", {}}};
     result.changes.preferences = {{"d", "Gone", Change::Removed, text, nullptr},
                                   {"d", "Interval", Change::Changed, zero, text},
                                   {"e", "InstallStatus", Change::Unchanged, text, text}};
