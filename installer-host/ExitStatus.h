@@ -20,6 +20,9 @@ enum class ExitStatus : int {
     SomethingChanged = 10,  ///< all went well, and the user asked to be told that something changed
 };
 
+/// With the number of a signal added, the status of a run that its user ended by it.
+constexpr int SIGNALLED = 128;
+
 /// An error that ends the run: what happened, and what the user can do about it.
 class Failure : public std::runtime_error {
 public:

@@ -16,11 +16,13 @@ namespace host {
 /// What became of one step.
 struct StepResult {
     enum class Outcome {
-        NotRun,     ///< an earlier fault ended the run
-        Done,       ///< it returned
-        Exception,  ///< an exception left it
-        Crashed,    ///< it ended the process
-        TimedOut    ///< it was still running when the time-out came
+        NotRun,      ///< an earlier fault ended the run
+        Done,        ///< it returned, and its process ended as it should
+        Returned,    ///< it returned, says the bundle's process, which did not end as it should afterwards
+        Exception,   ///< an exception left it
+        Crashed,     ///< it ended the process, or broke the protocol between worker and host
+        TimedOut,    ///< it was still running when the time-out came
+        Interrupted  ///< it was still running when the user ended the run
     };
 
     Step step;
@@ -43,9 +45,11 @@ struct AlertRecord {
 
 /// How the worker ended.
 enum class WorkerEnd {
-    Finished,  ///< it did all that it was to do
-    TimedOut,  ///< it was killed when its time was over
-    Died       ///< the bundle's code ended the process
+    Finished,       ///< it did all that it was to do
+    TimedOut,       ///< it was killed when its time was over
+    Died,           ///< the bundle's code ended the process
+    BrokeProtocol,  ///< it was killed when it told what no worker tells: that was the bundle's code
+    Interrupted     ///< it was killed when the user ended the run
 };
 
 /// All that became known in a run or a check: the judgement and the reports are made of this alone.
@@ -55,7 +59,9 @@ struct RunResult {
     std::string bundleIdentifier;  ///< empty when it is not known, like the version
     std::string bundleVersion;
     WorkerEnd end = WorkerEnd::Finished;
-    std::string endText;               ///< how the process ended that died, for example "signal 11 (...)"
+    std::string endText;               ///< Died: how, for example "signal 11 (...)"; BrokeProtocol: by what
+    int signal = 0;                    ///< Interrupted: the signal by which the user ended the run
+    std::optional<Failure> failure;    ///< of a run: why no step was run; the bundle's code may have been loaded
     std::vector<StepResult> steps;     ///< of a run: each that was asked for
     std::vector<cv::Fault> notStored;  ///< of a run: what the bundle's code asked for in vain
     std::vector<AlertRecord> alerts;   ///< in the order in which they came up

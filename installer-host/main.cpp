@@ -96,5 +96,9 @@ int main(int argc, char** argv) {
         say(std::string("the run cannot go on: ") + fault.what());
         status = ExitStatus::RootNotMade;
     }
+    // Only now, when the copy of a dry run is gone.
+    if (static_cast<int>(status) > SIGNALLED) {
+        endBySignal(static_cast<int>(status) - SIGNALLED);
+    }
     return static_cast<int>(status);
 }

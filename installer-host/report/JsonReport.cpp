@@ -36,12 +36,16 @@ const char* nameOf(StepResult::Outcome outcome) {
             break;
         case StepResult::Outcome::Done:
             return "done";
+        case StepResult::Outcome::Returned:
+            return "returned";
         case StepResult::Outcome::Exception:
             return "exception";
         case StepResult::Outcome::Crashed:
             return "crashed";
         case StepResult::Outcome::TimedOut:
             return "timed out";
+        case StepResult::Outcome::Interrupted:
+            return "interrupted";
     }
     return "not run";
 }

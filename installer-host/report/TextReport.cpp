@@ -54,15 +54,21 @@ std::string stepLine(const StepResult& result) {
         case StepResult::Outcome::Done:
             line += result.flagsAfter.value_or(0) & XCOD_RESULT_FAILED ? "failed" : "done";
             break;
+        case StepResult::Outcome::Returned:
+            line += "returned, but its process did not end as it should";
+            break;
         case StepResult::Outcome::Exception:
             line += "ended by an exception of type " + escaped(result.fault);
             line += result.faultMessage.empty() ? "" : ": " + escaped(result.faultMessage);
             break;
         case StepResult::Outcome::Crashed:
-            line += "ended the process: " + result.fault;
+            line += "ended the process: " + escaped(result.fault);
             break;
         case StepResult::Outcome::TimedOut:
             line += "did not end in time";
+            break;
+        case StepResult::Outcome::Interrupted:
+            line += "was running when the user ended the run";
             break;
     }
     line += "; resultFlags " + flags(result.flagsBefore);

@@ -87,7 +87,9 @@ void DryRunCopy::copyFrom(const std::string& root) {
         return;
     }
     command.push_back(path_);
-    if (runChild(command).exitStatus != 0) {
+    ChildOrder order;
+    order.command = command;
+    if (runChild(order).exitStatus != 0) {
         throw Failure(ExitStatus::RootNotMade,
                       "a faithful copy of the root '" + root + "' could not be made in '" + path_ +
                           "'; what went wrong is said above.\nRun the dry run as a user who may read all of the root, "

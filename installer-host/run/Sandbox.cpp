@@ -139,12 +139,6 @@ std::vector<std::string> Sandbox::wrap(const std::vector<std::string>& command) 
     return wrapped;
 }
 
-std::string sandboxRefusedText() {
-    return "the private root could not be made; bubblewrap (bwrap) said above why. Where the system refuses user "
-           "namespaces to ordinary users,\nrun this program as root, or allow them: "
-           "sudo sysctl kernel.unprivileged_userns_clone=1 user.max_user_namespaces=10000";
-}
-
 void requireBubblewrap() {
     if (!isInstalled("bwrap")) {
         throw Failure(ExitStatus::RootNotMade,

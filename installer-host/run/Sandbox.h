@@ -22,13 +22,13 @@ public:
     /// /etc/passwd. Valid once.
     std::vector<std::string> wrap(const std::vector<std::string>& command) const;
 
+    /// What the command needs to have open.
+    std::vector<int> descriptors() const { return {passwd_.get(), group_.get()}; }
+
 private:
     std::vector<std::string> mounts_;
     cv::Descriptor passwd_, group_;
 };
-
-/// Why a run could not start in a private root although bubblewrap was called, and what the user can do.
-std::string sandboxRefusedText();
 
 /// Throws Failure (RootNotMade) with the way to install it when bubblewrap is missing.
 void requireBubblewrap();

@@ -89,7 +89,6 @@ TEST(Install, SaysWhatIsMissing) {
          3,
          "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
         {{"check", folder.path()}, 3, "no file Contents/Info.plist"},
-        {{"run", "--product=5100", "--machine", UNLINKED_BUNDLE}, 3, "nobodyDefinesThis"},
         {{"run", "--product=5100", "--root", noRoot, PLUGIN_BUNDLE}, 6, "mkdir -p '" + noRoot + "'"},
         {{"show", "--root", noRoot}, 6, "mkdir -p '" + noRoot + "'"},
         {{"run"}, 2, "BUNDLE is required"},
@@ -103,6 +102,10 @@ TEST(Install, SaysWhatIsMissing) {
     const std::string alone = folder / "bin/installer-host";
     fs::create_directory(folder / "bin");
     fs::copy_file(HOST_PROGRAM, alone);
+    const ProcessResult unlinked = runHost({"run", "--product=5100", "--machine", UNLINKED_BUNDLE});
+    EXPECT_EQ(unlinked.exitStatus, 3);
+    EXPECT_THAT(unlinked.err, HasSubstr("installer-host: the code cannot be loaded: "));
+    EXPECT_THAT(unlinked.err, HasSubstr("nobodyDefinesThis"));
     const ProcessResult withoutWorker = run({alone, "check", PLUGIN_BUNDLE});
     EXPECT_EQ(withoutWorker.exitStatus, 6);
     EXPECT_THAT(withoutWorker.err, HasSubstr("'" + folder / "libexec/installer-host-worker" + "': No such file"));
