@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/Descriptor.h"
 
@@ -16,6 +17,13 @@ public:
     /// out of it. `flags` as for open(2), without O_CREAT; the access time stays as it is where the system lets us. An
     /// invalid descriptor, with errno set, when that fails.
     cv::Descriptor open(const std::string& path, int flags) const;
+
+    /// Opens the folder at `path`, which begins with "/" and may be longer than the system takes at once, for reading
+    /// its names. No symbolic link is followed; access times and failures as for open().
+    cv::Descriptor openFolder(std::string_view path) const;
+
+    /// Whether this is the machine's own root.
+    bool isMachine() const { return machine_; }
 
 private:
     cv::Descriptor folder_;
