@@ -31,8 +31,10 @@ std::string findRoot(const std::string& path) {
     if (path.empty()) {
         return path;
     }
-    const RootFolder exists(path);
-    return fs::canonical(path);
+    std::error_code error;
+    const fs::path found = fs::canonical(path, error);
+    const RootFolder exists(error ? path : found.string());
+    return found;
 }
 
 }  // namespace

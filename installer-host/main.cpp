@@ -79,10 +79,11 @@ ExitStatus runCommand(const Plan& plan) {
     const auto started = std::chrono::system_clock::now();
     const Options& options = plan.options();
     const BundleInfo info = readBundleInfo(options.bundle);
-    const RootFolder root(plan.workedOn());
+    RootFolder root(plan.workedOn());
+    root.makePrivateFolders();
     const std::vector<std::string> scope = scopeOf(plan);
     const Look before = look(root, scope, nullptr, endIfInterrupted);
-    RunResult result = runWorker(options, plan.workedOn());
+    RunResult result = runWorker(options, &root);
     result.changes = compare(before, look(root, scope, &before), options.verbose);
     result.started = started;
     addMetadata(result, info);
@@ -94,7 +95,7 @@ ExitStatus runCommand(const Plan& plan) {
 
 ExitStatus checkCommand(const Plan& plan) {
     const Options& options = plan.options();
-    const RunResult result = runWorker(options, plan.workedOn());
+    const RunResult result = runWorker(options, nullptr);
     const Judgement judgement = judge(result);
     print(options.format == Format::Json ? checkJson(result, judgement) : checkText(result));
     explain(judgement);

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/look/PrivateFolders.h"
 #include "installer-host/run/ChildProcess.h"
-#include "installer-host/run/PrivateFolders.h"
 #include "installer-host/run/Sandbox.h"
 #include "platform/Descriptor.h"
 
