@@ -2,13 +2,13 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <regex>
 
 #include "tests/installer-host/HostSupport.h"
 
 namespace {
 
 using namespace test;
-using nlohmann::json;
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;
@@ -57,11 +57,13 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     EXPECT_THAT(result.out, HasSubstr("dry run"));
     EXPECT_THAT(result.out, HasSubstr("    + \"Lang\" = \"es\" (string)\n"));
 
-    json would = json::parse(install(root, {"--dry-run", "--format=json"}).out);
-    json does = json::parse(install(root, {"--format=json"}).out);
-    EXPECT_EQ(would["dryRun"], true);
-    would.erase("dryRun");
-    does.erase("dryRun");
+    const auto reportOf = [&](const std::vector<std::string>& arguments) {
+        const std::regex differs(R"re("(started|milliseconds|modified|dryRun)": .*)re");
+        return std::regex_replace(install(root, arguments).out, differs, "");
+    };
+    const std::string would = reportOf({"--dry-run", "--format=json"});
+    const std::string does = reportOf({"--format=json"});
+    EXPECT_THAT(would, HasSubstr("\"changed\": true"));
     EXPECT_EQ(would, does) << "a dry run's report differs from that of the run";
     fs::permissions(root / "Library/sealed", fs::perms::owner_all);
 }
