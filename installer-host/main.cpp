@@ -84,8 +84,7 @@ int main(int argc, char** argv) {
         } else if (parsed.status == ExitStatus::Done) {
             print(parsed.text);
         } else {
-            std::fputs(parsed.text.c_str(), stderr);
-            status = parsed.status;
+            throw Failure(parsed.status, parsed.text, parsed.advice);
         }
     } catch (const Failure& failure) {
         say(std::string(failure.what()) + (failure.advice().empty() ? "" : "\n" + failure.advice()));
