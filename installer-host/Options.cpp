@@ -242,6 +242,9 @@ std::string describeError(const CLI::App& app, const CLI::App& subject, const CL
         return unknownWord(subject, left.front(), !hasCommand && left.front().front() != '-');
     }
     const std::string text = error.what();
+    if (text.find("disallowed flag override") != std::string::npos) {
+        return "--" + text.substr(0, text.find(' ')) + " takes no value";
+    }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
         const bool lacksValue = text.find("missing") != std::string::npos;
         return text.substr(0, text.find(':')) + (lacksValue ? " needs a value" : " is given more than once");

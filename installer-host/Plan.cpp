@@ -67,10 +67,11 @@ std::string findRoot(const std::string& path) {
     if (path.empty()) {
         return path;
     }
-    const RootFolder exists(path);
-    const fs::path root = fs::canonical(path);
-    refuseMachine(root);
-    return root;
+    std::error_code error;
+    const fs::path found = fs::canonical(path, error);
+    const RootFolder exists(error ? path : found.string());
+    refuseMachine(found);
+    return found;
 }
 
 }  // namespace

@@ -34,9 +34,10 @@ void explain(const Judgement& judgement) {
 
 ExitStatus runCommand(const Plan& plan) {
     const Options& options = plan.options();
-    const RootFolder root(plan.workedOn());
+    RootFolder root(plan.workedOn());
+    root.makePrivateFolders();
     const Snapshot before = takeSnapshot(root);
-    RunResult result = runWorker(options, plan.workedOn());
+    RunResult result = runWorker(options, &root);
     result.changes = compare(before, takeSnapshot(root), options.verbose);
     const Judgement judgement = judge(result);
     explain(judgement);
@@ -46,7 +47,7 @@ ExitStatus runCommand(const Plan& plan) {
 
 ExitStatus checkCommand(const Plan& plan) {
     const Options& options = plan.options();
-    const RunResult result = runWorker(options, plan.workedOn());
+    const RunResult result = runWorker(options, nullptr);
     const Judgement judgement = judge(result);
     print(options.format == Format::Json ? checkJson(result) : checkText(result));
     explain(judgement);

@@ -88,6 +88,7 @@ void keepOpen(const std::vector<int>& kept) {
     if (getppid() != parent) {
         _exit(127);
     }
+    dup2(order.input, STDIN_FILENO);
     dup2(order.output, STDOUT_FILENO);
     dup2(order.output, STDERR_FILENO);
     keepOpen(order.descriptors);

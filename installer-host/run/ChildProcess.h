@@ -33,6 +33,7 @@ struct Watcher {
 /// A program to run, and what to do meanwhile.
 struct ChildOrder {
     std::vector<std::string> command;
+    int input = 0;                    ///< what the child has as its standard input
     int output = 2;                   ///< where the child's standard output and standard error go
     std::vector<int> descriptors;     ///< what the child has open, too, under the same numbers
     std::chrono::seconds timeout{0};  ///< 0: none

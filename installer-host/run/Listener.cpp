@@ -5,13 +5,10 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
-#include <optional>
 #include <string_view>
 
-#include "installer-host/run/ChildOutput.h"
 #include "installer-host/run/ChildProcess.h"
-#include "installer-host/run/NamespaceAdvice.h"
-#include "installer-host/run/Sandbox.h"
+#include "installer-host/run/Confinement.h"
 #include "installer-host/run/Transcript.h"
 #include "installer-host/run/WorkerProtocol.h"
 #include "platform/Descriptor.h"
@@ -71,45 +68,22 @@ std::string workerProgram() {
     return program;
 }
 
-std::vector<std::string> workerCommand(const WorkerOrder& order) {
-    std::vector<std::string> command = toArguments(order);
-    command.insert(command.begin(), workerProgram());
-    return command;
-}
-
-Failure notStarted(bool isInSandbox, const std::string& reason) {
-    const std::string what = isInSandbox ? "the private root could not be made"
-                                         : "the worker, which runs the bundle's code, could not be started";
-    return {ExitStatus::RootNotMade, what + (reason.empty() ? "" : ": " + reason),
-            isInSandbox ? namespaceAdvice() : ""};
-}
-
 }  // namespace
 
-RunResult runWorker(const Options& options, const std::string& workedOn) {
+RunResult runWorker(const Options& options, const RootFolder* root) {
     Transcript transcript(options);
     EventPipe events(transcript);
-    ChildOutput output;
-    ChildOrder child;
-    WorkerOrder order{events.childEnd(), options.bundle, options.installation};
-    std::optional<Sandbox> sandbox;
-    if (workedOn.empty()) {
-        child.command = workerCommand(order);
-    } else {
-        sandbox.emplace(workedOn);
-        order.bundle = sandbox->show(options.bundle);
-        child.command = sandbox->wrap(workerCommand(order));
-        child.descriptors = sandbox->descriptors();
-    }
-    child.output = output.childEnd();
-    child.descriptors.push_back(events.childEnd());
-    child.timeout = std::chrono::seconds(options.timeout);
-    child.watchers = {events.watcher(), output.watcher()};
+    Confinement confinement(options, root, workerProgram());
+    const WorkerOrder order{events.childEnd(), confinement.bundle(), options.installation};
+    ChildOrder child = confinement.order(toArguments(order), {events.childEnd()});
+    child.watchers.insert(child.watchers.begin(), events.watcher());
     const ChildEnd end = runChild(child);
     if (!transcript.hasStarted() && end.how == ChildEnd::How::ByItself) {
-        throw notStarted(sandbox.has_value(), output.lastLine());
+        throw confinement.refusal();
     }
-    return transcript.finish(end);
+    RunResult result = transcript.finish(end);
+    confinement.complete(result);
+    return result;
 }
 
 }  // namespace host

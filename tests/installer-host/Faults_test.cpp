@@ -43,6 +43,7 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fault);
+        writeFile(root / "Library/plugin-fault", c.fault);
         const ProcessResult result =
             runFaulty(c.fault, {"run", "--product=1", "--format=json", "--root=" + root.path(), c.option});
         EXPECT_EQ(result.exitStatus, c.exitStatus);

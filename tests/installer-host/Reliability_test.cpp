@@ -55,11 +55,14 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
         ASSERT_EQ(chown((root / "Applications/Corvane").c_str(), 0, 0), 0);
         expectNotStored();
     }
-    // For the host the link leads to nothing in the root; for the steps, to where they may not look.
-    fs::create_directory(root / "closed");
-    fs::permissions(root / "closed", fs::perms::none);
+    // The link leads to where nobody but root may look.
+    fs::create_directory(root / "Library/closed");
+    if (isRoot) {
+        ASSERT_EQ(chown((root / "Library/closed").c_str(), 65534, 65534), 0);
+    }
+    fs::permissions(root / "Library/closed", fs::perms::none);
     fs::remove_all(root / "Applications/Corvane");
-    fs::create_symlink(root / "closed/inside", root / "Applications/Corvane");
+    fs::create_symlink("/Library/closed/inside", root / "Applications/Corvane");
     expectNotStored();
 
     command.emplace_back("--dry-run");
