@@ -36,17 +36,13 @@ std::string whatTimedOut(const RunResult& result) {
     return "was in none of the steps, but loading or giving the interface up";
 }
 
-/// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
-bool isAllStored(const RunResult& result) {
-    const auto setsFlags = [](const StepResult& step) {
-        return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
-    };
-    const bool setFlags = std::any_of(result.steps.begin(), result.steps.end(), setsFlags);
-    const auto isMissing = [&](const Unreadable& unreadable) {
-        return unreadable.kind == Unreadable::Kind::Stored || (unreadable.kind == Unreadable::Kind::Finder && setFlags);
-    };
+/// Whether all is on the disk that the steps stored, and all could be looked at. A preference file that was damaged
+/// before and left alone is none of this run's business.
+bool isComplete(const RunResult& result) {
     const auto& unreadable = result.changes.unreadable;
-    return result.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
+    return result.notStored.empty() && std::all_of(unreadable.begin(), unreadable.end(), [](const Unreadable& one) {
+               return one.kind == Unreadable::Kind::Older;
+           });
 }
 
 Judgement judgeTimeout(const RunResult& result) {
@@ -84,10 +80,10 @@ Judgement judgeRun(const RunResult& result) {
                     std::string("the ") + longName(step.step) + " set the failure bit of resultFlags"};
         }
     }
-    if (!isAllStored(result)) {
-        return {ExitStatus::NotStored, "not everything could be stored; the report says what and why"};
+    if (!isComplete(result)) {
+        return {ExitStatus::NotStored, "not everything could be stored or looked at; the report says what and why"};
     }
-    return {};
+    return {result.options.changesExit && result.changes.any() ? ExitStatus::SomethingChanged : ExitStatus::Done, ""};
 }
 
 Judgement judgeCheck(const RunResult& result) {
@@ -110,6 +106,13 @@ Judgement judge(const RunResult& result) {
         return judgeInterruption(result);
     }
     return result.options.command == Command::Check ? judgeCheck(result) : judgeRun(result);
+}
+
+Judgement judge(const Snapshot& snapshot) {
+    if (!snapshot.isComplete()) {
+        return {ExitStatus::NotStored, "not everything could be looked at; the report says what and why"};
+    }
+    return {};
 }
 
 }  // namespace host

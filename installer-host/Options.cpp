@@ -269,7 +269,9 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
         app.parse(argc, argv);
         complete(options, app);
     } catch (const CLI::ParseError& error) {
-        return stopWith(app, error);
+        ParsedOptions stopped = stopWith(app, error);
+        stopped.options.format = options.format;
+        return stopped;
     }
     parsed.proceed = true;
     return parsed;

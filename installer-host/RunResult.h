@@ -56,6 +56,8 @@ enum class WorkerEnd {
 struct RunResult {
     Options options;  ///< what was asked for, the paths absolute
     std::chrono::system_clock::time_point started;
+    std::uint32_t userId = 0;      ///< who ran it
+    std::string userName;          ///< empty when the user has none
     std::string bundleIdentifier;  ///< empty when it is not known, like the version
     std::string bundleVersion;
     WorkerEnd end = WorkerEnd::Finished;

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
+#include <utility>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
@@ -44,6 +46,49 @@ int openWithoutLinks(int folder, const char* path, int flags) {
 int openRoot(const char* path) {
     const int fd = openFrom(AT_FDCWD, path, ONLY_NAMED, RESOLVE_NO_SYMLINKS);
     return isTooOld(fd) ? ::open(path, ONLY_NAMED) : fd;
+}
+
+/// Opens with `flags`, and leaves the access time alone where the system lets us.
+template <typename Open>
+cv::Descriptor openQuietly(int flags, Open open) {
+    cv::Descriptor file(open(flags | O_NOATIME));
+    return file.isOpen() || errno != EPERM ? std::move(file) : cv::Descriptor(open(flags));
+}
+
+/// Takes the first names off `path`: as many as the system takes at once, or just one.
+std::string takeNames(std::string_view& path, bool onlyOne) {
+    constexpr std::size_t MOST_BYTES = PATH_MAX - 2;
+    std::size_t end = path.size();
+    if (onlyOne || end > MOST_BYTES) {
+        end = onlyOne ? path.find('/') : path.rfind('/', MOST_BYTES);
+    }
+    const std::string names(path.substr(0, end));
+    path.remove_prefix(std::min(names.size() + 1, path.size()));
+    return names;
+}
+
+/// Opens the folder at `path`, which may be of any length, below `folder`.
+int openFolderWithoutLinks(int folder, std::string_view path, int flags) {
+    bool isOld = false;
+    cv::Descriptor reached;
+    while (!path.empty()) {
+        std::string_view rest = path;
+        const std::string names = takeNames(rest, isOld);
+        const int how = rest.empty() ? flags | O_NOFOLLOW : ONLY_NAMED;
+        const int from = reached.isOpen() ? reached.get() : folder;
+        cv::Descriptor next(isOld ? openat(from, names.c_str(), how)
+                                  : openFrom(from, names.c_str(), how, RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS));
+        if (!isOld && isTooOld(next.get())) {
+            isOld = true;
+            continue;
+        }
+        if (!next.isOpen()) {
+            return -1;
+        }
+        reached = std::move(next);
+        path = rest;
+    }
+    return reached.release();
 }
 
 /// What `path` is called below the private folder `name`: "." for that itself. Null when it lies elsewhere.
@@ -125,8 +170,20 @@ cv::Descriptor RootFolder::open(const std::string& path, int flags) const {
     if ((flags & O_PATH) != 0) {
         return attempt(0);
     }
-    cv::Descriptor file = attempt(O_NOATIME | O_NONBLOCK);
-    return file.isOpen() || errno != EPERM ? std::move(file) : attempt(O_NONBLOCK);
+    return openQuietly(O_NONBLOCK, [&](int more) { return attempt(more).release(); });
+}
+
+cv::Descriptor RootFolder::openFolder(const std::string& path) const {
+    int from = folder_.get();
+    const char* below = path.size() == 1 ? "." : path.c_str() + 1;
+    for (const PrivateFolder& folder : folders_) {
+        if (const char* inside = pathBelow(path, folder.name)) {
+            from = folder.folder.get();
+            below = inside;
+        }
+    }
+    return openQuietly(O_RDONLY | O_DIRECTORY | O_CLOEXEC,
+                       [&](int flags) { return openFolderWithoutLinks(from, below, flags); });
 }
 
 }  // namespace host

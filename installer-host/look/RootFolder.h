@@ -24,6 +24,10 @@ public:
     /// invalid descriptor, with errno set, when that fails.
     cv::Descriptor open(const std::string& path, int flags) const;
 
+    /// Opens the folder at `path`, which begins with "/" and may be longer than the system takes at once, for reading
+    /// its names. No symbolic link is followed; access times and failures as for open().
+    cv::Descriptor openFolder(const std::string& path) const;
+
     /// Whether this is the machine's own root.
     bool isMachine() const { return machine_; }
 
