@@ -285,8 +285,8 @@ std::vector<int> Sandbox::descriptors() const {
 
 Failure sandboxRefused(const std::string& said) {
     const std::string what = "the private root could not be made" + (said.empty() ? "" : ": " + said);
-    if (said.find("-bind-fd") != std::string::npos) {
-        return {ExitStatus::RootNotMade, "this bubblewrap (bwrap) is too old: it does not know --bind-fd",
+    if (said.find("Unknown option") != std::string::npos) {
+        return {ExitStatus::RootNotMade, "bubblewrap (bwrap) is too old here: " + said,
                 "Install one that does, such as Debian 12's: sudo apt-get install bubblewrap"};
     }
     return {ExitStatus::RootNotMade, what, namespaceAdvice()};

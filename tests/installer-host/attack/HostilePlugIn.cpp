@@ -186,13 +186,14 @@ void attackSystemCalls() {
     for (const auto& call : calls) {
         tellCall(std::string("system call ") + call.name, syscall(call.number, 0, 0, 0, 0, 0, 0), {EPERM, ENOSYS});
     }
+    constexpr auto HIGH_BIT = static_cast<unsigned long>(std::uint64_t{1} << 40U);
     tellCall("system call personality", syscall(SYS_personality, 0x0040000), {EPERM});
     for (int fd = 0; fd < 64; ++fd) {
         if (fcntl(fd, F_GETFD) >= 0) {
             const char typed = 'x';
             tellCall("ioctl TIOCSTI on " + std::to_string(fd), ioctl(fd, TIOCSTI, &typed), {EPERM});
             tellCall("ioctl TIOCSTI with a high bit on " + std::to_string(fd),
-                     syscall(SYS_ioctl, fd, TIOCSTI | 1UL << 40, &typed), {EPERM});
+                     syscall(SYS_ioctl, fd, TIOCSTI | HIGH_BIT, &typed), {EPERM});
         }
     }
 }
