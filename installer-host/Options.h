@@ -31,7 +31,8 @@ struct ParsedOptions {
     bool proceed = false;
     Options options;                       ///< without `proceed` only the format counts
     ExitStatus status = ExitStatus::Done;  ///< when there is nothing to do
-    std::string text;                      ///< then: for standard output with Done, for standard error otherwise
+    std::string text;                      ///< then: for standard output with Done, what is wrong otherwise
+    std::string advice;                    ///< what to do about what is wrong
 };
 
 /// Reads the command line. The paths in it are as given; Plan.h finds what they lead to.

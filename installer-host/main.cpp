@@ -9,7 +9,6 @@
 #include <exception>
 #include <filesystem>
 #include <stdexcept>
-#include <string_view>
 #include <system_error>
 
 #include "installer-host/Judgement.h"
@@ -154,11 +153,10 @@ ExitStatus tellUsage(const ParsedOptions& parsed) {
         print(parsed.text);
         return parsed.status;
     }
-    std::fputs(parsed.text.c_str(), stderr);
+    const Judgement judgement{parsed.status, parsed.text + "\n" + parsed.advice};
+    explain(judgement);
     if (parsed.options.format == Format::Json) {
-        constexpr std::string_view NAME = "installer-host: ";
-        const bool isNamed = parsed.text.compare(0, NAME.size(), NAME) == 0;
-        print(errorJson(std::nullopt, {parsed.status, parsed.text.substr(isNamed ? NAME.size() : 0)}));
+        print(errorJson(std::nullopt, judgement));
     }
     return parsed.status;
 }

