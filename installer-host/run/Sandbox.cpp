@@ -38,7 +38,7 @@ constexpr const char* SETTINGS[] = {"/etc/ld.so.cache", "/etc/localtime", "/etc/
 constexpr const char* USERS_VARIABLES[] = {"LANG",        "LANGUAGE",    "LC_ALL",     "LC_COLLATE", "LC_CTYPE",
                                            "LC_MESSAGES", "LC_MONETARY", "LC_NUMERIC", "LC_TIME",    "TZ"};
 
-constexpr const char* DEVICES[] = {"/dev/null", "/dev/zero", "/dev/full", "/dev/random", "/dev/urandom", "/dev/tty"};
+constexpr const char* DEVICES[] = {"/dev/null", "/dev/zero", "/dev/full", "/dev/random", "/dev/urandom", "/dev/tty", "/dev/pts"};
 
 /// What the kernel tells root of itself and of other processes in /proc.
 constexpr const char* HIDDEN_FILES[] = {"kcore", "keys", "kmsg", "latency_stats", "sched_debug", "timer_list"};
@@ -285,8 +285,8 @@ std::vector<int> Sandbox::descriptors() const {
 
 Failure sandboxRefused(const std::string& said) {
     const std::string what = "the private root could not be made" + (said.empty() ? "" : ": " + said);
-    if (said.find("-bind-fd") != std::string::npos) {
-        return {ExitStatus::RootNotMade, "this bubblewrap (bwrap) is too old: it does not know --bind-fd",
+    if (said.find("Unknown option") != std::string::npos) {
+        return {ExitStatus::RootNotMade, "bubblewrap (bwrap) is too old here: " + said,
                 "Install one that does, such as Debian 12's: sudo apt-get install bubblewrap"};
     }
     return {ExitStatus::RootNotMade, what, namespaceAdvice()};

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <filesystem>
 
 #include "tests/installer-host/HostSupport.h"
@@ -9,7 +8,6 @@
 namespace {
 
 using namespace test;
-using nlohmann::json;
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;

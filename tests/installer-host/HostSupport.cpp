@@ -55,11 +55,19 @@ void setFinderInfo(const std::string& path, const std::string& value) {
     }
 }
 
+ProcessResult kept(ProcessResult result) {
+    static int number = 0;
+    if (!result.out.empty() && result.out[0] == '{') {
+        writeFile(CV_REPORTS "/" + std::to_string(getpid()) + "-" + std::to_string(++number) + ".json", result.out);
+    }
+    return result;
+}
+
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {
     options.unset.insert(options.unset.end(), {"DISPLAY", "WAYLAND_DISPLAY"});
     std::vector<std::string> command{HOST_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return run(command, options);
+    return kept(run(command, options));
 }
 
 OrdinaryUser::OrdinaryUser() {
@@ -85,7 +93,7 @@ void OrdinaryUser::own(const std::string& path) const {
 
 ProcessResult OrdinaryUser::runHost(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), programs_ / "bin/installer-host");
-    return run(arguments, options_);
+    return kept(run(arguments, options_));
 }
 
 ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more, const ProcessOptions& options) {

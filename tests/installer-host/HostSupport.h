@@ -37,6 +37,9 @@ nlohmann::json readRoot(const std::string& path);
 /// Gives a file or folder Finder information, written as setfattr(1) takes it.
 void setFinderInfo(const std::string& path, const std::string& value);
 
+/// The same result, its report kept when it is JSON: check-reports holds all reports of the tests to their schema.
+ProcessResult kept(ProcessResult result);
+
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
 

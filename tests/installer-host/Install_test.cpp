@@ -127,6 +127,9 @@ TEST(Install, SaysWhyNoPrivateRootCanBeMade) {
     ProcessOptions noPrograms;
     noPrograms.set = {{"PATH", root.path()}};
     expectRefusal(install(root, {}, noPrograms), "apt-get install bubblewrap");
+    writeFile(root / "bwrap", "#!/bin/sh\necho 'bwrap: Unknown option --bind-fd' >&2\nexit 1\n");
+    fs::permissions(root / "bwrap", fs::perms::owner_all);
+    expectRefusal(install(root, {}, noPrograms), "bubblewrap (bwrap) is too old here: bwrap: Unknown option --bind-fd");
 
     // A sandbox in which nobody may make another one.
     expectRefusal(run({"bwrap", "--unshare-user", "--disable-userns", "--dev-bind", "/", "/", "--cap-drop", "ALL", "--",

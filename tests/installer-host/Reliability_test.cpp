@@ -70,7 +70,7 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
     fs::remove_all(root.preferenceFile(UPDATER));
     const std::string damaged = "bplist00 and then nothing of the kind";
     writeFile(root.preferenceFile(UPDATER), damaged);
-    expectInReport(0, "  + file com.corvane.updater.plist.corrupt-1\n");
+    expectInReport(0, "->\n      /Library/Preferences/com.corvane.updater.plist.corrupt-1\n");
     EXPECT_EQ(readFile(root.preferenceFile(UPDATER) + ".corrupt-1"), damaged);
     EXPECT_EQ(readRoot(root.path())["preferences"][UPDATER].size(), 2U);
 
