@@ -39,6 +39,10 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
          "exception an exception of another language, not run, "},
         {"crash", "--step=both", 5, "the pre-install step ended the process: signal 6 (Aborted)",
          "crashed signal 6 (Aborted), not run, "},
+        {"forged event", "--timeout=20", 5, "the pre-install step told what only the worker tells",
+         "crashed {\"event\":\"finished\"}, not run, "},
+        {"endless line", "--timeout=20", 5, "a line of more than 65536 bytes",
+         "crashed a line of more than 65536 bytes, not run, "},
         {"hang", "--timeout=1", 9, "after 1 s: the bundle's code was in the pre-install step", "timed out, not run, "},
     };
     for (const auto& c : cases) {
@@ -60,13 +64,18 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
     }
 }
 
-/// The time-out holds without a private root, too.
-TEST(Faults, AHangingStepIsEndedOnTheMachineItself) {
-    const ProcessResult result = runFaulty("hang", {"run", "--product=1", "--timeout=1", "--machine"});
-    EXPECT_EQ(result.exitStatus, 9);
-    const int process = std::stoi(result.err.substr(2));  // "| PROCESS"
-    EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;
-    EXPECT_EQ(errno, ESRCH);
+/// The time-out holds without a private root, too, and nothing is left behind there.
+TEST(Faults, OnTheMachineItselfAllProcessesEnd) {
+    const std::pair<const char*, int> cases[] = {{"hang", 9}, {"process left", 0}};
+    for (const auto& [fault, exitStatus] : cases) {
+        const ProcessResult result =
+            runFaulty(fault, {"run", "--product=1", "--step=pre", "--timeout=3", "--machine", "--scope=/nonexistent"});
+        EXPECT_EQ(result.exitStatus, exitStatus) << result.err;
+        const std::size_t last = result.err.rfind("| ", result.err.find("installer-host:"));
+        const int process = std::stoi(result.err.substr(last + 2));
+        EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;
+        EXPECT_EQ(errno, ESRCH);
+    }
 }
 
 TEST(Faults, OfABundleAreToldByCheck) {

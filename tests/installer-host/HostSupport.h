@@ -43,6 +43,23 @@ ProcessResult kept(ProcessResult result);
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
 
+/// The program and the plug-in for an ordinary user, who may be unable to reach this build's folder.
+class OrdinaryUser {
+public:
+    OrdinaryUser();
+
+    /// Gives the user all that is in the folder.
+    void own(const std::string& path) const;
+
+    ProcessResult runHost(std::vector<std::string> arguments) const;
+
+    std::string bundle() const { return programs_ / "CorvaneInstall.bundle"; }
+
+private:
+    TempDir programs_;
+    ProcessOptions options_;
+};
+
 /// `run --product 5100` of the plug-in in a root, and more arguments.
 ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more = {},
                       const ProcessOptions& options = {});
