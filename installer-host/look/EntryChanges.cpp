@@ -41,9 +41,6 @@ Differences compareEntry(const Entry& before, const Entry& after, bool isMoved) 
     const Status& a = before.status;
     const Status& b = after.status;
     Differences differs;
-    if (!before.hasStatus || !after.hasStatus) {
-        return differs;
-    }
     differs.type = (a.mode & S_IFMT) != (b.mode & S_IFMT);
     if (differs.type) {
         return differs;
@@ -128,7 +125,10 @@ private:
         if (!old.problem.empty() || !now.problem.empty()) {
             noteUnseen(pathOf(folder, now.name), now.problem.empty() ? old.problem : now.problem);
         }
-        if (old.hasStatus && now.hasStatus && !isSameObject(old, now)) {
+        if (!old.hasStatus || !now.hasStatus) {
+            return;
+        }
+        if (!isSameObject(old, now)) {
             gather(before_, folder, old, vanished_);
             gather(after_, folder, now, appeared_);
             return;

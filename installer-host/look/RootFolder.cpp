@@ -128,7 +128,8 @@ bool RootFolder::openPrivateFolder(const char* name) {
         folders_.push_back({name, std::move(folder)});
         return true;
     }
-    if (errno != ENOENT) {
+    // One that may not be opened is for the look to tell: it is there, and unreadable.
+    if (errno != ENOENT && errno != EACCES) {
         const bool isOther = errno == ENOTDIR || errno == ELOOP;
         throw Failure(ExitStatus::RootNotMade,
                       "the private root cannot be used: '" + pathOf(name) + "' " +

@@ -102,9 +102,11 @@ private:
     std::size_t next_ = 0;
 };
 
-DiskTime timeNow() {
+/// The time by a clock of the system. CLOCK_REALTIME_COARSE is the one that changes of files are dated by; it goes in
+/// steps of 1 to 10 ms.
+DiskTime timeOf(clockid_t clock) {
     timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
+    clock_gettime(clock, &now);
     return {now.tv_sec, static_cast<std::uint32_t>(now.tv_nsec)};
 }
 
@@ -126,16 +128,11 @@ public:
 
     /// Waits until a change of anything that was looked at has a later time than it has now.
     void waitForTheClock() const {
-        // The kernel's clock goes in steps of 10 ms at most; file systems that keep whole seconds go in steps of two.
-        const std::int64_t step = latest_.nanoseconds == 0 ? 2'000'000'000 : 20'000'000;
-        const DiskTime now = timeNow();
-        const std::int64_t age = (now.seconds - latest_.seconds) * 1'000'000'000 + std::int64_t{now.nanoseconds} -
-                                 std::int64_t{latest_.nanoseconds};
-        if (age > -step && age < step) {
-            const std::int64_t rest = step - age;
-            timespec wait{static_cast<time_t>(rest / 1'000'000'000), static_cast<long>(rest % 1'000'000'000)};
-            while (nanosleep(&wait, &wait) != 0) {
-            }
+        constexpr timespec MILLISECOND{0, 1'000'000};
+        // Some file systems keep whole seconds, or every other one.
+        const std::int64_t step = latest_.nanoseconds == 0 ? 2 : 0;
+        while (!isBefore({latest_.seconds + step, latest_.nanoseconds}, timeOf(CLOCK_REALTIME_COARSE))) {
+            nanosleep(&MILLISECOND, nullptr);
         }
     }
 
@@ -161,7 +158,10 @@ private:
             if (parent.isOpen() && fchdir(parent.get()) == 0) {
                 lookAtEntry(place, name.empty() ? "." : name, path);
             } else if (errno != ENOENT && errno != ENOTDIR) {
-                place.folder.problem = cv::errorText(errno);
+                Entry unseen;
+                unseen.name = path;
+                unseen.problem = cv::errorText(errno);
+                place.folder.entries.push_back(std::move(unseen));
             }
         }
     }
@@ -234,7 +234,7 @@ private:
     std::vector<std::string> pending_;
     DetailsReader reader_;
     DiskTime latest_;
-    DiskTime tooLate_{timeNow().seconds + 60, 0};
+    DiskTime tooLate_{timeOf(CLOCK_REALTIME).seconds + 2, 0};
 };
 
 }  // namespace

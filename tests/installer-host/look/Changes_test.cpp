@@ -211,4 +211,18 @@ TEST(Changes, OfWhatCannotBeReadAreNotMadeUp) {
     }));
 }
 
+TEST(Snapshot, OfAClosedFolderIsIncomplete) {
+    for (const char* closed : {"", "/Library", "/Library/Preferences", "/Library/Preferences/inner"}) {
+        EXPECT_TRUE(test::holdsForOrdinaryUser([&] {
+            const test::TempDir folder;
+            shell(folder, "mkdir -p Library/Preferences/inner");
+            const bool isComplete = takeSnapshot(RootFolder(folder.path())).isComplete();
+            std::filesystem::permissions(folder.path() + closed, std::filesystem::perms::none);
+            const Snapshot snapshot = takeSnapshot(RootFolder(folder.path()));
+            std::filesystem::permissions(folder.path() + closed, std::filesystem::perms::owner_all);
+            return isComplete && !snapshot.isComplete() && showText(snapshot, "").find("none") == std::string::npos;
+        })) << closed;
+    }
+}
+
 }  // namespace
