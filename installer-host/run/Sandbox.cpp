@@ -222,13 +222,13 @@ std::string Sandbox::showBundle(const std::string& path) {
         throw Failure(ExitStatus::BundleUnusable,
                       "the bundle '" + path + "' cannot be opened: " + cv::errorText(errno));
     }
-    const std::string place = isTaken(path) ? BUNDLE_FOLDER + ("/" + fs::path(path).filename().string()) : path;
+    std::string place = isTaken(path) ? BUNDLE_FOLDER + ("/" + fs::path(path).filename().string()) : path;
     addOpen("--ro-bind-fd", std::move(bundle), place);
     return place;
 }
 
 std::string Sandbox::showWorker(const std::string& program) {
-    const std::string place = std::string(PROGRAM_FOLDER) + "/installer-host-worker";
+    std::string place = std::string(PROGRAM_FOLDER) + "/installer-host-worker";
     cv::Descriptor file = openNamed(program);
     if (!file.isOpen()) {
         fail("'" + program + "': " + cv::errorText(errno));

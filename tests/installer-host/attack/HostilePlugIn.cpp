@@ -318,7 +318,10 @@ void attackPlaces() {
 /// user's takes.
 void attackRights() {
     constexpr unsigned long CHOWN_DAC_OVERRIDE_FOWNER = 0xB;
-    std::system("cat /proc/self/status >/installer-home/status");
+    inACopy([] {
+        execl("/bin/cp", "cp", "/proc/self/status", "/installer-home/status", nullptr);
+        return false;
+    });
     for (const char* file : {"/proc/self/status", "/installer-home/status"}) {
         std::ifstream status(file);
         for (std::string line; std::getline(status, line);) {
