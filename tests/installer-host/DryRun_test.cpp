@@ -8,6 +8,7 @@
 namespace {
 
 using namespace test;
+using nlohmann::json;
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;
