@@ -93,7 +93,7 @@ Judgement judgeCheck(const RunResult& result) {
     for (const Finding& finding : result.findings) {
         if (!finding.ok) {
             return {finding.status,
-                    "this bundle is no usable installer plug-in; the report's lines with 'failed' say why"};
+                    "this bundle is no usable installer plug-in: " + finding.subject + ": " + escaped(finding.text)};
         }
     }
     return {};

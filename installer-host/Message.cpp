@@ -39,7 +39,11 @@ std::string printable(std::string_view text) {
 }
 
 void say(const std::string& message) {
-    std::fprintf(stderr, "installer-host: %s\n", printable(message).c_str());
+    std::string text = printable(message);
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
+        text.insert(end + 1, "  ");
+    }
+    std::fprintf(stderr, "installer-host: %s\n", text.c_str());
 }
 
 }  // namespace host

@@ -9,7 +9,8 @@ namespace host {
 /// turn the direction of writing, and bytes that are no UTF-8 are written as \xNN.
 std::string printable(std::string_view text);
 
-/// Tells the user something on standard error; standard output is for the report alone. A line feed begins a new line.
+/// Tells the user something on standard error; standard output is for the report alone. The lines after the first are
+/// indented, so that none that holds somebody else's text looks like another message.
 void say(const std::string& message);
 
 }  // namespace host

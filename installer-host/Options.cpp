@@ -180,11 +180,11 @@ void addRunCommand(CLI::App& app, Options& options) {
     addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
                     "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
                     "directly (default: table)");
-    CLI::Option* machine = addPlace(
-        run, options,
-        "Work in a private root: DIR/Library and DIR/Applications take the place of /Library and /Applications, the "
-        "rest of the machine can only be read. This or --machine is required",
-        "Work on the machine itself, where the bundle's code may do what you may");
+    CLI::Option* machine = addPlace(run, options,
+                                    "Work in a private root: DIR/Library and DIR/Applications take the place of "
+                                    "/Library and /Applications, and the "
+                                    "bundle's code can change nothing else. This or --machine is required",
+                                    "Work on the machine itself, where the bundle's code may do what you may");
     CLI::Option* dryRun = addFlag(run, "--dry-run", options.dryRun, "Work on a copy, report, change nothing");
     addFolders(run, "--scope", options.scope,
                "With --machine: look at DIR; may be given again (default: /Library and /Applications)")

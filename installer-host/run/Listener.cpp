@@ -62,8 +62,8 @@ std::string workerProgram() {
     std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
     if (access(program.c_str(), X_OK) != 0) {
         throw Failure(ExitStatus::RootNotMade, "the program that runs the bundle's code cannot be started: '" +
-                                                   program + "': " + cv::errorText(errno) +
-                                                   "\nIt belongs to installer-host; build or install that again.");
+                                                   program + "': " + cv::errorText(errno),
+                      "It belongs to installer-host; build or install that again.");
     }
     return program;
 }

@@ -1,5 +1,6 @@
 #include "installer-host/run/SystemCallFilter.h"
 
+#include <fcntl.h>
 #include <sched.h>
 #include <seccomp.h>
 #include <sys/ioctl.h>
@@ -11,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "installer-host/ExitStatus.h"
 
@@ -74,10 +76,10 @@ public:
         }
     }
 
-    void refuse(int call, int error) { check(seccomp_rule_add(context_.get(), SCMP_ACT_ERRNO(code(error)), call, 0)); }
-
-    void refuse(int call, int error, const scmp_arg_cmp& argument) {
-        check(seccomp_rule_add_array(context_.get(), SCMP_ACT_ERRNO(code(error)), call, 1, &argument));
+    /// Refuses the call when all comparisons of its arguments hold.
+    void refuse(int call, int error, const std::vector<scmp_arg_cmp>& arguments = {}) {
+        check(seccomp_rule_add_array(context_.get(), SCMP_ACT_ERRNO(code(error)), call,
+                                     static_cast<unsigned>(arguments.size()), arguments.data()));
     }
 
     void writeTo(int fd) const { check(seccomp_export_bpf(context_.get(), fd)); }
@@ -94,19 +96,41 @@ private:
     std::unique_ptr<void, void (*)(scmp_filter_ctx)> context_;
 };
 
-void refuseSingleArguments(Filter& filter) {
+/// All bits of `bits` are set in the call's argument with this index.
+scmp_arg_cmp hasBits(unsigned index, unsigned bits) {
+    return {index, SCMP_CMP_MASKED_EQ, bits, bits};
+}
+
+/// What gives somebody else the rights of whoever runs this program: a file with one of these bits, and devices.
+void refuseSpecialFiles(Filter& filter) {
+    for (const unsigned bit : {unsigned{S_ISUID}, unsigned{S_ISGID}}) {
+        filter.refuse(SCMP_SYS(chmod), EPERM, {hasBits(1, bit)});
+        filter.refuse(SCMP_SYS(fchmod), EPERM, {hasBits(1, bit)});
+        filter.refuse(SCMP_SYS(fchmodat), EPERM, {hasBits(2, bit)});
+        filter.refuse(SCMP_SYS(creat), EPERM, {hasBits(1, bit)});
+        filter.refuse(SCMP_SYS(mknod), EPERM, {hasBits(1, bit)});
+        filter.refuse(SCMP_SYS(mknodat), EPERM, {hasBits(2, bit)});
+        for (const unsigned flag : {unsigned{O_CREAT}, unsigned{O_TMPFILE & ~O_DIRECTORY}}) {
+            filter.refuse(SCMP_SYS(open), EPERM, {hasBits(1, flag), hasBits(2, bit)});
+            filter.refuse(SCMP_SYS(openat), EPERM, {hasBits(2, flag), hasBits(3, bit)});
+        }
+    }
+    for (const unsigned device : {unsigned{S_IFCHR}, unsigned{S_IFBLK}}) {
+        filter.refuse(SCMP_SYS(mknod), EPERM, {SCMP_A1(SCMP_CMP_MASKED_EQ, S_IFMT, device)});
+        filter.refuse(SCMP_SYS(mknodat), EPERM, {SCMP_A2(SCMP_CMP_MASKED_EQ, S_IFMT, device)});
+    }
+}
+
+void refuseByArguments(Filter& filter) {
     for (const unsigned flag : NEW_NAMESPACE_FLAGS) {
-        filter.refuse(SCMP_SYS(clone), EPERM, SCMP_A0(SCMP_CMP_MASKED_EQ, flag, flag));
+        filter.refuse(SCMP_SYS(clone), EPERM, {hasBits(0, flag)});
     }
     // The kernel looks at the lower half of the number alone, so only that may be compared.
     for (const unsigned long control : REFUSED_CONTROLS) {
-        filter.refuse(SCMP_SYS(ioctl), EPERM, SCMP_A1(SCMP_CMP_MASKED_EQ, 0xFFFFFFFFU, control));
+        filter.refuse(SCMP_SYS(ioctl), EPERM, {SCMP_A1(SCMP_CMP_MASKED_EQ, 0xFFFFFFFFU, control)});
     }
-    filter.refuse(SCMP_SYS(personality), EPERM, SCMP_A0(SCMP_CMP_NE, 0));
-    for (const unsigned device : {unsigned{S_IFCHR}, unsigned{S_IFBLK}}) {
-        filter.refuse(SCMP_SYS(mknod), EPERM, SCMP_A1(SCMP_CMP_MASKED_EQ, S_IFMT, device));
-        filter.refuse(SCMP_SYS(mknodat), EPERM, SCMP_A2(SCMP_CMP_MASKED_EQ, S_IFMT, device));
-    }
+    filter.refuse(SCMP_SYS(personality), EPERM, {SCMP_A0(SCMP_CMP_NE, 0)});
+    refuseSpecialFiles(filter);
 }
 
 }  // namespace
@@ -119,12 +143,13 @@ cv::Descriptor systemCallFilter() {
     for (const char* call : UNKNOWN_SOCKET_CALLS) {
         filter.refuse(call, EAFNOSUPPORT);
     }
-    // Its flags are in memory, where no filter sees them. The C library falls back to clone.
+    // Their flags are in memory, where no filter sees them. The C library falls back to clone and openat.
     filter.refuse("clone3", ENOSYS);
+    filter.refuse("openat2", ENOSYS);
     for (int call = FIRST_NEWER_CALL; call < END_OF_NEWER_CALLS; ++call) {
         filter.refuse(call, ENOSYS);
     }
-    refuseSingleArguments(filter);
+    refuseByArguments(filter);
     cv::Descriptor file(memfd_create("installer-host-filter", MFD_CLOEXEC));
     if (!file.isOpen()) {
         fail(errno);

@@ -120,6 +120,21 @@ void attackNamespaces() {
     tellCall("namespaces: setns", setns(own, 0), {EPERM});
 }
 
+/// Files that give whoever runs them the rights of whoever runs the host.
+void attackSpecialFiles() {
+    const char* const path = "/Library/special";
+    std::ofstream(path) << "#!/bin/sh\n";
+    for (const mode_t mode : {mode_t{04755}, mode_t{02755}}) {
+        tellCall("setuid: chmod", chmod(path, mode), {EPERM});
+        tellCall("setuid: fchmodat", fchmodat(AT_FDCWD, path, mode, 0), {EPERM});
+        tellCall("setuid: open", open("/Library/special1", O_CREAT | O_WRONLY, mode), {EPERM});
+        tellCall("setuid: open without a name", open("/Library", O_TMPFILE | O_WRONLY, mode), {EPERM});
+        tellCall("setuid: mknod", mknod("/Library/special2", S_IFREG | mode, 0), {EPERM});
+        std::uint64_t how[3] = {O_CREAT | O_WRONLY, mode, 0};
+        tellCall("setuid: openat2", syscall(SYS_openat2, AT_FDCWD, "/Library/special3", how, sizeof how), {ENOSYS});
+    }
+}
+
 void attackProcesses() {
     tellCall("ptrace: of itself by its parent", ptrace(PTRACE_TRACEME, 0, nullptr, nullptr), {EPERM});
     tellCall("ptrace: of the first process", ptrace(PTRACE_SEIZE, 1, nullptr, nullptr), {EPERM});
@@ -444,6 +459,7 @@ const std::map<std::string, Attack>& attacks() {
              attackDescriptors();
              attackMounts();
              attackNamespaces();
+             attackSpecialFiles();
              attackProcesses();
              attackSystemCalls();
              attackNetwork(order);
