@@ -1,5 +1,6 @@
 // The program installer-host. README.md tells one run from here to the exit status.
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <unistd.h>
 
@@ -42,6 +43,16 @@ void print(const std::string& text) {
 void explain(const Judgement& judgement) {
     if (!judgement.message.empty()) {
         say(judgement.message);
+    }
+}
+
+/// Takes the numbers of standard input, output and error where the caller closed them, so that no file of this program
+/// gets one and is written a report into. What is written to standard output then fails.
+void keepStandardDescriptors() {
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(number, F_GETFD) < 0) {
+            open("/dev/null", number == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        }
     }
 }
 
@@ -165,6 +176,8 @@ ExitStatus tellUsage(const ParsedOptions& parsed) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
+    keepStandardDescriptors();
+    takeInterruption();  // from now on the user's signals are held until they are asked for
     ExitStatus status = ExitStatus::Done;
     try {
         const ParsedOptions parsed = parseOptions(argc, argv);
