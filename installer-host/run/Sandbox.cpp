@@ -38,7 +38,8 @@ constexpr const char* SETTINGS[] = {"/etc/ld.so.cache", "/etc/localtime", "/etc/
 constexpr const char* USERS_VARIABLES[] = {"LANG",        "LANGUAGE",    "LC_ALL",     "LC_COLLATE", "LC_CTYPE",
                                            "LC_MESSAGES", "LC_MONETARY", "LC_NUMERIC", "LC_TIME",    "TZ"};
 
-constexpr const char* DEVICES[] = {"/dev/null", "/dev/zero", "/dev/full", "/dev/random", "/dev/urandom", "/dev/tty", "/dev/pts"};
+constexpr const char* DEVICES[] = {"/dev/null",    "/dev/zero", "/dev/full", "/dev/random",
+                                   "/dev/urandom", "/dev/tty",  "/dev/pts"};
 
 /// What the kernel tells root of itself and of other processes in /proc.
 constexpr const char* HIDDEN_FILES[] = {"kcore", "keys", "kmsg", "latency_stats", "sched_debug", "timer_list"};

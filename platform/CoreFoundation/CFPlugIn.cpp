@@ -201,7 +201,7 @@ std::optional<Factory> findFactory(CFUUIDRef factoryID, CFUUIDRef typeID) {
     }
     if (found->second.types.count(identifierOf(typeID)) == 0) {
         cv::bundleFailed(CREATE_INSTANCE,
-                   "the factory " + describe(factoryID) + " is not registered for the type " + describe(typeID));
+                         "the factory " + describe(factoryID) + " is not registered for the type " + describe(typeID));
         return std::nullopt;
     }
     return found->second;
@@ -216,7 +216,8 @@ FactoryFunction functionFor(CFUUIDRef factoryID, CFUUIDRef typeID) {
     const cv::Owned<__CFString> name(cv::createString(factory->function));
     void* const address = CFBundleGetFunctionPointerForName(factory->plugIn, name.get());
     if (address == nullptr) {
-        cv::bundleFailed(CREATE_INSTANCE, factory->plugIn->path + ": its code exports no function " + factory->function);
+        cv::bundleFailed(CREATE_INSTANCE,
+                         factory->plugIn->path + ": its code exports no function " + factory->function);
     }
     return reinterpret_cast<FactoryFunction>(address);
 }
