@@ -61,9 +61,10 @@ std::string workerProgram() {
     const fs::path ownFolder = fs::read_symlink("/proc/self/exe").parent_path();
     std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
     if (access(program.c_str(), X_OK) != 0) {
-        throw Failure(ExitStatus::RootNotMade, "the program that runs the bundle's code cannot be started: '" +
-                                                   program + "': " + cv::errorText(errno),
-                      "It belongs to installer-host; build or install that again.");
+        throw Failure(
+            ExitStatus::RootNotMade,
+            "the program that runs the bundle's code cannot be started: '" + program + "': " + cv::errorText(errno),
+            "It belongs to installer-host; build or install that again.");
     }
     return program;
 }

@@ -26,7 +26,7 @@ namespace {
 
 /// Each level takes two descriptors, of which a process has 1024 by default.
 constexpr int DEEPEST = 400;
-constexpr std::size_t PIECE = 8U << 20U;
+constexpr off_t PIECE = 8 << 20;
 
 using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
 
@@ -174,7 +174,7 @@ private:
     void copyData(const CopiedEntry& entry, int from, int to, off_t position, off_t end) {
         std::vector<char> buffer;
         while (position < end) {
-            const std::size_t wanted = std::min(PIECE, static_cast<std::size_t>(end - position));
+            const auto wanted = static_cast<std::size_t>(std::min(PIECE, end - position));
             off_t in = position;
             off_t out = position;
             ssize_t count = copy_file_range(from, &in, to, &out, wanted, 0);

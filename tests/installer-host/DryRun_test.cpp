@@ -37,7 +37,7 @@ mv fifo ../Applications/fifo
 rm dangling socket
 ln -s fifo link
 echo more >>"hard link"
-chmod 4711 set-user-id
+chmod 711 set-user-id
 chgrp 0 special || :
 rm -r folder
 ln -s / folder

@@ -94,7 +94,7 @@ TEST(Install, SaysWhatIsMissing) {
     } cases[] = {
         {{"run", "--product=5100", "--machine", noBundle},
          3,
-         "no bundle at '" + noBundle + "': No such file or directory\n'make'"},
+         "no bundle at '" + noBundle + "': No such file or directory\n  'make'"},
         {{"check", folder.path()}, 3, "/Contents' cannot be read: No such file"},
         {{"run", "--product=5100", "--root", noRoot, PLUGIN_BUNDLE}, 6, "mkdir -p '" + noRoot + "'"},
         {{"show", "--root", noRoot}, 6, "mkdir -p '" + noRoot + "'"},
