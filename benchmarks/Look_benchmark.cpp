@@ -17,7 +17,7 @@ namespace {
 
 constexpr int FOLDERS = 2000;
 constexpr int FILES_IN_EACH = 50;
-constexpr std::uint64_t FOLDERS_ABOVE = 20;
+constexpr int FOLDERS_ABOVE = 20;
 constexpr std::uint64_t ENTRIES = FOLDERS_ABOVE + FOLDERS + FOLDERS * FILES_IN_EACH;
 
 /// The root, made at the first call.

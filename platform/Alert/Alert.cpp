@@ -19,7 +19,7 @@ namespace cv {
 namespace {
 
 /// The user is asked one thing at a time.
-std::mutex askingMutex;
+std::mutex g_askingMutex;
 
 int socketOption(int socket, int option) {
     int value = -1;
@@ -34,7 +34,8 @@ int socketNamed(std::string_view value) {
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), socket);
     const bool isNumber = error == std::errc() && end == value.data() + value.size() && socket >= 0;
     if (!isNumber || socketOption(socket, SO_DOMAIN) != AF_UNIX || socketOption(socket, SO_TYPE) != SOCK_STREAM) {
-        throw AlertFault("CV_ALERT_SOCKET is '" + std::string(value) + "', which is no socket to ask on");
+        throw AlertFault("CV_ALERT_SOCKET is '" + std::string(value) +
+                         "', which is not the number of a local stream socket");
     }
     return socket;
 }
@@ -59,7 +60,7 @@ std::optional<std::size_t> askOnScreen(const Alert& alert) {
 }  // namespace
 
 std::size_t runAlert(const Alert& alert) {
-    const std::lock_guard<std::mutex> lock(askingMutex);
+    const std::lock_guard<std::mutex> lock(g_askingMutex);
     try {
         const std::optional<std::size_t> answer = askOnScreen(alert);
         return answer ? *answer : askOnConsole(alert);

@@ -26,8 +26,8 @@ IMP method(Function* function) {
 }
 
 /// The function in the row of the selector; null when there is none.
-template <std::size_t N>
-IMP findMethod(const Method (&table)[N], std::string_view selector) {
+template <std::size_t count>
+IMP findMethod(const Method (&table)[count], std::string_view selector) {
     const auto row = std::find_if(std::begin(table), std::end(table),
                                   [selector](const Method& candidate) { return candidate.selector == selector; });
     return row != std::end(table) ? row->function : nullptr;

@@ -12,21 +12,21 @@ namespace {
 struct Pool;
 
 /// The innermost pool of this thread.
-thread_local Pool* innermost = nullptr;
+thread_local Pool* g_innermost = nullptr;
 
 /// Holds what is to be released at its end. The pools of a thread are a stack.
 struct Pool : objc_object {
-    Pool() : objc_object(AUTORELEASE_POOL_CLASS), outer(innermost) { innermost = this; }
+    Pool() : objc_object(AUTORELEASE_POOL_CLASS), outer(g_innermost) { g_innermost = this; }
 
     /// Ends the pools inside of this one, too, that were not ended.
     ~Pool() {
-        while (innermost != this) {
-            innermost->release();
+        while (g_innermost != this) {
+            g_innermost->release();
         }
         for (std::size_t i = 0; i < objects.size(); ++i) {  // releasing one may autorelease more
             objects[i].reset();
         }
-        innermost = outer;
+        g_innermost = outer;
     }
 
     Pool* const outer;
@@ -62,12 +62,12 @@ const objc_class METACLASS("NSAutoreleasePool", OBJECT_METACLASS, &OBJECT_METACL
 const objc_class AUTORELEASE_POOL_CLASS("NSAutoreleasePool", METACLASS, &OBJECT_CLASS, poolMethod, identityOf<Pool>());
 
 void autorelease(id object) {
-    if (innermost == nullptr) {
+    if (g_innermost == nullptr) {
         report(object->isa->name, "autoreleased with no pool in place; it is never released");
         return;
     }
     Owned<objc_object> owned(object);
-    innermost->objects.push_back(std::move(owned));
+    g_innermost->objects.push_back(std::move(owned));
 }
 
 }  // namespace cv

@@ -1,27 +1,16 @@
 // Alerts asked on the socket that CV_ALERT_SOCKET names, and what its other side must refuse.
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
-
-#include <array>
-#include <cstdlib>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/Threads.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace test;
 using cv::Alert;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 class AlertSocket : public testing::Test {
 protected:
@@ -62,8 +51,8 @@ TEST_F(AlertSocket, IsAskedFirst) {
         cv::writeAnswer(showing.get(), std::nullopt);
         EXPECT_FALSE(cv::readAlert(showing.get())) << "closed by the asking side";
     });
-    EXPECT_EQ(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 3U); }), "");
-    EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 0U); }), StartsWith("[alert] Error: Really?\n"))
+    EXPECT_EQ(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 3U); }), "");
+    EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 0U); }), StartsWith("[alert] Error: Really?\n"))
         << "the terminal is asked when the other side cannot show the alert";
     asking = cv::Descriptor();
     server.join();
@@ -76,7 +65,7 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
             cv::writeAnswer(showing.get(), std::stoul(alert->message));
         }
     });
-    test::onThreads(THREADS, [](int number) {
+    onThreads(THREADS, [](int number) {
         const Alert alert{std::to_string(number), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
         for (int n = 0; n < ALERTS; ++n) {
             EXPECT_EQ(std::to_string(cv::runAlert(alert)), alert.message);
@@ -86,38 +75,38 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
     server.join();
 }
 
-TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
+TEST_F(AlertSocket, ThatEndsOrLiesIsReportedAndNotUsedAgain) {
     for (const auto& [answer, report] : {std::pair<std::string, const char*>{"", "closed the socket without an answer"},
                                          {{"CvAnswr1\1\0", 10}, "sent too little"},
-                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that there is not"},
-                                         {"HTTP/1.1 200 OK", "does not speak of alerts"}}) {
+                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that does not exist"},
+                                         {"HTTP/1.1 200 OK", "that is not an alert message"}}) {
         connect();
         std::thread server([&, bytes = answer] {
             cv::readAlert(showing.get());
             sendTo(showing, bytes);
             shutdown(showing.get(), SHUT_WR);
         });
-        EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
+        EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     testing::AllOf(StartsWith("alert: lost"), HasSubstr(report), HasSubstr("taking 'Cancel'")));
         server.join();
         EXPECT_EQ(send(asking.get(), "x", 1, MSG_NOSIGNAL), -1) << "the socket is shut down";
-        EXPECT_THAT(test::errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
+        EXPECT_THAT(errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
     }
     connect();
     cv::writeAnswer(showing.get(), 0);
-    EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
+    EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
 }
 
-TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
+TEST_F(AlertSocket, IsNotUsedForAnAlertThatDoesNotFit) {
     const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::Warning, {"OK"}};
     std::thread server([&] {
         EXPECT_EQ(cv::readAlert(showing.get()).value().message, longest.message);
         cv::writeAnswer(showing.get(), 0);
         EXPECT_FALSE(cv::readAlert(showing.get()));
     });
-    EXPECT_EQ(test::errorsOf([&] { cv::runAlert(longest); }), "");
+    EXPECT_EQ(errorsOf([&] { cv::runAlert(longest); }), "");
     const Alert tooLong{longest.message + 'x', longest.style, longest.buttons};
-    EXPECT_THAT(test::errorsOf([&] { cv::runAlert(tooLong); }), StartsWith("alert: the alert is too long"));
+    EXPECT_THAT(errorsOf([&] { cv::runAlert(tooLong); }), StartsWith("alert: the alert is too long"));
     asking = cv::Descriptor();
     server.join();
 }
@@ -127,12 +116,12 @@ TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
     for (const std::string& name :
          {std::to_string(file.get()), std::to_string(datagrams.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
-        EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
-                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
+        EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
+                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is not the number"));
     }
 }
 
-TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
+TEST_F(AlertSocket, RefusesMalformedRequests) {
     const auto number = [](char value) { return std::string{value, 0, 0, 0}; };
     const std::string two = number(1) + number(2), ok = number(2) + "OK";
     const auto request = [&](const std::string& body) {
@@ -156,7 +145,7 @@ TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
         connect();
         sendTo(asking, bytes);
         shutdown(asking.get(), SHUT_WR);
-        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << testing::PrintToString(bytes);
+        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << PrintToString(bytes);
     }
 }
 

@@ -1,26 +1,21 @@
 // The bundle as a host meets it: loaded through CFPlugIn, called through its table.
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <utility>
-#include <vector>
-
 #include "plugin/Factory.h"
 #include "plugin/InstallerInterface.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/StandardError.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
+
 CFPlugInRef plugIn() {
-    static const cv::CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
+    static const CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
     return loaded.get();
 }
 
 XCodInstance* makeInstance() {
-    const cv::CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
+    const CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
     const auto* const factory = static_cast<CFUUIDRef>(CFArrayGetValueAtIndex(factories.get(), 0));
     return static_cast<XCodInstance*>(CFPlugInInstanceCreate(kCFAllocatorDefault, factory, XCodPlugInTypeID()));
 }
@@ -77,7 +72,8 @@ TEST(Dispatch, ChangesAtMostTheFailureBit) {
     XCodInstance* const instance = makeInstance();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        // A host's block: longer than the plug-in's view of it, at an address that is no multiple of 4, full of bytes.
+        // A host's block: longer than the plug-in's view of it, at an address that is not a multiple of 4, full of
+        // bytes.
         std::vector<unsigned char> host(4096, 0xA5);
         XCodParamBlock& block = *reinterpret_cast<XCodParamBlock*>(host.data() + 2);
         block.version = c.version;
@@ -86,7 +82,7 @@ TEST(Dispatch, ChangesAtMostTheFailureBit) {
         block.resultFlags = c.after;
         const std::vector<unsigned char> expected = host;
         block.resultFlags = c.before;
-        EXPECT_EQ(test::errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
+        EXPECT_EQ(errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
         EXPECT_EQ(host, expected);
     }
     instance->functionBlock->Release(instance);

@@ -45,32 +45,29 @@ struct Block<Isa, ByteToFloat> {
     auto operator()(const unsigned char* src) const { return Isa::toFloats(Isa::widenBytes(src)); }
 };
 
+/// As many integers as fill a vector of the second argument's type, converted to it.
 template <typename Isa>
-struct Block<Isa, Scale<short, float>> {
-    explicit Block(Scale<short, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(const short* src) const { return Isa::multiply(Isa::toFloats(Isa::widenShorts(src)), multiplier); }
-    typename Isa::Floats multiplier;
-};
+auto widened(const short* src, float) {
+    return Isa::toFloats(Isa::widenShorts(src));
+}
+template <typename Isa>
+auto widened(const short* src, double) {
+    return Isa::widenShortsToDoubles(src);
+}
+template <typename Isa>
+auto widened(const int* src, float) {
+    return Isa::toFloats(Isa::loadInts(src));
+}
+template <typename Isa>
+auto widened(const int* src, double) {
+    return Isa::widenIntsToDoubles(src);
+}
 
-template <typename Isa>
-struct Block<Isa, Scale<short, double>> {
-    explicit Block(Scale<short, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(const short* src) const { return Isa::multiply(Isa::widenShortsToDoubles(src), multiplier); }
-    typename Isa::Doubles multiplier;
-};
-
-template <typename Isa>
-struct Block<Isa, Scale<int, float>> {
-    explicit Block(Scale<int, float> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(const int* src) const { return Isa::multiply(Isa::toFloats(Isa::loadInts(src)), multiplier); }
-    typename Isa::Floats multiplier;
-};
-
-template <typename Isa>
-struct Block<Isa, Scale<int, double>> {
-    explicit Block(Scale<int, double> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
-    auto operator()(const int* src) const { return Isa::multiply(Isa::widenIntsToDoubles(src), multiplier); }
-    typename Isa::Doubles multiplier;
+template <typename Isa, typename In, typename Out>
+struct Block<Isa, Scale<In, Out>> {
+    explicit Block(Scale<In, Out> operation) : multiplier(Isa::broadcast(operation.multiplier)) {}
+    auto operator()(const In* src) const { return Isa::multiply(widened<Isa>(src, Out()), multiplier); }
+    decltype(Isa::broadcast(Out())) multiplier;
 };
 
 template <typename Isa>

@@ -19,6 +19,6 @@ char readDecimalPoint() {
     return isAscii && separator[0] != '\0' ? separator[0] : '.';
 }
 
-[[maybe_unused]] const bool g_decimalPointIsRead = (g_chDecimalPoint = readDecimalPoint(), true);
+[[maybe_unused]] const bool DECIMAL_POINT_IS_READ = (g_chDecimalPoint = readDecimalPoint(), true);
 
 }  // namespace

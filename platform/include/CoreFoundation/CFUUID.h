@@ -6,8 +6,23 @@ CF_EXTERN_C_BEGIN
 
 /// The 16 bytes of an identifier, most significant first, as its text form shows them.
 typedef struct {
-    UInt8 byte0, byte1, byte2, byte3, byte4, byte5, byte6, byte7;
-    UInt8 byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15;
+    /// In the order of the text form: 5CD9484B-... begins with a byte0 of 0x5C.
+    UInt8 byte0;
+    UInt8 byte1;
+    UInt8 byte2;
+    UInt8 byte3;
+    UInt8 byte4;
+    UInt8 byte5;
+    UInt8 byte6;
+    UInt8 byte7;
+    UInt8 byte8;
+    UInt8 byte9;
+    UInt8 byte10;
+    UInt8 byte11;
+    UInt8 byte12;
+    UInt8 byte13;
+    UInt8 byte14;
+    UInt8 byte15;
 } CFUUIDBytes;
 
 /// A new identifier with these bytes.
@@ -19,6 +34,7 @@ CF_EXPORT CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UIn
                                                    UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
                                                    UInt8 byte13, UInt8 byte14, UInt8 byte15);
 
+/// The identifier's bytes.
 CF_EXPORT CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
 /// A new identifier from its text form ("5CD9484B-4A86-...", either letter case, 36 characters); null for
