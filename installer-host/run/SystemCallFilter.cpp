@@ -101,6 +101,13 @@ scmp_arg_cmp hasBits(unsigned index, unsigned bits) {
     return {index, SCMP_CMP_MASKED_EQ, bits, bits};
 }
 
+// Not libseccomp's macros for comparisons, which are C99 that clang refuses in C++.
+
+/// Of the call's argument with this index, the bits of `mask` are `bits`.
+scmp_arg_cmp isBits(unsigned index, scmp_datum_t mask, scmp_datum_t bits) {
+    return {index, SCMP_CMP_MASKED_EQ, mask, bits};
+}
+
 /// What gives somebody else the rights of whoever runs this program: a file with one of these bits, and devices.
 void refuseSpecialFiles(Filter& filter) {
     for (const unsigned bit : {unsigned{S_ISUID}, unsigned{S_ISGID}}) {
@@ -116,8 +123,8 @@ void refuseSpecialFiles(Filter& filter) {
         }
     }
     for (const unsigned device : {unsigned{S_IFCHR}, unsigned{S_IFBLK}}) {
-        filter.refuse(SCMP_SYS(mknod), EPERM, {SCMP_A1(SCMP_CMP_MASKED_EQ, S_IFMT, device)});
-        filter.refuse(SCMP_SYS(mknodat), EPERM, {SCMP_A2(SCMP_CMP_MASKED_EQ, S_IFMT, device)});
+        filter.refuse(SCMP_SYS(mknod), EPERM, {isBits(1, S_IFMT, device)});
+        filter.refuse(SCMP_SYS(mknodat), EPERM, {isBits(2, S_IFMT, device)});
     }
 }
 
@@ -127,9 +134,9 @@ void refuseByArguments(Filter& filter) {
     }
     // The kernel looks at the lower half of the number alone, so only that may be compared.
     for (const unsigned long control : REFUSED_CONTROLS) {
-        filter.refuse(SCMP_SYS(ioctl), EPERM, {SCMP_A1(SCMP_CMP_MASKED_EQ, 0xFFFFFFFFU, control)});
+        filter.refuse(SCMP_SYS(ioctl), EPERM, {isBits(1, 0xFFFFFFFFU, control)});
     }
-    filter.refuse(SCMP_SYS(personality), EPERM, {SCMP_A0(SCMP_CMP_NE, 0)});
+    filter.refuse(SCMP_SYS(personality), EPERM, {scmp_arg_cmp{0, SCMP_CMP_NE, 0, 0}});
     refuseSpecialFiles(filter);
 }
 
