@@ -5,7 +5,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 lint lint-all bench docs clean install-deps help
+.PHONY: all build run test test-i386 lint lint-all attack bench docs clean install-deps help
 
 all: build
 
@@ -39,6 +39,10 @@ lint: ## check what a machine can check; clang-tidy on what changed
 lint-all: ## the same, and clang-tidy on every source
 	@tools/install-deps lint
 	@tools/lint all
+
+attack: build ## attack the machine with a hostile plug-in, and see each protection missed
+	@tests/installer-host/attack/attack.py $(BUILD)
+	@tests/installer-host/attack/attack.py --prove $(BUILD)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench

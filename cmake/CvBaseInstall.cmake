@@ -25,6 +25,7 @@ install(FILES ${PROJECT_BINARY_DIR}/CvBaseConfig.cmake ${PROJECT_BINARY_DIR}/CvB
 
 install(TARGETS installer-host)
 install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
+install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host)
 install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR}
     USE_SOURCE_PERMISSIONS PATTERN CorvaneInstall EXCLUDE)
