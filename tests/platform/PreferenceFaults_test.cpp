@@ -1,12 +1,17 @@
 // What becomes of preference files when things go wrong: damaged files, full disks, other writers, sudden ends.
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <thread>
+
+#include "platform/Descriptor.h"
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
@@ -17,7 +22,7 @@ namespace {
 
 using PreferenceFaults = UserPreferences;
 
-TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
+TEST_F(PreferenceFaults, AFileWithoutADictionaryIsMovedAsideAndNeverLost) {
     int number = 0;
     for (const std::string bytes : {"", "bplist00 cut short", "<plist><array/></plist>", "<plist><dict><key>a</key>"}) {
         writeFile(file(), bytes);
@@ -31,7 +36,7 @@ TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
     EXPECT_EQ(namesIn(folder()).size(), 5U);
 }
 
-TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
+TEST_F(PreferenceFaults, ALinkIsMovedAsideAndItsTargetLeftAlone) {
     writeFile(folder() + "/target", "<plist><dict><key>Lang</key><string>de</string></dict></plist>");
     fs::create_symlink("target", file());
     EXPECT_EQ(copyText("Lang"), "(none)");
@@ -45,9 +50,9 @@ TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
 TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLater) {
     const std::string sameKey = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
     for (const std::string reason :
-         {"it is no regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
+         {"it is not a regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
         fs::create_directories(folder());
-        const bool isPipe = reason == "it is no regular file";
+        const bool isPipe = reason == "it is not a regular file";
         if (isPipe) {
             ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
         } else {
@@ -65,6 +70,29 @@ TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLate
         EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
         fs::remove(file());
     }
+}
+
+/// Whether a process waits for a lock that it shares with nobody.
+bool someoneWaitsForALock() {
+    return readFile("/proc/locks").find("-> FLOCK  ADVISORY  WRITE") != std::string::npos;
+}
+
+TEST_F(PreferenceFaults, AWriterWaitsUntilItIsTheOnlyOne) {
+    fs::create_directories(folder());
+    cv::Descriptor other(open(folder().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(other.get(), LOCK_SH), 0);
+    std::atomic<bool> isStored = false;
+    std::thread writer([&] {
+        setText("Lang", "fr");
+        isStored = synchronize();
+    });
+    while (!isStored && !someoneWaitsForALock()) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(isStored);
+    other = cv::Descriptor();
+    writer.join();
+    EXPECT_TRUE(isStored);
 }
 
 TEST_F(PreferenceFaults, ThreadsAndProcessesThatWriteAtTheSameTimeLoseNothing) {
