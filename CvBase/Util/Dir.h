@@ -66,6 +66,9 @@ public:
     /// what follows it, ignoring the case of A to Z. "ab*ab" matches "ab" too, "abc" without a star matches all that
     /// begins with it, and "" all. Hidden names are listed like others.
     ///
+    /// Whether an entry is a regular file is taken from the folder itself where the system writes it there. A device
+    /// that is mounted over a regular file is therefore listed as a file.
+    ///
     /// The static ones take the folder as text, just as it is; they list entries with a backslash in their name, which
     /// the others cannot address.
     /// @{

@@ -133,6 +133,26 @@ TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
     }
 }
 
+TEST_F(FileRenameTest, WhatALinkLedToStaysReadableThroughALinkToIt) {
+    writeFile(temp_ / "elsewhere/file", "only copy");
+    const struct {
+        std::string linkText, target;
+    } rows[] = {{"from", "to"}, {"between", "to"}, {"../from", "elsewhere/to"}, {temp_ / "from", "elsewhere/to"}};
+    fs::create_symlink("from", temp_ / "between");
+    for (const auto& row : rows) {
+        for (const std::string& file : {std::string("elsewhere/file"), temp_ / "elsewhere/file"}) {
+            const std::string to = temp_ / row.target;
+            fs::create_symlink(file, from_);
+            fs::create_symlink(row.linkText, to);
+            rename(from_, to);
+            EXPECT_EQ(readFile(to), "only copy") << row.linkText << ", " << file;
+            EXPECT_FALSE(isThere(from_));
+            fs::remove(to);
+        }
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(temp_ / "elsewhere"), fs::directory_iterator()), 1);
+}
+
 TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
     const test::TempDir home;
     const test::Surroundings surroundings;
