@@ -8,6 +8,8 @@
 #include "CvBase/Util/ByteEncoding.h"
 #include "CvBase/Util/DataStream.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// A stream in memory. DataStream describes the format and what each operation does.
@@ -209,3 +211,5 @@ DataStream& ByteStream::putGrowing(Bits bits) {
 }
 
 }  // namespace Util
+
+#pragma GCC visibility pop

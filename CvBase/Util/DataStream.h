@@ -6,6 +6,8 @@
 #include "CvBase/common/common_string.h"
 #include "CvBase/common/common_types.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// Reads and writes typed values as bytes, at one position that both move. ByteStream is the stream in memory; a
@@ -155,3 +157,5 @@ public:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

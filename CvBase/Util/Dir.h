@@ -7,6 +7,8 @@
 #include "CvBase/common/common_path.h"
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// One folder of the file system, by its path. Nothing about the folder is kept: every call asks anew.
@@ -101,3 +103,5 @@ private:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

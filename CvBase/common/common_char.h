@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// The general category of each Latin-1 code point, numbered as in Category, indexed by the byte's unsigned value. The
 /// soft hyphen 0xAD is a dash here.
 extern const unsigned char _CHAR_CATEGORIES[256];
@@ -60,3 +62,5 @@ public:
 private:
     char c_;
 };
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 class FolderPath;
 
 /// \file
@@ -123,3 +125,5 @@ public:
 /// The file `name` in `folder`: both texts one after the other, as FilePath::construct() takes them. An empty folder
 /// makes `name` relative to the working folder.
 [[nodiscard]] FilePath operator+(const FolderPath& folder, const String& name);
+
+#pragma GCC visibility pop
