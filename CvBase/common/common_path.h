@@ -126,4 +126,9 @@ public:
 /// makes `name` relative to the working folder.
 [[nodiscard]] FilePath operator+(const FolderPath& folder, const String& name);
 
+/// The folder `name` in `folder`, in the same way.
+///
+///     const FolderPath presets = FolderPath("~/Library", false) / "Audio" / "Presets";
+[[nodiscard]] FolderPath operator/(const FolderPath& folder, const String& name);
+
 #pragma GCC visibility pop

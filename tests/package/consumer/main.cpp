@@ -1,4 +1,5 @@
-// Calls something of each part of the library, and prints the sizes of its types, which no language standard may change.
+// Calls something of each part of the library, and prints the sizes of its types, which no language standard may
+// change.
 
 #include CONSUMER_HEADERS
 
