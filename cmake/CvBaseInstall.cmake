@@ -46,6 +46,9 @@ foreach(name IN ITEMS cvbase cvbase-uinative)
     install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
 endforeach()
 
+# For whoever writes a plug-in of the same kind.
+install(FILES plugin/InstallerInterface.h plugin/ParamBlock.h DESTINATION ${header_folder}/plugin COMPONENT Development)
+
 install(TARGETS installer-host COMPONENT Host)
 install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT Host)
 install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
