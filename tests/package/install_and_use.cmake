@@ -44,6 +44,18 @@ expect(wav_error every.wav)
 expect(wav_round_trip every.wav same.wav)
 run(ignored ${CMAKE_COMMAND} -E compare_files ${files}/every.wav ${files}/same.wav)
 
+# The guide's pieces of code, through pkg-config.
+run(ignored python3 ${CMAKE_CURRENT_LIST_DIR}/guide_program.py ${CMAKE_CURRENT_LIST_DIR}/../../docs/guide.md
+    ${WORK_FOLDER}/guide.cpp ${WORK_FOLDER}/guide.txt)
+run(ignored sh -c "PKG_CONFIG_PATH=$(dirname $(find ${installed} -name cvbase.pc)) &&
+    export PKG_CONFIG_PATH && ${COMPILER} ${FLAGS} -std=c++17 -Wall -Wextra -Werror ${WORK_FOLDER}/guide.cpp \
+        -o ${WORK_FOLDER}/guide $(pkg-config --cflags --libs cvbase) -Wl,-rpath,$(pkg-config --variable=libdir cvbase)")
+run(printed ${WORK_FOLDER}/guide)
+file(READ ${WORK_FOLDER}/guide.txt expected)
+if(NOT printed STREQUAL expected)
+    message(FATAL_ERROR "the guide's program printed:\n${printed}\nand not:\n${expected}")
+endif()
+
 set(root ${WORK_FOLDER}/own-root)
 file(MAKE_DIRECTORY ${root})
 foreach(count IN ITEMS 1 2)
