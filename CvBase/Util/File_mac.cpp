@@ -20,12 +20,12 @@ namespace {
 constexpr OSType FINDER_SIGNATURE = 0x4D414353;  // 'MACS'
 
 /// A descriptor of an Apple event or of a part of one, null until it is made.
-class Descriptor {
+class EventDescriptor {
 public:
-    Descriptor() = default;
-    ~Descriptor() { AEDisposeDesc(&desc_); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    EventDescriptor() = default;
+    ~EventDescriptor() { AEDisposeDesc(&desc_); }
+    EventDescriptor(const EventDescriptor&) = delete;
+    EventDescriptor& operator=(const EventDescriptor&) = delete;
 
     AEDesc* get() { return &desc_; }
 
@@ -43,7 +43,7 @@ bool makeReference(const String& path, OptionBits options, FSRef& ref) {
 
 /// Sends the Finder the event that moves `item` to the Trash; false when that failed.
 bool sendToTrash(const FSRef& item) {
-    Descriptor finder, event, container, property, trash, reply;
+    EventDescriptor finder, event, container, property, trash, reply;
     return finder.set(typeApplSignature, FINDER_SIGNATURE) == noErr &&
            AECreateAppleEvent(kAECoreSuite, kAEMove, finder.get(), kAutoGenerateReturnID, kAnyTransactionID,
                               event.get()) == noErr &&

@@ -13,12 +13,12 @@ namespace Native {
 
 namespace {
 
-/// The styles of an NSAlert (NSAlertStyle).
-enum AlertStyle : cv::UInteger { NSWarningAlertStyle = 0, NSInformationalAlertStyle = 1, NSCriticalAlertStyle = 2 };
+/// The platform's styles of an alert.
+enum NSAlertStyle : cv::UInteger { NSWarningAlertStyle = 0, NSInformationalAlertStyle = 1, NSCriticalAlertStyle = 2 };
 
 /// The style for each IconType.
-constexpr AlertStyle ALERT_STYLES[] = {NSInformationalAlertStyle, NSCriticalAlertStyle, NSWarningAlertStyle,
-                                       NSInformationalAlertStyle, NSInformationalAlertStyle};
+constexpr NSAlertStyle ALERT_STYLES[] = {NSInformationalAlertStyle, NSCriticalAlertStyle, NSWarningAlertStyle,
+                                         NSInformationalAlertStyle, NSInformationalAlertStyle};
 
 /// What runModal answers for the first button and the third.
 constexpr cv::Integer NSAlertFirstButtonReturn = 1000;

@@ -35,6 +35,7 @@ const CFStringRef kCFPreferencesCurrentHost = &CURRENT_HOST;
 
 namespace {
 
+constexpr const char* SET_VALUE = "CFPreferencesSetValue";
 constexpr const char* SYNCHRONIZE = "CFPreferencesSynchronize";
 constexpr const char* NO_MEMORY = "there was not enough memory to store it";
 
@@ -185,24 +186,30 @@ CFPropertyListRef copyValue(const Target& target, const std::string& key) {
     return found != file->end() ? cv::plist::createObject(found->second) : nullptr;
 }
 
+/// Says why something is not collected: it will not be stored either.
+void refuse(const std::string& what, const std::string& reason) {
+    cv::report(SET_VALUE, {what, ": ", reason});
+    cv::storeFailed(what.c_str(), reason.c_str());
+}
+
 }  // namespace
 
 void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
                            CFStringRef host) {
-    constexpr const char* WHO = "CFPreferencesSetValue";
-    const auto target = targetOf(WHO, domain, user, host);
+    const auto target = targetOf(SET_VALUE, domain, user, host);
+    if (!target) {
+        return;
+    }
     const auto name = cv::utf8Of(key);
-    if (!target || !name) {
-        if (target) {
-            cv::report(WHO, target->domain + ": a key must be text without half a surrogate pair");
-        }
+    if (!name) {
+        refuse(target->domain + ", a key", "a key must be text without half a surrogate pair");
         return;
     }
     std::optional<cv::plist::Value> change;
     if (value != nullptr) {
         auto copy = cv::plist::valueOf(value);
         if (!copy) {
-            cv::report(WHO, target->domain + ": the value of \"" + *name + "\" is refused: " + copy.fault().reason);
+            refuse(target->domain + ", key \"" + *name + "\"", "the value is refused: " + copy.fault().reason);
             return;
         }
         change = std::move(*copy);

@@ -1,13 +1,7 @@
 // Alerts as a user meets them on a display of 800 by 600: what is told of them, and what keys, buttons and signals do.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <tuple>
-
 #include "tests/UI/AlertUser.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -152,16 +146,15 @@ TEST(AlertPanel, MayBeMissingOrEndAtOnce) {
     options.set = {{"LD_LIBRARY_PATH", folder.path()}, {"DISPLAY", ":77"}};
     const ProcessResult missing = run({ALERT_DRIVER, "Really?", "Yes", "No"}, options);
     EXPECT_EQ(missing.out, "answer 0\n");
-    EXPECT_THAT(missing.err,
-                testing::StartsWith("alert: cv-alert, which shows alerts on the display, is not installed; "
-                                    "asking on the terminal\n[alert] Warning: Really?\n"));
+    EXPECT_THAT(missing.err, StartsWith("alert: cv-alert, which shows alerts on the display, is not installed; "
+                                        "asking on the terminal\n[alert] Warning: Really?\n"));
 
     const std::string panel = folder / "CvPlatform/cv-alert";
     writeFile(panel, "#!/bin/sh\n");
     std::filesystem::permissions(panel, std::filesystem::perms::owner_all);
     const ProcessResult ended = run({ALERT_DRIVER, "Really?", "Yes", "No"}, options);
     EXPECT_EQ(ended.out, "answer 1\n") << ended.err;
-    EXPECT_THAT(ended.err, testing::StartsWith("alert: lost before it was answered: "));
+    EXPECT_THAT(ended.err, StartsWith("alert: lost before it was answered: "));
 }
 
 TEST(AlertOnTheTerminal, TakesTheFirstButtonWhereNobodyCanAnswer) {
@@ -182,9 +175,9 @@ TEST(AlertOnTheTerminal, AsksUntilTheAnswerIsAButton) {
     ProcessOptions options{"4\nmaybe\n2\n", "", {}, {"DISPLAY", "WAYLAND_DISPLAY"}, 0};
     const std::string driver = std::string(ALERT_DRIVER) + " Sure? Yes Cancel No";
     const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
-    EXPECT_THAT(out, testing::HasSubstr("'4' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("'maybe' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, testing::HasSubstr("answer 1\r\n"));
+    EXPECT_THAT(out, HasSubstr("'4' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, HasSubstr("'maybe' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, HasSubstr("answer 1\r\n"));
 }
 
 }  // namespace

@@ -2,20 +2,12 @@
 
 #include "UI/Native/MessageBox.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
-
-#include <array>
-#include <cstdlib>
-#include <optional>
-#include <string>
-#include <thread>
-#include <tuple>
-#include <vector>
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -92,15 +84,11 @@ TEST(MessageBox, ShowsItsButtonsAndGivesTheAnswer) {
 }
 
 TEST(MessageBox, HasTheStyleOfItsIcon) {
-    const auto NOTE = AlertStyle::Informational, WARNING = AlertStyle::Warning;
-    for (const auto& [icon, style] : {std::pair{0, NOTE},
-                                      {1, AlertStyle::Critical},
-                                      {2, WARNING},
-                                      {3, NOTE},
-                                      {4, NOTE},
-                                      {5, WARNING},
-                                      {-1, WARNING}}) {
+    const auto NOTE = AlertStyle::Informational, WARNING = AlertStyle::Warning, ERROR = AlertStyle::Critical;
+    int icon = -1;
+    for (const AlertStyle style : {WARNING, NOTE, ERROR, WARNING, NOTE, NOTE, WARNING}) {
         EXPECT_EQ(press(0, showOK, "x", IconType(icon)).first.style, style) << icon;
+        ++icon;
     }
     EXPECT_EQ(press(0, showUtf16, "x", IconError).first.style, WARNING)
         << "the UTF-16 form leaves the panel its own style";

@@ -1,18 +1,17 @@
-"""Stands for the user of a program that shows an alert: says what is to be seen, and presses keys and buttons.
-
-    alert_user.py [--window-manager] [--do ACTION]... -- COMMAND...
-
-Runs COMMAND on the display at hand, with the pointer in a corner, and waits for its alert. Prints what a screen reader is
-told of it:
-    alert TITLE
-    line TEXT (quoted; for each line of the text as it is wrapped)
-    button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
-then takes each ACTION, printing "still up" when the alert has not gone half a second after it:
-    key:NAME, click:N (the button with this index), press (where the pointer is), picture:FILE (of the screen),
-    signal:NAME (to the command), kill (the process of the panel), next (waits for one more alert)
-and at the end "exit STATUS", "left behind" if the panel outlives the command, and "error LINE" for each line that the
-command wrote to standard error.
-"""
+# Stands for the user of a program that shows an alert: says what is to be seen, and presses keys and buttons.
+#
+#     alert_user.py [--window-manager] [--do ACTION]... -- COMMAND...
+#
+# Runs COMMAND on the display at hand, with the pointer in a corner, and waits for its alert. Prints what a screen reader is
+# told of it:
+#     alert TITLE
+#     line TEXT (quoted; for each line of the text as it is wrapped)
+#     button TITLE [default] [focused] [outside] (from left to right; outside of the screen)
+# then takes each ACTION, printing "still up" when the alert has not gone half a second after it:
+#     key:NAME, click:N (the button with this index), press (where the pointer is), picture:FILE (of the screen),
+#     signal:NAME (to the command), kill (the process of the panel), next (waits for one more alert)
+# and at the end "exit STATUS", "left behind" if the panel outlives the command, and "error LINE" for each line that the
+# command wrote to standard error.
 
 import argparse
 import os
@@ -29,8 +28,8 @@ from gi.repository import Atspi  # noqa: E402
 PATIENCE = 20
 
 
+# What `what()` gives as soon as it is something, or its last answer.
 def wait_for(what, seconds=PATIENCE):
-    """What `what()` gives as soon as it is something, or its last answer."""
     end = time.monotonic() + seconds
     while not (found := what()) and time.monotonic() < end:
         time.sleep(0.02)
@@ -45,8 +44,8 @@ def all_below(node):
             yield from all_below(child)
 
 
+# The alert, once it is on the screen and has the focus; not that of the process `but`.
 def find_alert(but=None):
-    """The alert, once it is on the screen and has the focus; not that of the process `but`."""
     for node in all_below(Atspi.get_desktop(0)):
         if (node.get_role() == Atspi.Role.ALERT and node.get_state_set().contains(Atspi.StateType.ACTIVE)
                 and node.get_process_id() != but):
@@ -125,8 +124,8 @@ def start_window_manager():
         sys.exit("alert_user: the window manager does not come")
 
 
+# Describes the alert and takes the actions; the panel's process id at last.
 def answer(program, actions):
-    """Describes the alert and takes the actions; the panel's process id at last."""
     alert = wait_for(lambda: find_alert() or program.poll() is not None)
     if not isinstance(alert, Atspi.Accessible):
         sys.exit("alert_user: no alert came")

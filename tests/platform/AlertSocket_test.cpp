@@ -1,27 +1,16 @@
 // Alerts asked on the socket that CV_ALERT_SOCKET names, and what its other side must refuse.
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
-
-#include <array>
-#include <cstdlib>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Descriptor.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/Threads.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace test;
 using cv::Alert;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 class AlertSocket : public testing::Test {
 protected:
@@ -62,8 +51,8 @@ TEST_F(AlertSocket, IsAskedFirst) {
         cv::writeAnswer(showing.get(), std::nullopt);
         EXPECT_FALSE(cv::readAlert(showing.get())) << "closed by the asking side";
     });
-    EXPECT_EQ(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 3U); }), "");
-    EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 0U); }), StartsWith("[alert] Error: Really?\n"))
+    EXPECT_EQ(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 3U); }), "");
+    EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 0U); }), StartsWith("[alert] Error: Really?\n"))
         << "the terminal is asked when the other side cannot show the alert";
     asking = cv::Descriptor();
     server.join();
@@ -76,7 +65,7 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
             cv::writeAnswer(showing.get(), std::stoul(alert->message));
         }
     });
-    test::onThreads(THREADS, [](int number) {
+    onThreads(THREADS, [](int number) {
         const Alert alert{std::to_string(number), cv::AlertStyle::Warning, std::vector<std::string>(THREADS, "OK")};
         for (int n = 0; n < ALERTS; ++n) {
             EXPECT_EQ(std::to_string(cv::runAlert(alert)), alert.message);
@@ -97,15 +86,15 @@ TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
             sendTo(showing, bytes);
             shutdown(showing.get(), SHUT_WR);
         });
-        EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
+        EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     testing::AllOf(StartsWith("alert: lost"), HasSubstr(report), HasSubstr("taking 'Cancel'")));
         server.join();
         EXPECT_EQ(send(asking.get(), "x", 1, MSG_NOSIGNAL), -1) << "the socket is shut down";
-        EXPECT_THAT(test::errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
+        EXPECT_THAT(errorsOf([] { cv::runAlert(QUESTION); }), StartsWith("alert: lost")) << report;
     }
     connect();
     cv::writeAnswer(showing.get(), 0);
-    EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
+    EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
 }
 
 TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
@@ -115,9 +104,9 @@ TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
         cv::writeAnswer(showing.get(), 0);
         EXPECT_FALSE(cv::readAlert(showing.get()));
     });
-    EXPECT_EQ(test::errorsOf([&] { cv::runAlert(longest); }), "");
+    EXPECT_EQ(errorsOf([&] { cv::runAlert(longest); }), "");
     const Alert tooLong{longest.message + 'x', longest.style, longest.buttons};
-    EXPECT_THAT(test::errorsOf([&] { cv::runAlert(tooLong); }), StartsWith("alert: the alert is too long"));
+    EXPECT_THAT(errorsOf([&] { cv::runAlert(tooLong); }), StartsWith("alert: the alert is too long"));
     asking = cv::Descriptor();
     server.join();
 }
@@ -127,7 +116,7 @@ TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
     for (const std::string& name :
          {std::to_string(file.get()), std::to_string(datagrams.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
-        EXPECT_THAT(test::errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
+        EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
                     HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
     }
 }
@@ -156,7 +145,7 @@ TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
         connect();
         sendTo(asking, bytes);
         shutdown(asking.get(), SHUT_WR);
-        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << testing::PrintToString(bytes);
+        EXPECT_THROW(cv::readAlert(showing.get()), cv::AlertFault) << PrintToString(bytes);
     }
 }
 

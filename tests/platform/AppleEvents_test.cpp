@@ -1,23 +1,15 @@
 #include <Carbon/Carbon.h>
 #include <dlfcn.h>
-#include <gmock/gmock.h>
 
-#include <atomic>
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <thread>
 
 #include "tests/support/CFSupport.h"
-#include "tests/support/Process.h"
 #include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
-
-using testing::HasSubstr;
-namespace fs = std::filesystem;
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 std::atomic<bool> g_trashIsStuck{false};
 
@@ -82,20 +74,20 @@ FSRef refTo(const std::string& path) {
 class Trash : public testing::Test {
 protected:
     Trash() {
-        test::setHome(home().path());
+        setHome(home().path());
         unsetenv("XDG_DATA_HOME");
         fs::remove_all(trash_);
         fs::remove_all(home() / "work");
     }
 
-    static const test::TempDir& home() {
-        static const test::TempDir folder;
+    static const TempDir& home() {
+        static const TempDir folder;
         return folder;
     }
 
     static std::string newFile(const std::string& name, const std::string& text) {
         std::string path = home() / ("work/" + name);
-        test::writeFile(path, text);
+        writeFile(path, text);
         return path;
     }
 
@@ -122,19 +114,19 @@ TEST_F(Trash, RefusesAnEventWronglyMade) {
         row.spoil(event);
         EXPECT_EQ(event.send(refTo(path)), row.error) << row.what;
     }
-    EXPECT_EQ(test::readFile(path), "kept");
+    EXPECT_EQ(readFile(path), "kept");
     EXPECT_FALSE(fs::exists(trash_));
 }
 
 TEST_F(Trash, LeavesTheItemWhereItCannotGo) {
     const std::string path = newFile("item", "kept");
     for (const std::optional<std::string>& noHome : {std::optional<std::string>("relative"), {}}) {
-        test::setHome(noHome);
+        setHome(noHome);
         EXPECT_EQ(MoveEvent().send(refTo(path)), dirNFErr);
     }
-    test::setHome(home().path());
+    setHome(home().path());
     EXPECT_EQ(MoveEvent().send(refTo("/proc/version")), errFSUnknownCall);
-    EXPECT_EQ(test::readFile(path), "kept");
+    EXPECT_EQ(readFile(path), "kept");
 }
 
 TEST_F(Trash, NeverTakesWhatWasPutInPlaceOfTheItem) {
@@ -142,7 +134,7 @@ TEST_F(Trash, NeverTakesWhatWasPutInPlaceOfTheItem) {
     const FSRef ref = refTo(path);
     fs::rename(newFile("other", "second"), path);
     EXPECT_EQ(MoveEvent().send(ref), errFSBadFSRef);
-    EXPECT_EQ(test::readFile(path), "second");
+    EXPECT_EQ(readFile(path), "second");
     fs::remove(path);
     EXPECT_EQ(MoveEvent().send(ref), errFSBadFSRef);
 }
@@ -161,17 +153,17 @@ TEST_F(Trash, WaitsNoLongerThanTheTimeOut) {
     g_trashIsStuck = false;
     event.timeout = kNoTimeOut;
     EXPECT_EQ(event.send(ref), noErr) << "the move that was given up is not made later";
-    EXPECT_EQ(test::readFile(trash_ + "/files/item"), "late");
+    EXPECT_EQ(readFile(trash_ + "/files/item"), "late");
 }
 
 /// One of the cases above, in a copy of this program whose port has no module beside it.
 TEST_F(Trash, SaysThatItsModuleIsMissing) {
-    const test::TempDir folder;
+    const TempDir folder;
     Dl_info port{};
     ASSERT_NE(dladdr(reinterpret_cast<const void*>(&AESend), &port), 0);
     fs::copy_file(port.dli_fname, folder / "libCvPlatform.so");
-    const auto result = test::run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
-                                  {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
+    const auto result = run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
+                            {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_THAT(result.err, HasSubstr("AESend: the Trash cannot be used: " + folder.path() + "/CvPlatform/CvTrash.so"));
     EXPECT_THAT(result.out, HasSubstr("Which is: " + std::to_string(errFSUnknownCall)));

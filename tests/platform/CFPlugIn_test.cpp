@@ -1,21 +1,9 @@
-#include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <tuple>
-#include <utility>
-
 #include "tests/support/CFSupport.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using cv::CFReference;
-using testing::HasSubstr;
+using namespace test;
 
 constexpr const char* TYPE_OF_ALL = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E01";
 constexpr const char* TYPE_OF_ONE = "7B0E6E55-30C6-4B2E-8C4E-9A5B1C2D3E02";
@@ -39,8 +27,8 @@ std::string entry(const std::string& key, const std::string& value) {
 }
 
 /// Writes X.bundle with these entries of its Info.plist to `folder` and returns its path.
-std::string makeBundle(const test::TempDir& folder, const std::string& entries) {
-    test::writeFile(folder / "X.bundle/Contents/Info.plist", "<plist><dict>" + entries + "</dict></plist>");
+std::string makeBundle(const TempDir& folder, const std::string& entries) {
+    writeFile(folder / "X.bundle/Contents/Info.plist", "<plist><dict>" + entries + "</dict></plist>");
     return folder / "X.bundle";
 }
 
@@ -49,15 +37,14 @@ void* newInstance(const char* factory, const char* type) {
 }
 
 /// Runs `body` and expects of it one line on standard error that holds both texts.
-template <typename Body>
-void expectOneLine(const std::string& text, const std::string& path, Body body) {
-    const std::string errors = test::errorsOf(body);
+void expectOneLine(const std::string& text, const std::string& path, const std::function<void()>& body) {
+    const std::string errors = errorsOf(body);
     EXPECT_THAT(errors, testing::AllOf(HasSubstr(text), HasSubstr(path)));
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
 }
 
 TEST(CFBundle, OnePathIsOneObjectUntilItIsReleased) {
-    const test::TempDir folder;
+    const TempDir folder;
     fs::create_directory_symlink("X.bundle", folder / "link");
     for (const std::string name : {"a.b", "c.d"}) {
         const auto bundle = createBundle(makeBundle(folder, entry("CFBundleIdentifier", string(name))));
@@ -68,9 +55,9 @@ TEST(CFBundle, OnePathIsOneObjectUntilItIsReleased) {
 }
 
 TEST(CFBundle, WhatIsNoBundleGivesNullAndOneLine) {
-    const test::TempDir folder;
-    test::writeFile(folder / "text.bundle/Contents/Info.plist", "text");
-    test::writeFile(folder / "array.bundle/Contents/Info.plist", "<plist><array/></plist>");
+    const TempDir folder;
+    writeFile(folder / "text.bundle/Contents/Info.plist", "text");
+    writeFile(folder / "array.bundle/Contents/Info.plist", "<plist><array/></plist>");
     fs::create_directories(folder / "folder.bundle/Contents/Info.plist");
     for (const std::string name : {"none", "text", "array", "folder"}) {
         const std::string path = folder / (name + ".bundle");
@@ -80,8 +67,8 @@ TEST(CFBundle, WhatIsNoBundleGivesNullAndOneLine) {
 }
 
 TEST(CFBundle, CodeThatCannotBeLoadedIsExplained) {
-    const test::TempDir folder;
-    test::writeFile(folder / "X.bundle/Contents/Linux/notCode", "text");
+    const TempDir folder;
+    writeFile(folder / "X.bundle/Contents/Linux/notCode", "text");
     for (const auto& [value, text] :
          {std::pair<std::string, const char*>{"<integer>1</integer>", "does not name a file"},
           {string(""), "does not name a file"},
@@ -119,7 +106,7 @@ TEST(CFPlugIn, RefusalsAreExplained) {
         expectOneLine(text, "", [&, f = factory, t = type] { EXPECT_EQ(newInstance(f, t), nullptr); });
     }
     expectOneLine("", "", [] { EXPECT_EQ(CFPlugInInstanceCreate(nullptr, nullptr, nullptr), nullptr); });
-    const test::TempDir folder;
+    const TempDir folder;
     fs::copy(SAMPLE_PLUGIN, folder / "Copy.bundle", fs::copy_options::recursive);
     expectOneLine("already registered by", "", [&] { EXPECT_FALSE(createPlugIn(folder / "Copy.bundle")); });
 }
@@ -149,7 +136,7 @@ TEST(CFPlugIn, MalformedRegistrationIsRefusedAndExplained) {
         {"must be the string NO", entry(dynamic, string("YES")) + some},
         {"must be the string NO", entry(dynamic, "<true/>") + some},
     };
-    const test::TempDir folder;
+    const TempDir folder;
     for (const auto& [text, info] : rows) {
         const std::string path = makeBundle(folder, info);
         expectOneLine(text, path, [&, &info = info] { EXPECT_FALSE(createPlugIn(path)) << info; });

@@ -1,18 +1,9 @@
-#include <CoreFoundation/CFString.h>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-#include <string_view>
-
 #include "tests/support/CFSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
-using cv::CFReference;
-using test::makeString;
-using test::units;
+using namespace test;
 
 constexpr CFStringEncoding UTF8 = kCFStringEncodingUTF8, UTF16 = kCFStringEncodingUTF16,
                            UTF32 = kCFStringEncodingUTF32LE, MAC_ROMAN = kCFStringEncodingMacRoman,
@@ -41,7 +32,7 @@ TEST(CFString, ReadsTextAndRefusesOther) {
     for (const auto& row : rows) {
         const auto string = fromBytes(row.bytes, row.encoding);
         EXPECT_EQ(string ? std::optional(units(string.get())) : NONE, row.expected)
-            << row.encoding << " " << testing::PrintToString(row.bytes);
+            << row.encoding << " " << PrintToString(row.bytes);
     }
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, nullptr, UTF8), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, "a\xFF", UTF8), nullptr);
@@ -54,7 +45,7 @@ TEST(CFString, KeepsItsUnitsAsTheyAreInMemoryOfItsOwn) {
         std::u16string memory = expected;
         const auto string = makeString(memory);
         memory.assign(memory.size(), u'x');
-        EXPECT_EQ(units(string.get()), expected) << testing::PrintToString(expected);
+        EXPECT_EQ(units(string.get()), expected) << PrintToString(expected);
     }
     std::string bytes = "before";
     const auto wrapped = fromBytes(bytes, UTF8);
@@ -80,7 +71,7 @@ TEST(CFString, OutputIsAllOrNothing) {
         std::string buffer(static_cast<std::size_t>(row.size), 'x');
         const auto string = makeString(row.units);
         const bool written = CFStringGetCString(string.get(), buffer.data(), row.size, row.encoding);
-        EXPECT_EQ(written ? std::optional(buffer) : REFUSED, row.expected) << testing::PrintToString(row.units);
+        EXPECT_EQ(written ? std::optional(buffer) : REFUSED, row.expected) << PrintToString(row.units);
     }
 }
 

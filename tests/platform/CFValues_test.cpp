@@ -1,27 +1,13 @@
 // Numbers, identifiers, file URLs, dates and locales.
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <limits>
-#include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "tests/support/CFSupport.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using cv::CFReference;
-using test::number;
-using test::url;
-using test::uuid;
+using namespace test;
 
 template <typename T>
 using Limits = std::numeric_limits<T>;
@@ -108,7 +94,7 @@ TEST(CFUUID, RefusesEveryOtherText) {
           "5CD9484B+4A86-11EF-8000-ABCDEF012345", "{5CD9484B-4A86-11EF-8000-ABCDEF01234}"}) {
         EXPECT_FALSE(uuid(text)) << text;
     }
-    const auto withEnd = test::makeString({u"5CD9484B-4A86-11EF-8000-ABCDEF012345\0", 37});
+    const auto withEnd = makeString({u"5CD9484B-4A86-11EF-8000-ABCDEF012345\0", 37});
     EXPECT_EQ(CFUUIDCreateFromString(kCFAllocatorDefault, withEnd.get()), nullptr);
     EXPECT_EQ(CFUUIDCreateFromString(kCFAllocatorDefault, nullptr), nullptr);
 }
@@ -159,7 +145,7 @@ TEST(CFURL, RefusesWhatIsNoPath) {
     EXPECT_FALSE(url(std::string("/a\0b", 4)));
     EXPECT_FALSE(fromString(nullptr));
     EXPECT_FALSE(fromString(CFSTR("")));
-    EXPECT_FALSE(fromString(test::makeString({u"/a\xD800", 3}).get()));
+    EXPECT_FALSE(fromString(makeString({u"/a\xD800", 3}).get()));
     EXPECT_EQ(CFURLCreateWithFileSystemPath(kCFAllocatorDefault, CFSTR("a:b"), 1, false), nullptr);
 }
 

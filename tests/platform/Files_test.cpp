@@ -1,19 +1,12 @@
 #include <Carbon/Files.h>
-#include <gmock/gmock.h>
 #include <sys/xattr.h>
 
-#include <algorithm>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <utility>
-
 #include "platform/StoreFailures.h"
-#include "tests/support/TempDir.h"
-
-namespace fs = std::filesystem;
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 OSStatus makeRef(const std::string& path, FSRef& ref, OptionBits options = kFSPathMakeRefDefaultOptions,
                  Boolean* isDirectory = nullptr) {
@@ -56,9 +49,9 @@ std::string recorded(const std::string& path) {
 /// A folder with one file that holds "x".
 class Files : public testing::Test {
 protected:
-    Files() { test::writeFile(file_, "x"); }
+    Files() { writeFile(file_, "x"); }
 
-    const test::TempDir folder_;
+    const TempDir folder_;
     const std::string file_ = folder_ / "file";
 };
 
@@ -68,7 +61,7 @@ using FSExchangeObjectsTest = Files;
 
 TEST_F(FSPathMakeRefTest, FindsTheObjectItself) {
     const std::string real = fs::canonical(folder_.path());
-    test::writeFile(folder_ / "sub/file", "x");
+    writeFile(folder_ / "sub/file", "x");
     fs::create_symlink("file", folder_ / "sub/link");
     fs::create_directory_symlink("sub", folder_ / "way");
     fs::create_symlink("nowhere", folder_ / "dangling");
@@ -164,7 +157,7 @@ TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
     EXPECT_EQ(FSGetCatalogInfo(&ref, 0, nullptr, nullptr, nullptr, nullptr), noErr);
     fs::rename(file_, folder_ / "moved");
     EXPECT_TRUE(refused(ref)) << "missing";
-    test::writeFile(file_, "another");
+    writeFile(file_, "another");
     EXPECT_TRUE(refused(ref)) << "another file";
     fs::remove(file_);
     fs::create_symlink("moved", file_);
@@ -177,11 +170,11 @@ TEST_F(FinderInfoTest, NeverGoesToAnotherObjectOfTheSamePath) {
 }
 
 TEST_F(FSExchangeObjectsTest, SwapsTwoFilesAndNothingElse) {
-    test::writeFile(folder_ / "sub/b", "b");
+    writeFile(folder_ / "sub/b", "b");
     const FSRef file = refTo(file_), other = refTo(folder_ / "sub/b");
     ASSERT_EQ(FSExchangeObjects(&file, &other), noErr);
-    EXPECT_EQ(test::readFile(file_), "b");
-    EXPECT_EQ(test::readFile(folder_ / "sub/b"), "x");
+    EXPECT_EQ(readFile(file_), "b");
+    EXPECT_EQ(readFile(folder_ / "sub/b"), "x");
     EXPECT_EQ(FSExchangeObjects(&file, &other), errFSBadFSRef) << "they are other objects now";
 
     fs::create_symlink("sub/b", folder_ / "link");
@@ -196,7 +189,7 @@ TEST_F(FSExchangeObjectsTest, SwapsTwoFilesAndNothingElse) {
         EXPECT_EQ(FSExchangeObjects(&ref, refused), error);
         EXPECT_EQ(FSExchangeObjects(refused, &ref), error);
     }
-    EXPECT_EQ(test::readFile(file_), "b");
+    EXPECT_EQ(readFile(file_), "b");
     EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
 }
 

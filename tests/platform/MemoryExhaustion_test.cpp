@@ -1,17 +1,9 @@
 // What becomes of property lists and preference files when any one allocation fails, or all from there on.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-
 #include "platform/Preferences/PreferenceFile.h"
 #include "platform/PropertyList/PropertyList.h"
 #include "tests/support/MallocFailures.h"
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/TempDir.h"
 
 namespace test {
 
@@ -43,65 +35,60 @@ TEST(MemoryExhaustion, IsNeverTakenForDamageInReadingAndWritingPropertyLists) {
     EXPECT_GT(attempts, 200);
 }
 
-/// What is in the place of a preference file.
-struct Scene {
-    const char* name;
-    std::optional<std::string> file;
+/// A preference file and a change of it.
+struct PreferenceScene {
+    std::optional<std::string> old;
     bool isDamaged;
-};
+    TempDir home{};
+    cv::PreferenceLocation location{home / "Library/Preferences", "com.corvane.test.plist"};
+    cv::PreferenceChanges changes{{"New key with a block of its own", Value{Dictionary{{"a", {true}}}}},
+                                  {"Old", std::nullopt}};
 
-class PreferenceExhaustion : public testing::TestWithParam<Scene> {
-protected:
     void prepare() const {
-        fs::remove_all(home_ / "Library");
-        if (GetParam().file) {
-            writeFile(location_.path(), *GetParam().file);
+        fs::remove_all(home / "Library");
+        if (old) {
+            writeFile(location.path(), *old);
         }
     }
 
     std::optional<std::string> content() const {
-        return fs::exists(location_.path()) ? std::optional(readFile(location_.path())) : std::nullopt;
+        return fs::exists(location.path()) ? std::optional(readFile(location.path())) : std::nullopt;
     }
 
-    /// Stores the change; empty, or what went wrong.
+    /// What is written to standard error while the change is stored.
     std::string store() const {
-        const auto fault = writePreferences(location_, changes_);
-        return fault ? fault->text() : "";
+        return errorsOf([this] { EXPECT_FALSE(writePreferences(location, changes)); });
     }
 
     /// That the file is the old one or `fresh`, and that nothing is in the way of the next change.
     void check(const std::optional<std::string>& fresh) const {
         const auto now = content();
-        const bool isOld = now == GetParam().file;
+        const bool isOld = now == old;
         EXPECT_TRUE(isOld || now == fresh);
-        const std::string aside = location_.path() + ".corrupt-1";
-        ASSERT_EQ(fs::exists(aside), GetParam().isDamaged && !isOld);
-        EXPECT_EQ(errorsOf([this] { EXPECT_EQ(store(), ""); }).empty(), !(isOld && GetParam().isDamaged));
+        const std::string aside = location.path() + ".corrupt-1";
+        ASSERT_EQ(fs::exists(aside), isDamaged && !isOld);
+        EXPECT_EQ(store().empty(), !(isOld && isDamaged));
         EXPECT_EQ(content(), fresh);
-        EXPECT_EQ(namesIn(location_.folder).size(), GetParam().isDamaged ? 2U : 1U) << "no temporary file is left";
-        EXPECT_TRUE(!GetParam().isDamaged || readFile(aside) == *GetParam().file);
+        EXPECT_EQ(namesIn(location.folder).size(), isDamaged ? 2U : 1U) << "no temporary file is left";
+        EXPECT_TRUE(!isDamaged || readFile(aside) == *old);
     }
-
-    TempDir home_;
-    const cv::PreferenceLocation location_{home_ / "Library/Preferences", "com.corvane.test.plist"};
-    const cv::PreferenceChanges changes_{{"New key with a block of its own", Value{Dictionary{{"a", {true}}}}},
-                                         {"Old", std::nullopt}};
 };
 
-TEST_P(PreferenceExhaustion, LeavesTheOldFileOrTheNewOne) {
-    prepare();
-    errorsOf([this] { EXPECT_EQ(store(), ""); });
-    const auto fresh = content();
-    const int attempts = exhaust([this] { return !writePreferences(location_, changes_); }, [this] { prepare(); },
-                                 [&] { check(fresh); });
-    EXPECT_GT(attempts, 20);
+TEST(MemoryExhaustion, LeavesTheOldPreferenceFileOrTheNewOne) {
+    const PreferenceScene scenes[] = {{XML, false},
+                                      {toBinary(*parse(XML).root), false},
+                                      {std::nullopt, false},
+                                      {XML.substr(0, XML.size() - 20), true}};
+    for (const PreferenceScene& scene : scenes) {
+        SCOPED_TRACE(&scene - scenes);
+        scene.prepare();
+        scene.store();
+        const auto fresh = scene.content();
+        const int attempts = exhaust([&] { return !writePreferences(scene.location, scene.changes); },
+                                     [&] { scene.prepare(); }, [&] { scene.check(fresh); });
+        EXPECT_GT(attempts, 20);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Files, PreferenceExhaustion,
-                         testing::Values(Scene{"Xml", XML, false}, Scene{"Binary", toBinary(*parse(XML).root), false},
-                                         Scene{"Missing", std::nullopt, false},
-                                         Scene{"Damaged", XML.substr(0, XML.size() - 20), true}),
-                         [](const auto& scene) { return scene.param.name; });
 
 }  // namespace
 

@@ -1,26 +1,20 @@
 // Objects: references to them, equality, and the messages that they understand.
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <string>
-
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/Mac/MessageSend.h"
 #include "platform/CoreFoundation/Object.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/Threads.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
+
 TEST(CFBase, StringsAreEqualWhenTheirUnitsAreAndNullEqualsNothing) {
-    EXPECT_TRUE(CFEqual(test::makeString(u"Lang\u00E9").get(), CFSTR("Lang\xC3\xA9")));
-    EXPECT_FALSE(CFEqual(test::makeString(u"\u4E00\u00E9").get(), test::makeString(u"\u4E00e\u0301").get()));
-    EXPECT_FALSE(CFEqual(test::makeString(u"\uFEFFa").get(), CFSTR("a")));
-    EXPECT_FALSE(CFEqual(test::makeString({u"a\0b", 3}).get(), test::makeString({u"a\0c", 3}).get()));
+    EXPECT_TRUE(CFEqual(makeString(u"Lang\u00E9").get(), CFSTR("Lang\xC3\xA9")));
+    EXPECT_FALSE(CFEqual(makeString(u"\u4E00\u00E9").get(), makeString(u"\u4E00e\u0301").get()));
+    EXPECT_FALSE(CFEqual(makeString(u"\uFEFFa").get(), CFSTR("a")));
+    EXPECT_FALSE(CFEqual(makeString({u"a\0b", 3}).get(), makeString({u"a\0c", 3}).get()));
     EXPECT_FALSE(CFEqual(nullptr, nullptr)) << "on a Mac a null operand traps";
     EXPECT_FALSE(CFEqual(CFSTR("a"), nullptr));
     EXPECT_FALSE(CFEqual(nullptr, CFSTR("a")));
@@ -31,7 +25,7 @@ TEST(CFBase, ConstantsOutliveEveryReleaseAndAreNotWrittenTo) {
                                    IUnknownUUID};
     for (const CFTypeRef constant : constants) {
         const std::string before(static_cast<const char*>(constant), sizeof(objc_object));
-        test::onThreads(8, [constant](int) {
+        onThreads(8, [constant](int) {
             for (int i = 0; i < 1000; ++i) {
                 CFRelease(constant);
             }
@@ -56,9 +50,9 @@ TEST(CFBase, AnObjectWhoseCountWouldOverflowBecomesImmortal) {
     auto* const probe = new Probe;
     CFRetain(probe);
     CFRelease(probe);
-    test::onThreads(8, [probe](int) { CFRetain(probe); });
+    onThreads(8, [probe](int) { CFRetain(probe); });
     EXPECT_EQ(CFGetRetainCount(probe), std::numeric_limits<CFIndex>::max());
-    test::onThreads(8, [probe](int) {
+    onThreads(8, [probe](int) {
         for (int i = 0; i < 1000; ++i) {
             CFRelease(probe);
         }
@@ -93,7 +87,7 @@ TEST(ObjectsDeathTest, NullAndAnUnknownMethodEndTheProcessWithTheName) {
 }
 
 TEST(AutoreleasePool, ReleasesAtItsEndWhatItsOwnScopeLeft) {
-    const auto outer = test::makeString(u"outer"), inner = test::makeString(u"inner");
+    const auto outer = makeString(u"outer"), inner = makeString(u"inner");
     {
         const cv::AutoreleasePool outerPool;
         autoreleased(outer.get());
@@ -111,8 +105,8 @@ TEST(AutoreleasePool, ReleasesAtItsEndWhatItsOwnScopeLeft) {
     }
     EXPECT_EQ(CFGetRetainCount(outer.get()), 1);
     EXPECT_EQ(CFGetRetainCount(inner.get()), 1);
-    EXPECT_THAT(test::errorsOf([&] { autoreleased(inner.get()); }),
-                testing::HasSubstr("NSString: autoreleased with no pool in place"));
+    EXPECT_THAT(errorsOf([&] { autoreleased(inner.get()); }),
+                HasSubstr("NSString: autoreleased with no pool in place"));
     EXPECT_EQ(CFGetRetainCount(inner.get()), 2);
     CFRelease(inner.get());
 }

@@ -1,6 +1,5 @@
 // What becomes of preference files when things go wrong: damaged files, full disks, other writers, sudden ends.
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
@@ -8,19 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <utility>
-
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/Threads.h"
 
 namespace test {
 
 namespace {
-
-using testing::HasSubstr;
 
 using PreferenceFaults = UserPreferences;
 
@@ -64,7 +57,7 @@ TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLate
         EXPECT_THAT(errorsOf([] { EXPECT_FALSE(synchronize()); }), HasSubstr(file() + ": " + reason));
         ASSERT_EQ(cv::storeFailures().size(), 1U);
         EXPECT_EQ(cv::storeFailures()[0].what, file());
-        EXPECT_THAT(cv::storeFailures()[0].reason, testing::StartsWith(reason));
+        EXPECT_THAT(cv::storeFailures()[0].reason, StartsWith(reason));
         EXPECT_TRUE(isPipe || readFile(file()) == sameKey);
         fs::remove(file());
         EXPECT_TRUE(synchronize());

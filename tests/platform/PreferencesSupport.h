@@ -3,14 +3,10 @@
 // What the tests of preferences share.
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
 
 #include "tests/support/CFSupport.h"
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace test {
 

@@ -1,57 +1,41 @@
 #include <Carbon/Carbon.h>
-#include <gmock/gmock.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <string>
-
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
-
-namespace fs = std::filesystem;
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 constexpr const char* SHOW = "--gtest_filter=ShowProcessName.*";
 
 TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
-    const test::TempDir folder;
+    const TempDir folder;
     const std::string full(255, 'n'), accented = "na\xC3\xAFve (deleted)";
     for (const auto& [name, shown] :
          {std::pair{full, full}, {accented, accented}, {"na\xEFve", ""}, {"\xED\xA0\x80", ""}}) {
         const std::string program = folder / name;
         fs::copy_file("/proc/self/exe", program);
-        EXPECT_THAT(test::run({program, SHOW}).out, testing::HasSubstr("<" + shown + ">"));
+        EXPECT_THAT(run({program, SHOW}).out, HasSubstr("<" + shown + ">"));
         fs::remove(folder / "another name");
         fs::create_hard_link(program, folder / "another name");
-        const auto removing = test::run({program, SHOW}, {"", "", {{"REMOVE", program}}, {}, 0});
-        EXPECT_THAT(removing.out, testing::HasSubstr("<" + shown + ">"));
+        const auto removing = run({program, SHOW}, {"", "", {{"REMOVE", program}}, {}, 0});
+        EXPECT_THAT(removing.out, HasSubstr("<" + shown + ">"));
         EXPECT_FALSE(fs::exists(program));
     }
 }
 
 /// Linux does not tell a path of more than 4096 bytes; then the name is what the program was called by, of any length.
 TEST(GetProcessInformation, CutsALongNameBetweenCharacters) {
-    const test::TempDir folder;
-    const char* const startFarBelow = R"(
-import os, shutil, sys
-os.chdir(sys.argv[1])
-for _ in range(17):
-    os.mkdir("d" * 250)
-    os.chdir("d" * 250)
-shutil.copy(sys.argv[2], "program")
-program = os.open("program", os.O_RDONLY)
-os.chdir("/")
-os.execve(program, ["\u00E9" * 200] + sys.argv[3:], os.environ))";
+    const TempDir folder;
+    const char* const startFarBelow = R"sh(
+cd "$1" && for i in $(seq 17); do mkdir $(printf %0250d 0) && cd -P $(printf %0250d 0) || exit; done
+cp "$2" program && exec 3<program && cd / && exec -a "$(printf '\303\251%.0s' $(seq 200))" /proc/self/fd/3 "$3")sh";
     std::string shown;
     for (int i = 0; i < 127; ++i) {
         shown += "\xC3\xA9";
     }
-    const auto result =
-        test::run({"python3", "-c", startFarBelow, folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
-    EXPECT_THAT(result.out, testing::HasSubstr("<" + shown + ">"));
+    const auto result = run({"bash", "-c", startFarBelow, "", folder.path(), fs::read_symlink("/proc/self/exe"), SHOW});
+    EXPECT_THAT(result.out, HasSubstr("<" + shown + ">"));
 }
 
 /// Run by the cases above under other names.

@@ -1,18 +1,13 @@
 // Files as large as they may be, made to cost as much as they can: each is read or refused within bounded memory.
 
-#include <endian.h>
-#include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <cstdint>
-#include <functional>
-#include <string>
-
 #include "platform/PropertyList/PropertyList.h"
-#include "tests/support/Process.h"
+#include "tests/support/PreferenceFiles.h"
 
 namespace {
 
+using namespace test;
 using Verdict = cv::plist::Parsed::Verdict;
 using cv::plist::MAX_FILE_SIZE;
 
@@ -32,11 +27,6 @@ std::string filled(const std::string& begin, const std::string& text, const std:
 
 std::string inPlist(const std::string& begin, const std::string& text, const std::string& end) {
     return filled("<plist>" + begin, text, end + "</plist>");
-}
-
-std::string bigEndian(std::uint64_t number, unsigned size = 8) {
-    number = htobe64(number << 8 * (8 - size));
-    return std::string(reinterpret_cast<const char*>(&number), size);
 }
 
 /// A binary array that refers so many times to the object.
@@ -74,7 +64,7 @@ const struct { const char* name; Verdict verdict; std::function<std::string()> b
 
 TEST(PropertyListLimits, EveryFileIsReadOrRefusedWithinBoundedMemory) {
     for (const auto& row : ROWS) {
-        EXPECT_TRUE(test::holdsInACopy([&row] {
+        EXPECT_TRUE(holdsInACopy([&row] {
             const rlimit limit{MAX_MEMORY, MAX_MEMORY};
             return setrlimit(RLIMIT_AS, &limit) == 0 && cv::plist::parse(row.bytes()).verdict == row.verdict;
         })) << row.name;

@@ -1,46 +1,28 @@
 #include "platform/PropertyList/PropertyList.h"
 
-#include <endian.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <clocale>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
-#include <random>
 #include <stdexcept>
-#include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-using namespace std::string_literals;
+using namespace test;
 using namespace cv::plist;
 using Verdict = Parsed::Verdict;
-
-std::string bigEndian(std::uint64_t value) {
-    value = htobe64(value);
-    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
 
 /// A binary property list with these objects, the first of them the root, and two bytes a reference.
 std::string binary(const std::vector<std::string>& objects) {
     std::string bytes = "bplist00";
     std::string table;
     for (const std::string& object : objects) {
-        table += bigEndian(bytes.size());
+        table += test::bigEndian(bytes.size());
         bytes += object;
     }
     const std::size_t tablePosition = bytes.size();
-    return bytes + table + std::string(6, '\0') + "\x08\x02" + bigEndian(objects.size()) + bigEndian(0) +
-           bigEndian(tablePosition);
+    return bytes + table + std::string(6, '\0') + "\x08\x02" + test::bigEndian(objects.size()) + test::bigEndian(0) +
+           test::bigEndian(tablePosition);
 }
 
 /// `depth` arrays, each the only item of the one around it.
@@ -86,13 +68,13 @@ void expectRefused(Verdict verdict, const std::vector<std::pair<const char*, std
         for (const std::string& bytes : files) {
             const Parsed parsed = parse(bytes);
             EXPECT_TRUE(!parsed.root && parsed.verdict == verdict) << bytes.substr(0, 200);
-            EXPECT_THAT(parsed.reason, testing::HasSubstr(reason)) << bytes.substr(0, 200);
+            EXPECT_THAT(parsed.reason, HasSubstr(reason)) << bytes.substr(0, 200);
         }
     }
 }
 
 TEST(PropertyList, WhatOthersWriteIsWrittenAgainWithTheSameValuesAndTypes) {
-    const test::TempDir folder;
+    const TempDir folder;
     const std::string both =
         "{'n': -1, 'least': -2**63, 'most': 2**63-1, 'above': 2**63, 'big': 2**64-5, 'byte': 200, 'two': 2**16-1, "
         "'four': 2**32-1, 'five': 2**32, 'real': 1e-300, 'whole': 1.0, 'yes': True, 'no': False, 'one': 1, "
@@ -105,11 +87,11 @@ TEST(PropertyList, WhatOthersWriteIsWrittenAgainWithTheSameValuesAndTypes) {
     const std::string sameAsBefore =
         "repr(sorted(p.items())) == repr(sorted(plistlib.load(open('" + folder / "before" + "','rb')).items()))";
     for (const auto& [entries, format] : {std::pair{both, "XML"}, {both, "BINARY"}, {binaryOnly, "BINARY"}}) {
-        test::writeWithPython(folder / "before", entries, format);
-        const Parsed parsed = parse(test::readFile(folder / "before"));
+        writeWithPython(folder / "before", entries, format);
+        const Parsed parsed = parse(readFile(folder / "before"));
         ASSERT_TRUE(parsed.root) << format << parsed.reason;
-        test::writeFile(folder / "after", toBinary(*parsed.root));
-        EXPECT_EQ(test::python(sameAsBefore, folder / "after"), "True") << format;
+        writeFile(folder / "after", toBinary(*parsed.root));
+        EXPECT_EQ(python(sameAsBefore, folder / "after"), "True") << format;
     }
 }
 
@@ -117,7 +99,8 @@ TEST(PropertyList, EqualValuesAreWrittenOnceAndEverySizeIsTheSmallest) {
     const Value root{Array{{true}, {Integer{1, false}}, {"a"s}, {"a"s}, {Integer{1, false}}, {true}}};
     const std::string objects = "\x09\x10\x01Qa\xA6\1\2\3\3\2\1",
                       table = "\x0D\x08\x09\x0B" + std::string(6, '\0') + "\1\1";
-    EXPECT_EQ(toBinary(root), "bplist00" + objects + table + bigEndian(4) + bigEndian(0) + bigEndian(20));
+    EXPECT_EQ(toBinary(root),
+              "bplist00" + objects + table + test::bigEndian(4) + test::bigEndian(0) + test::bigEndian(20));
     const std::string single = binary({"\x22\x3F\x40\0\0"s});
     EXPECT_EQ(read<Real>(single).value, 0.75);
     EXPECT_EQ(toBinary({read<Real>(single)}).substr(8, 5), "\x22\x3F\x40\0\0"s) << "single numbers stay single";
@@ -189,9 +172,9 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
     expectRefused(Verdict::Malformed, {
         {"cut short", {"bplist00"}},
         {"trailer", {good.substr(0, good.size() - 1), with(trailer + 6, "\0"s), with(trailer + 6, "\x09"), with(trailer + 7, "\0"s),
-                     with(trailer + 8, bigEndian(0)), with(trailer + 8, bigEndian(1ULL << 61)), with(trailer + 16, bigEndian(1)),
-                     with(trailer + 24, bigEndian(trailer + 1)), with(trailer + 24, bigEndian(~0ULL))}},
-        {"lies outside", {with(trailer - 8, bigEndian(7)), with(trailer - 8, bigEndian(trailer - 8))}},
+                     with(trailer + 8, test::bigEndian(0)), with(trailer + 8, test::bigEndian(1ULL << 61)), with(trailer + 16, test::bigEndian(1)),
+                     with(trailer + 24, test::bigEndian(trailer + 1)), with(trailer + 24, test::bigEndian(~0ULL))}},
+        {"lies outside", {with(trailer - 8, test::bigEndian(7)), with(trailer - 8, test::bigEndian(trailer - 8))}},
         {"does not fit", {binary({"\x5F\x10\x03hi"}), binary({"\x5F\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x6F\x13\x80\0\0\0\0\0\0\0"s}),
                           binary({"\xAF\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x13zzzzzzz"})}},
         {"count", {binary({"\x5F\x23hi"})}},
@@ -244,7 +227,7 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
     // clang-format off
     expectRefused(Verdict::Unsupported, {
         {"surrogate", {binary({"\x61\xD8\0"s}), binary({"\x61\xDC\0"s}), binary({"\x62\xD8\0\xD8\0"s})}},
-        {"64 bits", {binary({"\x14"s + bigEndian(1) + bigEndian(0)}), binary({"\x88"s + std::string(9, 'x')})}},
+        {"64 bits", {binary({"\x14"s + test::bigEndian(1) + test::bigEndian(0)}), binary({"\x88"s + std::string(9, 'x')})}},
         {"set", {binary({"\xC0"}), binary({"\xB0"})}},
         {"null", {binary({"\0"s})}},
         {"same key", {binary({"\xD2\0\1\0\1\0\1\0\1"s, letterA}), xml("<dict><key>a</key><true/><key>a</key><true/></dict>")}},
@@ -263,11 +246,11 @@ TEST(PropertyList, WhatATreeCannotCarryIsUnsupported) {
 }
 
 TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {
-    const test::TempDir folder;
-    test::writeFile(folder / "source",
-                    "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
-    test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
-    EXPECT_TRUE(test::holdsInACopy([&folder] {
+    const TempDir folder;
+    writeFile(folder / "source",
+              "LC_NUMERIC\ndecimal_point \"<U002C>\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / "comma"});
+    EXPECT_TRUE(holdsInACopy([&folder] {
         setenv("LOCPATH", folder.path().c_str(), 1);
         const locale_t comma = newlocale(LC_NUMERIC_MASK, "comma", nullptr);
         return comma != nullptr && uselocale(comma) != nullptr && read<Real>(xml("<real>0.25</real>")).value == 0.25;
@@ -287,14 +270,9 @@ TEST(PropertyList, AnyBytesAreReadOrRefused) {
         std::string bytes = seeds[round % 2];
         for (unsigned change = random() % 4 + 1; change > 0; --change) {
             const std::size_t position = random() % bytes.size();
-            const auto kind = random() % 3;
-            if (kind == 0) {
-                bytes[position] = static_cast<char>(random());
-            } else if (kind == 1) {
-                bytes.erase(position, random() % 8);
-            } else {
-                bytes.insert(position, bytes.substr(random() % bytes.size(), random() % 16));
-            }
+            const std::size_t lost = random() % 8, gained = random() % 16;
+            bytes.replace(position, lost, bytes.substr(random() % bytes.size(), gained));
+            bytes[random() % bytes.size()] ^= static_cast<char>(random());
         }
         const Parsed parsed = parse(bytes);
         EXPECT_EQ(parsed.root.has_value(), parsed.verdict == Verdict::Good);

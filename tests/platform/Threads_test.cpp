@@ -1,21 +1,12 @@
 // Everything that may be used from any thread, from eight at once. Its worth is in the build with the thread sanitizer.
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <string>
-
 #include "CvBase/Mac/AutoreleasePool.h"
-#include "CvBase/Mac/CFReference.h"
-#include "tests/platform/PreferencesSupport.h"
-#include "tests/support/Threads.h"
+#include "tests/support/CFSupport.h"
+#include "tests/support/Test.h"
 
 namespace test {
 
 namespace {
-
-using cv::CFReference;
 
 constexpr int THREADS = 8;
 
@@ -80,17 +71,6 @@ TEST(Threads, SendMessagesInPoolsOfTheirOwn) {
         }
     });
     EXPECT_EQ(CFGetRetainCount(shared.get()), 1);
-}
-
-TEST_F(UserPreferences, ThreadsStoreAllTheirKeys) {
-    constexpr long CALLS = 10;
-    onAllThreads(CALLS, [](int thread, long call) {
-        const std::string key = std::to_string(thread) + "." + std::to_string(call);
-        setText(key, "value");
-        EXPECT_TRUE(synchronize());
-        EXPECT_EQ(copyText(key), "value");
-    });
-    EXPECT_EQ(python("len(p)", file()), std::to_string(THREADS * CALLS));
 }
 
 }  // namespace

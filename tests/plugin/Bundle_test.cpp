@@ -1,26 +1,21 @@
 // The bundle as a host meets it: loaded through CFPlugIn, called through its table.
 
-#include <CoreFoundation/CoreFoundation.h>
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <utility>
-#include <vector>
-
 #include "plugin/Factory.h"
 #include "plugin/InstallerInterface.h"
 #include "tests/support/CFSupport.h"
-#include "tests/support/StandardError.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
+
 CFPlugInRef plugIn() {
-    static const cv::CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
+    static const CFReference loaded(CFPlugInCreate(kCFAllocatorDefault, test::url(BUNDLE_PATH).get()));
     return loaded.get();
 }
 
 XCodInstance* makeInstance() {
-    const cv::CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
+    const CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
     const auto* const factory = static_cast<CFUUIDRef>(CFArrayGetValueAtIndex(factories.get(), 0));
     return static_cast<XCodInstance*>(CFPlugInInstanceCreate(kCFAllocatorDefault, factory, XCodPlugInTypeID()));
 }
@@ -86,7 +81,7 @@ TEST(Dispatch, ChangesAtMostTheFailureBit) {
         block.resultFlags = c.after;
         const std::vector<unsigned char> expected = host;
         block.resultFlags = c.before;
-        EXPECT_EQ(test::errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
+        EXPECT_EQ(errorsOf([&] { instance->functionBlock->XCodMain(&block); }), "") << "no alert comes from here";
         EXPECT_EQ(host, expected);
     }
     instance->functionBlock->Release(instance);

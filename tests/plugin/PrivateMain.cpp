@@ -1,17 +1,8 @@
 // The main program of tests that work on the machine's own paths (/Library, /Applications): runs itself again in a
 // private root, where they are the test's own and empty.
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "tests/support/PrivateRoot.h"
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 int main(int argc, char** argv) {
     const bool listing = argc > 1 && std::strcmp(argv[1], "--gtest_list_tests") == 0;

@@ -1,22 +1,15 @@
 // The two steps with every allocation failing in turn, those of the C library and of others included.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "platform/PropertyList/PropertyList.h"
 #include "platform/StoreFailures.h"
 #include "plugin/Steps.h"
 #include "tests/support/MallocFailures.h"
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace test;
 using cv::plist::Dictionary;
 using cv::plist::Integer;
 using Step = void (*)(XCodParamBlock*);
@@ -28,7 +21,7 @@ const std::string STATUS_FILE = "/Library/Application Support/Corvane/Updater/in
 
 /// What the preference file holds, "KEY=VALUE;" for each key; the values that are no text are integers.
 std::string preferences(const std::string& name) {
-    const auto parsed = cv::plist::parse(test::readFile(PREFERENCES + name));
+    const auto parsed = cv::plist::parse(readFile(PREFERENCES + name));
     EXPECT_TRUE(parsed.root && parsed.root->dictionary() != nullptr) << name << ": " << parsed.reason;
     std::string text;
     for (const auto& [key, value] : parsed.root ? *parsed.root->dictionary() : Dictionary()) {
@@ -58,7 +51,7 @@ bool runs(Step step) {
         const cv::AutoreleasePool pool;
         step(&block);
     }
-    test::endMallocFailures();
+    endMallocFailures();
     return isAccountedFor(step);
 }
 
@@ -66,14 +59,14 @@ bool runs(Step step) {
 void writeOldFiles() {
     fs::remove_all(PREFERENCES);
     const auto write = [](const std::string& name, const std::string& entries) {
-        test::writeFile(PREFERENCES + name, "<plist><dict>" + entries + "</dict></plist>");
+        writeFile(PREFERENCES + name, "<plist><dict>" + entries + "</dict></plist>");
     };
     write(UPDATER,
           "<key>InstalledProducts/Ambrel/CurrentVersion</key><string>0.90</string>"
           "<key>Others</key><string>text</string><key>UpdateInterval</key><integer>7</integer>");
     write(PRODUCT, "<key>Lang</key><string>de</string><key>Others</key><integer>1</integer>");
-    test::writeFile(STATUS_FILE, "UpdatesDisabled");
-    test::writeFile("/Applications/Corvane/Icon\r", "");
+    writeFile(STATUS_FILE, "UpdatesDisabled");
+    writeFile("/Applications/Corvane/Icon\r", "");
 }
 
 TEST(StepsMemory, AnAllocationThatFailsLosesNoFileAndNoKey) {
@@ -82,10 +75,10 @@ TEST(StepsMemory, AnAllocationThatFailsLosesNoFileAndNoKey) {
         EXPECT_THAT(preferences(UPDATER), MatchesRegex("(InstallStatus=Error opening file;)?InstalledProducts/Ambrel/"
                                                        "CurrentVersion=(0.90|1.00);Others=text;UpdateInterval=[027];"));
         EXPECT_THAT(preferences(PRODUCT), MatchesRegex("Lang=(de|fr);Others=1;"));
-        EXPECT_THAT(test::namesIn(PREFERENCES), testing::ElementsAre(PRODUCT, UPDATER));
+        EXPECT_THAT(namesIn(PREFERENCES), ElementsAre(PRODUCT, UPDATER));
     };
     for (const Step step : {&PreInstall, &PostInstall}) {
-        EXPECT_GT(test::exhaust([step] { return runs(step); }, writeOldFiles, check), 100);
+        EXPECT_GT(exhaust([step] { return runs(step); }, writeOldFiles, check), 100);
     }
 }
 

@@ -2,31 +2,19 @@
 
 #include <Carbon/Carbon.h>
 #include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <cstdio>
-#include <filesystem>
 #include <new>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "plugin/Steps.h"
 #include "tests/support/PreferenceFiles.h"
-#include "tests/support/Process.h"
-#include "tests/support/StandardError.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace test;
 
 constexpr const char* STATUS_FILE = "/Library/Application Support/Corvane/Updater/install_status.txt";
 constexpr const char* PREFERENCES = "/Library/Preferences";
@@ -98,7 +86,7 @@ void runStep(Step step, std::int32_t product = AMBREL) {
 
 /// What Python reads in a domain's preference file.
 std::string preferences(const std::string& domain) {
-    return test::python("p", std::string(PREFERENCES) + "/" + domain + ".plist");
+    return python("p", std::string(PREFERENCES) + "/" + domain + ".plist");
 }
 
 class Steps : public testing::Test {
@@ -120,9 +108,8 @@ TEST_F(Steps, TellOfABlockOfAnotherVersionAndIgnoreNone) {
         step(nullptr);
         XCodParamBlock block = makeBlock(AMBREL);
         block.version = 999;
-        const std::string shown = test::errorsOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
-        EXPECT_THAT(shown,
-                    testing::StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
+        const std::string shown = errorsOf([&] { EXPECT_EQ(call(step, block), 0x80000001u); });
+        EXPECT_THAT(shown, StartsWith("[alert] Note: Unable to set post install option keys.\n[alert] 1 OK\n"));
         EXPECT_THAT(shown, testing::EndsWith("\nStopAlert 5000\n")) << "the dialog's alert comes after the panel";
     }
     EXPECT_FALSE(fs::exists(PREFERENCES));
@@ -155,11 +142,11 @@ TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         clear();
-        test::writeFile(STATUS_FILE, row.content);
+        writeFile(STATUS_FILE, row.content);
         statusFileSizes = row.sizes;
-        const auto before = test::openDescriptors();
+        const auto before = openDescriptors();
         runStep(&PostInstall);
-        EXPECT_EQ(test::openDescriptors(), before);
+        EXPECT_EQ(openDescriptors(), before);
         EXPECT_EQ(preferences("com.corvane.updater"), row.updater);
     }
     EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}") << "after a failure, too";
@@ -167,15 +154,15 @@ TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
 
 TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
     fs::create_directories(VENDOR_FOLDER);
-    test::writeFile(STATUS_FILE, "UpdatesEnabled");
+    writeFile(STATUS_FILE, "UpdatesEnabled");
     const auto mostHeld =
         static_cast<long long>(std::min<unsigned long long>(std::vector<char>().max_size(), UINT_MAX));
     for (const long long size : {mostHeld, 0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
         statusFileSizes = {size};
-        const auto before = test::openDescriptors();
+        const auto before = openDescriptors();
         XCodParamBlock block = makeBlock(AMBREL);
         EXPECT_THROW(PostInstall(&block), std::bad_alloc) << size;
-        EXPECT_EQ(test::openDescriptors(), before);
+        EXPECT_EQ(openDescriptors(), before);
     }
     EXPECT_FALSE(fs::exists(PREFERENCES)) << "nothing that comes after the file is done";
     EXPECT_EQ(getxattr(VENDOR_FOLDER, FINDER_INFO, nullptr, 0), -1);
@@ -194,7 +181,7 @@ TEST_F(Steps, ChangeTwoFinderFlagsAndNothingElse) {
         return bytes;
     };
     for (const auto& [before, folder, icon] : rows) {
-        test::writeFile(ICON_FILE, "");
+        writeFile(ICON_FILE, "");
         for (const char* const path : {VENDOR_FOLDER, ICON_FILE}) {
             ASSERT_EQ(setxattr(path, FINDER_INFO, before.data(), before.size(), 0), 0);
         }

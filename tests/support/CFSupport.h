@@ -14,32 +14,34 @@
 
 namespace test {
 
+using cv::CFReference;
+
 /// A string of exactly these UTF-16 units.
-inline cv::CFReference<CFStringRef> makeString(std::u16string_view units) {
-    return cv::CFReference<CFStringRef>(CFStringCreateWithCharacters(
+inline CFReference<CFStringRef> makeString(std::u16string_view units) {
+    return CFReference<CFStringRef>(CFStringCreateWithCharacters(
         kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size())));
 }
 
 /// A string of the text in UTF-8; none when it is no UTF-8.
-inline cv::CFReference<CFStringRef> string(const std::string& text) {
-    return cv::CFReference<CFStringRef>(
+inline CFReference<CFStringRef> string(const std::string& text) {
+    return CFReference<CFStringRef>(
         CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));
 }
 
-inline cv::CFReference<CFNumberRef> number(SInt64 value) {
-    return cv::CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
+inline CFReference<CFNumberRef> number(SInt64 value) {
+    return CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberSInt64Type, &value));
 }
 
-inline cv::CFReference<CFNumberRef> number(double value) {
-    return cv::CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
+inline CFReference<CFNumberRef> number(double value) {
+    return CFReference<CFNumberRef>(CFNumberCreate(kCFAllocatorDefault, kCFNumberFloat64Type, &value));
 }
 
-inline cv::CFReference<CFUUIDRef> uuid(const std::string& text) {
-    return cv::CFReference<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, string(text).get()));
+inline CFReference<CFUUIDRef> uuid(const std::string& text) {
+    return CFReference<CFUUIDRef>(CFUUIDCreateFromString(kCFAllocatorDefault, string(text).get()));
 }
 
-inline cv::CFReference<CFURLRef> url(const std::string& path, bool isDirectory = true) {
-    return cv::CFReference<CFURLRef>(
+inline CFReference<CFURLRef> url(const std::string& path, bool isDirectory = true) {
+    return CFReference<CFURLRef>(
         CFURLCreateFromFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(path.data()),
                                                 static_cast<CFIndex>(path.size()), isDirectory));
 }

@@ -10,48 +10,27 @@ namespace {
 thread_local long allocationsLeft = -1;  // until the one that fails; negative: none does
 thread_local long blocks = 0;
 
-void* allocate(std::size_t size) {
-    if (allocationsLeft == 0) {
-        throw std::bad_alloc();
-    }
-    allocationsLeft -= allocationsLeft > 0 ? 1 : 0;
-    void* const block = std::malloc(size);
+}  // namespace
+
+// The forms for arrays come to these.
+
+void* operator new(std::size_t size) {
+    void* const block = allocationsLeft == 0 ? nullptr : std::malloc(size);
     if (block == nullptr) {
         throw std::bad_alloc();
     }
+    allocationsLeft -= allocationsLeft > 0 ? 1 : 0;
     ++blocks;
     return block;
 }
 
-void release(void* block) {
+void operator delete(void* block) noexcept {
     blocks -= block != nullptr ? 1 : 0;
     std::free(block);
 }
 
-}  // namespace
-
-void* operator new(std::size_t size) {
-    return allocate(size);
-}
-
-void* operator new[](std::size_t size) {
-    return allocate(size);
-}
-
-void operator delete(void* block) noexcept {
-    release(block);
-}
-
-void operator delete[](void* block) noexcept {
-    release(block);
-}
-
 void operator delete(void* block, std::size_t) noexcept {
-    release(block);
-}
-
-void operator delete[](void* block, std::size_t) noexcept {
-    release(block);
+    operator delete(block);
 }
 
 namespace test {

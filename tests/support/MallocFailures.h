@@ -1,13 +1,8 @@
 #pragma once
 
-#include <gmock/gmock.h>
-
-#include <cstdio>
-#include <functional>
-#include <limits>
 #include <new>
 
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace test {
 

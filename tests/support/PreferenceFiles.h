@@ -2,17 +2,17 @@
 
 // What the tests of property lists and of preferences see in files and folders.
 
-#include <algorithm>
-#include <filesystem>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <endian.h>
 
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace test {
 
-namespace fs = std::filesystem;
+/// The last `size` bytes of the number, the most significant one first.
+inline std::string bigEndian(std::uint64_t number, unsigned size = 8) {
+    number = htobe64(number << 8 * (8 - size));
+    return std::string(reinterpret_cast<const char*>(&number), size);
+}
 
 /// What `expression` is in Python, with `p` the dictionary that the property list file holds.
 inline std::string python(const std::string& expression, const std::string& file) {

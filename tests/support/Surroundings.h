@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <optional>
-#include <string>
+#include "tests/support/Test.h"
 
 namespace test {
 
@@ -19,20 +16,20 @@ inline void setHome(const std::optional<std::string>& home) {
 /// Puts the working folder and HOME back at the end of the scope.
 class Surroundings {
 public:
-    Surroundings() : workingFolder_(std::filesystem::current_path()) {
+    Surroundings() : workingFolder_(fs::current_path()) {
         if (const char* const home = std::getenv("HOME")) {
             home_ = home;
         }
     }
     ~Surroundings() {
         setHome(home_);
-        std::filesystem::current_path(workingFolder_);
+        fs::current_path(workingFolder_);
     }
     Surroundings(const Surroundings&) = delete;
     Surroundings& operator=(const Surroundings&) = delete;
 
 private:
-    std::filesystem::path workingFolder_;
+    fs::path workingFolder_;
     std::optional<std::string> home_;
 };
 

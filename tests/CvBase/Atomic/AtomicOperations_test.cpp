@@ -1,10 +1,10 @@
 #include "CvBase/Atomic/AtomicOperations.h"
 
-#include <gtest/gtest.h>
-
-#include <thread>
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 TEST(AtomicOperations, GiveTheNewValueAndExchangeOnlyTheComparand) {
     volatile unsigned int word = 1;
@@ -32,7 +32,7 @@ TEST(AtomicOperations, GiveTheNewValueAndExchangeOnlyTheComparand) {
 TEST(AtomicOperations, LoseNoStepBetweenThreads) {
     constexpr unsigned int STEPS = 50000;
     volatile unsigned int steps = 0, exchanged = 0;
-    const auto work = [&] {
+    onThreads(2, [&](int) {
         for (unsigned int step = 0; step < STEPS; ++step) {
             Atomic::AtomicIncrement(steps);
             Atomic::AtomicIncrement(steps);
@@ -41,10 +41,7 @@ TEST(AtomicOperations, LoseNoStepBetweenThreads) {
                 seen = Atomic::AtomicRead(exchanged);
             }
         }
-    };
-    std::thread other(work);
-    work();
-    other.join();
+    });
     EXPECT_EQ(steps, 2 * STEPS);
     EXPECT_EQ(exchanged, 2 * STEPS);
 }

@@ -1,10 +1,5 @@
 // Each vector path against the plain loops: whatever instructions the processor has, the same bits.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstring>
 #include <memory>
 
 #include "CvBase/IPP/kernels/KernelChoice.h"
@@ -13,12 +8,7 @@
 namespace {
 
 using IPP::Detail::Path;
-using test::reference::asBytes;
-using test::reference::bitsAs;
-using test::reference::Bytes;
-using test::reference::Conversion;
-using test::reference::conversions;
-using test::reference::randomInput;
+using namespace test::reference;
 
 constexpr std::size_t GUARD = 64;
 constexpr unsigned char GUARD_BYTE = 0xA5;

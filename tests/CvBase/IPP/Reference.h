@@ -1,18 +1,7 @@
 #pragma once
 
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <functional>
-#include <limits>
-#include <random>
-#include <string>
-#include <type_traits>
-#include <vector>
-
 #include "CvBase/IPP/IPP_util_mac.h"
+#include "tests/support/Test.h"
 
 /// The conversions as plain loops, in the order in which their rules are told and with no regard for speed; values to
 /// convert; and a list that lets a test run all of them.

@@ -1,20 +1,13 @@
-// Streams and another program's idea of the same bytes, in both directions and every byte order.
+// The bytes of each kind of value in every byte order, as another program reads them and as the stream itself does.
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/CvBase/Util/StreamSupport.h"
-#include "tests/support/Process.h"
+#include "tests/support/Text.h"
 
 namespace {
 
-using Util::ByteStream;
-using Util::DataStream;
+using namespace test;
 
 template <typename T>
 std::string shown(T value) {
@@ -24,57 +17,54 @@ std::string shown(T value) {
     return text.str();
 }
 std::string shown(const String& text) {
-    std::ostringstream digits;
-    for (unsigned int i = 0; i < text.Length(); ++i) {
-        digits << std::hex << static_cast<int>(static_cast<unsigned char>(text.CStr()[i]));
-    }
-    return digits.str() + '\n';
+    return str(text) + '\n';
 }
 
-/// Calls `each` with the letter of every kind of value, and a value of that type.
-template <typename Each>
-void forAllKinds(unsigned long long bits, Each each) {
-    each('?', bits % 2 != 0);
-    each('b', static_cast<char>(static_cast<signed char>(bits)));
-    each('b', static_cast<signed char>(bits));
-    each('B', static_cast<unsigned char>(bits));
-    each('h', static_cast<short>(bits));
-    each('H', static_cast<unsigned short>(bits));
-    each('i', static_cast<int>(bits));
-    each('I', static_cast<unsigned int>(bits));
-    each('q', static_cast<long long>(bits));
-    each('Q', bits);
-    each('l', static_cast<long>(static_cast<int>(bits)));
-    each('L', static_cast<unsigned long>(static_cast<unsigned int>(bits)));
-    each('f', static_cast<float>(static_cast<long long>(bits)) / 3);
-    each('d', static_cast<double>(static_cast<long long>(bits)) / 3);
-    each('t', String(std::string(static_cast<std::size_t>(bits % 40), 'x').c_str()) + String("\xC3\xA9"));
-}
-
+/// Calls `each` with the letter of every kind of value, and values of that type.
 template <typename Each>
 void forAllValues(Each each) {
+    std::vector<unsigned long long> values{0, 0x80, 0x8000, 0x80000000, 1ULL << 63, ULLONG_MAX};
     std::mt19937_64 random(1);
     for (int i = 0; i < 200; ++i) {
-        forAllKinds(random() >> i % 64, each);
+        values.push_back(random() >> i % 64);
     }
-    for (const unsigned long long bits : {0ULL, 0x80ULL, 0x8000ULL, 0x80000000ULL, 1ULL << 63, ULLONG_MAX}) {
-        forAllKinds(bits, each);
+    for (const unsigned long long bits : values) {
+        each('?', bits % 2 != 0);
+        each('b', static_cast<char>(static_cast<signed char>(bits)));
+        each('b', static_cast<signed char>(bits));
+        each('B', static_cast<unsigned char>(bits));
+        each('h', static_cast<short>(bits));
+        each('H', static_cast<unsigned short>(bits));
+        each('i', static_cast<int>(bits));
+        each('I', static_cast<unsigned int>(bits));
+        each('q', static_cast<long long>(bits));
+        each('Q', bits);
+        each('l', static_cast<long>(static_cast<int>(bits)));
+        each('L', static_cast<unsigned long>(static_cast<unsigned int>(bits)));
+        each('f', static_cast<float>(static_cast<long long>(bits)) / 3);
+        each('d', static_cast<double>(static_cast<long long>(bits)) / 3);
+        each('t', String(std::string(static_cast<std::size_t>(bits % 40), 'x').c_str()) + String("\xC3\xA9"));
     }
 }
 
-std::string python(std::vector<std::string> arguments, const std::string& in) {
-    arguments.insert(arguments.begin(), {"python3", BYTE_STREAM_SCRIPT});
-    test::ProcessOptions options;
-    options.in = in;
-    const test::ProcessResult result = test::run(arguments, options);
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    return result.out;
-}
+/// Shows the values in the bytes on standard input. The arguments are the byte order and a letter for each value, both
+/// as Python's struct module has them, or "t" for a text.
+constexpr const char* SCRIPT = R"(
+import struct, sys
+def read(kind):
+    if kind == "t":
+        return sys.stdin.buffer.read(int(read("I")))
+    layout = sys.argv[1] + kind
+    value = struct.unpack(layout, sys.stdin.buffer.read(struct.calcsize(layout)))
+    return (b"%.17g" if kind in "fd" else b"%d") % value
+for kind in sys.argv[2]:
+    sys.stdout.buffer.write(read(kind) + b"\n")
+assert not sys.stdin.buffer.read())";
 
-TEST(ByteStreamAndPython, AreReadByEachOther) {
+TEST(ByteStreamValues, AreReadByPythonAndByTheStreamItself) {
     for (const int order : {0, 1, 2, 3, -1, INT_MIN}) {
-        const std::string pythonOrder = order == 0 || order == 1 ? "<" : ">";
-        std::string kinds, values;
+        SCOPED_TRACE(order);
+        std::string kinds, values, read;
         ByteStream stream(0);
         stream.SetEndianType(static_cast<DataStream::EndianType>(order));
         forAllValues([&](char kind, const auto& value) {
@@ -82,25 +72,27 @@ TEST(ByteStreamAndPython, AreReadByEachOther) {
             kinds += kind;
             values += shown(value);
         });
-        const test::Bytes bytes = test::bytesOf(stream);
-        EXPECT_EQ(python({pythonOrder, kinds, "--read"}, std::string(bytes.begin(), bytes.end())), values) << order;
+        const Bytes bytes = bytesOf(stream);
+        ProcessOptions options;
+        options.in.assign(bytes.begin(), bytes.end());
+        const ProcessResult python =
+            run({"python3", "-c", SCRIPT, order == 0 || order == 1 ? "<" : ">", kinds}, options);
+        EXPECT_EQ(python.out, values);
+        EXPECT_EQ(python.err, "");
 
-        const std::string written = python({pythonOrder, kinds}, values);
-        ByteStream other(test::Bytes(written.begin(), written.end()));
-        other.SetEndianType(static_cast<DataStream::EndianType>(order));
-        std::string read;
+        stream.SetPosition(0);
         forAllValues([&](char, auto value) {
-            const unsigned int start = other.GetPosition();
+            const unsigned int start = stream.GetPosition();
             value = decltype(value)();
-            other >> value;
+            stream >> value;
             read += shown(value);
             if constexpr (!std::is_same_v<decltype(value), String>) {
-                other.SetPosition(start);
-                EXPECT_EQ(other.ReadPrimitive(decltype(value)()), value);
+                stream.SetPosition(start);
+                EXPECT_EQ(stream.ReadPrimitive(decltype(value)()), value);
             }
         });
-        EXPECT_EQ(read, values) << order;
-        EXPECT_TRUE(other.AtEnd());
+        EXPECT_EQ(read, values);
+        EXPECT_TRUE(stream.AtEnd());
     }
 }
 

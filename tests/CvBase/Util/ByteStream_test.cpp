@@ -3,30 +3,17 @@
 
 #include "CvBase/Util/ByteStream.h"
 
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <climits>
-#include <cstdint>
-#include <cstring>
 #include <new>
-#include <random>
-#include <string>
-#include <type_traits>
-#include <utility>
-#include <vector>
+#include <numeric>
 
 #include "CvBase/Util/Exception/DataStreamIO.h"
 #include "tests/CvBase/Util/StreamSupport.h"
+#include "tests/support/FailingAllocations.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-using test::Bytes;
-using test::bytesOf;
-using testing::ElementsAre;
-using Util::ByteStream;
-using Util::DataStream;
+using namespace test;
 
 TEST(ByteStream, KeepsTheBitsOfNaNs) {
     for (const DataStream::EndianType order : {DataStream::LittleEndian, DataStream::BigEndian}) {
@@ -60,7 +47,7 @@ TEST(ByteStream, DropsTheUpperHalfOfALongAndTakesEveryByteButZeroForTrue) {
 TEST(ByteStream, StoresTextsWithOrWithoutTheirLengthAndVectorsWithout) {
     ByteStream stream(0);
     stream.SetEndianType(DataStream::BigEndian);
-    stream << String("a") << String() << test::makeText(std::string_view("b\0c", 3)) << Bytes{8, 9} << Bytes{};
+    stream << String("a") << String() << makeText(std::string_view("b\0c", 3)) << Bytes{8, 9} << Bytes{};
     EXPECT_THAT(bytesOf(stream), ElementsAre(0, 0, 0, 1, 'a', 0, 0, 0, 0, 0, 0, 0, 3, 'b', 0, 'c', 8, 9));
     stream.SetPosition(0);
     for (const char* const expected : {"a", "", "b"}) {
@@ -98,33 +85,27 @@ TEST(ByteStream, StartsWithWhatItIsGivenAndMovesAnywhereModuloTwoToThe32nd) {
 }
 
 TEST(ByteStream, GrowsAsItIsWrittenTo) {
-    std::mt19937 random(1);
-    for (int round = 0; round < 300; ++round) {
-        ByteStream stream(static_cast<unsigned int>(random() % 40));
-        Bytes model;
-        std::size_t position = 0;
-        for (int step = 0; step < 40; ++step) {
-            Bytes bytes(random() % 3 == 0 ? random() % 70 : 4);
-            std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random() % 255 + 1); });
-            if (random() % 3 == 0) {
-                position = random() % (model.size() + 12);
-                stream.SetPosition(static_cast<unsigned int>(position));
+    Bytes bytes(70);
+    std::iota(bytes.begin(), bytes.end(), static_cast<unsigned char>(1));
+    for (const unsigned int reserved : {0U, 1U, 4U, 8U, 40U}) {
+        for (unsigned int first = 0; first < 12; ++first) {
+            for (const unsigned int count : {0U, 1U, 4U, 5U, 70U}) {
+                SCOPED_TRACE(testing::Message() << reserved << " reserved, " << count << " bytes at " << first);
+                ByteStream stream(reserved);
+                Bytes model;
+                for (const unsigned int position : {first, 2U, first + 3, 3 * first + 7}) {
+                    stream.SetPosition(position);
+                    if (count == 4) {
+                        stream << 0x04030201U;
+                    } else {
+                        stream.Write(count, bytes.data());
+                    }
+                    model.resize(std::max<std::size_t>(model.size(), count == 0 ? 0 : position + count));
+                    std::copy_n(bytes.begin(), count, model.begin() + (count == 0 ? 0 : position));
+                    ASSERT_EQ(stream.GetPosition(), position + count);
+                    ASSERT_EQ(bytesOf(stream), model);
+                }
             }
-            if (std::uint32_t number = 0; bytes.size() == sizeof number) {
-                std::memcpy(&number, bytes.data(), sizeof number);
-                stream << number;
-            } else {
-                stream.Write(static_cast<unsigned int>(bytes.size()), bytes.data());
-            }
-            const std::size_t end = position + bytes.size();
-            if (!bytes.empty()) {
-                model.resize(std::max(model.size(), end));
-                std::copy(bytes.begin(), bytes.end(),
-                          model.end() - static_cast<std::ptrdiff_t>(model.size() - position));
-            }
-            position = end;
-            ASSERT_EQ(stream.GetPosition(), position);
-            ASSERT_EQ(bytesOf(stream), model);
         }
     }
 }
@@ -149,8 +130,7 @@ TEST(ByteStream, RefusesToGrowBeyondItsPositions) {
 constexpr int TEXT_LENGTH_LINE = 74, TEXT_LINE = 81, VECTOR_LINE = 104, READ_LINE = 123, EXTRACT_LINE = 141;
 
 /// Expects that `action` throws a DataStreamIO with `message` out of `line`, of the header when that is EXTRACT_LINE.
-template <class Action>
-void expectFailure(const Action& action, const std::string& message, int line) {
+void expectFailure(const std::function<void()>& action, const std::string& message, int line) {
     try {
         action();
         ADD_FAILURE() << "nothing was thrown, not " << message;
@@ -173,7 +153,7 @@ std::vector<unsigned int> positionsWithout(unsigned int width, unsigned int size
 }
 
 template <typename... T>
-void expectNumberFailures(unsigned int width) {
+void expectFailures(unsigned int width) {
     for (const unsigned int size : {0U, width - 1, 10U}) {
         ByteStream stream(Bytes(size, 0xEE));
         for (const unsigned int position : positionsWithout(width, size)) {
@@ -187,31 +167,24 @@ void expectNumberFailures(unsigned int width) {
             };
             stream.SetPosition(position);
             (expectRefused(T{1}), ...);
+
+            const std::string unread = "Can't read " + std::to_string(width) + " bytes";
+            Bytes bytes(width, 1), none;
+            expectFailure([&] { stream >> bytes; }, unread, VECTOR_LINE);
+            expectFailure([&] { stream.Read(width, bytes.data()); }, unread, READ_LINE);
+            EXPECT_EQ(bytes, Bytes(width, 1));
+            stream >> none;
+            stream.Read(0, nullptr);
             EXPECT_EQ(stream.GetPosition(), position);
         }
     }
 }
 
 TEST(ByteStreamFailures, WhatIsNotThereChangesNothing) {
-    expectNumberFailures<bool, char, signed char, unsigned char>(1);
-    expectNumberFailures<short, unsigned short>(2);
-    expectNumberFailures<int, unsigned int, long, unsigned long, float>(4);
-    expectNumberFailures<long long, unsigned long long, double>(8);
-
-    ByteStream stream(Bytes(10, 0xEE));
-    for (const unsigned int count : {1U, 3U, 10U, 11U}) {
-        for (const unsigned int position : positionsWithout(count, 10)) {
-            const std::string message = "Can't read " + std::to_string(count) + " bytes";
-            Bytes bytes(count, 1), none;
-            stream.SetPosition(position);
-            expectFailure([&] { stream >> bytes; }, message, VECTOR_LINE);
-            expectFailure([&] { stream.Read(count, bytes.data()); }, message, READ_LINE);
-            EXPECT_EQ(bytes, Bytes(count, 1));
-            stream >> none;
-            stream.Read(0, nullptr);
-            EXPECT_EQ(stream.GetPosition(), position);
-        }
-    }
+    expectFailures<bool, char, signed char, unsigned char>(1);
+    expectFailures<short, unsigned short>(2);
+    expectFailures<int, unsigned int, long, unsigned long, float>(4);
+    expectFailures<long long, unsigned long long, double>(8);
 }
 
 TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
@@ -244,6 +217,66 @@ TEST(ByteStreamFailures, ATextThatIsNotThereIsEmptyAndItsLengthIsConsumed) {
     EXPECT_EQ(tooShort.GetPosition(), 0U);
     tooShort << String(std::string(200001, 'x').c_str());
     EXPECT_EQ(tooShort.GetSize(), 200005U) << "a text longer than can be read is written whole";
+}
+
+// Memory exhaustion: a stream that cannot grow is as it was. Each allocation of each operation fails once.
+
+TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
+    const Bytes many(1000, 7);
+    const String text("A text that no small buffer can hold, to be written with its length");
+    const std::vector<std::function<void(ByteStream&)>> writes = {
+        [](ByteStream& stream) { stream << 1; },
+        [](ByteStream& stream) { stream << 1.0; },
+        [&](ByteStream& stream) { stream << text; },
+        [&](ByteStream& stream) { stream << many; },
+        [&](ByteStream& stream) { stream.Write(1000, many.data()); },
+    };
+    const Bytes original{1, 2, 3, 4, 5, 6};
+    for (const auto& write : writes) {
+        // Inside the stream, at its end, and beyond a gap; with memory left for the length of a text, or for nothing.
+        for (const unsigned int position : {5U, 6U, 300U}) {
+            for (const unsigned int reserved : {6U, 11U}) {
+                ByteStream stream(reserved);
+                stream << original;
+                stream.SetPosition(position);
+                int failures = 0;
+                exhaustMemory([&] { write(stream); },
+                              [&] {
+                                  ++failures;
+                                  ASSERT_EQ(stream.GetPosition(), position);
+                                  ASSERT_EQ(bytesOf(stream), original);
+                              });
+                EXPECT_GT(stream.GetPosition(), position);
+                EXPECT_TRUE(failures > 0 || reserved == 11) << "the write allocated nothing";
+            }
+        }
+    }
+}
+
+TEST(ByteStreamMemory, WhatWritesNothingAsksForNothing) {
+    ByteStream stream(0);
+    stream.SetWriteStringLength(false);
+    stream.SetPosition(~0U);
+    const String empty("");
+    test::failAfter(0);
+    EXPECT_NO_THROW(stream << empty << Bytes());
+    test::failAfter(-1);
+    EXPECT_EQ(stream.GetSize(), 0U);
+}
+
+TEST(ByteStreamMemory, AFailedTextReadLeavesTheTextEmpty) {
+    const String written("A text that no small buffer of std::string can hold");
+    ByteStream stream(0);
+    stream << written;
+    String text;
+    exhaustMemory(
+        [&] {
+            stream.SetPosition(0);
+            text = "before";
+            stream >> text;
+        },
+        [&] { ASSERT_TRUE(text.IsEmpty() || text == "before"); });
+    EXPECT_EQ(text, written);
 }
 
 /// Texts with a length of 16 bits before the position is moved on by one.
@@ -285,30 +318,27 @@ std::size_t slotOf(Function DataStream::*function) {
 }
 
 template <typename... T>
-std::vector<std::size_t> numberSlots() {
-    return {slotOf<DataStream&(T&)>(&DataStream::operator>>)..., slotOf<T(T)>(&DataStream::ReadPrimitive)...,
-            slotOf<DataStream&(T)>(&DataStream::operator<<)...};
-}
-
-TEST(DataStream, KeepsTheOrderOfItsVirtualFunctions) {
-    std::vector<std::size_t> expected;
-    for (std::size_t i = 0; i < 42; ++i) {
-        expected.push_back(i + (i < 14 ? 4 : i < 28 ? 6 : 7));
-    }
-    EXPECT_EQ((numberSlots<bool, char, signed char, unsigned char, short, unsigned short, int, unsigned int, long long,
-                           unsigned long long, long, unsigned long, float, double>()),
-              expected);
+std::vector<std::size_t> slots() {
     // clang-format off
-    const std::size_t others[] = {
+    return {
         slotOf(&DataStream::GetEndianType), slotOf(&DataStream::SetEndianType),
         slotOf(&DataStream::IsWriteStringLength), slotOf(&DataStream::SetWriteStringLength),
+        slotOf<DataStream&(T&)>(&DataStream::operator>>)...,
         slotOf<DataStream&(String&)>(&DataStream::operator>>), slotOf<DataStream&(Bytes&)>(&DataStream::operator>>),
-        slotOf(&DataStream::Read), slotOf<DataStream&(const String&)>(&DataStream::operator<<),
+        slotOf<T(T)>(&DataStream::ReadPrimitive)..., slotOf(&DataStream::Read),
+        slotOf<DataStream&(T)>(&DataStream::operator<<)..., slotOf<DataStream&(const String&)>(&DataStream::operator<<),
         slotOf<DataStream&(const Bytes&)>(&DataStream::operator<<), slotOf(&DataStream::Write),
         slotOf(&DataStream::AtEnd), slotOf(&DataStream::GetPosition), slotOf(&DataStream::GetSize),
         slotOf(&DataStream::GetRemaining), slotOf(&DataStream::SetPosition), slotOf(&DataStream::Skip)};
     // clang-format on
-    EXPECT_THAT(others, ElementsAre(0, 1, 2, 3, 18, 19, 34, 49, 50, 51, 52, 53, 54, 55, 56, 57));
+}
+
+TEST(DataStream, KeepsTheOrderOfItsVirtualFunctions) {
+    const auto inOrder = slots<bool, char, signed char, unsigned char, short, unsigned short, int, unsigned int,
+                               long long, unsigned long long, long, unsigned long, float, double>();
+    for (std::size_t i = 0; i < inOrder.size(); ++i) {
+        EXPECT_EQ(inOrder[i], i);
+    }
 }
 
 template <typename T, typename = void>

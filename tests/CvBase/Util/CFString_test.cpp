@@ -1,16 +1,11 @@
 #include "CvBase/Util/CFString.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <string>
-#include <type_traits>
-
 #include "tests/support/CFSupport.h"
 #include "tests/support/Text.h"
 
 namespace {
 
+using namespace test;
 using Util::CFString;
 
 static_assert(!std::is_copy_constructible_v<CFString> && !std::is_copy_assignable_v<CFString>);
@@ -24,8 +19,8 @@ TEST(UtilCFString, KeepsTextThatIsUTF8AndStandsAnEmptyStringForOther) {
         EXPECT_EQ(CFString(text, CFString::ReleaseOnDestroy).ToString(), "");
         EXPECT_EQ(CFString(String(text), CFString::ReleaseOnDestroy).ToString(), "");
     }
-    const CFString cut(test::makeText(std::string_view("a\0b", 3)), CFString::ReleaseOnDestroy);
-    EXPECT_EQ(test::units(cut.Get()), u"a") << "the text before the first NUL";
+    const CFString cut(makeText(std::string_view("a\0b", 3)), CFString::ReleaseOnDestroy);
+    EXPECT_EQ(units(cut.Get()), u"a") << "the text before the first NUL";
 }
 
 TEST(UtilCFString, GivesTextThatHasAUTF8FormAndAtMostAMillionUnits) {
@@ -36,13 +31,13 @@ TEST(UtilCFString, GivesTextThatHasAUTF8FormAndAtMostAMillionUnits) {
     };
     // clang-format on
     for (const auto& c : cases) {
-        const auto string = test::makeString(c.units);
+        const auto string = makeString(c.units);
         EXPECT_TRUE(CFString(string.get(), CFString::DoNotRelease).ToString() == c.expected.c_str());
     }
 }
 
 TEST(UtilCFString, ReleasesOnlyWhatItWasToldTo) {
-    const auto string = test::makeString(u"counted");
+    const auto string = makeString(u"counted");
     const CFIndex before = CFGetRetainCount(string.get());
     for (const int behavior : {1, 2, -1, INT_MIN}) {
         { const CFString adopted(string.get(), static_cast<CFString::ReleaseBehavior>(behavior)); }

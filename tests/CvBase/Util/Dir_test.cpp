@@ -1,26 +1,14 @@
 #include "CvBase/Util/Dir.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstdint>
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "tests/CvBase/Util/FileTestSupport.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::dirAt;
-using test::expectFolderFailure;
-using test::writeFile;
-using Util::Dir;
-using Util::Exception::FileIO;
+using namespace test;
 
-class DirTest : public test::DirFixture {};
+class DirTest : public DirFixture {};
 
 TEST_F(DirTest, OnlyAFolderExists) {
     writeFile(temp_ / "file", "x");
@@ -68,14 +56,14 @@ TEST_F(DirTest, CreatingFails) {
 }
 
 TEST_F(DirTest, CreatingARelativeTextWithItsParentsDoesNothing) {
-    test::setHome("relative");
+    setHome("relative");
     dirAt("/../relative/path/").Create(true);
     dirAt("~/path").Create(true);
     EXPECT_FALSE(fs::exists("relative"));
     dirAt("/../relative").Create(false);
     EXPECT_TRUE(fs::is_directory("relative")) << "without its parents it is made in the working folder";
 
-    test::setHome("~");
+    setHome("~");
     fs::create_directory("~");
     dirAt("~/a").Create(true);
     EXPECT_TRUE(fs::is_directory("~/a")) << "in the folded text a tilde is an ordinary name";

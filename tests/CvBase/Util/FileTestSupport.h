@@ -2,38 +2,37 @@
 
 // What tests of files and folders share.
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include "CvBase/Util/Dir.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "CvBase/Util/File.h"
 #include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 #include "tests/support/Text.h"
 
 namespace test {
+
+using Util::Dir;
+using Util::File;
+using Util::Exception::FileIO;
 
 inline FilePath pathOf(const std::string& path) {
     return FilePath(path.c_str(), false);
 }
 
-inline Util::Dir dirAt(const std::string& path) {
-    return Util::Dir(FolderPath(path.c_str(), false));
+inline Dir dirAt(const std::string& path) {
+    return Dir(FolderPath(path.c_str(), false));
 }
 
 /// Expects that `action` throws a FileIO that concerns the stored text `file` or `folder`, out of `line` of `unit`, or
 /// of any line when that is 0.
-template <class Action>
-void expectFileIO(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
-                  int osError, const std::string& file, const std::string& folder, const std::string& unit, int line) {
+inline void expectFileIO(const std::function<void()>& action, const std::string& message, FileIO::ErrorType kind,
+                         int osError, const std::string& file, const std::string& folder, const std::string& unit,
+                         int line) {
     SCOPED_TRACE(message);
     try {
         action();
         ADD_FAILURE() << "nothing was thrown";
-    } catch (const Util::Exception::FileIO& caught) {
+    } catch (const FileIO& caught) {
         EXPECT_EQ(str(caught.GetMessage()), message);
         EXPECT_EQ(caught.GetErrorType(), kind);
         EXPECT_EQ(caught.GetOSError(), osError);
@@ -45,15 +44,13 @@ void expectFileIO(const Action& action, const std::string& message, Util::Except
     }
 }
 
-template <class Action>
-void expectFileFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
-                       int osError, const std::string& path) {
+inline void expectFileFailure(const std::function<void()>& action, const std::string& message, FileIO::ErrorType kind,
+                              int osError, const std::string& path) {
     expectFileIO(action, message, kind, osError, path, "", "Util/File", 0);
 }
 
-template <class Action>
-void expectFolderFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
-                         int line, const std::string& folder) {
+inline void expectFolderFailure(const std::function<void()>& action, const std::string& message, FileIO::ErrorType kind,
+                                int line, const std::string& folder) {
     expectFileIO(action, message, kind, 0, "", folder, "Util/Dir_mac", line);
 }
 
@@ -61,8 +58,7 @@ void expectFolderFailure(const Action& action, const std::string& message, Util:
 class FileFixture : public testing::Test {
 protected:
     /// Expects that `action` throws a FileIO about file_.
-    template <class Action>
-    void expectFailure(const Action& action, const std::string& message, Util::Exception::FileIO::ErrorType kind,
+    void expectFailure(const std::function<void()>& action, const std::string& message, FileIO::ErrorType kind,
                        int osError) const {
         expectFileFailure(action, message, kind, osError, concerned_);
     }
@@ -75,7 +71,7 @@ protected:
 
     const TempDir temp_;
     const std::string path_ = temp_ / "file";
-    Util::File file_{pathOf(path_)};
+    File file_{pathOf(path_)};
 
 private:
     std::string concerned_ = path_;
@@ -84,7 +80,7 @@ private:
 /// Works in a folder of its own, with HOME to change.
 class DirFixture : public testing::Test {
 protected:
-    DirFixture() { std::filesystem::current_path(temp_.path()); }
+    DirFixture() { fs::current_path(temp_.path()); }
 
     const TempDir temp_;
 

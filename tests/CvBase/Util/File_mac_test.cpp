@@ -1,136 +1,92 @@
 // Renaming, the Trash and the type code: what goes through the File Manager and the Finder.
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
+#include <set>
 
-#include "CvBase/Util/File.h"
 #include "tests/CvBase/Util/FileTestSupport.h"
-#include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::expectFileFailure;
-using test::pathOf;
-using test::readFile;
-using test::writeFile;
-using Util::File;
-using Util::Exception::FileIO;
+using namespace test;
 
 bool isThere(const std::string& path) {
     return fs::symlink_status(path).type() != fs::file_type::not_found;
 }
 
-class FileRenameTest : public testing::Test {
-protected:
-    static void rename(const std::string& from, const std::string& to) { File::Rename(pathOf(from), pathOf(to)); }
-
-    static void expectRefused(int osError, const std::string& from, const std::string& to) {
-        expectFileFailure([&] { rename(from, to); }, "Rename failed", FileIO::RenameError, osError, from);
+/// What is in the folder: "name=contents" for a file, with a star where it has more names than one, "name/" for a
+/// folder and "name@" for a link.
+std::string contentsOf(const std::string& folder) {
+    std::set<std::string> entries;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const std::string name = entry.path().lexically_relative(folder);
+        entries.insert(entry.is_symlink() ? name + "@"
+                       : entry.is_directory()
+                           ? name + "/"
+                           : name + "=" + readFile(entry.path()) + (entry.hard_link_count() > 1 ? "*" : ""));
     }
-
-    /// Renames from_ to to_, and expects the file of `contents` there and nothing at from_.
-    void expectRenamed(const std::string& contents) const {
-        rename(from_, to_);
-        EXPECT_EQ(readFile(to_), contents);
-        EXPECT_FALSE(fs::is_symlink(to_));
-        EXPECT_FALSE(isThere(from_));
+    std::string text;
+    for (const std::string& entry : entries) {
+        text += entry + " ";
     }
-
-    const test::TempDir temp_;
-    const std::string from_ = temp_ / "from";
-    const std::string to_ = temp_ / "to";
-};
-
-TEST_F(FileRenameTest, ToANewNameAndOntoAnExistingFile) {
-    for (const std::string contents : {"new", "newer"}) {
-        writeFile(from_, contents);
-        struct stat before {
-        }, after{};
-        ASSERT_EQ(stat(from_.c_str(), &before), 0);
-        expectRenamed(contents);
-        ASSERT_EQ(stat(to_.c_str(), &after), 0);
-        EXPECT_EQ(before.st_ino, after.st_ino);
-    }
-    fs::remove(to_);
-    writeFile(from_ + "/inside", "x");
-    rename(from_, to_);
-    EXPECT_EQ(readFile(to_ + "/inside"), "x") << "a folder gets another name";
+    return text;
 }
 
-TEST_F(FileRenameTest, WhatIsRefusedLeavesBothAsTheyAre) {
-    const std::string inside = temp_ / "folder/inside";
-    writeFile(to_, "old");
-    writeFile(inside, "old");
-    expectRefused(ENOENT, from_, to_);
-    expectRefused(ENOENT, "", to_);
-    expectRefused(ENOENT, to_, "");
-    expectRefused(EISDIR, to_, temp_ / "folder");
-    expectRefused(ENOTDIR, temp_ / "folder", to_);
-    EXPECT_EQ(readFile(to_), "old");
-    EXPECT_EQ(readFile(inside), "old");
+TEST(FileRename, GivesTheFileItsNewNameOrLeavesAllAsItIs) {
+    const std::string file = "printf x >from; ", twins = file + "ln from twin; ";
+    // clang-format off
+    const struct { std::string made, from, to; int osError; std::string result; } rows[] = {
+        {file, "from", "to", 0, "to=x "},
+        {twins + "printf y >to", "from", "to", 0, "to=x* twin=x* "},
+        {"mkdir from; printf x >from/inside", "from", "to", 0, "to/ to/inside=x "},
+        {"", "from", "to", ENOENT, ""},
+        {"printf y >to", "from", "to", ENOENT, "to=y "},
+        {file + "mkdir to", "from", "to", EISDIR, "from=x to/ "},
+        {"mkdir from; printf y >to", "from", "to", ENOTDIR, "from/ to=y "},
+        {file, "from", "from", 0, "from=x "},
+        {twins, "from", "no/..\\/from", 0, "from=x* twin=x* "},
+        {twins + "ln -s . link", "from", "link/from", 0, "from=x* link@ twin=x* "},
+        {twins + "ln -s . link", "link/from", "from", 0, "from=x* link@ twin=x* "},
+        {"mkdir from; ln -s . link", "from", "link/from", 0, "from/ link@ "},
+        {"printf x >to; ln -s to from", "from", "to", 0, "to=x "},
+        {"printf x >to; ln to from", "from", "to", 0, "to=x "},
+        {file + "mkdir folder; ln from folder/from", "from", "folder/from", 0, "folder/ folder/from=x "},
+        {twins + "ln -s from to", "from", "to", 0, "to=x* twin=x* "},
+        {twins + "ln -s nowhere to", "from", "to", 0, "to=x* twin=x* "},
+        {twins + "printf y >third; ln -s third to", "from", "to", 0, "third=x* to@ twin=x* "},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.made + ": " + row.from + " to " + row.to);
+        const TempDir temp;
+        ASSERT_EQ(run({"sh", "-c", row.made}, {"", temp.path(), {}, {}, 0}).exitStatus, 0);
+        const auto rename = [&] { File::Rename(pathOf(temp / row.from), pathOf(temp / row.to)); };
+        if (row.osError == 0) {
+            rename();
+        } else {
+            expectFileFailure(rename, "Rename failed", FileIO::RenameError, row.osError, temp / row.from);
+        }
+        EXPECT_EQ(contentsOf(temp.path()), row.result);
+    }
 }
 
-TEST_F(FileRenameTest, AcrossVolumesBothFilesStay) {
-    const std::string elsewhere = "/dev/shm/cvbase-rename-test-" + std::to_string(getpid());
-    writeFile(from_, "new");
+TEST(FileRename, RefusesNoPathAndAnotherVolume) {
+    const TempDir temp;
+    const std::string from = temp / "from", elsewhere = "/dev/shm/cvbase-rename-test-" + std::to_string(getpid());
+    writeFile(from, "new");
     writeFile(elsewhere, "old");
-    expectRefused(EXDEV, from_, elsewhere);
+    const auto refuse = [](int osError, const std::string& source, const std::string& target) {
+        expectFileFailure([&] { File::Rename(pathOf(source), pathOf(target)); }, "Rename failed", FileIO::RenameError,
+                          osError, source);
+    };
+    refuse(EXDEV, from, elsewhere);
     EXPECT_EQ(readFile(elsewhere), "old");
     fs::remove(elsewhere);
-    expectRefused(EXDEV, from_, elsewhere);
-    EXPECT_EQ(readFile(from_), "new");
-}
-
-TEST_F(FileRenameTest, OntoItselfTheFileStays) {
-    writeFile(from_, "only copy");
-    fs::create_directory_symlink(temp_.path(), temp_ / "link");
-    fs::create_hard_link(from_, temp_ / "second name");
-    for (const std::string& same : {from_, temp_ / "/from", temp_ / "no/../from", temp_ / "link/from"}) {
-        rename(from_, same);
-        rename(same, from_);
-        EXPECT_EQ(readFile(from_), "only copy") << same;
-    }
-    fs::create_directory(temp_ / "folder");
-    rename(temp_ / "folder", temp_ / "link/folder");
-    EXPECT_TRUE(fs::is_directory(temp_ / "folder"));
-}
-
-TEST_F(FileRenameTest, OfTwoNamesOfOneFileOneGoes) {
-    writeFile(to_, "only copy");
-    fs::create_symlink("to", from_);
-    expectRenamed("only copy");
-    fs::create_hard_link(to_, from_);
-    expectRenamed("only copy");
-
-    fs::create_directory(temp_ / "folder");
-    fs::create_hard_link(to_, temp_ / "folder/to");
-    rename(to_, temp_ / "folder/to");
-    EXPECT_EQ(readFile(temp_ / "folder/to"), "only copy") << "the same name in another folder is another name";
-    EXPECT_FALSE(isThere(to_));
-}
-
-TEST_F(FileRenameTest, ALinkInTheWayIsReplaced) {
-    writeFile(temp_ / "third", "old");
-    for (const std::string target : {"from", "nowhere", "third"}) {
-        writeFile(from_, "only copy");
-        fs::remove(to_);
-        fs::remove(temp_ / "another name");
-        fs::create_hard_link(from_, temp_ / "another name");
-        fs::create_symlink(target, to_);
-        rename(from_, to_);
-        EXPECT_EQ(readFile(to_), "only copy") << target;
-        EXPECT_FALSE(isThere(from_)) << target;
-        EXPECT_TRUE(target == "third" || !fs::is_symlink(to_));
-    }
+    refuse(EXDEV, from, elsewhere);
+    refuse(ENOENT, "", from);
+    refuse(ENOENT, from, "");
+    EXPECT_EQ(readFile(from), "new");
 }
 
 TEST_F(FileRenameTest, WhatALinkLedToStaysReadableThroughALinkToIt) {
@@ -154,9 +110,9 @@ TEST_F(FileRenameTest, WhatALinkLedToStaysReadableThroughALinkToIt) {
 }
 
 TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
-    const test::TempDir home;
-    const test::Surroundings surroundings;
-    test::setHome(home.path());
+    const TempDir home;
+    const Surroundings surroundings;
+    setHome(home.path());
     unsetenv("XDG_DATA_HOME");
     fs::current_path(home.path());
     writeFile(home / "report.txt", "contents");
@@ -176,7 +132,7 @@ TEST(FileRecycleTest, MovesTheItemItselfToTheTrashOrLeavesItSilently) {
 }
 
 TEST(FileTypeTest, IsTheCodeOfTheFinderInformation) {
-    const test::TempDir temp;
+    const TempDir temp;
     const std::string path = temp / "file", info = "TEXTttxt" + std::string(24, '\0');
     const File file(pathOf(path));
     EXPECT_EQ(file.GetOSXFileType(), 0U) << "no file";

@@ -1,28 +1,17 @@
 // What is asked of, or done to, the file at the path, open or not.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <array>
-#include <cerrno>
-#include <filesystem>
 #include <initializer_list>
-#include <string>
 
 #include "tests/CvBase/Util/FileTestSupport.h"
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-using test::pathOf;
-using test::writeFile;
-using Util::File;
-using Util::Exception::FileIO;
+using namespace test;
 
-class FilePathTest : public test::FileFixture {};
+class FilePathTest : public FileFixture {};
 
 TEST_F(FilePathTest, ExistingAndAccess) {
     fs::create_symlink(temp_ / "nowhere", temp_ / "dangling");
@@ -37,7 +26,7 @@ TEST_F(FilePathTest, ExistingAndAccess) {
     fs::permissions(path_, fs::perms(0444));
     fs::permissions(temp_ / "closed/file", fs::perms(0666));
     fs::permissions(temp_ / "closed", fs::perms(0));
-    EXPECT_TRUE(test::holdsForOrdinaryUser([&] {
+    EXPECT_TRUE(holdsForOrdinaryUser([&] {
         const File inClosedFolder(pathOf(temp_ / "closed/file"));
         return file_.Exists() && file_.IsReadable() && !file_.IsWritable() && !inClosedFolder.Exists() &&
                !inClosedFolder.IsReadable();

@@ -1,16 +1,10 @@
 #include "CvBase/Util/PlatformInfo.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <thread>
-
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
 #include "tests/support/Text.h"
 
 namespace {
+
+using namespace test;
 
 TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
     // clang-format off
@@ -25,14 +19,14 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
     };
     // clang-format on
     for (const auto& c : cases) {
-        const test::TempDir folder;
+        const TempDir folder;
         const std::string bundle = folder / "Demo.app";
-        test::writeFile(
+        writeFile(
             bundle + "/Contents/Info.plist",
             R"(<?xml version="1.0" encoding="UTF-8"?><plist version="1.0"><dict>)" + c.entries + "</dict></plist>");
         std::filesystem::create_directory(bundle + "/Contents/Linux");
         std::filesystem::copy_file(PRINT_PLATFORM_INFO, bundle + "/Contents/Linux/Demo");
-        const test::ProcessResult result = test::run({bundle + "/Contents/Linux/Demo"});
+        const ProcessResult result = run({bundle + "/Contents/Linux/Demo"});
         EXPECT_EQ(result.out, "Demo\n" + c.expectedName + "\n" + c.expectedVersion + "\n") << c.entries;
         EXPECT_EQ(result.exitStatus, 0) << result.err;
         EXPECT_EQ(result.err, "");
@@ -40,8 +34,8 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
 }
 
 TEST(PlatformInfo, AProgramWithoutABundleHasItsProcessNameAndNeedsNoUserDatabase) {
-    const test::ProcessResult result =
-        test::run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
+    const ProcessResult result =
+        run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
     EXPECT_EQ(result.out, "print_platform_info\nprint_platform_info\n\n");
     EXPECT_EQ(result.exitStatus, 0) << result.err;
 }

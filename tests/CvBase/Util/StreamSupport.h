@@ -1,11 +1,12 @@
 #pragma once
 
-#include <vector>
-
 #include "CvBase/Util/ByteStream.h"
+#include "tests/support/Test.h"
 
 namespace test {
 
+using Util::ByteStream;
+using Util::DataStream;
 using Bytes = std::vector<unsigned char>;
 
 /// All bytes of `stream`, which stays where it is.

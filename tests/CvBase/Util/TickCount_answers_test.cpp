@@ -1,14 +1,13 @@
 // The clocks' arithmetic, on answers of the system that are made up here: these definitions stand before its own.
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <gmock/gmock.h>
 #include <mach/mach_time.h>
 #include <sys/sysctl.h>
 
-#include <cmath>
-#include <cstring>
+#include <ctime>
 
 #include "CvBase/Util/TickCount.h"
+#include "tests/support/Test.h"
 
 namespace {
 
@@ -64,6 +63,12 @@ TEST(TickCountAnswers, MillisAreRoundedHalfAwayFromZeroAndWrap) {
         g_answers.absoluteTime = one.seconds;
         EXPECT_EQ(Util::GetTickCountMillis(), one.millis) << one.seconds;
     }
+}
+
+TEST(TickCountAnswers, SecondsAreThoseSince1970) {
+    const auto before = static_cast<int>(std::time(nullptr));
+    EXPECT_GE(Util::GetTimeSeconds(), before);
+    EXPECT_LE(Util::GetTimeSeconds(), static_cast<int>(std::time(nullptr)));
 }
 
 TEST(TickCountAnswers, CycleSecondsScaleTheCountByItsTimebase) {

@@ -1,9 +1,6 @@
 #include "CvBase/common/common_cast.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,24 +1,23 @@
 #include "CvBase/common/common_char.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
-#include <string>
 
-#include "tests/support/Process.h"
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 TEST(Char, CategoriesAreThoseOfLatin1) {
     // An independent table: Unicode's, as Python has it. The soft hyphen alone is a dash here and a format character
     // there.
-    const test::ProcessResult python =
-        test::run({"python3", "-c",
-                   "import unicodedata as u\n"
-                   "names = '-- Mn Mc Me Nd Nl No Zs Zl Zp Cc Cf Cs Co Cn Lu Ll Lt Lm Lo Pc Pd Ps Pe Pi Pf Po Sm Sc Sk "
-                   "So'.split()\n"
-                   "early = {0xA7: 'So', 0xAA: 'Ll', 0xAD: 'Pd', 0xB6: 'So', 0xBA: 'Ll'}\n"
-                   "print(*[names.index(early.get(i, u.category(chr(i)))) for i in range(256)], end='')"});
+    const ProcessResult python =
+        run({"python3", "-c",
+             "import unicodedata as u\n"
+             "names = '-- Mn Mc Me Nd Nl No Zs Zl Zp Cc Cf Cs Co Cn Lu Ll Lt Lm Lo Pc Pd Ps Pe Pi Pf Po Sm Sc Sk "
+             "So'.split()\n"
+             "early = {0xA7: 'So', 0xAA: 'Ll', 0xAD: 'Pd', 0xB6: 'So', 0xBA: 'Ll'}\n"
+             "print(*[names.index(early.get(i, u.category(chr(i)))) for i in range(256)], end='')"});
     ASSERT_EQ(python.exitStatus, 0) << python.err;
     std::string table;
     for (int i = 0; i < 256; ++i) {

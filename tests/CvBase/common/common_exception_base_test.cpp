@@ -1,17 +1,12 @@
 #include "CvBase/common/common_exception_base.h"
 
-#include <gtest/gtest.h>
-
-#include <climits>
-#include <string>
-
 #include "CvBase/Util/Exception/DataStreamIO.h"
 #include "CvBase/Util/Exception/FileIO.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-using test::str;
+using namespace test;
 using Util::Exception::DataStreamIO;
 using Util::Exception::FileIO;
 
@@ -47,23 +42,16 @@ TEST(ExceptionTest, Texts) {
     EXPECT_EQ(thrown(FileIO("M", file, FileIO::ReadError, 5), "Util/X", 7), base + "\nFileIO:\n/a//b: Read error");
     EXPECT_EQ(thrown(FileIO("M", folder, FileIO::ReadError, 5), "Util/X", 7), base + "\nFileIO:\n/c/: Read error");
 
+    const char* const kinds[] = {"File not found", "Open error",   "Read error",       "Write error",   "Close error",
+                                 "Remove error",   "Rename error", "Unexpected error", " Unknown error"};
+    for (const int kind : {0, 1, 2, 3, 4, 5, 6, 7, 8, -1, INT_MIN}) {
+        const FileIO exception("M", FilePath(), static_cast<FileIO::ErrorType>(kind), 0);
+        EXPECT_EQ(thrown(exception, "Util/X", 7), base + "\nFileIO:\n: " + kinds[kind < 0 ? 8 : kind]);
+    }
+
     // A placeholder in the name of the source takes the next argument.
     EXPECT_EQ(thrown(Exception::Base("%1"), "a%1b", 7), "Base:\n\t%1\n\ta7b (0): Thrown, GetLastError(): %3\n");
     EXPECT_EQ(thrown(Exception::Base("M"), "%9", 7), "Base:\n\tM\n\t%9 (7): Thrown, GetLastError(): 0\n");
-}
-
-TEST(ExceptionTest, KindTexts) {
-    // clang-format off
-    const struct { int kind; const char* text; } rows[] = {
-        {0, "File not found"}, {1, "Open error"}, {2, "Read error"}, {3, "Write error"}, {4, "Close error"}, {5, "Remove error"},
-        {6, "Rename error"}, {7, "Unexpected error"}, {8, " Unknown error"}, {-1, " Unknown error"}, {INT_MIN, " Unknown error"},
-    };
-    // clang-format on
-    for (const auto& row : rows) {
-        const FileIO exception("M", FilePath(), static_cast<FileIO::ErrorType>(row.kind), 0);
-        EXPECT_EQ(str(exception.ToString()),
-                  "Base:\n\tM\n\t (-1): Thrown, GetLastError(): 0\n\nFileIO:\n: " + std::string(row.text));
-    }
 }
 
 }  // namespace

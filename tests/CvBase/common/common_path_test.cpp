@@ -1,24 +1,11 @@
 #include "CvBase/common/common_path.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <functional>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "tests/support/Surroundings.h"
-#include "tests/support/TempDir.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-using test::setHome;
-using test::str;
+using namespace test;
 
 FilePath file(const std::string& path) {
     return FilePath(String(path.c_str()), false);
@@ -30,7 +17,7 @@ FolderPath folder(const std::string& path) {
 
 class PathTest : public testing::Test {
 private:
-    const test::Surroundings surroundings_;
+    const Surroundings surroundings_;
 };
 
 TEST_F(PathTest, HomeAndWorkingFolderMakeAPathAbsolute) {
@@ -58,7 +45,7 @@ TEST_F(PathTest, HomeAndWorkingFolderMakeAPathAbsolute) {
 }
 
 TEST_F(PathTest, AWorkingFolderThatCannotBeReadGivesTheRoot) {
-    const test::TempDir temp;
+    const TempDir temp;
     const std::string name(200, 'd');
     fs::current_path(temp.path());
     for (int depth = 0; depth < 8; ++depth) {

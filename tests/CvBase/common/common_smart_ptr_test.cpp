@@ -1,15 +1,11 @@
 #include "CvBase/common/common_smart_ptr.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
-#include <type_traits>
-#include <vector>
-
 #include "CvBase/common/common_types.h"
+#include "tests/support/Test.h"
 
 namespace {
+
+using namespace test;
 
 /// Counts its instances.
 struct Counted {
@@ -100,25 +96,19 @@ TEST(SharedPtr, ReplaceLeavesTheOtherHolders) {
 
 TEST(SharedPtr, CopiesMayLiveOnSeveralThreads) {
     for (int round = 0; round < 20; ++round) {
-        std::vector<std::thread> threads;
-        {
-            const shared_ptr<Counted> original(new Counted(round));
-            for (int i = 0; i < 4; ++i) {
-                threads.emplace_back([round, mine = original] {
-                    for (int step = 0; step < 5000; ++step) {
-                        shared_ptr<Counted> copy(mine);
-                        const shared_ptr<Counted> another(copy);
-                        EXPECT_EQ(another->value, round);
-                        if (step % 50 == 0) {
-                            copy.replace(new Counted(step));
-                        }
-                    }
-                });
+        std::vector<shared_ptr<Counted>> shares(4, shared_ptr<Counted>(new Counted(round)));
+        onThreads(4, [&](int number) {
+            shared_ptr<Counted>& mine = shares[static_cast<std::size_t>(number)];
+            for (int step = 0; step < 5000; ++step) {
+                shared_ptr<Counted> copy(mine);
+                const shared_ptr<Counted> another(copy);
+                EXPECT_EQ(another->value, round);
+                if (step % 50 == 0) {
+                    copy.replace(new Counted(step));
+                }
             }
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+            mine.dispose();
+        });
         EXPECT_EQ(Counted::alive, 0);
     }
 }

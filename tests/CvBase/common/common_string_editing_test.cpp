@@ -1,28 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <random>
-#include <string>
-#include <vector>
-
-#include "CvBase/common/common_string.h"
 #include "tests/support/FailingAllocations.h"
 #include "tests/support/Text.h"
 
-using namespace std::string_literals;
-using test::bytesOf;
-using test::makeText;
-
-using Bytes = std::optional<std::string>;
 using Count = checked_value<unsigned int>;
 
 namespace {
 
-const Bytes NONE;
+using namespace test;
 
 TEST(StringInsert, AtEveryPlace) {
     // clang-format off
-    const struct { Bytes text; unsigned int pos; Bytes inserted, result; } rows[] = {
+    const struct { MaybeBytes text; unsigned int pos; MaybeBytes inserted, result; } rows[] = {
         {"ab", 0, "x", "xab"}, {"ab", 1, "x", "axb"}, {"ab", 2, "x", "abx"}, {"ab", 10, "x", "abx"},
         {"ab", 0xFFFFFFFF, "x", "abx"}, {"a\0b"s, 2, "\0"s, "a\0\0b"s}, {"ab", 1, "", "ab"}, {"ab", 1, NONE, "ab"},
         {NONE, 0, "x", "x"}, {NONE, 5, NONE, NONE}, {"", 0, NONE, ""}, {"", 3, "x", "x"},
@@ -31,13 +18,13 @@ TEST(StringInsert, AtEveryPlace) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         EXPECT_EQ(&text.Insert(row.pos, makeText(row.inserted)), &text);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " at " << row.pos;
     }
 }
 
 TEST(StringRemove, ClampsAndWrapsAt32Bits) {
     // clang-format off
-    const struct { Bytes text; unsigned int pos; Count count; Bytes result; } rows[] = {
+    const struct { MaybeBytes text; unsigned int pos; Count count; MaybeBytes result; } rows[] = {
         {"abc", 1, {}, "a"}, {"abc", 1, 1, "ac"}, {"abc", 5, 1, "abc"}, {"abc", 3, {}, "abc"}, {"abc", 1, 0, "abc"},
         {"abc", 0, {}, ""}, {"abc", 0, 3, ""}, {"abc", 1, 2, "a"}, {"abc", 1, 100, "a"}, {"a\0bc"s, 1, 2, "ac"},
         {"abcde", 2, 0xFFFFFFFF, "abbcde"}, {"abcde", 3, 0xFFFFFFFD, "abcabcde"}, {"abcde", 4, 0xFFFFFFFB, "abcd"},
@@ -47,7 +34,7 @@ TEST(StringRemove, ClampsAndWrapsAt32Bits) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         EXPECT_EQ(&text.Remove(row.pos, row.count), &text);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " at " << row.pos;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " at " << row.pos;
     }
 }
 
@@ -63,7 +50,7 @@ TEST(StringEditing, TakesItselfAsTheArgument) {
 
 TEST(StringCase, MapsAsciiOnly) {
     // clang-format off
-    const struct { Bytes text, upper, lower; } rows[] = {
+    const struct { MaybeBytes text, upper, lower; } rows[] = {
         {"aZ@[`{09", "AZ@[`{09", "az@[`{09"}, {"\xC3\xA9\xC9", "\xC3\xA9\xC9", "\xC3\xA9\xC9"}, {"aB\0cD"s, "AB", "ab"},
         {"\0ab"s, NONE, NONE}, {"", "", ""}, {NONE, NONE, NONE},
     };
@@ -82,7 +69,7 @@ TEST(StringCase, MapsAsciiOnly) {
 
 TEST(StringWhiteSpace, StripAndSimplify) {
     // clang-format off
-    const struct { Bytes text, stripped, simplified; } rows[] = {
+    const struct { MaybeBytes text, stripped, simplified; } rows[] = {
         {NONE, NONE, NONE}, {"", "", ""}, {"   ", "", ""}, {"\t a b \n", "a b", "a b"}, {"  a \tb  ", "a \tb", "a b"},
         {"a b", "a b", "a b"}, {"a\tb", "a\tb", "a b"}, {" a", "a", "a"}, {"a ", "a", "a"}, {"\xA0", "", ""},
         {"a\0 "s, "a\0"s, "a\0"s}, {" \0 "s, "\0"s, "\0"s}, {"\v\f\r\x1F", "\x1F", "\x1F"}, {"a\x85 b", "a\x85 b", "a\x85 b"},
@@ -103,7 +90,7 @@ TEST(StringWhiteSpace, StripAndSimplify) {
 
 TEST(StringSplit, KeepsEmptyFields) {
     // clang-format off
-    const struct { Bytes text; std::vector<Bytes> fields; } rows[] = {
+    const struct { MaybeBytes text; std::vector<MaybeBytes> fields; } rows[] = {
         {"a,,b,", {"a", "", "b", NONE}}, {",a", {"", "a"}}, {"abc", {"abc"}}, {",", {"", NONE}}, {"a,b", {"a", "b"}},
         {"", {""}}, {NONE, {NONE}}, {"a\0,b"s, {"a\0"s, "b"}},
     };
@@ -111,7 +98,7 @@ TEST(StringSplit, KeepsEmptyFields) {
     for (const auto& row : rows) {
         std::vector<String> out{String("old")};
         makeText(row.text).Split(',', out);
-        std::vector<Bytes> fields;
+        std::vector<MaybeBytes> fields;
         for (const String& field : out) {
             fields.push_back(bytesOf(field));
         }
@@ -129,7 +116,7 @@ TEST(StringJoin, LeavesOutNothingButEmptyPieces) {
     const String a("a");
     const String comma(",");
     // clang-format off
-    const struct { String separator; std::vector<String> parts; Bytes joined; } rows[] = {
+    const struct { String separator; std::vector<String> parts; MaybeBytes joined; } rows[] = {
         {",", {}, NONE}, {",", {a}, "a"}, {",", {a, "b"}, "a,b"}, {",", {a, "", String(), "b"}, "a,,,b"},
         {String(), {a, "b"}, "ab"}, {",", {""}, NONE}, {"", {"", String()}, NONE}, {",", {String(), ""}, ","},
         {makeText("\0"s), {a, a}, "a\0a"s},
@@ -177,13 +164,13 @@ TEST(StringReplace, EqualsItsDefinitionOnRandomBytes) {
         const String replaced = text.Replace(from, to);
         ASSERT_EQ(replaced.SharesTextWith(text), from.IsEmpty() && !text.IsEmpty());
         ASSERT_EQ(bytesOf(replaced), bytesOf(replaceByDefinition(text, from, to)))
-            << testing::PrintToString(text) << ' ' << testing::PrintToString(from) << ' ' << testing::PrintToString(to);
+            << PrintToString(text) << ' ' << PrintToString(from) << ' ' << PrintToString(to);
     }
 }
 
 TEST(StringReplaceChar, ReachesBehindANul) {
     // clang-format off
-    const struct { Bytes text; char from, to; Bytes result; } rows[] = {
+    const struct { MaybeBytes text; char from, to; MaybeBytes result; } rows[] = {
         {"abca", 'a', 'x', "xbcx"}, {"abc", 'x', 'y', "abc"}, {"a\0a"s, 'a', 'b', "b\0b"s}, {"a\0b"s, 'x', 'y', "a"},
         {"ab\0cab"s, 'a', 'x', "xb\0\0x"s}, {"a\0b\0"s, '\0', 'x', "ax\0x"s}, {"aa", 'a', '\0', "\0\0"s}, {"\0a"s, 'b', 'c', ""},
         {"", 'a', 'b', ""}, {NONE, 'a', 'b', ""},
@@ -232,11 +219,16 @@ TEST(StringMemory, AFailedChangeLeavesTheTextAsItWas) {
         },
         [](String& s) { s = String(s.Unicode().get()); },
         [](String& s) { s = String::Number(s.ToDouble(), 99) + String::Number(s.Find("TEXT", 0, false).Value()); },
+        [](String& s) { s = String(LONG_TEXT, 60) + String('x'); },
+        [](String& s) { s = L"A text of thirty-two bits a unit, long enough"; },
+        [](String&) { String(); },
+        [](String&) { shared_array<int> array(new int[3]); },
+        [](String&) { shared_ptr<int> pointer(new int(3)); },
     };
     const String original(LONG_TEXT);
     for (std::size_t i = 0; i < changes.size(); ++i) {
         SCOPED_TRACE(i);
-        const long before = test::blocksInUse();
+        const long before = blocksInUse();
         for (const bool isShared : {false, true}) {
             String text = isShared ? original : String(LONG_TEXT);
             String copy(text);
@@ -244,30 +236,12 @@ TEST(StringMemory, AFailedChangeLeavesTheTextAsItWas) {
                 copy = "";
             }
             const String unchanged(text);
-            test::exhaustMemory([&] { changes[i](text); }, [&] { ASSERT_TRUE(text.SharesTextWith(unchanged)); });
+            exhaustMemory([&] { changes[i](text); }, [&] { ASSERT_TRUE(text.SharesTextWith(unchanged)); });
             EXPECT_EQ(original, LONG_TEXT);
         }
-        EXPECT_EQ(test::blocksInUse(), before) << "a leak";
+        EXPECT_EQ(blocksInUse(), before) << "a leak";
         EXPECT_EQ(original.UseCount(), 1U);
     }
-}
-
-TEST(StringMemory, ConstructionFreesWhatItHasMade) {
-    const wchar_t wide[] = L"A text of thirty-two bits a unit, long enough";
-    const std::vector<std::function<void()>> constructions = {
-        [] { String(); },
-        [] { String text(LONG_TEXT); },
-        [] { String text(LONG_TEXT, 40); },
-        [] { String text('x'); },
-        [&] { String text(wide); },
-        [] { shared_array<int> array(new int[3]); },
-        [] { shared_ptr<int> pointer(new int(3)); },
-    };
-    const long before = test::blocksInUse();
-    for (const auto& construct : constructions) {
-        test::exhaustMemory(construct, [&] { EXPECT_EQ(test::blocksInUse(), before); });
-    }
-    EXPECT_EQ(test::blocksInUse(), before);
 }
 
 }  // namespace

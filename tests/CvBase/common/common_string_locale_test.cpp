@@ -1,24 +1,18 @@
 // The user's decimal separator is read once, at the start of the process: each case is a process of its own.
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "tests/support/Process.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
+using namespace test;
 using Environment = std::vector<std::pair<std::string, std::string>>;
 
 std::string probe(Environment environment, std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), NUMBER_PROBE);
-    test::ProcessOptions options;
+    ProcessOptions options;
     options.unset = {"LC_ALL", "LC_NUMERIC", "LANG", "LANGUAGE"};
     options.set = std::move(environment);
-    const test::ProcessResult result = test::run(arguments, options);
+    const ProcessResult result = run(arguments, options);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     return result.out;
 }
@@ -33,8 +27,7 @@ TEST(DecimalSeparator, IsTheUsers) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        EXPECT_EQ(probe(row.environment, {}), row.number + std::string("\n"))
-            << testing::PrintToString(row.environment);
+        EXPECT_EQ(probe(row.environment, {}), row.number + std::string("\n")) << PrintToString(row.environment);
     }
 }
 
@@ -58,11 +51,11 @@ TEST(DecimalSeparator, IsReadAndWrittenBesideThatOfTheSystem) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        const test::TempDir folder;
-        test::writeFile(folder / "source", "escape_char /\nLC_NUMERIC\ndecimal_point \"" + row.separator +
-                                               "\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
-        const test::ProcessResult made =
-            test::run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / row.locale});
+        const TempDir folder;
+        writeFile(folder / "source", "escape_char /\nLC_NUMERIC\ndecimal_point \"" + row.separator +
+                                         "\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+        const ProcessResult made =
+            run({"localedef", "--force", "-f", "UTF-8", "-i", folder / "source", folder / row.locale});
         EXPECT_EQ(made.exitStatus, 1) << made.err;  // with warnings: it has this one category
         // setlocale itself loses the few bytes that it copies of LOCPATH.
         EXPECT_EQ(probe({{"LC_ALL", row.locale}, {"LOCPATH", folder.path()}, {"ASAN_OPTIONS", "detect_leaks=0"}},

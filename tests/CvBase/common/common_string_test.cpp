@@ -1,30 +1,21 @@
 #include "CvBase/common/common_string.h"
 
-#include <gtest/gtest.h>
-
 #include <memory>
-#include <string>
-#include <type_traits>
 
 #include "tests/support/Text.h"
 
-using namespace std::string_literals;
-using test::bytesOf;
-using test::makeText;
-
-using Bytes = std::optional<std::string>;
 using Position = checked_value<unsigned int>;
 
 namespace {
 
-const Bytes NONE;
+using namespace test;
 
 static_assert(std::is_nothrow_copy_constructible_v<String> && std::is_nothrow_move_assignable_v<String>);
 
 TEST(String, ConstructsNullEmptyOrBytes) {
     const char* const null = nullptr;
     // clang-format off
-    const struct { const char* what; String text; Bytes bytes; } rows[] = {
+    const struct { const char* what; String text; MaybeBytes bytes; } rows[] = {
         {"default", String(), NONE}, {"nullptr", String(nullptr), NONE}, {"null pointer", String(null), NONE},
         {"null and a length", String(null, 3), NONE}, {"empty", String(""), ""}, {"text", String("abc"), "abc"},
         {"bytes unchanged", String("\xC3\xFF\x80"), "\xC3\xFF\x80"}, {"cut", String("abcdef", 3), "abc"},
@@ -99,7 +90,7 @@ TEST(String, AppendingToNothingShares) {
 
 TEST(String, ResizeCutsPadsAndBlanksACutSequence) {
     // clang-format off
-    const struct { Bytes text; unsigned int length; bool keepUtf8Whole; Bytes result; } rows[] = {
+    const struct { MaybeBytes text; unsigned int length; bool keepUtf8Whole; MaybeBytes result; } rows[] = {
         {"a\xC3\xA9", 3, true, "a\xC3\xA9"}, {"a\xC3\xA9", 2, true, "a\0"s}, {"a\xC3\xA9", 2, false, "a\xC3"},
         {"ab", 5, false, "ab\0\0\0"s}, {"ab", 0, true, ""}, {"ab", 0, false, ""}, {NONE, 0, true, ""}, {NONE, 2, true, "\0\0"s},
         {"\xE2\x82\xAC", 2, true, "\0\0"s}, {"\xF0\x9F\x98\x80", 3, true, "\0\0\0"s}, {"\xF0\x9F\x98\x80", 4, true, "\xF0\x9F\x98\x80"},
@@ -114,7 +105,7 @@ TEST(String, ResizeCutsPadsAndBlanksACutSequence) {
     for (const auto& row : rows) {
         String text = makeText(row.text);
         text.Resize(row.length, row.keepUtf8Whole);
-        EXPECT_EQ(bytesOf(text), row.result) << testing::PrintToString(row.text) << " to " << row.length;
+        EXPECT_EQ(bytesOf(text), row.result) << PrintToString(row.text) << " to " << row.length;
     }
 }
 
@@ -140,14 +131,14 @@ void expectOrder(const A& a, const B& b, int order) {
 
 TEST(StringComparison, OrdersAsBytesUpToTheFirstNul) {
     // clang-format off
-    const struct { Bytes a, b; int order; } rows[] = {
+    const struct { MaybeBytes a, b; int order; } rows[] = {
         {NONE, NONE, 0}, {NONE, "", 0}, {"", "", 0}, {NONE, "\0x"s, 0}, {"ab", "ab\0c"s, 0}, {"abc", "abc", 0},
         {NONE, "a", -1}, {"", "\x01", -1}, {"ab", "abc", -1}, {"abc", "abd", -1}, {"B", "a", -1},
         {"z", "\xC3\xA9", -1}, {"\x7F", "\x80", -1}, {"\xEF\xBF\xBD", "\xF0\x90\x80\x80", -1},
     };
     // clang-format on
     for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.a) + " and " + testing::PrintToString(row.b));
+        SCOPED_TRACE(PrintToString(row.a) + " and " + PrintToString(row.b));
         const String a = makeText(row.a), b = makeText(row.b);
         expectOrder(a, b, row.order);
         expectOrder(b, a, -row.order);
@@ -167,40 +158,36 @@ TEST(StringComparison, WithANullPointerIsAlwaysFalse) {
     }
 }
 
-TEST(StringFind, Byte) {
+TEST(StringFind, ByteFromEitherEnd) {
     // clang-format off
-    const struct { Bytes text; char c; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+    struct Row { MaybeBytes text; char c; Position start; bool caseSensitive; Position found; };
+    const Row forwards[] = {
         {"abc", 'c', 0, true, 2}, {"abc", 'c', 2, true, 2}, {"abc", 'c', 3, true, {}}, {"abc", 'B', 0, false, 1},
         {"aBc", 'b', 0, false, 1}, {"abc", 'B', 0, true, {}}, {"aba", 'a', 1, true, 2}, {"abc", 'a', 0xFFFFFFFF, true, {}},
         {"ab\0c"s, 'c', 0, true, 3}, {"ab\0c"s, '\0', 0, true, 2}, {"ab\0C"s, 'c', 0, false, 3}, {"", '\0', 0, true, {}},
         {NONE, 'a', 0, true, {}}, {NONE, 'a', 0, false, {}},
         {"\xC3\xA9\xE9", '\xE9', 0, true, 2}, {"\xC3\xC9", '\xE9', 0, false, {}}, {"@[`{", '`', 0, false, 2},
     };
-    // clang-format on
-    for (const auto& row : rows) {
-        EXPECT_EQ(makeText(row.text).Find(row.c, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text) << " from " << row.start;
-    }
-}
-
-TEST(StringFind, ByteFromTheEnd) {
-    // clang-format off
-    const struct { Bytes text; char c; Position start; bool caseSensitive; Position found; } rows[] = {
+    const Row backwards[] = {
         {"aba", 'a', {}, true, 2}, {"aba", 'a', 1, true, 0}, {"aba", 'a', 2, true, 2}, {"aba", 'a', 0, true, 0},
         {"abc", 'x', 7, true, {}}, {"abc", 'c', 3, true, {}}, {"abc", 'c', 0xFFFFFFFF, true, {}}, {"abc", 'x', {}, true, {}},
         {"abAc", 'a', {}, false, 2}, {"abAc", 'a', {}, true, 0}, {"a\0b\0"s, '\0', {}, true, 3},
         {"", 'a', {}, true, {}}, {"", 'a', 0, true, {}}, {NONE, 'a', {}, true, {}},
     };
     // clang-format on
-    for (const auto& row : rows) {
+    for (const Row& row : forwards) {
+        EXPECT_EQ(makeText(row.text).Find(row.c, row.start.Value(), row.caseSensitive), row.found)
+            << PrintToString(row.text) << " from " << row.start.Value();
+    }
+    for (const Row& row : backwards) {
         EXPECT_EQ(makeText(row.text).FindRev(row.c, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text);
+            << PrintToString(row.text);
     }
 }
 
 TEST(StringFind, Text) {
     // clang-format off
-    const struct { Bytes text; const char* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
+    const struct { MaybeBytes text; const char* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
         {"abc", "bc", 0, true, 1}, {"abc", "bd", 0, true, {}}, {"abc", "", 1, true, 1}, {"abc", "", 3, true, {}},
         {"abab", "ab", 1, true, 2}, {"abc", "BC", 0, true, {}}, {"abc", "abcd", 0, true, {}},
         {"abc", "BC", 0, false, 1}, {"aBC", "bc", 1, false, 1}, {"abc", "", 2, false, 2}, {"abc", nullptr, 2, false, 2},
@@ -214,13 +201,13 @@ TEST(StringFind, Text) {
     // clang-format on
     for (const auto& row : rows) {
         EXPECT_EQ(makeText(row.text).Find(row.needle, row.start, row.caseSensitive), row.found)
-            << testing::PrintToString(row.text) << " from " << row.start;
+            << PrintToString(row.text) << " from " << row.start;
     }
 }
 
 TEST(StringFind, BeginningAndEnd) {
     // clang-format off
-    const struct { Bytes text, part; bool caseSensitive, begins, ends; } rows[] = {
+    const struct { MaybeBytes text, part; bool caseSensitive, begins, ends; } rows[] = {
         {"abcab", "ab", true, true, true}, {"abc", "ab", true, true, false}, {"abc", "bc", true, false, true},
         {"abc", "AB", true, false, false}, {"abc", "AB", false, true, false}, {"ABC", "bc", false, false, true},
         {"abc", "abc", true, true, true}, {"abc", "abcd", true, false, false}, {"abc", "xabc", false, false, false},
@@ -231,7 +218,7 @@ TEST(StringFind, BeginningAndEnd) {
     };
     // clang-format on
     for (const auto& row : rows) {
-        SCOPED_TRACE(testing::PrintToString(row.text) + " and " + testing::PrintToString(row.part));
+        SCOPED_TRACE(PrintToString(row.text) + " and " + PrintToString(row.part));
         EXPECT_EQ(makeText(row.text).BeginsWith(makeText(row.part), row.caseSensitive), row.begins);
         EXPECT_EQ(makeText(row.text).EndsWith(makeText(row.part), row.caseSensitive), row.ends);
     }
@@ -243,7 +230,7 @@ TEST(StringPieces, LeftRightMid) {
     const String abc("abc");
     const String nul = makeText("a\0b"s);
     // clang-format off
-    const struct { const char* what; String piece; Bytes bytes; } rows[] = {
+    const struct { const char* what; String piece; MaybeBytes bytes; } rows[] = {
         {"left of null", null.Left(2), NONE}, {"right of null", null.Right(0), NONE}, {"mid of null", null.Mid(0), NONE},
         {"left of empty", empty.Left(2), ""}, {"right of empty", empty.Right(2), ""}, {"mid of empty", empty.Mid(0), NONE},
         {"left none", abc.Left(0), ""}, {"left two", abc.Left(2), "ab"}, {"left all", abc.Left(10), "abc"},

@@ -1,15 +1,10 @@
 #include "CvBase/Util/Folder/FolderScan.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
-#include "tests/support/TempDir.h"
+#include "tests/support/Test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace test;
 using Util::FolderScan;
 using Kind = FolderScan::Kind;
 
@@ -28,9 +23,9 @@ Kind kindOf(FolderScan scan, const std::string& name) {
 }
 
 TEST(FolderScan, TellsOfEachEntryWhatItsPathLeadsTo) {
-    const test::TempDir temp;
+    const TempDir temp;
     for (const char* name : {"file", "..file", "back\\slash", "folder/a", "folder\\a"}) {
-        test::writeFile(temp / name, "");
+        writeFile(temp / name, "");
     }
     fs::create_symlink("file", temp / "to file");
     fs::create_symlink("folder", temp / "to folder");

@@ -1,8 +1,6 @@
 #include "CvBase/Util/Folder/NameFilter.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include "tests/support/Test.h"
 
 namespace {
 

@@ -1,9 +1,6 @@
 #include "CvBase/Util/Folder/NameList.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
+#include "tests/support/Test.h"
 
 namespace {
 
