@@ -24,7 +24,7 @@ if(NOT APPLE)
     target_include_directories(CvBase_platform INTERFACE $<INSTALL_INTERFACE:${header_folder}/platform>)
     foreach(companion IN ITEMS CvBase_alert CvBase_Trash)
         if(TARGET ${companion})
-            install(TARGETS ${companion} DESTINATION ${CMAKE_INSTALL_LIBDIR}/CvPlatform COMPONENT Library)
+            install(TARGETS ${companion} DESTINATION ${CMAKE_INSTALL_LIBDIR}/CvPlatform COMPONENT Desktop)
         endif()
     endforeach()
     set_target_properties(CvBase_Trash PROPERTIES INSTALL_RPATH "\$ORIGIN/..")
@@ -45,6 +45,9 @@ foreach(name IN ITEMS cvbase cvbase-uinative)
     configure_file(cmake/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
 endforeach()
+
+install(FILES docs/guide.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/cvbase COMPONENT Development)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/cvbase COMPONENT Development)
 
 # For whoever writes a plug-in of the same kind.
 install(FILES plugin/InstallerInterface.h plugin/ParamBlock.h DESTINATION ${header_folder}/plugin COMPONENT Development)
