@@ -5,7 +5,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 test-package package test-deb lint lint-all bench docs clean install-deps help
+.PHONY: all build run test test-i386 test-package package test-deb abi lint lint-all bench docs clean install-deps help
 
 all: build
 
@@ -43,6 +43,11 @@ package: ## build the Debian packages into build/package/packages
 
 test-deb: package ## install, use, upgrade and remove them in a fresh Debian root (as root)
 	@tools/test-deb
+
+abi: ## compare the libraries' binary interface with the recorded one
+	@tools/install-deps package
+	@mkdir -p build
+	@tools/abi
 
 lint: ## check what a machine can check; clang-tidy on what changed
 	@tools/install-deps lint
