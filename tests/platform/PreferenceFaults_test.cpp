@@ -1,12 +1,17 @@
 // What becomes of preference files when things go wrong: damaged files, full disks, other writers, sudden ends.
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/ptrace.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <thread>
+
+#include "platform/Descriptor.h"
 #include "platform/StoreFailures.h"
 #include "tests/platform/PreferencesSupport.h"
 #include "tests/support/PrivateRoot.h"
@@ -65,6 +70,29 @@ TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLate
         EXPECT_EQ(python("p", file()), "{'Lang': 'fr'}");
         fs::remove(file());
     }
+}
+
+/// Whether a process waits for a lock that it shares with nobody.
+bool someoneWaitsForALock() {
+    return readFile("/proc/locks").find("-> FLOCK  ADVISORY  WRITE") != std::string::npos;
+}
+
+TEST_F(PreferenceFaults, AWriterWaitsUntilItIsTheOnlyOne) {
+    fs::create_directories(folder());
+    cv::Descriptor other(open(folder().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(flock(other.get(), LOCK_SH), 0);
+    std::atomic<bool> isStored = false;
+    std::thread writer([&] {
+        setText("Lang", "fr");
+        isStored = synchronize();
+    });
+    while (!isStored && !someoneWaitsForALock()) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(isStored);
+    other = cv::Descriptor();
+    writer.join();
+    EXPECT_TRUE(isStored);
 }
 
 TEST_F(PreferenceFaults, ThreadsAndProcessesThatWriteAtTheSameTimeLoseNothing) {
