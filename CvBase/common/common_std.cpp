@@ -1,11 +1,12 @@
 #include "CvBase/common/common_std.h"
 
 #include <algorithm>
-#include <limits>
 #include <stdexcept>
 
+#include "CvBase/common/common_cast.h"
+
 String StringFrom(std::string_view text) {
-    if (text.size() > std::numeric_limits<unsigned int>::max()) {
+    if (!in_range<unsigned int>(text.size())) {
         throw std::length_error("StringFrom: a String has less than 4 GiB");
     }
     String result("");
