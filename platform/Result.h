@@ -15,8 +15,8 @@ struct Fault {
     std::string text() const { return what.empty() ? reason : what + ": " + reason; }
 };
 
-/// How the port's own functions answer: a value, or the fault in its place. Those that give no value return an optional
-/// Fault, which is there when something went wrong.
+/// What the port's own functions return: a value, or the fault in its place. Those that have no value to return give an
+/// optional Fault, which is there when something went wrong.
 template <typename T>
 class [[nodiscard]] Result {
 public:

@@ -39,8 +39,7 @@ public:
         const std::lock_guard<std::mutex> lock(mutex_);
         std::vector<StoreFailure> failures = failures_;
         if (isIncomplete_) {
-            failures.push_back(
-                {"something", "there was not enough memory to store it, nor to remember what it was", true});
+            failures.push_back({"something", "there was not enough memory to store it or to record what it was", true});
         }
         return failures;
     }

@@ -6,7 +6,7 @@
 
 /// What the plug-in knows of a product.
 struct Product {
-    std::int32_t code;   ///< the number by which the installer host names it
+    std::int32_t code;   ///< the number by which the installer names it
     CFStringRef domain;  ///< its preference domain, immortal
     const char* name;    ///< its name in the updater's keys, UTF-8
 };

@@ -10,7 +10,7 @@ struct XCodInstance {
     SInt32 referenceCount;                   ///< a plain number: every call comes on the host's thread
 };
 
-/// The factory function that the bundle's Info.plist registers. Gives a new instance with one reference for
+/// The factory function that the bundle's Info.plist registers. Returns a new instance with one reference for
 /// XCodPlugInTypeID(), and null for any other type or when there is no memory. `allocator` is not used.
 XCOD_EXPORT void* MyFactory(CFAllocatorRef allocator, CFUUIDRef typeID);
 

@@ -6,8 +6,8 @@
 
 #include "plugin/ParamBlock.h"
 
-// What an installer host needs to talk to the plug-in: identifiers, exported names and the shape of the interface
-// table.
+// What a program that loads the plug-in, its host, needs to talk to it: identifiers, exported names and the layout of
+// the interface table.
 //
 // The host makes an instance of the plug-in type (CFPlugInInstanceCreate), asks it for the installer interface
 // (QueryInterface, which adds a reference), calls XCodMain once for each step, and gives up each reference with

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <type_traits>
 
-/// The installer host's parameter block: a binary interface with the host, laid out with 2-byte alignment. The host
-/// owns it, and every byte that is not named here, the bytes after the end included: never copy, clear or assign it as
-/// a whole. Read the 32-bit fields by value, since a reference to one may be misaligned.
+/// The installer's parameter block: a binary interface with the host, which is the program that loads the plug-in, laid
+/// out with 2-byte alignment. The host owns it, with every byte that is not named here and the bytes after its end:
+/// never copy, clear or assign it as a whole. Read the 32-bit fields by value, since a reference to one may be
+/// misaligned.
 ///
 ///     offset   0      2       4            8            12 ... 609   610
 ///              version selector productCode resultFlags  host's own   languageCode
@@ -17,7 +18,8 @@ struct XCodParamBlock {
     std::int32_t productCode;       ///< which product is installed; the catalogue knows the codes
     std::uint32_t resultFlags;      ///< read back by the host; XCOD_RESULT_FAILED is only ever added
     unsigned char hostFields[598];  ///< the host's own
-    std::int32_t languageCode;  ///< the installation's language, a classic Mac OS language code (langEnglish = 0, ...)
+    std::int32_t
+        languageCode;  ///< the installation's language, a classic Mac OS language code (English is 0, French 1)
 };
 #pragma pack(pop)
 

@@ -2,7 +2,7 @@
 
 #include "plugin/ParamBlock.h"
 
-/// Marks what the bundle shows to the host: the symbols of XCOD_EXPORTS.
+/// Makes a symbol visible to the host: one of XCOD_EXPORTS.
 #define XCOD_EXPORT extern "C" __attribute__((visibility("default")))
 
 /// Registers the product with the vendor's updater, before its files are copied: stores

@@ -4,13 +4,14 @@
 
 #include <cstdint>
 
-/// Operations on 32-bit words, and on pointers, that several threads use at once. The counts of the library's shared
-/// handles rest on them.
+/// Operations on 32-bit words, and on pointers, that several threads use at once. The library's shared handles count
+/// with them.
 ///
-/// AtomicRead and AtomicWrite load and store a word in one piece, and nothing more: a thread that reads a pointer this
-/// way may not yet see what another thread wrote to the object before it stored the pointer. The other operations are
-/// indivisible, and order what a thread does before and after them. Nothing here fails; a word must be aligned, as
-/// every variable is.
+/// AtomicRead and AtomicWrite load and store a word in one piece, and nothing more (relaxed): a thread that reads a
+/// pointer this way may not yet see what another thread wrote to the object before it stored the pointer.
+/// AtomicReadAcquire orders what the thread does after it. AtomicIncrement and AtomicDecrement also order what it does
+/// before them. AtomicCompareExchange is sequentially consistent. Nothing here fails; a word must be aligned, as every
+/// variable is.
 namespace Atomic {
 
 static_assert(sizeof(unsigned int) == sizeof(std::int32_t), "the operations are those of 32-bit words");
@@ -52,7 +53,8 @@ inline unsigned int AtomicDecrement(volatile unsigned int& target) {
     return static_cast<unsigned int>(OSAtomicAdd32(-1, reinterpret_cast<volatile std::int32_t*>(&target)));
 }
 
-/// Stores `newValue` if the word equals `comparand`; true when it stored. A full barrier either way.
+/// Stores `newValue` if the word equals `comparand`; true when it stored. A full barrier either way. Mind the order of
+/// the arguments: the new value comes before the one compared with.
 inline bool AtomicCompareExchange(volatile unsigned int& target, unsigned int newValue, unsigned int comparand) {
     return OSAtomicCompareAndSwap32(static_cast<std::int32_t>(comparand), static_cast<std::int32_t>(newValue),
                                     reinterpret_cast<volatile std::int32_t*>(&target));

@@ -7,16 +7,18 @@
 
 /// Element-wise routines over arrays: sample format conversion, copying, moving, filling, zeroing and comparing.
 ///
-/// Every routine takes the number of elements (not bytes) first, then the source or sources, then the destination. None
-/// allocates, none reports an error, and a count of 0 does nothing and reads no pointer, so that the pointers may then
-/// be null. Pointers need no alignment beyond that of their elements, and not even that on Intel processors.
+/// Every routine takes the number of elements (not bytes) first. Convert, Copy and Move then take the source and the
+/// destination, Zero the destination, Set the destination and the value, Equal the two areas. None allocates, none
+/// reports an error, and a count of 0 does nothing and reads no pointer, so that the pointers may then be null.
+/// Pointers must be aligned for their elements; on Intel processors they need no alignment. Any thread may call them;
+/// the first call chooses the processor's widest instructions.
 ///
 /// The bits stored do not depend on the processor's vector instructions: each routine stores what its
 /// element-by-element loop stores, in single precision where it says float, with a multiplication and an addition
 /// rounded one after the other.
 ///
-/// A conversion may work in place (`src` and `dst` the same memory) where an element of the destination is not larger
-/// than one of the source. Other overlaps are allowed by Move alone.
+/// A conversion may work in place (`src` and `dst` the same memory) if an element of the destination is no larger than
+/// one of the source. Other overlaps are allowed by Move alone.
 namespace IPP {
 
 /// @name Integer to floating point
@@ -37,16 +39,16 @@ void Convert(unsigned int n, const int* src, double* dst, int scale);
 /// scale of the samples. A positive scale does not divide; 1 gives the shift 31 and so a multiplier of -2^31.
 ///
 /// With `round` false the product is truncated toward zero; with `round` true 0.5 is added to it first, or -0.5 where
-/// the *input* is negative. The result is held to -32768 .. 32767, but a NaN, or a value outside the range of 32 bits,
-/// of either sign, stores -32768.
+/// the *input* is negative. The result is clamped to -32768 .. 32767, but a NaN, and any value outside the range of 32
+/// bits, even a positive one, gives -32768.
 void Convert(unsigned int n, const float* src, short* dst, int scale, bool round);
 
 /// Float to 32 bits. The multiplier is 2^-scale: -31 maps ±1.0 to the full scale of the samples.
 ///
 /// Unless `scale` is 0, inputs above 1.0 and below -1.0 are taken as 1.0 and -1.0. With `round` false the product is
 /// truncated toward zero; with `round` true 0.5 is added to it first, or -0.5 where the *product* is negative. A NaN,
-/// or a value outside the range of 32 bits, of either sign, stores -2147483648; with `scale` -31 so does an input
-/// of 1.0.
+/// and any value outside the range of 32 bits, even a positive one, gives -2147483648; with `scale` -31 so does an
+/// input of 1.0.
 void Convert(unsigned int n, const float* src, int* dst, int scale, bool round);
 
 /// Does nothing: no conversion from float to bytes is defined. The destination stays as it is.

@@ -4,13 +4,13 @@
 
 namespace cv {
 
-/// An autorelease pool for the length of a scope: what is autoreleased on this thread meanwhile is released at its end.
+/// An autorelease pool for the length of a scope, at the end of which it releases what was autoreleased on this thread.
 ///
 ///     const cv::AutoreleasePool pool;
 ///     const String name = Util::GetCurrentProcessDisplayName();
 ///
 /// Message boxes and the process's names need one. Pools nest and must end in the reverse order in which they began, so
-/// make them local variables.
+/// make them local variables. In a process without the class NSAutoreleasePool they do nothing.
 class AutoreleasePool {
 public:
     AutoreleasePool() : pool_(send<id>(send<id>(classNamed("NSAutoreleasePool"), "alloc"), "init")) {}

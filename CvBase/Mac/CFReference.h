@@ -11,18 +11,22 @@ namespace cv {
 ///     const cv::CFReference number(CFNumberCreate(kCFAllocatorDefault, kCFNumberIntType, &value));
 ///     CFPreferencesSetValue(key, number.get(), ...);
 ///
-/// A function with Create or Copy in its name gives a reference to own: hand it to the constructor. What any other
-/// function gives belongs to somebody else: own it through retained().
+/// A function with Create or Copy in its name returns a reference that the caller owns: pass it to the constructor. A
+/// reference from any other function belongs to somebody else: pass it to retained().
+///
+/// `Ref` is a reference type of CoreFoundation, such as CFStringRef. Different threads may own references to one
+/// object, but one CFReference belongs to one thread at a time.
 template <typename Ref>
 class CFReference {
 public:
-    /// Owns none.
+    /// Empty: owns none.
     CFReference() = default;
 
-    /// Takes over a reference of the caller's; `owned` may be null.
+    /// Takes over a reference that the caller owns; null gives an empty CFReference. Retains nothing.
     explicit CFReference(Ref owned) : ref_(owned) {}
 
-    /// Takes the reference of `other`, which has none then. There is no copy: retained() makes a second reference.
+    /// Takes over the reference of `other`, which is empty afterwards; assigning gives up the old reference. A
+    /// CFReference cannot be copied; retained() makes a second reference.
     CFReference(CFReference&& other) noexcept : ref_(std::exchange(other.ref_, nullptr)) {}
     CFReference& operator=(CFReference&& other) noexcept {
         CFReference(std::move(other)).swap(*this);
@@ -50,7 +54,7 @@ private:
     Ref ref_ = nullptr;
 };
 
-/// A reference of one's own to an object that belongs to somebody else; `object` may be null.
+/// Retains `object`, which may be null, and returns the owner of the new reference.
 template <typename Ref>
 [[nodiscard]] CFReference<Ref> retained(Ref object) {
     if (object != nullptr) {

@@ -7,13 +7,13 @@
 #include <utility>
 
 /// \file
-/// Numbers as streams store them, for ByteStream.h. The format is DataStream's: two's complement and IEEE 754, 1 to 8
-/// bytes, in either byte order.
+/// Numbers as streams store them. Only ByteStream.h includes this. The format is DataStream's: two's complement and
+/// IEEE 754, 1 to 8 bytes, in either byte order.
 ///
 /// A number on its way to a stream first becomes an unsigned one with the same bits (bitsOf), which is then stored byte
-/// by byte (store). Reading goes the other way: load, then setFromBits. Nothing here asks for the processor's own byte
-/// order. Shifting picks the bytes out by their weight, which gives the same bytes on every processor, and compilers
-/// make one move of it, with a byte swap where the orders differ.
+/// by byte (store). Reading goes the other way: load, then setFromBits. Nothing here depends on the processor's own
+/// byte order: shifts pick the bytes out by their weight. Compilers turn the shifts into one move, with a byte swap
+/// where the orders differ.
 ///
 /// Nothing here checks a bound or fails: `src` and `dest` must have as many bytes as the number.
 

@@ -16,7 +16,8 @@ namespace {
 /// The longest text that is read; a longer one is taken for damage.
 constexpr unsigned int MAX_TEXT_LENGTH = 200000;
 
-/// The lines by which readers of logs know the failures. They stay as they are when the code moves.
+/// The lines by which readers of logs know the failures. They, and the texts of the messages, stay as they are when the
+/// code changes.
 enum FailureLine { TextLengthLine = 74, TextLine = 81, VectorLine = 104, ReadLine = 123, ExtractLine = 141 };
 
 [[noreturn]] void fail(const String& message, std::size_t count, int line) {

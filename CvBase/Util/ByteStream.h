@@ -22,15 +22,15 @@ namespace Util {
 ///     String text;
 ///     stream >> number >> text;
 ///
-/// The stream owns its bytes and grows as it is written to, like a std::vector: reserve the size where it is known. It
-/// holds at most 2^32 - 1 bytes. A write that would make it longer, or that finds no memory, throws std::bad_alloc and
-/// changes nothing; nothing else can fail in a write. One thread at a time.
+/// The stream owns its bytes and grows like a std::vector; reserve the size if you know it. It holds at most 2^32 - 1
+/// bytes. A write that would make it longer, or that finds no memory, throws std::bad_alloc and changes nothing;
+/// nothing else can fail in a write. One thread at a time.
 class ByteStream : public DataStream {
 public:
     /// An empty stream with memory for `reserve` bytes.
     explicit ByteStream(unsigned int reserve);
 
-    /// A copy of the `size` bytes at `data`, which is not read when `size` is 0.
+    /// A copy of the `size` bytes at `data`, which may be null when `size` is 0.
     ByteStream(unsigned int size, const unsigned char* data);
 
     /// A copy of `bytes`.
@@ -38,8 +38,7 @@ public:
 
     ~ByteStream() override;
 
-    /// Drops all bytes and goes back to position 0, keeping the memory, the byte order and whether texts are written
-    /// with their length.
+    /// Drops all bytes and goes back to position 0. Keeps the allocated memory and the settings.
     void Clear();
 
     /// @name Settings
@@ -88,13 +87,13 @@ public:
 
     void Read(unsigned int count, unsigned char* dest) override;
 
-    /// What `stream >> value` does for a number or a char of type T.
+    /// What `stream >> value` does for a number or a char of type T, compiled in place. Not for bool.
     template <typename T>
     DataStream& extract(T& value);
     /// @}
 
     /// @name Writing
-    /// Each throws std::bad_alloc, and changes nothing then, when the stream would become too long.
+    /// Each throws std::bad_alloc and changes nothing when the stream would become too long or memory runs out.
     /// @{
     using DataStream::operator<<;
     DataStream& operator<<(bool value) override { return put(Detail::bitsOf(static_cast<unsigned char>(value))); }

@@ -11,7 +11,7 @@
 
 namespace Util {
 
-/// One CoreFoundation string, made from text or adopted, for the length of a scope.
+/// One CoreFoundation string, made from text or adopted, for the length of a scope. It can be neither copied nor moved.
 ///
 ///     const Util::CFString key(name, Util::CFString::ReleaseOnDestroy);
 ///     CFPreferencesSetValue(key.Get(), ...);
@@ -19,8 +19,8 @@ namespace Util {
 /// Texts are UTF-8 in both directions. One thread at a time.
 class CFString {
 public:
-    /// What the destructor does with the reference: gives it up, or nothing. Any value but 0 is DoNotRelease. With
-    /// DoNotRelease, a string made here is the caller's to release through Get().
+    /// Whether the destructor releases the reference. Any value but 0 acts as DoNotRelease; then the caller has to
+    /// release a string that was made here, through Get().
     enum ReleaseBehavior : std::int32_t { ReleaseOnDestroy = 0, DoNotRelease = 1 };
 
     /// The string of the text up to its NUL. Text that is null or not valid UTF-8 gives the empty string. Throws
@@ -28,7 +28,8 @@ public:
     CFString(const char* text, ReleaseBehavior behavior);
     CFString(const String& text, ReleaseBehavior behavior);
 
-    /// Adopts `reference` without retaining it; a new empty string stands for a null one.
+    /// Takes over `reference` without retaining it. If `reference` is null, makes a new empty string instead. Throws
+    /// std::bad_alloc.
     CFString(CFStringRef reference, ReleaseBehavior behavior);
 
     ~CFString();
@@ -36,7 +37,7 @@ public:
     CFString(const CFString&) = delete;
     CFString& operator=(const CFString&) = delete;
 
-    /// The string, never null; good while this object lives.
+    /// The string, never null; valid while this object lives.
     [[nodiscard]] CFStringRef Get() const { return reference_; }
 
     /// The text up to its first NUL character. Empty when the string has more than 1,000,000 UTF-16 units or an

@@ -10,8 +10,8 @@
 
 namespace Util {
 
-/// Reads and writes typed values as bytes, at one position that both move. ByteStream is the stream in memory; a
-/// function that takes a DataStream works with any other, too.
+/// Reads and writes typed values as bytes, at one position that reading and writing both move. ByteStream is the stream
+/// in memory; a function that takes a DataStream works with any other, too.
 ///
 ///     void store(Util::DataStream& stream, const Settings& settings) {
 ///         stream << settings.version << settings.name;
@@ -27,9 +27,9 @@ namespace Util {
 ///     String                                  a 4-byte unsigned number of bytes, then the bytes, without a terminator
 ///     std::vector<unsigned char>              the bytes alone
 ///
-/// Signed numbers are two's complement. `long` has 32 bits here on every processor, as on the 32-bit Mac: writing drops
-/// the upper half of a longer one, and that is the overload which 64-bit processors choose for uint64_t and size_t.
-/// Pass 64-bit values as (unsigned) long long.
+/// Signed numbers are two's complement. `long` has 32 bits here on every processor, as on the 32-bit Mac: writing a
+/// 64-bit `long` drops its upper half. On 64-bit processors uint64_t and size_t choose this overload. Pass 64-bit
+/// values as (unsigned) long long.
 ///
 /// A read throws Util::Exception::DataStreamIO when the bytes end too soon.
 class DataStream : private noncopyable {
@@ -41,12 +41,12 @@ public:
         BigEndian = 2       ///< most significant byte first
     };
 
-    /// The byte order in which numbers are read and written from now on; a new stream has DefaultEndian.
+    /// The byte order of all later reads and writes of numbers; a new stream has DefaultEndian.
     [[nodiscard]] virtual EndianType GetEndianType() const = 0;
     virtual void SetEndianType(EndianType endianType) = 0;
 
-    /// Whether a text is written with its length in front, as a new stream does. Without it the text cannot be read
-    /// back: reading always takes a length.
+    /// Whether the length of a text is written in front of it; true for a new stream. When it is false, operator>>
+    /// cannot read the text back, since it always reads a length first.
     [[nodiscard]] virtual bool IsWriteStringLength() const = 0;
     virtual void SetWriteStringLength(bool writeStringLength) = 0;
 
@@ -70,12 +70,12 @@ public:
     virtual DataStream& operator>>(float& value) = 0;
     virtual DataStream& operator>>(double& value) = 0;
 
-    /// The text ends at its first NUL byte; the position moves past all its bytes. A text of more than 200000 bytes is
-    /// taken for damage and refused, although it can be written. A failure leaves the text empty, and the position
-    /// after the length if that could be read.
+    /// The text ends at its first NUL byte; the position moves past all its bytes. A length of more than 200000 bytes
+    /// is taken for damage and refused, although such a text can be written. A failure, unlike those of the others,
+    /// leaves the text null, and the position after the length if that could be read.
     virtual DataStream& operator>>(String& text) = 0;
 
-    /// Reads as many bytes as the vector has elements; give it its size first.
+    /// Reads as many bytes as the vector has elements; give it its size first. A failure leaves it as it was.
     virtual DataStream& operator>>(std::vector<unsigned char>& bytes) = 0;
     /// @}
 

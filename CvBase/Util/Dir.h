@@ -11,24 +11,24 @@
 
 namespace Util {
 
-/// One folder of the file system, by its path. Nothing about the folder is kept: every call asks anew.
+/// One folder of the file system, by its path. The object caches nothing: every call asks the system.
 ///
-/// The operations that change or time the folder throw Util::Exception::FileIO naming it; the others answer false or
-/// nothing when the system refuses.
+/// Create, Remove, GetTime and SetTime throw Util::Exception::FileIO naming the folder; the others return false or an
+/// empty result when the system refuses.
 ///
 /// The path goes to the system as FolderPath::ToString() gives it: ".." is folded in the text first, and a text that
-/// folds to a relative one means a folder in the working folder. No path means no folder, and not the root. Symbolic
-/// links are followed.
+/// folds to a relative one means a folder in the working folder. The empty path means no folder at all, not the root.
+/// Symbolic links are followed.
 class Dir {
 public:
-    /// What GetDirInfo() tells of the volume that holds the folder.
+    /// What GetDirInfo() reports about the volume that holds the folder.
     struct DirInfo {
-        /// What an ordinary user may still fill of the volume, in bytes, but only its lower 32 bits as a signed number:
-        /// with 3 GiB free it is negative.
+        /// The bytes that an ordinary user can still write to the volume, cut to 32 bits and taken as a signed number:
+        /// 3 GiB free give a negative number.
         long long freeBytes = 0;
     };
 
-    /// No path.
+    /// The empty path.
     Dir() = default;
 
     /// The folder at `path`, whether it exists or not.
@@ -40,12 +40,13 @@ public:
     /// Whether a folder is at the path.
     [[nodiscard]] bool Exists() const;
 
-    /// Fills `info`; false, with `info` untouched, when the volume cannot be asked.
+    /// Fills `info`; false, with `info` unchanged, when the system tells nothing about the volume.
     [[nodiscard]] bool GetDirInfo(DirInfo& info);
 
     /// Makes the folder, and with `recursive` all that are missing above it, each with the permissions 0755 less the
-    /// umask; nothing happens when it exists. Throws WriteError; folders made before the failure stay. With
-    /// `recursive`, a path that folds to a relative text is ignored silently.
+    /// umask; nothing happens when it exists. Throws WriteError, also when something other than a folder is there;
+    /// folders made before the failure stay. With `recursive`, nothing happens for a path that folds to a relative
+    /// text, unless that begins with "~/".
     void Create(bool recursive);
 
     /// Removes the folder, which must be empty; nothing happens when it does not exist. Throws RemoveError, also for a
@@ -61,12 +62,12 @@ public:
     /// @name Listings
     /// Put the bare names of the folder's entries into `names`, in place of what it held or, with `append`, beside it,
     /// and sort all of `names` by operator<: byte by byte, capitals first. A folder that cannot be read gives nothing
-    /// (and leaves an appended-to `names` unsorted). Links that lead nowhere are left out. std::bad_alloc loses no
-    /// name that was appended to.
+    /// (and leaves an appended-to `names` unsorted). Links that lead nowhere are left out. After std::bad_alloc, an
+    /// appended-to `names` still holds all that it held.
     ///
     /// The first "*" of `filter` stands for anything; a name matches when it begins with what precedes it and ends with
-    /// what follows it, ignoring the case of A to Z. "ab*ab" matches "ab" too, "abc" without a star matches all that
-    /// begins with it, and "" all. Hidden names are listed like others.
+    /// what follows it, ignoring the case of A to Z. "ab*ab" matches "ab" too. "abc", without a star, matches every
+    /// name that begins with it, and "" every name. Hidden names are listed like others.
     ///
     /// Whether an entry is a regular file is taken from the folder itself where the system writes it there. A device
     /// that is mounted over a regular file is therefore listed as a file.
@@ -75,7 +76,7 @@ public:
     /// the others cannot address.
     /// @{
 
-    /// All entries but regular files: folders, and devices, pipes and sockets too.
+    /// All that is not a regular file: folders, but also devices, pipes and sockets.
     void GetFoldernames(std::vector<String>& names, const String& filter, bool append);
     static void GetFoldernames(const String& folder, std::vector<String>& names, const String& filter, bool append);
 
@@ -87,11 +88,12 @@ public:
     /// @}
 
     /// Searches `folder` and, if `recursive`, the folders below it, in the listings' order and files before folders,
-    /// for a file called `name`, which matches letter by letter. Gives the first one, or an empty path.
+    /// for a file called `name`, which matches letter by letter. Returns the first one, or the empty path; folders that
+    /// cannot be read are passed over. Throws only std::bad_alloc.
     ///
     /// A name without an extension is never found, nor one with a slash. Links are followed, but no folder is searched
-    /// twice. Each file with the extension of `name` that is another file adds one to `visited`; the search ends
-    /// without a result when that makes it more than 5000. The caller sets `visited` before, usually to 0.
+    /// twice. Each file that has the extension of `name` but another name adds 1 to `visited`; when that makes it more
+    /// than 5000, the search ends without a result. Set `visited` before the call, usually to 0.
     [[nodiscard]] static FilePath FindFile(const String& name, const String& folder, bool recursive,
                                            unsigned int& visited);
 

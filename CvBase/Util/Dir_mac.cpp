@@ -18,7 +18,8 @@ using Exception::FileIO;
 
 namespace {
 
-/// The lines by which readers of logs know the failures. They stay as they are when the code moves.
+/// The lines by which readers of logs know the failures. They, and the texts of the messages, stay as they are when the
+/// code changes.
 enum FailureLine {
     CreateRecursiveLine = 105,
     CreateLine = 118,

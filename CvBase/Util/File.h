@@ -17,9 +17,9 @@ namespace Util {
 
 /// A file: its path, and a stream while it is open.
 ///
-/// Whatever fails throws Util::Exception::FileIO with the file's path, the kind and, where it was seen, errno; queries
-/// answer false, 0 or an unset value instead. A transfer that moves fewer bytes than asked for is a failure, and the
-/// file stays open at whatever position it reached.
+/// An operation that fails throws Util::Exception::FileIO with the file's path, the kind of failure and, where there is
+/// one, errno; queries return false, 0 or an unset value instead. A transfer that moves fewer bytes than asked for is a
+/// failure, and the file stays open at whatever position it reached.
 ///
 /// The path goes to the system as FilePath::ToString() gives it: ".." is folded in the text first, and a name that
 /// holds a backslash cannot be addressed. Symbolic links are followed except where noted.
@@ -31,20 +31,20 @@ public:
         Write = 0x04,      ///< write
         ReadWrite = 0x08,  ///< read and write
         Append = 0x10,     ///< write at the end
-        Truncate = 0x20,   ///< with reading and writing: begin with an empty file
+        Truncate = 0x20,   ///< with reading and writing: begin with an empty file; else without effect
         Text = 0x40        ///< text stream; ReadBlock() then counts by the position
     };
 
-    /// No path, closed.
+    /// The empty path, closed.
     File();
 
     /// The file at `path`, closed, whether it exists or not.
     explicit File(const FilePath& path);
 
-    /// Closes the file, whatever comes of it. A full disk may show only then: call Close() where that matters.
+    /// Closes the file and ignores errors. A full disk may be noticed only then; call Close() where that matters.
     ~File();
 
-    /// Closes an open stream, whatever comes of it, and takes the path.
+    /// Closes an open stream, ignoring errors, and takes the path.
     void SetPath(const FilePath& path);
 
     /// Whether there is an open stream.
@@ -53,21 +53,23 @@ public:
     /// @name Opening and closing
     /// @{
 
-    /// Opens the file as fopen() does with the mode text that `mode` stands for, with "t" for Text and "b" otherwise:
+    /// Opens the file as fopen() does with the mode text that `mode` stands for, with "t" for Text and "b" otherwise.
+    /// Every combination is accepted:
     /// - Read, or none of the bits that read or write: "r";
     /// - Write: "w"; Append with or without Write: "a";
     /// - Read and Write: "r+"; Read and Append: "a+"; either with Truncate: "w+";
     /// - ReadWrite without Read: "w+", even with Append, so the file is emptied; ReadWrite with Read: as Read and
     /// Write.
     ///
-    /// A named pipe waits for its other end, and a folder opens for reading, though nothing can be read from it. A
-    /// stream that is still held is lost, never closed: call Close() first. Throws OpenError and stays as it was.
+    /// Opening a named pipe waits for its other end; a folder opens for reading, but nothing can be read from it. If
+    /// the file is open already, its old stream is lost and never closed: call Close() first. Throws OpenError, and
+    /// then nothing has changed.
     void Open(unsigned int mode);
 
     /// Closes an open file; it counts as closed even when this throws CloseError.
     void Close();
 
-    /// Hands what is buffered to the system; does nothing on a closed file. Failures show at the next Close().
+    /// Gives buffered bytes to the system; does nothing on a closed file. If this fails, the next Close() throws.
     void Flush();
 
     /// @}
@@ -76,8 +78,8 @@ public:
     /// @{
 
     /// Reads exactly `count` bytes. Nothing happens when `count` is 0 or `buffer` is null, even on a closed file.
-    /// Throws ReadError when the file is not open or has fewer bytes left. In text mode the bytes are counted by the
-    /// positions before and after, so what has no position, a pipe, fails.
+    /// Throws ReadError when the file is not open or has fewer bytes left. In text mode the bytes read are counted by
+    /// the positions before and after, so reading from a pipe, which has no position, fails.
     void ReadBlock(char* buffer, unsigned int count);
     void ReadBlock(unsigned char* buffer, unsigned int count);
 
@@ -102,23 +104,25 @@ public:
     /// system refuses, as it does for 2^63 and above.
     void At(unsigned long long position);
 
-    /// The size, with what is still buffered; unset when there is no path or the size cannot be read.
+    /// The size, with what is still buffered; unset when the path is empty or the size cannot be read.
     [[nodiscard]] checked_value<unsigned long long> Size() const;
 
     /// The size minus the position; unset when the file is not open, either is unknown, or the position is past the
     /// end.
     [[nodiscard]] checked_value<unsigned long long> Remaining() const;
 
-    /// Whether a read has met the end of the open file; being at the end is not enough.
+    /// Whether a read has met the end of the open file; being at the end is not enough. False on a closed file.
     [[nodiscard]] bool AtEnd() const;
 
     /// @}
     /// @name The file at the path, open or not
     /// @{
 
-    /// Whether anything, a folder too, is at the path, or may be read or written there by the real user of the process.
-    /// False as well when a folder on the way cannot be searched or a link leads nowhere.
+    /// Whether anything, a folder too, is at the path. False as well when a folder on the way cannot be searched or a
+    /// link leads nowhere.
     [[nodiscard]] bool Exists() const;
+
+    /// Whether the real user of the process may read, or write, what is at the path; false when there is nothing.
     [[nodiscard]] bool IsReadable() const;
     [[nodiscard]] bool IsWritable() const;
 
@@ -131,13 +135,15 @@ public:
     void Remove(bool throwOnError);
 
     /// Gives the file at `from` the path `to`, in place of a file there. Where the volume can, the two files are
-    /// exchanged first and the old one removed then, so that `to` exists at every moment. When both paths name one file
-    /// nothing is lost: one of two names of it goes, or nothing happens. Throws RenameError naming `from`, and then
-    /// both files are as they were; across volumes it always does.
+    /// exchanged first and the old one removed then, so that `to` exists at every moment. When both paths lead to one
+    /// file, it is not lost: `from` is removed if it is a second name of the file or a link to it, and nothing happens
+    /// if both are the same name. Throws RenameError naming `from`, and then both files are as they were. Renaming
+    /// across volumes always fails.
     static void Rename(const FilePath& from, const FilePath& to);
 
-    /// Moves the item at the absolute path `path` to the user's Trash, waiting until it is there. Never throws; when it
-    /// is not possible nothing happens. `path` is taken as it is, and a symbolic link is moved itself.
+    /// Moves the item at the absolute path `path` to the user's Trash, waiting until it is there. Never throws; when
+    /// the item cannot be moved, nothing happens. `path` is used as it is given, and a symbolic link itself is moved,
+    /// not what it leads to.
     static void Recycle(const String& path);
 
     /// Sets the permission bits (07777). Throws UnexpectedError, without an errno.
@@ -160,10 +166,10 @@ private:
     /// Lets the next transfer go in either direction.
     void beginTransfer();
 
-    /// Keeps the errno of a flush that failed where nothing is thrown, for Close() to tell.
+    /// Keeps the errno of a flush that failed where nothing is thrown, for Close() to throw.
     void noteFlush(bool succeeded) const;
 
-    /// Lets the stream go, closed or not.
+    /// Forgets the stream, without closing it.
     void forgetStream();
 
     /// Renames as the system does, which replaces a link at `to` itself. Throws RenameError naming `from`.

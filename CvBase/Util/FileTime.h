@@ -15,12 +15,12 @@ struct FileTime {
     std::int32_t modificationTime = 0;  ///< last changed
 };
 
-/// Reads the times of the file or folder at `path`, following symbolic links. False, with `time` untouched, when it
-/// cannot be read; errno then says why.
+/// Reads the times of the file or folder at `path`, following symbolic links. If that fails, returns false, leaves
+/// `time` unchanged and sets errno.
 [[nodiscard]] bool ReadFileTime(const String& path, FileTime& time);
 
-/// Sets both times of the file or folder at `path`, following symbolic links, with no fraction of a second. False when
-/// that is refused; errno then says why.
+/// Sets both times of the file or folder at `path`, following symbolic links, with no fraction of a second. If that
+/// fails, returns false and sets errno.
 [[nodiscard]] bool WriteFileTime(const String& path, const FileTime& time);
 
 }  // namespace Util

@@ -10,8 +10,8 @@
 class FilePath;
 
 /// \file
-/// What a program can ask about the process that it runs in. No function here fails: what the platform does not tell is
-/// the empty text or the value named.
+/// What a program can ask about the process that it runs in. No function here fails: for what the platform does not
+/// know, they return an empty text or the value named.
 
 namespace Util {
 
@@ -19,17 +19,17 @@ namespace Util {
 [[nodiscard]] String GetCurrentProcessName();
 
 /// The name to show to the user: CFBundleDisplayName of the main bundle, else its CFBundleName, else the process name.
-/// A value that is empty, or is not a text, counts as missing. Needs an autorelease pool of the caller's, as the next
-/// one does.
+/// A value that is empty, or is not a text, counts as missing. The caller must hold an autorelease pool
+/// (cv::AutoreleasePool), here and for the next function.
 [[nodiscard]] String GetCurrentProcessDisplayName();
 
 /// CFBundleVersion of the main bundle; empty when it has none.
 [[nodiscard]] String GetCurrentProcessDisplayVersion();
 
-/// The number by which the system knows the process.
+/// The number by which the system knows the process (its pid).
 [[nodiscard]] std::int32_t GetCurrentProcessID();
 
-/// How many processors can run this machine's threads at once; at least 1.
+/// How many threads this machine can run at once: its logical processors; at least 1.
 [[nodiscard]] std::int32_t GetNumLogicalProcessors();
 
 /// Whether a dialog may stop the user's other work: always true on this platform.
@@ -54,7 +54,7 @@ struct ReturnAddressInfo {
 /// @{
 
 /// For the platforms that have them. Here a call stack has no frames, so `*frameCount`, which must not be null, becomes
-/// 0; the two others always give false and change nothing.
+/// 0; the two others always return false and change nothing.
 void GetCallStack(unsigned int maxFrames, unsigned int* frameCount);
 bool ParseMapFile(std::map<unsigned int, MapFileFunctionInfo>& functions, const FilePath& path,
                   unsigned int baseAddress);

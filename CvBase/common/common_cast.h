@@ -16,8 +16,8 @@
 /// They take any two integer types, whatever their signs and widths, and do not compile for others. They throw nothing
 /// and can be evaluated by the compiler.
 
-/// Whether the integer type To can hold `value`: whether a To can equal it as a number. -1 is in range of no unsigned
-/// type, although a plain conversion makes something of it.
+/// Whether the integer type To can hold `value`: whether a To can equal it as a number. No unsigned type can hold -1,
+/// although a plain conversion would give a value.
 template <typename To, typename From>
 [[nodiscard]] constexpr bool in_range(From value) {
     static_assert(std::is_integral_v<To> && std::is_integral_v<From>, "in_range compares integers");
@@ -32,7 +32,7 @@ template <typename To, typename From>
     }
 }
 
-/// `value` as a To; unset when To cannot hold it. checked_cast<To>(value).ValueOr(x) is x then.
+/// `value` as a To; unset when To cannot hold it. checked_cast<To>(value).ValueOr(x) gives x in that case.
 template <typename To, typename From>
 [[nodiscard]] constexpr checked_value<To> checked_cast(From value) {
     return in_range<To>(value) ? checked_value<To>(static_cast<To>(value)) : checked_value<To>();

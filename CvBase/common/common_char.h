@@ -2,36 +2,36 @@
 
 #pragma GCC visibility push(default)
 
-/// The general category of each Latin-1 code point, numbered as in Category, indexed by the byte's unsigned value. The
-/// soft hyphen 0xAD is a dash here.
+/// The general category of each Latin-1 code point as Unicode 3.2 has it, numbered as in Category and indexed by the
+/// byte's unsigned value. Later versions of Unicode moved 0xA7, 0xAA, 0xAD, 0xB6 and 0xBA to other categories.
 extern const unsigned char _CHAR_CATEGORIES[256];
 
 /// One byte of a String: an 8-bit code unit, which for ASCII and Latin-1 text is the character itself. Converts from
 /// and to char freely.
 class Char {
 public:
-    /// The categories that occur in Latin-1, by their Unicode names; the numbers between them are the other categories
-    /// of Unicode.
+    /// The general categories of Unicode that occur in Latin-1, and the two other separators, with what they hold
+    /// there. The numbers left out belong to the other categories.
     enum Category : unsigned char {
-        DecimalDigit = 4,
-        OtherNumber = 6,
-        SpaceSeparator = 7,
-        LineSeparator = 8,
-        ParagraphSeparator = 9,
-        Control = 10,
-        UpperCaseLetter = 15,
-        LowerCaseLetter = 16,
-        ConnectorPunctuation = 20,
-        DashPunctuation = 21,
-        OpenPunctuation = 22,
-        ClosePunctuation = 23,
-        InitialQuote = 24,
-        FinalQuote = 25,
-        OtherPunctuation = 26,
-        MathSymbol = 27,
-        CurrencySymbol = 28,
-        ModifierSymbol = 29,
-        OtherSymbol = 30
+        DecimalDigit = 4,           ///< Nd: 0 to 9
+        OtherNumber = 6,            ///< No: superscript digits and fractions
+        SpaceSeparator = 7,         ///< Zs: the space and the no-break space
+        LineSeparator = 8,          ///< Zl: none
+        ParagraphSeparator = 9,     ///< Zp: none
+        Control = 10,               ///< Cc: 0x00 to 0x1F and 0x7F to 0x9F, tab and line feed among them
+        UpperCaseLetter = 15,       ///< Lu
+        LowerCaseLetter = 16,       ///< Ll: also the ordinal indicators 0xAA and 0xBA
+        ConnectorPunctuation = 20,  ///< Pc: the underscore
+        DashPunctuation = 21,       ///< Pd: the hyphen and the soft hyphen
+        OpenPunctuation = 22,       ///< Ps: ( [ {
+        ClosePunctuation = 23,      ///< Pe: ) ] }
+        InitialQuote = 24,          ///< Pi: the left guillemet
+        FinalQuote = 25,            ///< Pf: the right guillemet
+        OtherPunctuation = 26,      ///< Po: such as ! " # % & * , . /
+        MathSymbol = 27,            ///< Sm: such as + < = > | ~
+        CurrencySymbol = 28,        ///< Sc: such as $
+        ModifierSymbol = 29,        ///< Sk: accents that stand alone, ^ and the grave accent among them
+        OtherSymbol = 30            ///< So: such as the copyright sign
     };
 
     /// The byte `c`. Not explicit, so that a char can be passed for a Char.

@@ -6,7 +6,8 @@
 ///     const checked_value<unsigned int> dot = name.FindRev('.');
 ///     const String extension = dot.IsSet() ? name.Mid(dot.Value() + 1) : String();
 ///
-/// T needs a default value, which an unset checked_value holds, and to be copied; nothing else here fails.
+/// T must have a default constructor and be copyable. An unset checked_value holds a default T. Nothing here throws
+/// unless T does.
 template <typename T>
 class checked_value {
 public:
@@ -19,7 +20,7 @@ public:
     /// Whether there is a value.
     [[nodiscard]] constexpr bool IsSet() const { return set_; }
 
-    /// The value; T's default (0 for a number) when unset. Good while this object lives and is not assigned to.
+    /// The value; T's default (0 for a number) when unset. The reference is valid until this object is destroyed.
     [[nodiscard]] constexpr const T& Value() const { return value_; }
 
     /// The value, or `fallback` when unset.

@@ -16,7 +16,7 @@ namespace Exception {
 /// What every exception of the library carries. Copies share their texts, so copying one is cheap.
 class Base {
 public:
-    /// `message` says in words what failed.
+    /// `message` says in words what failed. Shares its text. May throw std::bad_alloc.
     explicit Base(const String& message);
 
     /// Shares the texts, and throws nothing.
@@ -25,9 +25,8 @@ public:
 
     virtual ~Base();
 
-    /// Several lines for a log: the kind, the message and where it was thrown, ending with a line feed. The source
-    /// unit's name is filled into a template with placeholders of its own: one such as "%1" in the name is replaced by
-    /// the line.
+    /// Several lines for a log: the kind, the message and where it was thrown, ending with a line feed. Caution: a
+    /// placeholder such as "%1" in the source unit's name is replaced by the line. May throw std::bad_alloc.
     [[nodiscard]] virtual String ToString() const;
 
     /// The message alone.
@@ -42,7 +41,8 @@ public:
     /// The last-error value of platforms that have one: 0 once thrown, -1 before SetThrowSite().
     [[nodiscard]] int GetOSErrorAtThrow() const { return osErrorAtThrow_; }
 
-    /// Records where the exception is thrown. Called once, by Throw(); nothing changes an exception after that.
+    /// Records where the exception is thrown; Throw() calls it, once. `unit` is copied; a null one makes
+    /// GetSourceFile() null. May throw std::bad_alloc.
     void SetThrowSite(const char* unit, int line);
 
 private:
@@ -53,7 +53,8 @@ private:
 };
 
 /// Throws `exception` by value as coming from `line` of the source unit `unit` ("Util/File"). The type thrown is the
-/// type passed. What `exception` is made from must hold a saved errno: making texts can change errno.
+/// type passed. If the exception is to carry errno, save errno before you make the exception: making its texts can
+/// change errno.
 template <class E>
 [[noreturn]] void Throw(E exception, const char* unit, int line) {
     exception.SetThrowSite(unit, line);

@@ -9,17 +9,18 @@
 /// Handles that share what they own. shared_ptr owns one object, shared_array an array made with new[].
 ///
 ///     const shared_ptr<std::string> text(new std::string("abc"));
-///     const shared_ptr<std::string> same(text);  // both own the string; the last one to end deletes it
+///     const shared_ptr<std::string> same(text);  // both own the string; the last one destroyed deletes it
 ///
-/// A handle is two pointers: to what it owns and to a count of the handles that share it, a word of its own on the
-/// heap. An empty handle, which owns nothing, has a count of 1 too. So even an empty handle takes memory, and making
-/// one can throw std::bad_alloc; copying, assigning and ending a handle throw nothing.
+/// A handle is two pointers: one to what it owns, and one to the count of the handles that share it. The count is a
+/// block of memory apart, because a handle takes over an object that exists already. An empty handle, which owns
+/// nothing, has a count of 1 too, so that no operation needs a special case. So even an empty handle takes memory, and
+/// making one can throw std::bad_alloc; copying, assigning and destroying a handle throw nothing.
 ///
-/// Threads: copies of one shared_ptr may live, be copied and end on different threads. All copies of one shared_array
-/// stay on one thread, because its count is a plain integer. One handle, and what the handles own, belong to one thread
-/// at a time, as any other object does.
+/// Threads: copies of one shared_ptr may live, be copied and be destroyed on different threads. All copies of one
+/// shared_array stay on one thread, because its count is a plain integer. One handle, and what the handles own, belong
+/// to one thread at a time, as any other object does.
 
-/// Deletes `p`; null is fine. A type that is only declared here does not compile.
+/// Deletes `p`, which may be null. Does not compile for a type that is only declared, not defined.
 template <typename T>
 void checked_delete(T* p) {
     static_cast<void>(sizeof(T));
@@ -77,7 +78,7 @@ public:
     /// std::bad_alloc.
     explicit SharedHandle(T* owned) : pointer_(owned), count_(newCount(owned)) {}
 
-    /// Shares what `other` owns.
+    /// Shares what `other` owns. A move is a copy, since every handle has a count.
     SharedHandle(const SharedHandle& other) noexcept : pointer_(other.pointer_), count_(other.count_) {
         Sharing::add(*count_);
     }
@@ -91,7 +92,7 @@ public:
 
     ~SharedHandle() { dispose(); }
 
-    /// Gives up this handle's share and takes one of `pointer`, whose handles `count` counts. Nothing happens when this
+    /// Gives up this handle's share and joins the handles of `pointer`, which `count` counts. Nothing happens when this
     /// handle has that count already, so that a handle can be assigned to itself.
     void share(T* pointer, volatile unsigned int* count) noexcept {
         if (count == count_) {
@@ -103,9 +104,9 @@ public:
         count_ = count;
     }
 
-    /// Gives up this handle's share before the handle ends; the last share deletes what is owned, and the count. The
-    /// pointer stays as it was but must not be followed, and count() is null. After that the handle may be disposed of
-    /// again, which does nothing, given a share, or ended, but not copied.
+    /// Gives up this handle's share before the handle is destroyed; the last share deletes what is owned, and the
+    /// count. get() stays as it was but must not be followed, and count() is null. After that the handle may be
+    /// disposed of again, which does nothing, given a share, or destroyed, but not copied.
     void dispose() noexcept {
         if (count_ == nullptr) {
             return;
@@ -118,24 +119,25 @@ public:
         }
     }
 
-    /// Exchanges what the two handles own. Counts nothing.
+    /// Exchanges what the two handles own. No count changes.
     void swap(SharedHandle& other) noexcept {
         std::swap(pointer_, other.pointer_);
         std::swap(count_, other.count_);
     }
 
-    /// What is owned; null for an empty handle. Good as long as a handle owns it.
+    /// What is owned; null for an empty handle. Valid as long as a handle owns it.
     [[nodiscard]] T* get() const { return pointer_; }
 
-    /// The word in which the handles are counted, which share() takes; null after dispose().
+    /// The count of the handles, which belongs to all of them; share() takes it together with get(). Never write to it.
+    /// Null after dispose().
     [[nodiscard]] volatile unsigned int* count() const { return count_; }
 
-    /// How many handles share what is owned now, at least 1. Handles on other threads may change it at any time. Not
-    /// after dispose().
+    /// How many handles share what is owned now, at least 1. Other threads may change it at any time. Do not call after
+    /// dispose().
     [[nodiscard]] unsigned int use_count() const { return Atomic::AtomicRead(*count_); }
 
 protected:
-    /// Deletes what is owned and takes over `owned` in its place. For an only handle.
+    /// Deletes what is owned and takes over `owned` in its place. Only for a handle that shares with no other.
     void replaceOwned(T* owned) { Sharing::destroy(std::exchange(pointer_, owned)); }
 
 private:
@@ -166,8 +168,9 @@ public:
     /// std::bad_alloc.
     explicit shared_ptr(T* object) : HandleDetail::SharedHandle<T, HandleDetail::SharedObject>(object) {}
 
-    /// Gives up this handle's share and takes over `object`, which no other handle may own; the other holders keep the
-    /// old object. When there is no memory, deletes `object`, leaves the handle as it was and throws std::bad_alloc.
+    /// Gives up this handle's share and takes over `object`, which no other handle may own. Other handles of the old
+    /// object keep it. When there is no memory, deletes `object`, leaves the handle as it was and throws
+    /// std::bad_alloc.
     void replace(T* object) {
         if (HandleDetail::SharedObject::isOnly(*this->count())) {
             this->replaceOwned(object);
@@ -178,7 +181,7 @@ public:
         this->swap(replacement);
     }
 
-    /// The object; not for an empty handle.
+    /// The object. Undefined for an empty handle.
     T* operator->() const { return this->get(); }
     T& operator*() const { return *this->get(); }
 };
@@ -194,7 +197,7 @@ public:
     /// throws std::bad_alloc.
     explicit shared_array(T* array) : HandleDetail::SharedHandle<T, HandleDetail::SharedArray>(array) {}
 
-    /// The element at `index`, which is not checked; not for an empty handle.
+    /// The element at `index`, which is not checked. Undefined for an empty handle.
     T& operator[](std::size_t index) const { return this->get()[index]; }
 };
 

@@ -19,20 +19,21 @@
 ///     const String upper = name.ToUpper();         // leaves name as it is
 ///     const String message = String("%1 of %2").Arg(upper).Arg(7);
 ///
-/// A String is two pointers. A copy shares the bytes and costs one atomic increment. A String never changes bytes that
-/// another String can see: an operation that changes it builds a new text first and then takes it, so that after
-/// std::bad_alloc the String is as it was. Any operation that makes a text may throw that, and on a 32-bit processor
-/// std::length_error for a text of 2 GiB or more; nothing else is thrown. Copies may be used on different threads, one
-/// String may not.
+/// A String is two pointers: to its text, and to the count of the Strings that share it. A copy shares the text until
+/// one of the two is modified, and costs one atomic increment. A String never changes bytes that another String shares.
+/// An operation that changes a String builds a new text first and then adopts it, so std::bad_alloc leaves the String
+/// unchanged. Any operation that makes a text may throw that, and on a 32-bit processor std::length_error for a text of
+/// 2 GiB or more; nothing else is thrown. Different threads may use different copies of a text, but no two threads one
+/// String.
 ///
-/// A String is null (there is no text) or holds a text, which may be empty. Both states have length 0, read as "" and
-/// are equal; each operation says which of them it gives.
+/// A String is null (there is no text) or holds a text, which may be empty. Both have length 0, read as "" and compare
+/// equal; each operation says which of the two it returns.
 ///
 /// NUL bytes count in the length, and Left, Mid and Right work with them. What reads the text as a C string sees only
 /// the bytes before the first NUL, called the view below.
 class String {
 public:
-    /// For Number and Arg of a floating value: as many decimals as printf gives by itself.
+    /// For Number and Arg of a floating-point value: as many decimals as printf writes by default, 6.
     static constexpr unsigned int NO_PRECISION = 0xFFFFFFFF;
 
     /// @name Construction
@@ -49,7 +50,7 @@ public:
     /// is null.
     String(const char* s, unsigned int maxLength);
 
-    /// The one byte, NUL too. An int converts to char silently: String(65) is "A".
+    /// A text of one byte, which may be NUL. Beware: an int converts to char silently, so String(65) is "A".
     String(char c);
     String(const Char& c);
 
@@ -66,8 +67,8 @@ public:
     String(const String& other) noexcept = default;
     String& operator=(const String& other) noexcept = default;
 
-    /// Exchanges the texts, which saves the counting when a vector moves its elements about. There is no move
-    /// construction: it would leave a String without a count.
+    /// Swaps the texts: afterwards `other` holds the old text of this String. So a vector moves its elements about
+    /// without counting. There is no move constructor, because every String, even a null one, has a count.
     String& operator=(String&& other) noexcept {
         text_.swap(other.text_);
         return *this;
@@ -89,7 +90,8 @@ public:
     /// The number of bytes, embedded NULs included; 0 when null.
     [[nodiscard]] unsigned int Length() const { return IsNull() ? 0 : static_cast<unsigned int>(text_->size()); }
 
-    /// The bytes and a NUL after them; "" when null. Good while a String with this text exists and is not changed.
+    /// The bytes and a NUL after them; "" when null. Valid as long as a String holds this text: until the last of those
+    /// that share it is changed or destroyed.
     [[nodiscard]] const char* CStr() const { return IsNull() ? "" : text_->c_str(); }
 
     /// Whether the length is 0.
@@ -104,9 +106,9 @@ public:
     /// Whether the two share one text, as copies do; equal texts need not be shared.
     [[nodiscard]] bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
 
-    /// The view as NUL-terminated UTF-16. The bytes are read as UTF-8, or as Mac OS Roman when `encoding` is 2. A null
-    /// array when they are not valid in that encoding or give more than 100000 units; one unit, 0, for an empty view.
-    /// The array must stay on the calling thread.
+    /// The view, converted to NUL-terminated UTF-16 from UTF-8, or from Mac OS Roman when `encoding` is 2. Returns an
+    /// empty handle when the bytes are not valid in that encoding or give more than 100000 units, and a single 0 for an
+    /// empty view. Use the array and its copies on the calling thread only.
     [[nodiscard]] shared_array<unsigned short> Unicode(unsigned int encoding = 1) const;
 
     /// "\n".
@@ -119,10 +121,13 @@ public:
     /// Appends all bytes of `rhs`. A null or empty `rhs` changes nothing; a null or empty String then shares the text
     /// of `rhs`.
     String& operator+=(const String& rhs);
+
+    /// Appends the byte `c`, which may be NUL.
     String& operator+=(char c);
 
     /// Cuts the text to `length` bytes or pads it with NUL bytes; a null String becomes non-null. With `keepUtf8Whole`,
-    /// the bytes of a UTF-8 sequence that the end cuts off become NUL: they leave the view, and the length stays.
+    /// if the cut splits a UTF-8 sequence, what is left of that sequence becomes NUL bytes; the length is still
+    /// `length`.
     void Resize(unsigned int length, bool keepUtf8Whole = false);
 
     /// Resize(length, true) when the text is longer, else nothing.
@@ -131,30 +136,31 @@ public:
     /// Puts `s` in front of byte `pos`, or at the end when `pos` is past it.
     String& Insert(unsigned int pos, const String& s);
 
-    /// Takes out `count` bytes at `pos`, or, without a value, all from there on. Nothing happens when `pos` is at the
+    /// Removes `count` bytes from `pos` on, or all of them when `count` is unset. Nothing happens when `pos` is at the
     /// end or past it, or `count` is 0. `pos + count` wraps at 32 bits: "abcde".Remove(2, 0xFFFFFFFF) gives "abbcde".
     String& Remove(unsigned int pos, const checked_value<unsigned int>& count = {});
 
     /// @}
     /// @name Searching
-    /// Nothing is found from a position at the end or past it. Without `caseSensitive`, ASCII letters match in either
-    /// case.
+    /// A result is unset when nothing is found, as in every search that starts at the end or past it. If
+    /// `caseSensitive` is false, ASCII letters match in either case.
     /// @{
 
     /// The first position from `start` on that holds `c`.
     [[nodiscard]] checked_value<unsigned int> Find(char c, unsigned int start = 0, bool caseSensitive = true) const;
 
-    /// The last position that holds `c`, up to and including `start`; without a value, up to the end.
+    /// The last position that holds `c`, up to and including `start`, or up to the end when `start` is unset.
     [[nodiscard]] checked_value<unsigned int> FindRev(char c, const checked_value<unsigned int>& start = {},
                                                       bool caseSensitive = true) const;
 
-    /// Where `needle` first begins at or after `start`, before the next NUL byte; an empty one is found at `start`.
-    /// Without `caseSensitive`, only the view is searched and a null `needle` is an empty one; with it, `needle` must
-    /// not be null.
+    /// Where `needle` first begins at or after `start`, before the next NUL byte; an empty one is found at `start`. If
+    /// `caseSensitive` is false, only the view is searched, and a null `needle` counts as empty. Otherwise `needle`
+    /// must not be null.
     [[nodiscard]] checked_value<unsigned int> Find(const char* needle, unsigned int start = 0,
                                                    bool caseSensitive = true) const;
 
-    /// Whether the first, or the last, bytes are those of the argument, compared as ==. True for an empty one.
+    /// Whether the first, or the last, bytes are those of the argument, compared as ==, that is, up to the first NUL
+    /// byte. True for an empty argument.
     [[nodiscard]] bool BeginsWith(const String& prefix, bool caseSensitive = true) const;
     [[nodiscard]] bool EndsWith(const String& suffix, bool caseSensitive = true) const;
 
@@ -163,12 +169,13 @@ public:
     /// These leave this String as it is.
     /// @{
 
-    /// The first, or the last, `n` bytes, or all there are; null when this is null.
+    /// The first, or the last, `n` bytes, or all there are; null when this is null. These and Mid may cut a UTF-8
+    /// sequence.
     [[nodiscard]] String Left(unsigned int n) const;
     [[nodiscard]] String Right(unsigned int n) const;
 
-    /// The bytes from `pos`, `count` of them or as many as there are; without a value, all. Null when `pos` is at the
-    /// end or past it.
+    /// The bytes from `pos`, `count` of them or as many as there are, or all when `count` is unset. Null when `pos` is
+    /// at the end or past it.
     [[nodiscard]] String Mid(unsigned int pos, const checked_value<unsigned int>& count = {}) const;
 
     /// @}
@@ -176,35 +183,37 @@ public:
     /// These leave this String as it is and return the changed text.
     /// @{
 
-    /// The view with its ASCII letters in upper, or lower, case; null when the text begins with a NUL byte. Of a null
-    /// or an empty String, ToUpper gives a copy that shares it, and ToLower a new one.
+    /// The view with its ASCII letters in upper, or lower, case; null when the text begins with a NUL byte. Other bytes
+    /// stay. For a null or an empty String, ToUpper returns a copy that shares its text, and ToLower a new String that
+    /// is null or empty as well.
     [[nodiscard]] String ToUpper() const;
     [[nodiscard]] String ToLower() const;
 
     /// Without the white space at both ends; shares the text when there is none. Empty when there is nothing else.
     [[nodiscard]] String StripWhiteSpace() const;
 
-    /// Without the white space at both ends, and with one blank for each run of white space inside. A UTF-8 sequence
-    /// whose end was taken for white space (the byte 0xA0) and dropped is blanked as by Resize. Empty when there is
-    /// nothing else; a null String stays null.
+    /// Without the white space at both ends, and with one blank for each run of white space inside. If the last UTF-8
+    /// sequence loses its end because that byte (0xA0) counts as white space, the rest of it becomes NUL bytes, as in
+    /// Resize. Empty when there is nothing else; a null String stays null.
     [[nodiscard]] String SimplifyWhiteSpace() const;
 
     /// Sets `out` to the fields between the separators, always one more than there are separators. Empty fields are
-    /// kept; the one after a trailing separator is null. `out` may hold this String.
+    /// kept; the one after a trailing separator is null. This String may be an element of `out`. After std::bad_alloc
+    /// `out` holds some of the fields.
     void Split(char separator, std::vector<String>& out) const;
 
-    /// The parts with `separator` between them. Null when there is nothing to join; shares the text of the one piece
-    /// when all others are empty.
+    /// The parts with `separator` between them. Null when there are no bytes to join. When only one of the parts and
+    /// separators has bytes, shares its text.
     [[nodiscard]] static String Join(const String& separator, const std::vector<String>& parts);
 
-    /// Every `from` replaced by `to`, from left to right; null when nothing is left. Shares the text when `from` is
-    /// null or empty. Where `from` has a NUL byte, the text must have one, too; what comes after it in `from` matches
-    /// any bytes.
+    /// Every `from` replaced by `to`, from left to right; null when that leaves nothing. Shares the text when `from` is
+    /// null or empty. A `from` that contains a NUL byte matches where the text has the bytes before the NUL and the NUL
+    /// itself; the bytes after the NUL match any others.
     [[nodiscard]] String Replace(const String& from, const String& to) const;
 
-    /// Every byte `from` replaced by `to`; never null. The result ends before the first NUL byte of the text. If a
-    /// `from` lies past that, the result goes on to the last such place instead, and every other byte on the way is
-    /// NUL.
+    /// Every byte `from` replaced by `to`; never null. The result ends before the first NUL byte of the text. If a byte
+    /// `from` follows that NUL, the result instead ends with the last such byte replaced, and every byte between that
+    /// was not `from` is NUL.
     [[nodiscard]] String ReplaceChar(const Char& from, const Char& to) const;
 
     /// @}
@@ -214,9 +223,8 @@ public:
     /// @{
 
     /// `value` in `base`, 2 to 36 with upper-case letters, or 10 for any other: "-" if it is negative, then the digits,
-    /// with zeros in front up to `width`. The least value, -2147483648, pads its last digit on its own: with a width of
-    /// 3 in base 10 it is
-    /// "-214748364008".
+    /// with zeros in front up to `width`. The least value, -2147483648, is rendered in two parts, its last digit and
+    /// the digits before it, and each is padded to `width`: with a width of 3 in base 10 it is "-214748364008".
     [[nodiscard]] static String Number(int value, unsigned int base = 10,
                                        const checked_value<unsigned int>& width = {});
     [[nodiscard]] static String Number(long value, unsigned int base = 10,
@@ -234,8 +242,9 @@ public:
     [[nodiscard]] static String Number(unsigned long long value, unsigned int base = 10,
                                        const checked_value<unsigned int>& width = {});
 
-    /// `value` as printf writes it with `precision` decimals, at most 99, and the conversion letter `format`: one of f
-    /// F e E g G, and 'f' without a value and for any other. The decimal separator is the user's.
+    /// `value` as printf writes it, with `precision` decimals and the conversion letter `format`. A `precision` above
+    /// 99 counts as 99. `format` is one of f F e E g G; when it is unset or anything else it is f. The decimal
+    /// separator is the user's.
     [[nodiscard]] static String Number(double value, unsigned int precision = NO_PRECISION,
                                        const checked_value<unsigned int>& format = {});
     [[nodiscard]] static String Number(float value, unsigned int precision = NO_PRECISION,
@@ -247,7 +256,7 @@ public:
 
     /// The template with the lowest-numbered placeholder, %0 to %9, replaced by `value`. Only the first one with that
     /// number is replaced. Without a placeholder, `value` is appended. "%%" is not an escape, and "%10" is "%1" and a
-    /// '0'. A placeholder in `value` is one for the next call.
+    /// '0'. A placeholder in `value` is left for the next call to replace.
     [[nodiscard]] String Arg(const String& value) const;
     [[nodiscard]] String Arg(const char* s) const;
     [[nodiscard]] String Arg(char c) const;
@@ -274,14 +283,15 @@ public:
     /// @}
     /// @name Reading numbers
     /// The text may have white space around the number. '.', ',' and the user's separator are decimal separators;
-    /// full-width digits, stops and minus signs count as the ASCII ones. Each sets `*ok`, unless `ok` is null, to
-    /// whether the whole text was a number in range, and returns 0 when it was not.
+    /// full-width digits, stops and minus signs count as the ASCII ones. Each returns 0 when the whole text is not a
+    /// number in range, and sets `*ok` to whether it is, unless `ok` is null.
     /// @{
 
     /// Digits in `base`, 2 to 36, letters in either case, after an optional '+' or, for the signed types, '-'.
     ///
-    /// Two have ranges of their own. ToShort takes -65535 to 32767 and keeps the lower 16 bits: "-40000" is 25536.
-    /// ToInt64 takes 0 to 4294967295 and returns the lower 32 bits with their sign: "3000000000" is -1294967296.
+    /// Two take other ranges than their types have. ToShort takes -65535 to 32767 and keeps the lower 16 bits: "-40000"
+    /// is 25536. ToInt64 takes 0 to 4294967295 and returns the lower 32 bits with their sign: "3000000000" is
+    /// -1294967296.
     short ToShort(bool* ok = nullptr, unsigned int base = 10) const;
     unsigned short ToUShort(bool* ok = nullptr, unsigned int base = 10) const;
     int ToInt(bool* ok = nullptr, unsigned int base = 10) const;
@@ -317,8 +327,8 @@ private:
 [[nodiscard]] String operator+(const String& a, const char* b);
 
 /// The views compared byte by byte, as unsigned values; for UTF-8 that is the order of the code points. A null String,
-/// an empty one and "" are equal. A null `const char*` is neither equal to, less than nor greater than anything, not
-/// even a null String.
+/// an empty one and "" are equal. A null `const char*` differs from every String, even a null one: of the six
+/// comparisons only != is true.
 inline bool operator==(const String& a, const String& b) {
     return a.CStr() == b.CStr() || std::strcmp(a.CStr(), b.CStr()) == 0;
 }

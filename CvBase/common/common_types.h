@@ -17,13 +17,13 @@ using std::uint32_t;
 using std::uint64_t;
 using std::uint8_t;
 
-/// An empty base class that takes copying away. Derive from it privately in a class that owns a resource of the
+/// An empty base class that makes a class non-copyable. Derive from it privately in a class that owns a resource of the
 /// platform, such as an open file:
 ///
 ///     class Lock : private noncopyable { ... };
 class noncopyable {
 public:
-    /// A class with this base has neither copy construction nor assignment, and no moves either.
+    /// A class derived from this can be neither copied nor moved.
     noncopyable(const noncopyable&) = delete;
     noncopyable& operator=(const noncopyable&) = delete;
 

@@ -10,14 +10,14 @@
 /// \file
 /// Modal message boxes with fixed sets of buttons, shown with the platform's own alert panel (AppKit's NSAlert).
 ///
-/// Each call shows its own panel and blocks until the user presses a button. To be called on the main thread, inside an
-/// autorelease pool of the caller's. Where there is no display, the port asks on the terminal instead, or takes the
-/// first button when there is none.
+/// Each call shows its own panel and blocks until the user presses a button. Call them on the main thread, inside an
+/// autorelease pool of your own (cv::AutoreleasePool). Without a display the port asks on the terminal instead; without
+/// a terminal either it takes the first button.
 ///
-/// Alike in all forms: `parent` is ignored, the panel is application-modal; `title` and the unnamed bool are accepted
-/// and not shown or used, since such a panel has no title; the first button is the default one, whatever the focus; a
-/// message that is not valid UTF-8 shows as empty. The result is false, and nothing is shown, when
-/// Util::IsModalDialogAllowed() says no.
+/// In all of them, `parent` is ignored: the panel is application-modal. `title` is ignored: such a panel has none. The
+/// focus and the unnamed bool are ignored: the first button is always the default one. A message that is not valid
+/// UTF-8 shows as empty. When Util::IsModalDialogAllowed() is false, nothing is shown, and those that return a bool
+/// return false.
 
 namespace UI {
 namespace Native {
@@ -31,7 +31,7 @@ enum IconType : std::int32_t {
     IconNone = 4       ///< shown as information
 };
 
-/// The button that a caller would like to be the default one.
+/// The button that the caller would like to be the default one. Ignored: the first one always is.
 enum OKCancelFocus : std::int32_t { OKCancelFocusOK = 0, OKCancelFocusCancel = 1 };
 enum YesNoFocus : std::int32_t { YesNoFocusYes = 0, YesNoFocusNo = 1 };
 enum YesNoCancelFocus : std::int32_t { YesNoCancelFocusYes = 0, YesNoCancelFocusNo = 1, YesNoCancelFocusCancel = 2 };
@@ -47,12 +47,12 @@ bool MessageOKCancel(void* parent, const String& title, const String& message, O
 /// "Yes", "No". True for "Yes".
 bool MessageYesNo(void* parent, const String& title, const String& message, YesNoFocus focus, bool, IconType icon);
 
-/// "Yes", "Cancel", "No". True for "Yes"; `cancelled` becomes whether "Cancel" was pressed, and stays as it was when
-/// nothing is shown.
+/// "Yes", "Cancel", "No". True for "Yes". Sets `cancelled` to whether "Cancel" was pressed, and leaves it as it was
+/// when nothing is shown.
 bool MessageYesNoCancel(bool& cancelled, void* parent, const String& title, const String& message,
                         YesNoCancelFocus focus, bool, IconType icon);
 
-/// "OK", "Cancel", "Retry", "Cancel". True only for "OK".
+/// "OK", "Cancel", "Retry", "Cancel". True only for "OK": "Retry" gives false, as "Cancel" does.
 bool MessageRetryCancel(void* parent, const String& title, const String& message, RetryCancelFocus focus, bool,
                         IconType icon);
 

@@ -33,7 +33,8 @@ int socketNamed(std::string_view value) {
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), socket);
     const bool isNumber = error == std::errc() && end == value.data() + value.size() && socket >= 0;
     if (!isNumber || socketOption(socket, SO_DOMAIN) != AF_UNIX || socketOption(socket, SO_TYPE) != SOCK_STREAM) {
-        throw AlertFault("CV_ALERT_SOCKET is '" + std::string(value) + "', which is no socket to ask on");
+        throw AlertFault("CV_ALERT_SOCKET is '" + std::string(value) +
+                         "', which is not the number of a local stream socket");
     }
     return socket;
 }

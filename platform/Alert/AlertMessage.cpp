@@ -57,7 +57,7 @@ public:
 
     void mark(std::string_view expected) {
         if (bytes(expected.size()) != expected) {
-            throw AlertFault("the other side does not speak of alerts");
+            throw AlertFault("the other side sent something that is not an alert message");
         }
     }
 
@@ -128,7 +128,7 @@ Alert parseBody(std::string_view body) {
     const std::uint32_t style = parser.number();
     const std::uint32_t buttons = parser.number();
     if (style > static_cast<std::uint32_t>(AlertStyle::Critical) || buttons == 0 || buttons > MAX_BUTTONS) {
-        throw AlertFault("the other side asks for an alert that there is not");
+        throw AlertFault("the other side asked for an invalid alert");
     }
     alert.style = static_cast<AlertStyle>(style);
     alert.message = parser.text();
@@ -151,7 +151,7 @@ std::optional<std::size_t> readAnswer(int socket, std::size_t buttons) {
         return std::nullopt;
     }
     if (button >= buttons) {
-        throw AlertFault("the other side answered with a button that there is not");
+        throw AlertFault("the other side answered with a button that does not exist");
     }
     return button;
 }
@@ -209,7 +209,7 @@ std::optional<Alert> readAlert(int socket) {
     parser.mark(REQUEST_MARK);
     const std::uint32_t size = parser.number();
     if (size > MAX_REQUEST_SIZE) {
-        throw AlertFault("the other side asks for an alert that is too long");
+        throw AlertFault("the other side asked for an alert that is too long");
     }
     return parseBody(receive(socket, size));
 }

@@ -26,7 +26,7 @@
 ///     8 bytes     "CvAnswr1"
 ///     number      the index of the button, or 0xFFFFFFFF when the alert cannot be shown there
 ///
-/// Bytes that are left over are a fault like any other. The reader does not look into texts: what is no UTF-8 in them
+/// Bytes that are left over are a fault like any other. The reader does not look into texts: what is not UTF-8 in them
 /// is for whoever shows them.
 
 namespace cv {
@@ -42,8 +42,8 @@ class AlertFault : public std::runtime_error {
 /// What closing the alert presses: the first button titled "Cancel". Nothing where there is none, and the alert stays.
 std::optional<std::size_t> closingButton(const Alert& alert);
 
-/// What an alert gives that was lost before it was answered: closingButton(), else the last button, since the first one
-/// is what the user would have had to agree to.
+/// The result of an alert that was lost before it was answered: closingButton(), else the last button, since pressing
+/// the first one would mean to agree.
 std::size_t unansweredButton(const Alert& alert);
 
 /// Whether a request can hold the alert.
@@ -51,11 +51,11 @@ bool fitsRequest(const Alert& alert);
 
 /// The asking side: sends the alert, which must fit, and waits for the answer: the index of one of its buttons, or
 /// nothing when the other side cannot show it. Throws AlertFault, and the socket is shut down then, so that no late
-/// answer is taken for that to another alert. Never raises SIGPIPE.
+/// answer is taken for the answer to another alert. Never raises SIGPIPE.
 std::optional<std::size_t> askOver(int socket, const Alert& alert);
 
 /// The showing side: waits for a request, and for all of it. Nothing when the asking side has closed the socket. Throws
-/// AlertFault, after which the socket is good for nothing.
+/// AlertFault, after which the socket cannot be used any more.
 std::optional<Alert> readAlert(int socket);
 
 /// The showing side: answers the alert that was read last; nothing says that it cannot be shown. Throws AlertFault.

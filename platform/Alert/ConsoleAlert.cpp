@@ -61,7 +61,7 @@ std::size_t askForNumber(std::size_t count) {
         if (*end == '\0' && choice >= 1 && choice <= count) {
             return choice;
         }
-        print("'" + line + "' is none of the numbers 1 to " + std::to_string(count) + ".");
+        print("'" + line + "' is not a number from 1 to " + std::to_string(count) + ".");
     }
 }
 

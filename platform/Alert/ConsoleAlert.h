@@ -5,7 +5,7 @@
 namespace cv {
 
 /// Asks where there is no display: writes the message and the buttons to standard error and reads the choice from the
-/// terminal, or takes the first button when standard input is no terminal. Returns the index of the button.
+/// terminal, or takes the first button when standard input is not a terminal. Returns the index of the button.
 std::size_t askOnConsole(const Alert& alert);
 
 }  // namespace cv

@@ -115,7 +115,7 @@ bool displayIsNamed() {
 std::optional<std::size_t> askOnPanel(const Alert& alert) {
     auto [ours, theirs] = makeSocket();
     if (!ours.isOpen() || !theirs.isOpen()) {
-        return notShown("there is no socket to be had: " + errorText(errno));
+        return notShown("a socket cannot be made: " + errorText(errno));
     }
     const AlertProgram program(theirs);
     if (program.error() != 0) {

@@ -12,7 +12,7 @@ OSErr fileError(int errnoValue);
 /// What an `errno` value means, for a report. Never null.
 const char* errorName(int errnoValue);
 
-/// What `work` answers, or memFullErr when it throws std::bad_alloc: a call of the File Manager or the Apple Event
+/// What `work` returns, or memFullErr when it throws std::bad_alloc: a call of the File Manager or the Apple Event
 /// Manager never throws.
 template <typename Work>
 OSErr orMemoryError(Work work) {

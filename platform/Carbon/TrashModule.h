@@ -1,7 +1,7 @@
 #pragma once
 
-// The module CvTrash.so, the part of the Finder that needs GIO. It is loaded when something first goes to the Trash, so
-// that no other program carries GIO and what that brings along.
+// The module CvTrash.so, the part of the Finder that needs GIO. It is loaded when the first item goes to the Trash, so
+// that no other program carries GIO and its dependencies.
 
 #include <Carbon/Files.h>
 

@@ -75,7 +75,7 @@ CFBundleRef copyLiving(const std::string& path) {
 cv::Result<std::string> resolvedPath(CFURLRef url) {
     std::array<UInt8, PATH_MAX> buffer;
     if (url == nullptr || !CFURLGetFileSystemRepresentation(url, true, buffer.data(), buffer.size())) {
-        return cv::Fault{"", "no path of a file"};
+        return cv::Fault{"", "the URL is not the path of a file"};
     }
     const char* path = reinterpret_cast<const char*>(buffer.data());
     std::array<char, PATH_MAX> resolved;
@@ -156,7 +156,7 @@ cv::Result<cv::Owned<__CFDictionary>> cv::readInfo(const std::string& bundlePath
     }
     const plist::Parsed parsed = plist::parse(bytes);
     if (!parsed.root || parsed.root->dictionary() == nullptr) {
-        return Fault{path, parsed.root ? "its root is no dictionary" : parsed.reason};
+        return Fault{path, parsed.root ? "its root is not a dictionary" : parsed.reason};
     }
     return Owned<__CFDictionary>(static_cast<CFDictionaryRef>(plist::createObject(*parsed.root)));
 }

@@ -106,7 +106,7 @@ cv::Result<Factories> readFactories(CFPlugInRef plugIn, const Factories& registe
         const auto function = cv::utf8Of(value.get());
         const std::string name = cv::utf8Of(key.get()).value_or("");
         if (!identifier) {
-            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInFactories of Info.plist is no identifier"};
+            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInFactories of Info.plist is not a UUID"};
         }
         if (!function || function->empty()) {
             return cv::Fault{plugIn->path, "CFPlugInFactories in Info.plist names no function for " + name};
@@ -150,7 +150,7 @@ std::optional<cv::Fault> readTypes(CFPlugInRef plugIn, Factories& found) {
         const auto type = parseIdentifier(key.get());
         const std::string name = cv::utf8Of(key.get()).value_or("");
         if (!type) {
-            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInTypes of Info.plist is no identifier"};
+            return cv::Fault{plugIn->path, "\"" + name + "\" in CFPlugInTypes of Info.plist is not a UUID"};
         }
         if (auto fault = readMakers(*plugIn, *type, name, value.get(), found)) {
             return fault;

@@ -34,7 +34,7 @@ struct __CFNumber : objc_object {
     const CFNumberType type;
 
 private:
-    /// What the number is as an integer; false when it is none that 64 bits hold.
+    /// The number as an integer; false when it is not one that 64 bits hold.
     bool integer(bool& isNegative, std::uint64_t& bits) const noexcept;
 
     bool isFloating_;

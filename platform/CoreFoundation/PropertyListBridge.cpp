@@ -26,7 +26,7 @@ public:
     bool read(CFTypeRef object, unsigned depth, Value& value) {
         const objc_class* const type = object != nullptr ? cv::object(object).isa : nullptr;
         if (type == &STRING_CLASS) {
-            return readText(object, value.content.emplace<std::string>(), "text in it has half a surrogate pair");
+            return readText(object, value.content.emplace<std::string>(), "text in it has an unpaired surrogate");
         }
         if (type == &BOOLEAN_CLASS) {
             value.content.emplace<bool>(cv::object<__CFBoolean>(object).value);
@@ -66,7 +66,7 @@ private:
 
     bool readCollection(CFTypeRef object, const objc_class* type, unsigned depth, Value& value) {
         if (type != &ARRAY_CLASS && type != &DICTIONARY_CLASS) {
-            return refuse("it is no property list");
+            return refuse("it is not a property list");
         }
         if (depth == MAX_DEPTH) {
             return refuse("it is nested too deeply");
@@ -88,7 +88,7 @@ private:
     bool readDictionary(const __CFDictionary& dictionary, unsigned depth, Dictionary& values) {
         for (const auto& [key, item] : dictionary.entries) {
             std::string name;
-            if (!readText(key.get(), name, "a key in it is no text, or has half a surrogate pair") ||
+            if (!readText(key.get(), name, "a key in it is not text, or has an unpaired surrogate") ||
                 !read(item.get(), depth + 1, values[name])) {
                 return false;
             }

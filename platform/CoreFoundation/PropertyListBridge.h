@@ -9,8 +9,8 @@
 
 namespace cv::plist {
 
-/// A copy of the object's value; a fault for an object that is no property list, or that none can carry without loss.
-/// Throws std::bad_alloc.
+/// A copy of the object's value; a fault for an object that is not a property list, or that none can carry without
+/// loss. Throws std::bad_alloc.
 Result<Value> valueOf(CFPropertyListRef object);
 
 /// A new object, owned by the caller, with the value. A UID becomes a dictionary with the one key "CF$UID". Throws

@@ -35,7 +35,7 @@ extern const objc_class STRING_CLASS;
 /// The text in UTF-8; nothing when it is null or no string, or has an unpaired surrogate. Throws std::bad_alloc.
 std::optional<std::string> utf8Of(CFTypeRef text);
 
-/// A new string of the text in UTF-8, a leading U+FEFF included; null when it is no UTF-8. Throws std::bad_alloc.
+/// A new string of the text in UTF-8, a leading U+FEFF included; null when it is not UTF-8. Throws std::bad_alloc.
 CFStringRef createString(std::string_view utf8);
 
 }  // namespace cv

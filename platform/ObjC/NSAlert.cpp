@@ -26,7 +26,7 @@ id init(id self, SEL) {
     return self;
 }
 
-/// Text with half a surrogate pair shows as empty.
+/// Text with an unpaired surrogate shows as empty.
 void setMessageText(id self, SEL, id text) {
     alertOf(self).message = utf8Of(text).value_or("");
 }

@@ -18,7 +18,7 @@ struct MainBundle : objc_object {
     const Owned<__CFDictionary> info;
 };
 
-/// The main bundle's path; empty for a program that lies in no bundle.
+/// The main bundle's path; empty for a program outside a bundle.
 std::string mainBundlePath() {
     constexpr std::string_view CODE_FOLDER = "/Contents/Linux";
     char path[PATH_MAX];

@@ -76,7 +76,7 @@ std::optional<Target> targetOf(const char* who, CFStringRef domain, CFStringRef 
     } else if (!isAnyHost && !CFEqual(host, kCFPreferencesCurrentHost)) {
         cv::report(who, *name + ": the host must be any or the current one");
     } else if (isAnyUser && isAnyHost) {
-        cv::report(who, *name + ": there are no preferences for any user on any host");
+        cv::report(who, *name + ": preferences for any user on any host are not supported");
     } else {
         return Target{*name, isAnyUser, isAnyHost};
     }
@@ -202,7 +202,7 @@ void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef
     }
     const auto name = cv::utf8Of(key);
     if (!name) {
-        refuse(target->domain + ", a key", "a key must be text without half a surrogate pair");
+        refuse(target->domain + ", a key", "a key must be text without unpaired surrogates");
         return;
     }
     std::optional<cv::plist::Value> change;

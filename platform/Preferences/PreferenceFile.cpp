@@ -99,7 +99,7 @@ int readFile(int fd, off_t expectedSize, std::string& bytes) {
 std::string randomName(const std::string& path) {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) {
-        throw Fault{path, "no random number for a temporary file: " + errorText(errno)};
+        throw Fault{path, "there is no random number to name a temporary file with: " + errorText(errno)};
     }
     char digits[RANDOM_DIGITS + 1];
     static_cast<void>(std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number)));
@@ -202,7 +202,7 @@ private:
             fail(path_, errno);
         }
         if (!S_ISREG(status.st_mode)) {
-            throw Fault{path_, "it is no regular file"};
+            throw Fault{path_, "it is not a regular file"};
         }
         std::string bytes;
         if (const int error = readFile(file.get(), status.st_size, bytes)) {
@@ -218,13 +218,13 @@ private:
         }
         plist::Dictionary* const dictionary = parsed.root ? parsed.root->dictionary() : nullptr;
         if (dictionary == nullptr) {
-            foreign_ = parsed.root ? "its root is no dictionary" : parsed.reason;
+            foreign_ = parsed.root ? "its root is not a dictionary" : parsed.reason;
             return std::nullopt;
         }
         return std::move(*dictionary);
     }
 
-    /// Keeps what is in the file's place, and is no preference file, under a free name.
+    /// Moves what is in the file's place, and is not a preference file, to a free name.
     void moveAside() {
         for (unsigned number = 1;; ++number) {
             const std::string name = location_.name + ".corrupt-" + std::to_string(number);
@@ -242,7 +242,7 @@ private:
 
     void store(const std::string& bytes) {
         if (const plist::Parsed again = plist::parse(bytes); !again.root) {
-            throw Fault{path_, "it could not be read again: " + again.reason};
+            throw Fault{path_, "what was to be written cannot be read back: " + again.reason};
         }
         const std::string temporary = randomName(path_);
         try {
@@ -279,7 +279,7 @@ private:
     const PreferenceLocation& location_;
     std::string path_;
     Descriptor folder_;
-    std::string foreign_;  ///< why what is in the file's place is no preference file; empty when it is one, or absent
+    std::string foreign_;  ///< why what is in the file's place is not a preference file; empty when it is, or absent
 };
 
 }  // namespace

@@ -64,7 +64,7 @@ private:
     /// Refuses the file unless `count` items of `size` bytes fit between `position` and the offset table.
     void needRoom(std::uint64_t position, std::uint64_t count, unsigned size) const {
         if (position > table_ || count > (table_ - position) / size) {
-            refuseMalformed("an object does not fit");
+            refuseMalformed("an object does not fit in the file");
         }
     }
 
@@ -77,7 +77,7 @@ private:
         }
         const std::uint64_t position = numberAt(table_ + number * offsetSize_, offsetSize_);
         if (position < HEADER_SIZE || position >= table_) {
-            refuseMalformed("an object lies outside");
+            refuseMalformed("an object's position is out of range");
         }
         return position;
     }
@@ -240,7 +240,7 @@ private:
                 }
             }
             if (isLeadSurrogate(character) || isTrailSurrogate(character)) {
-                refuseUnsupported("it holds text with half a surrogate pair");
+                refuseUnsupported("it holds text with an unpaired surrogate");
             }
             visit(character);
         }
@@ -278,7 +278,7 @@ private:
     std::string readKey(std::uint64_t position) {
         const std::uint8_t marker = byteAt(position);
         if ((marker & 0xF0U) != 0x50 && (marker & 0xF0U) != 0x60) {
-            refuseMalformed("a key is no text");
+            refuseMalformed("a key is not text");
         }
         return readText(marker, position + 1);
     }

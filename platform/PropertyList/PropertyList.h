@@ -13,11 +13,11 @@ namespace cv::plist {
 constexpr std::size_t MAX_FILE_SIZE = 64U << 20;
 constexpr unsigned MAX_DEPTH = 512;
 
-/// What reading gave.
+/// The result of reading.
 struct Parsed {
     enum class Verdict {
         Good,
-        Malformed,   ///< the bytes are no property list
+        Malformed,   ///< the bytes are not a property list
         Unsupported  ///< they are or may be one, but it cannot be read and written again without loss, or is too large
     };
     std::optional<Value> root;  ///< there when `verdict` is Good

@@ -19,8 +19,8 @@ struct Refusal {
 [[noreturn]] void refuseMalformed(const char* reason);
 [[noreturn]] void refuseUnsupported(const char* reason);
 
-/// What the tree of one file may hold. A file of a few megabytes can describe a tree that no memory holds, because
-/// objects may be referred to many times, so every block is accounted for before it is asked for. Each function refuses
+/// What the tree of one file may hold. A file of a few megabytes can describe a tree that fits in no memory, because it
+/// may refer to one object many times. So every block is accounted for before it is allocated. Each function refuses
 /// the file when it would need more.
 class Budget {
 public:

@@ -6,11 +6,11 @@
 
 namespace cv::plist {
 
-/// What nextCharacter gives for bytes that are no UTF-8.
+/// What nextCharacter gives for bytes that are not UTF-8.
 constexpr char32_t NO_CHARACTER = 0xFFFFFFFF;
 
-/// The character that begins at `position`, which must be inside the text, and moves `position` behind it. Overlong
-/// forms and surrogates are none.
+/// The character that begins at `position`, which must be inside the text, and moves `position` past it. Overlong forms
+/// and surrogates are not UTF-8.
 char32_t nextCharacter(std::string_view utf8, std::size_t& position);
 
 /// How many bytes of UTF-8 a character takes: 1 to 4.

@@ -35,7 +35,7 @@ Element elementOf(std::string_view name) {
             return element;
         }
     }
-    refuseMalformed("it has an element that no property list has");
+    refuseMalformed("it has an element that does not belong in a property list");
 }
 
 /// Builds the value out of the elements, in the order in which the parser meets their tags and text.
@@ -171,7 +171,7 @@ private:
 
     Budget budget_;
     std::vector<Container> open_;
-    std::optional<Element> simple_;  ///< the open element that is no array or dictionary
+    std::optional<Element> simple_;  ///< the open element, if it is not an array or dictionary
     std::string text_;               ///< of that element, so far
     unsigned textPieces_ = 0;
     std::optional<Value> root_;
@@ -260,8 +260,8 @@ private:
         if (error == XML_ERROR_INVALID_TOKEN && isAtForbiddenCharacter(bytes)) {
             refuseUnsupported("it holds text with a character that XML forbids");
         }
-        throw Refusal{Parsed::Verdict::Malformed, std::string("it is no XML property list: ") + XML_ErrorString(error) +
-                                                      " in line " +
+        throw Refusal{Parsed::Verdict::Malformed, std::string("it is not an XML property list: ") +
+                                                      XML_ErrorString(error) + " in line " +
                                                       std::to_string(XML_GetCurrentLineNumber(parser_.get()))};
     }
 

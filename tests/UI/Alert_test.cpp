@@ -39,7 +39,7 @@ struct Course {
 
 class AlertCourse : public testing::TestWithParam<Course> {};
 
-TEST_P(AlertCourse, IsWhatTheUserDoes) {
+TEST_P(AlertCourse, FollowsWhatTheUserDoes) {
     const Course& course = GetParam();
     const ProcessResult result = show("Really?", course.buttons, course.actions, course.options, course.mode);
     EXPECT_EQ(courseOf(result), course.expected) << result.out << result.err;
@@ -74,7 +74,7 @@ const Course COURSES[] = {
 
 INSTANTIATE_TEST_SUITE_P(All, AlertCourse, testing::ValuesIn(COURSES), [](const auto& row) { return row.param.name; });
 
-TEST(AlertText, IsWholeAndPlain) {
+TEST(AlertText, IsShownInFullAndWithoutMarkup) {
     const std::string special = "100% of <b>them</b> & &amp; \"twice\" $(date) a_b";
     // clang-format off
     const struct { std::string message; Strings lines, mode{}; std::string title = "Alert"; } rows[] = {
@@ -138,8 +138,8 @@ TEST(AlertText, ScrollsWhenItIsHighAndLeavesRoomForTheButtons) {
     EXPECT_EQ(difference(folder / "top.png", folder / "end.png"), 1);
 }
 
-/// A copy of the port beside which there is what the test puts there.
-TEST(AlertPanel, MayBeMissingOrEndAtOnce) {
+// The port is a copy, beside which lies only what the test puts there.
+TEST(AlertPanel, MayBeMissingOrExitAtOnce) {
     const TempDir folder;
     std::filesystem::copy(PORT_LIBRARY, folder / "");
     ProcessOptions options;
@@ -175,8 +175,8 @@ TEST(AlertOnTheTerminal, AsksUntilTheAnswerIsAButton) {
     ProcessOptions options{"4\nmaybe\n2\n", "", {}, {"DISPLAY", "WAYLAND_DISPLAY"}, 0};
     const std::string driver = std::string(ALERT_DRIVER) + " Sure? Yes Cancel No";
     const std::string out = run({"script", "--quiet", "--return", "--command", driver, "/dev/null"}, options).out;
-    EXPECT_THAT(out, HasSubstr("'4' is none of the numbers 1 to 3."));
-    EXPECT_THAT(out, HasSubstr("'maybe' is none of the numbers 1 to 3."));
+    EXPECT_THAT(out, HasSubstr("'4' is not a number from 1 to 3."));
+    EXPECT_THAT(out, HasSubstr("'maybe' is not a number from 1 to 3."));
     EXPECT_THAT(out, HasSubstr("answer 1\r\n"));
 }
 

@@ -75,11 +75,11 @@ TEST_F(AlertSocket, GivesEachThreadItsOwnAnswer) {
     server.join();
 }
 
-TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
+TEST_F(AlertSocket, ThatEndsOrLiesIsReportedAndNotUsedAgain) {
     for (const auto& [answer, report] : {std::pair<std::string, const char*>{"", "closed the socket without an answer"},
                                          {{"CvAnswr1\1\0", 10}, "sent too little"},
-                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that there is not"},
-                                         {"HTTP/1.1 200 OK", "does not speak of alerts"}}) {
+                                         {{"CvAnswr1\4\0\0\0", 12}, "a button that does not exist"},
+                                         {"HTTP/1.1 200 OK", "that is not an alert message"}}) {
         connect();
         std::thread server([&, bytes = answer] {
             cv::readAlert(showing.get());
@@ -97,7 +97,7 @@ TEST_F(AlertSocket, ThatBreaksOffOrLiesIsReportedAndNotBelievedLater) {
     EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }), HasSubstr("without being asked"));
 }
 
-TEST_F(AlertSocket, IsNotAskedWhatItCannotHold) {
+TEST_F(AlertSocket, IsNotUsedForAnAlertThatDoesNotFit) {
     const Alert longest{std::string(cv::MAX_REQUEST_SIZE - 18, 'x'), cv::AlertStyle::Warning, {"OK"}};
     std::thread server([&] {
         EXPECT_EQ(cv::readAlert(showing.get()).value().message, longest.message);
@@ -117,11 +117,11 @@ TEST_F(AlertSocket, IsNamedByTheNumberOfAStreamSocket) {
          {std::to_string(file.get()), std::to_string(datagrams.get()), "4096"s, "-1"s, ""s, "3x"s}) {
         setenv("CV_ALERT_SOCKET", name.c_str(), 1);
         EXPECT_THAT(errorsOf([] { EXPECT_EQ(cv::runAlert(QUESTION), 1U); }),
-                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is no socket"));
+                    HasSubstr("CV_ALERT_SOCKET is '" + name + "', which is not the number"));
     }
 }
 
-TEST_F(AlertSocket, RefusesRequestsThatAreNone) {
+TEST_F(AlertSocket, RefusesMalformedRequests) {
     const auto number = [](char value) { return std::string{value, 0, 0, 0}; };
     const std::string two = number(1) + number(2), ok = number(2) + "OK";
     const auto request = [&](const std::string& body) {

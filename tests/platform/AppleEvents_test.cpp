@@ -94,7 +94,7 @@ protected:
     const std::string trash_ = home() / ".local/share/Trash";
 };
 
-TEST_F(Trash, RefusesAnEventWronglyMade) {
+TEST_F(Trash, RefusesAMalformedEvent) {
     // clang-format off
     const struct { const char* what; void (*spoil)(MoveEvent&); OSErr error; } rows[] = {
         {"another application", [](MoveEvent& e) { e.target = OTHER; }, procNotFound},
@@ -169,7 +169,7 @@ TEST_F(Trash, SaysThatItsModuleIsMissing) {
     EXPECT_THAT(result.out, HasSubstr("Which is: " + std::to_string(errFSUnknownCall)));
 }
 
-TEST(AppleEvents, RefuseWhatIsNoEventAndNoMemoryBlock) {
+TEST(AppleEvents, RefuseOtherDescriptorsAndInvalidData) {
     AEDesc desc{typeType, nullptr};
     AppleEvent reply;
     EXPECT_EQ(AECreateDesc(typeType, nullptr, 4, &desc), paramErr);

@@ -54,7 +54,7 @@ TEST(CFBundle, OnePathIsOneObjectUntilItIsReleased) {
     }
 }
 
-TEST(CFBundle, WhatIsNoBundleGivesNullAndOneLine) {
+TEST(CFBundle, APathWithoutABundleGivesNullAndOneLine) {
     const TempDir folder;
     writeFile(folder / "text.bundle/Contents/Info.plist", "text");
     writeFile(folder / "array.bundle/Contents/Info.plist", "<plist><array/></plist>");
@@ -125,11 +125,11 @@ TEST(CFPlugIn, MalformedRegistrationIsRefusedAndExplained) {
     const std::pair<const char*, std::string> rows[] = {
         {"registers no factory", someTypes},
         {"registers no factory", entry("CFPlugInFactories", "<array/>") + someTypes},
-        {"\"0D1F7AB2\" in CFPlugInFactories of Info.plist is no identifier",
+        {"\"0D1F7AB2\" in CFPlugInFactories of Info.plist is not a UUID",
          factories(entry("0D1F7AB2", string("F"))) + someTypes},
         {"names no function", factories(entry(id, "<string/>")) + someTypes},
         {"registers no type", someFactories},
-        {"\"x\" in CFPlugInTypes of Info.plist is no", someFactories + types("x", "<array/>")},
+        {"\"x\" in CFPlugInTypes of Info.plist is not", someFactories + types("x", "<array/>")},
         {"no array of factories", someFactories + types(TYPE_OF_ALL, string("x"))},
         {"CFPlugInFactories lacks", someFactories + types(TYPE_OF_ALL, "<array>" + string("x") + "</array>")},
         {"CFPlugInFactories lacks", someFactories + types(TYPE_OF_ALL, "<array><integer>1</integer></array>")},

@@ -24,7 +24,7 @@ TEST_F(UserPreferences, FilesAreTheHomesOwnersAndOpenToEveryReaderWhateverTheUma
     }
 }
 
-TEST_F(UserPreferences, ValuesAreKeptExactlyBesideThoseOfOthers) {
+TEST_F(UserPreferences, ValuesAreKeptExactlyAndOthersLeftAlone) {
     const std::string others =
         "'one': 1, 'yes': True, 'real': 1e-300, 'list': [1, [], {}, 'x', True], 'bytes': b'\\x00\\xff'";
     for (const std::string format : {"BINARY", "XML"}) {

@@ -15,7 +15,7 @@ CFReference<CFStringRef> fromBytes(std::string_view bytes, CFStringEncoding enco
                                       static_cast<CFIndex>(bytes.size()), encoding, false, kCFAllocatorNull));
 }
 
-TEST(CFString, ReadsTextAndRefusesOther) {
+TEST(CFString, ReadsValidTextAndRefusesInvalidBytes) {
     const std::optional<std::u16string> NONE;
     // clang-format off
     const struct { CFStringEncoding encoding; std::string bytes; std::optional<std::u16string> expected; } rows[] = {

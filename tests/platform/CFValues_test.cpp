@@ -140,7 +140,7 @@ TEST(CFURL, GivesBackThePath) {
     EXPECT_EQ(pathOf(url("/abc", true), 4), std::nullopt) << "no room for the end";
 }
 
-TEST(CFURL, RefusesWhatIsNoPath) {
+TEST(CFURL, RefusesWhatIsNotAPath) {
     EXPECT_FALSE(url(""));
     EXPECT_FALSE(url(std::string("/a\0b", 4)));
     EXPECT_FALSE(fromString(nullptr));

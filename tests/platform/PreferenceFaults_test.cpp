@@ -22,7 +22,7 @@ namespace {
 
 using PreferenceFaults = UserPreferences;
 
-TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
+TEST_F(PreferenceFaults, AFileWithoutADictionaryIsMovedAsideAndNeverLost) {
     int number = 0;
     for (const std::string bytes : {"", "bplist00 cut short", "<plist><array/></plist>", "<plist><dict><key>a</key>"}) {
         writeFile(file(), bytes);
@@ -36,7 +36,7 @@ TEST_F(PreferenceFaults, AFileThatIsNoDictionaryIsMovedAsideAndNeverLost) {
     EXPECT_EQ(namesIn(folder()).size(), 5U);
 }
 
-TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
+TEST_F(PreferenceFaults, ALinkIsMovedAsideAndItsTargetLeftAlone) {
     writeFile(folder() + "/target", "<plist><dict><key>Lang</key><string>de</string></dict></plist>");
     fs::create_symlink("target", file());
     EXPECT_EQ(copyText("Lang"), "(none)");
@@ -50,9 +50,9 @@ TEST_F(PreferenceFaults, ALinkIsKeptAsideAndItsTargetLeftAlone) {
 TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLater) {
     const std::string sameKey = "<plist><dict><key>a</key><true/><key>a</key><false/></dict></plist>";
     for (const std::string reason :
-         {"it is no regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
+         {"it is not a regular file", "it cannot be rewritten without loss: a dictionary in it"}) {
         fs::create_directories(folder());
-        const bool isPipe = reason == "it is no regular file";
+        const bool isPipe = reason == "it is not a regular file";
         if (isPipe) {
             ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
         } else {

@@ -39,7 +39,7 @@ cp "$2" program && exec 3<program && cd / && exec -a "$(printf '\303\251%.0s' $(
 }
 
 /// Run by the cases above under other names.
-TEST(ShowProcessName, OnStandardOutput) {
+TEST(ShowProcessName, PrintsTheNameOfThisProcess) {
     if (const char* program = std::getenv("REMOVE")) {
         fs::remove(program);
     }

@@ -174,13 +174,13 @@ TEST(PropertyList, DamagedBinariesAreMalformed) {
         {"trailer", {good.substr(0, good.size() - 1), with(trailer + 6, "\0"s), with(trailer + 6, "\x09"), with(trailer + 7, "\0"s),
                      with(trailer + 8, test::bigEndian(0)), with(trailer + 8, test::bigEndian(1ULL << 61)), with(trailer + 16, test::bigEndian(1)),
                      with(trailer + 24, test::bigEndian(trailer + 1)), with(trailer + 24, test::bigEndian(~0ULL))}},
-        {"lies outside", {with(trailer - 8, test::bigEndian(7)), with(trailer - 8, test::bigEndian(trailer - 8))}},
+        {"out of range", {with(trailer - 8, test::bigEndian(7)), with(trailer - 8, test::bigEndian(trailer - 8))}},
         {"does not fit", {binary({"\x5F\x10\x03hi"}), binary({"\x5F\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x6F\x13\x80\0\0\0\0\0\0\0"s}),
                           binary({"\xAF\x13\x80\0\0\0\0\0\0\0"s}), binary({"\x13zzzzzzz"})}},
         {"count", {binary({"\x5F\x23hi"})}},
         {"text is damaged", {binary({"\x51\xE9"})}},
         {"does not hold", {binary({"\xA1\0\x01"s})}},
-        {"no text", {binary({"\xD1\0\x01\0\x01"s, "\x10\x01"})}},
+        {"not text", {binary({"\xD1\0\x01\0\x01"s, "\x10\x01"})}},
         {"unknown kind", {binary({"\x01"}), binary({"\x15"s + std::string(32, 'x')}), binary({"\xF0"})}}});
     // clang-format on
 }
@@ -200,11 +200,11 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
         }
     }
     expectRefused(Verdict::Malformed, {
-        {"no XML property list",
+        {"not an XML property list",
          {"", "text", "<plist><dict><key>a</key>", xml("<string>a</integer>"), xml("<true/>") + "<plist/>", xml("<string>\xC3</string>"),
           xml("<string>\xED\xA0\x80</string>"), xml("<string>&#xD83D;&#xDE00;</string>"), xml("<string>&undefined;</string>"),
           xml("<string>a\0</string>"s), "<plist a=\"><true/></plist>"}},
-        {"element that no property list has", {xml("<unknown/>"), "<html/>"}},
+        {"does not belong in a property list", {xml("<unknown/>"), "<html/>"}},
         {"no value", {"<plist/>", xml("<!-- -->")}},
         {"more than one value", {xml("<true/><true/>"), xml("<dict/><array/>")}},
         {"inside another", {xml(xml("<true/>")), "<array><plist/></array>"}},

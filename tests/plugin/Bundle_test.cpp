@@ -72,7 +72,8 @@ TEST(Dispatch, ChangesAtMostTheFailureBit) {
     XCodInstance* const instance = makeInstance();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        // A host's block: longer than the plug-in's view of it, at an address that is no multiple of 4, full of bytes.
+        // A host's block: longer than the plug-in's view of it, at an address that is not a multiple of 4, full of
+        // bytes.
         std::vector<unsigned char> host(4096, 0xA5);
         XCodParamBlock& block = *reinterpret_cast<XCodParamBlock*>(host.data() + 2);
         block.version = c.version;

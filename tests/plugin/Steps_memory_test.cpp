@@ -19,7 +19,7 @@ const std::string UPDATER = "com.corvane.updater.plist";
 const std::string PRODUCT = "com.corvane.audioplugins.Ambrel.plist";
 const std::string STATUS_FILE = "/Library/Application Support/Corvane/Updater/install_status.txt";
 
-/// What the preference file holds, "KEY=VALUE;" for each key; the values that are no text are integers.
+/// What the preference file holds, "KEY=VALUE;" for each key; the values that are not text are integers.
 std::string preferences(const std::string& name) {
     const auto parsed = cv::plist::parse(readFile(PREFERENCES + name));
     EXPECT_TRUE(parsed.root && parsed.root->dictionary() != nullptr) << name << ": " << parsed.reason;

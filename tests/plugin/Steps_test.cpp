@@ -103,7 +103,7 @@ protected:
     }
 };
 
-TEST_F(Steps, TellOfABlockOfAnotherVersionAndIgnoreNone) {
+TEST_F(Steps, WarnOfAnotherBlockVersionAndIgnoreANullBlock) {
     for (const Step step : {&PreInstall, &PostInstall}) {
         step(nullptr);
         XCodParamBlock block = makeBlock(AMBREL);
@@ -152,7 +152,7 @@ TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
     EXPECT_EQ(preferences("com.corvane.audioplugins.Ambrel"), "{'Lang': 'fr'}") << "after a failure, too";
 }
 
-TEST_F(Steps, LetAStatusFileOutThatNoMemoryHolds) {
+TEST_F(Steps, ThrowBadAllocForAStatusFileTooLargeForMemory) {
     fs::create_directories(VENDOR_FOLDER);
     writeFile(STATUS_FILE, "UpdatesEnabled");
     const auto mostHeld =

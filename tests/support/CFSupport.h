@@ -22,7 +22,7 @@ inline CFReference<CFStringRef> makeString(std::u16string_view units) {
         kCFAllocatorDefault, reinterpret_cast<const UniChar*>(units.data()), static_cast<CFIndex>(units.size())));
 }
 
-/// A string of the text in UTF-8; none when it is no UTF-8.
+/// A string of the text in UTF-8; none when it is not UTF-8.
 inline CFReference<CFStringRef> string(const std::string& text) {
     return CFReference<CFStringRef>(
         CFStringCreateWithCString(kCFAllocatorDefault, text.c_str(), kCFStringEncodingUTF8));

@@ -11,7 +11,7 @@
 namespace IPP::Detail {
 namespace {
 
-/// Truncation toward zero; NaN and values that 32 bits cannot hold give -2147483648, as Intel processors answer.
+/// Truncation toward zero; NaN and values that 32 bits cannot hold give -2147483648, as on Intel processors.
 [[maybe_unused, gnu::always_inline]] inline std::int32_t truncate(float x) {
     return x >= -2147483648.0F && x < 2147483648.0F ? static_cast<std::int32_t>(x) : INT32_MIN;
 }

@@ -16,9 +16,9 @@ namespace Exception {
 ///         log(failure.ToString());  // says what was to be read, and how far the bytes go
 ///     }
 ///
-/// It carries what every exception of the library carries and nothing more: a class of its own lets a caller catch it
-/// apart from failures of files. Its source unit is "Util/ByteStream", or "Util/ByteStream.h" for single numbers, and
-/// the line tells the operation: 74 and 81 a text, 104 a vector, 123 a block, 141 a number.
+/// It carries what every exception of the library carries and nothing more; it is a class of its own so that callers
+/// can tell it from failures of files. Its source unit is "Util/ByteStream", or "Util/ByteStream.h" for single numbers,
+/// and the line names the operation: 74 and 81 a text, 104 a vector, 123 a block, 141 a number.
 class DataStreamIO : public ::Exception::Base {
 public:
     /// `message` says in words what could not be read.

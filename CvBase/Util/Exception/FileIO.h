@@ -10,7 +10,7 @@
 namespace Util {
 namespace Exception {
 
-/// A failed operation on a file or a folder. It names the one or the other, never both.
+/// A failed operation on a file or a folder. It names exactly one of the two.
 ///
 ///     try {
 ///         file.Open(Util::File::Read);
@@ -23,7 +23,7 @@ class FileIO : public ::Exception::Base {
 public:
     /// What was attempted when it failed. Other values are allowed and render as " Unknown error".
     enum ErrorType : std::int32_t {
-        FileNotFound = 0,    ///< for users of this class; the library itself reports a missing file as OpenError
+        FileNotFound = 0,    ///< never thrown by the library, which reports a missing file as OpenError
         OpenError = 1,       ///< opening
         ReadError = 2,       ///< reading, also fewer bytes than asked for
         WriteError = 3,      ///< writing, or making a folder

@@ -60,8 +60,8 @@ enum {
     errAETimeout = -1712
 };
 
-// The calls below answer paramErr for a null pointer or a negative size, memFullErr when there is no memory. Where one
-// that makes a descriptor fails, `result` is the null descriptor {typeNull, null}.
+// The calls below return paramErr for a null pointer or a negative size, and memFullErr when there is no memory. When
+// one that makes a descriptor fails, `result` is the null descriptor {typeNull, null}.
 
 /// A new descriptor with a copy of `byteCount` bytes (`data` may be null when that is 0).
 CF_EXPORT OSErr AECreateDesc(DescType type, const void* data, Size byteCount, AEDesc* result);
@@ -93,8 +93,8 @@ CF_EXPORT OSErr CreateObjSpecifier(DescType desiredClass, AEDesc* container, Des
 /// `reply` receives the answer, to be disposed of, or after an error the null descriptor. `mode` must be kAEWaitReply;
 /// `priority`, `idle` and `filter` have no effect. After errAETimeout the item may still move when what held it up
 /// ends. Errors: procNotFound (another application), errAEEventNotHandled (another event), errAENotAppleEvent,
-/// errAEDescNotFound (a parameter is missing), errAECoercionFail (a parameter is wrongly made), errAETimeout, paramErr,
-/// or what kept the item from being moved: errFSBadFSRef, dirNFErr (HOME is unset or no absolute path), wPrErr,
+/// errAEDescNotFound (a parameter is missing), errAECoercionFail (a parameter is malformed), errAETimeout, paramErr, or
+/// what kept the item from being moved: errFSBadFSRef, dirNFErr (HOME is unset or not an absolute path), wPrErr,
 /// afpAccessDenied, dskFulErr, errFSUnknownCall (the item's volume can have no Trash, or the port's module for the
 /// Trash cannot be loaded, which standard error says more about), ioErr.
 CF_EXPORT OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mode, AESendPriority priority,

@@ -9,8 +9,8 @@ typedef struct OpaqueDialogPtr* DialogRef;
 typedef struct EventRecord EventRecord;
 typedef Boolean (*ModalFilterUPP)(DialogRef dialog, EventRecord* event, DialogItemIndex* item);
 
-/// Shows the alert of dialog resource `alertID`. There are no dialog resources here, so it shows nothing and answers
-/// -1, what a Mac answers when the resource is missing.
+/// Shows the alert of dialog resource `alertID`. There are no dialog resources here, so it shows nothing and returns
+/// -1, as a Mac does when the resource is missing. Neither argument has an effect.
 CF_EXPORT DialogItemIndex StopAlert(SInt16 alertID, ModalFilterUPP filter);
 
 CF_EXTERN_C_END

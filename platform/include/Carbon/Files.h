@@ -6,7 +6,7 @@ CF_EXTERN_C_BEGIN
 
 /// Names one file, folder or symbolic link. On a Mac these are 80 opaque bytes that follow the object wherever it
 /// moves. Here it is the object's absolute path with its device and inode; every call that takes one checks that the
-/// path still leads to that object and answers errFSBadFSRef when it does not (moved, removed, or another put in its
+/// path still leads to that object and returns errFSBadFSRef when it does not (moved, removed, or another put in its
 /// place).
 struct FSRef {
     UInt64 device;    ///< st_dev
@@ -49,7 +49,7 @@ enum { kFSPathMakeRefDefaultOptions = 0, kFSPathMakeRefDoNotFollowLeafSymlink = 
 
 /// Finds the object at an absolute path in UTF-8, following symbolic links. Slashes at the end of the path do not
 /// matter, whatever the path names. `isDirectory`, when not null, receives whether it is a folder. On an error `ref`
-/// and `isDirectory` keep their values: fnfErr (no such object), dirNFErr (a folder on the way is missing or no
+/// and `isDirectory` keep their values: fnfErr (no such object), dirNFErr (a folder on the way is missing, or is not a
 /// folder), afpAccessDenied, bdNamErr (the path or a name in it is too long), paramErr (a null, empty or relative path,
 /// or a null `ref`), ioErr.
 CF_EXPORT OSStatus FSPathMakeRef(const UInt8* path, FSRef* ref, Boolean* isDirectory);
@@ -60,20 +60,20 @@ CF_EXPORT OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits option
 
 /// Reads the information that `whichInfo` asks for: kFSCatInfoFinderInfo, or 0 to learn only whether the reference
 /// still holds. An object without Finder information has zeros. The three last arguments must be null. Errors:
-/// errFSBadFSRef, paramErr, afpAccessDenied, ioErr (the stored information has not the size that it must have, or
+/// errFSBadFSRef, paramErr, afpAccessDenied, ioErr (the stored information does not have the size that it must have, or
 /// cannot be read).
 CF_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
                                  struct HFSUniStr255* name, struct FSSpec* spec, FSRef* parent);
 
-/// Stores the Finder information; the 16 bytes of extended Finder information that lie behind it on the disk keep their
+/// Stores the Finder information; the 16 bytes of extended Finder information that follow it on the disk keep their
 /// values. On any error the stored information is untouched. Errors: as for reading, wPrErr on a read-only volume,
 /// dskFulErr, errFSUnknownCall (the file system keeps no such information).
 CF_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo);
 
 /// Exchanges two regular files in place, in one indivisible step: each path then holds the other's contents and
 /// identity (owner, mode, times, Finder information). Both references are out of date afterwards. Two references to the
-/// same file give noErr, and nothing moves. On any error nothing has moved: errFSBadFSRef, notAFileErr (one of them
-/// is no regular file), paramErr, diffVolErr, afpAccessDenied, wPrErr, errFSUnknownCall (the file system cannot do it),
+/// same file give noErr, and nothing moves. On any error nothing has moved: errFSBadFSRef, notAFileErr (one of them is
+/// not a regular file), paramErr, diffVolErr, afpAccessDenied, wPrErr, errFSUnknownCall (the file system cannot do it),
 /// ioErr.
 CF_EXPORT OSErr FSExchangeObjects(const FSRef* a, const FSRef* b);
 

@@ -13,8 +13,8 @@ typedef struct {
 
 enum { kCurrentProcess = 2 };
 
-/// What the Process Manager tells of a process. The caller sets processInfoLength to the record's size and processName
-/// to a buffer of 256 bytes or null; the other fields that a Mac fills are zero here.
+/// What the Process Manager knows about a process. The caller sets processInfoLength to the record's size and
+/// processName to a buffer of 256 bytes or null; the other fields that a Mac fills are zero here.
 typedef struct {
     /// Set by the caller, as said above.
     UInt32 processInfoLength;
@@ -39,7 +39,7 @@ typedef struct {
 } ProcessInfoRec;
 
 /// Fills `info` for the current process, {0, kCurrentProcess}: its name is the name that its program file was started
-/// by, in UTF-8, as a length byte and at most 255 bytes (cut between characters); no bytes when that is no UTF-8.
+/// by, in UTF-8, as a length byte and at most 255 bytes (cut between characters); no bytes when that is not UTF-8.
 /// Errors: procNotFound (another process), paramErr (null, or another record size), memFullErr.
 CF_EXPORT OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info);
 

@@ -11,6 +11,9 @@
 //
 // Ownership follows the Mac's rule: a function with Create or Copy in its name gives the caller one reference to
 // release with CFRelease; every other function gives a reference that the callee keeps.
+//
+// Unless its comment says otherwise, a function must not be given a null reference or pointer. An allocator may be
+// null.
 
 #include <MacTypes.h>
 
@@ -55,8 +58,8 @@ static inline CFRange CFRangeMake(CFIndex location, CFIndex length) {
     return range;
 }
 
-/// Stand for "the usual allocator" (null) and "do not free the bytes". Allocators are accepted and, kCFAllocatorNull
-/// as a deallocator apart, have no effect.
+/// Stand for "the usual allocator" (null) and "do not free the bytes". Allocators are accepted and have no effect,
+/// except kCFAllocatorNull as a deallocator.
 const CF_EXPORT CFAllocatorRef kCFAllocatorDefault;
 const CF_EXPORT CFAllocatorRef kCFAllocatorNull;
 

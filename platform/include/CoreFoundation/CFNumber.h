@@ -6,21 +6,26 @@ CF_EXTERN_C_BEGIN
 
 typedef CFIndex CFNumberType;
 
+/// The C types of numbers.
 enum {
-    kCFNumberSInt32Type = 3,
-    kCFNumberSInt64Type = 4,
-    kCFNumberFloat32Type = 5,
-    kCFNumberFloat64Type = 6,
-    kCFNumberIntType = 9
+    kCFNumberSInt32Type = 3,   ///< int32_t
+    kCFNumberSInt64Type = 4,   ///< int64_t
+    kCFNumberFloat32Type = 5,  ///< float
+    kCFNumberFloat64Type = 6,  ///< double
+    kCFNumberIntType = 9       ///< int
 };
 
-/// The two Booleans. They are no numbers.
+/// The two Booleans, immortal. They are not numbers, and equal none.
 const CF_EXPORT CFBooleanRef kCFBooleanTrue;
 const CF_EXPORT CFBooleanRef kCFBooleanFalse;
 
+/// What CFGetTypeID() returns for a Boolean.
 CF_EXPORT CFTypeID CFBooleanGetTypeID(void);
+
+/// The Boolean's value.
 CF_EXPORT Boolean CFBooleanGetValue(CFBooleanRef boolean);
 
+/// What CFGetTypeID() returns for a number.
 CF_EXPORT CFTypeID CFNumberGetTypeID(void);
 
 /// A new number from the value of `type` that `value` points to; null for another type or a null `value`.

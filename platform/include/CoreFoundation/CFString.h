@@ -6,6 +6,7 @@ CF_EXTERN_C_BEGIN
 
 typedef UInt32 CFStringEncoding;
 
+/// The encodings of bytes. The port knows no others.
 enum {
     kCFStringEncodingMacRoman = 0,
     kCFStringEncodingASCII = 0x0600,
@@ -14,6 +15,7 @@ enum {
     kCFStringEncodingUTF32LE = 0x1c000100
 };
 
+/// What CFGetTypeID() returns for a string.
 CF_EXPORT CFTypeID CFStringGetTypeID(void);
 
 /// An immortal string with the text of the UTF-8 literal; the same literal text gives the same object. CFRelease on it
@@ -31,8 +33,8 @@ CF_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, con
 
 /// A new string from `byteCount` bytes in any encoding above; null when they are not valid in it, which an unpaired
 /// surrogate is in none. A leading byte order mark is skipped in UTF-8 and tells the byte order in UTF-16, else the
-/// processor's; in UTF-32LE it is a character. The port copies the bytes at once, so they need not outlive the call;
-/// `contentsDeallocator` must be kCFAllocatorNull (the caller keeps the bytes).
+/// processor's; in UTF-32LE it is a character of the text. The port copies the bytes at once, so they need not outlive
+/// the call; `contentsDeallocator` must be kCFAllocatorNull (the caller keeps the bytes).
 CF_EXPORT CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef allocator, const UInt8* bytes, CFIndex byteCount,
                                                     CFStringEncoding encoding, Boolean isExternalRepresentation,
                                                     CFAllocatorRef contentsDeallocator);
@@ -50,7 +52,7 @@ CF_EXPORT void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar*
 CF_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
 
 /// The most bytes that `length` UTF-16 units can take in `encoding`, without a terminating NUL: 3 a unit for UTF-8, 1
-/// for the 8-bit encodings, 2 for UTF-16, 4 for UTF-32; -1 when that is no CFIndex.
+/// for the 8-bit encodings, 2 for UTF-16, 4 for UTF-32; -1 when that does not fit a CFIndex.
 CF_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 
 CF_EXTERN_C_END

@@ -19,7 +19,8 @@ CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStr
 CF_EXPORT CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8* path,
                                                            CFIndex byteCount, Boolean isDirectory);
 
-/// Writes the URL's path, without a trailing slash, and a NUL; false when it needs more than `bufferSize` bytes.
+/// Writes the URL's path, without a trailing slash, and a NUL; false when it needs more than `bufferSize` bytes. A URL
+/// has no base here, so `resolveAgainstBase` has no effect.
 CF_EXPORT Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8* buffer,
                                                    CFIndex bufferSize);
 

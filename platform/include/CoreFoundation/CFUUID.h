@@ -34,6 +34,7 @@ CF_EXPORT CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UIn
                                                    UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
                                                    UInt8 byte13, UInt8 byte14, UInt8 byte15);
 
+/// The identifier's bytes.
 CF_EXPORT CFUUIDBytes CFUUIDGetUUIDBytes(CFUUIDRef uuid);
 
 /// A new identifier from its text form ("5CD9484B-4A86-...", either letter case, 36 characters); null for

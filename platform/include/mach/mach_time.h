@@ -19,6 +19,7 @@ typedef struct mach_timebase_info* mach_timebase_info_t;
 // The Mac gives the structure and the function one name.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
+/// Fills `info`; KERN_INVALID_ARGUMENT when that is null, else KERN_SUCCESS.
 CF_EXPORT kern_return_t mach_timebase_info(mach_timebase_info_t info);
 #pragma GCC diagnostic pop
 

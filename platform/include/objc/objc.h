@@ -1,12 +1,12 @@
 #pragma once
 
 // The part of the Objective-C runtime's objc.h that this project uses. There is no Objective-C here: a few classes of
-// the port answer messages that C++ sends (CvBase/Mac/MessageSend.h).
+// the port implement messages that C++ sends (CvBase/Mac/MessageSend.h).
 
 const typedef struct objc_class* Class;
-typedef struct objc_object* id;
+typedef struct objc_object* id;  ///< any object, CoreFoundation's included; null is none
 const typedef struct objc_selector* SEL;
-typedef void (*IMP)(void);
+typedef void (*IMP)(void);  ///< a method's function, to be cast to its real type
 typedef signed char BOOL;
 
 #define YES (static_cast<BOOL>(1))
