@@ -5,7 +5,8 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 check-darwin lint lint-all attack bench docs clean install-deps help
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean \
+    install-deps help
 
 all: build
 
@@ -34,6 +35,23 @@ test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 
 check-darwin: ## compile for the Mac, and link and look at the plug-in
 	@tools/check-darwin
+
+test-package: ## install the library, and use it from other projects in every way
+	@tools/install-deps package
+	@tools/test-package
+
+package: ## build the Debian packages into build/package/packages
+	@tools/install-deps package
+	@mkdir -p build
+	@tools/package
+
+test-deb: package ## install, use, upgrade and remove them in a fresh Debian root (as root)
+	@tools/test-deb
+
+abi: ## compare the libraries' binary interface with the recorded one
+	@tools/install-deps package
+	@mkdir -p build
+	@tools/abi
 
 lint: ## check what a machine can check; clang-tidy on what changed
 	@tools/install-deps lint

@@ -42,6 +42,24 @@ if(NOT APPLE)
     add_link_options(-Wl,--as-needed -Wl,-O1)
 endif()
 
+# cv_set_library_version(target)
+#
+# Makes `target` a library of the package, for C++17 and above. A shared one carries the project's version, its major
+# number in the name that programs load it by, and shows what the public headers declare: what the standard library's
+# templates made inside stays inside.
+function(cv_set_library_version target)
+    target_compile_features(${target} PUBLIC cxx_std_17)
+    set_target_properties(${target} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL SHARED_LIBRARY AND NOT APPLE)
+        set(map ${PROJECT_SOURCE_DIR}/cmake/CvBaseSymbols.map)
+        target_link_options(${target} PRIVATE -Wl,--version-script=${map})
+        set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map} INSTALL_RPATH "\$ORIGIN")
+    endif()
+endfunction()
+
 if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${CVBASE_SANITIZERS})

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
+#pragma GCC visibility push(default)
+
 /// Element-wise routines over arrays: sample format conversion, copying, moving, filling, zeroing and comparing.
 ///
 /// Every routine takes the number of elements (not bytes) first. Convert, Copy and Move then take the source and the
@@ -182,3 +184,5 @@ void Set(unsigned int n, double* dst, double value);
 [[nodiscard]] bool Equal(unsigned int n, const unsigned char* a, const unsigned char* b);
 
 }  // namespace IPP
+
+#pragma GCC visibility pop

@@ -134,6 +134,9 @@ void ByteStream::take(std::size_t count, unsigned char* dest, int failureLine) {
 }
 
 void ByteStream::makeRoom(std::uint64_t count) {
+    if (count == 0) {
+        return;
+    }
     const std::uint64_t limit = maxSize(buffer_);
     if (count > limit || position_ > limit - count) {
         throw std::bad_alloc();

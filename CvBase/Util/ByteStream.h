@@ -8,6 +8,8 @@
 #include "CvBase/Util/ByteEncoding.h"
 #include "CvBase/Util/DataStream.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// A stream in memory. DataStream describes the format and what each operation does.
@@ -156,8 +158,8 @@ private:
     /// Throws for a number of `width` bytes. Kept out of extract(), which is compiled in place.
     [[noreturn, gnu::noinline, gnu::cold]] void failToExtract(std::size_t width) const;
 
-    /// Allocates what writing `count` bytes at the position takes, so that it cannot fail any more. Throws
-    /// std::bad_alloc.
+    /// Allocates what writing `count` bytes at the position takes, so that it cannot fail any more; nothing for 0
+    /// bytes, wherever the position is. Throws std::bad_alloc.
     void makeRoom(std::uint64_t count);
 
     /// Reads `count` bytes, or throws as from `failureLine`.
@@ -208,3 +210,5 @@ DataStream& ByteStream::putGrowing(Bits bits) {
 }
 
 }  // namespace Util
+
+#pragma GCC visibility pop

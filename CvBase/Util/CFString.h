@@ -7,6 +7,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// One CoreFoundation string, made from text or adopted, for the length of a scope. It can be neither copied nor moved.
@@ -49,3 +51,5 @@ private:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "CvBase/common/common_string.h"
 #include "CvBase/common/common_types.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// Reads and writes typed values as bytes, at one position that reading and writing both move. ByteStream is the stream
@@ -155,3 +157,5 @@ public:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

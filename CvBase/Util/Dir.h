@@ -7,6 +7,8 @@
 #include "CvBase/common/common_path.h"
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// One folder of the file system, by its path. The object caches nothing: every call asks the system.
@@ -67,6 +69,9 @@ public:
     /// what follows it, ignoring the case of A to Z. "ab*ab" matches "ab" too. "abc", without a star, matches every
     /// name that begins with it, and "" every name. Hidden names are listed like others.
     ///
+    /// Whether an entry is a regular file is taken from the folder itself where the system writes it there. A device
+    /// that is mounted over a regular file is therefore listed as a file.
+    ///
     /// The static ones take the folder as text, just as it is; they list entries with a backslash in their name, which
     /// the others cannot address.
     /// @{
@@ -100,3 +105,5 @@ private:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

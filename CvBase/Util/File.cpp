@@ -97,6 +97,7 @@ void File::Open(unsigned int mode) {
     stream_ = stream;
     mode_ = mode;
     opened_ = 1;
+    flushError_ = 0;  // that of a stream that was still held
 }
 
 void File::Close() {

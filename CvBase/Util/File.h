@@ -11,6 +11,8 @@
 #include "CvBase/common/common_string.h"
 #include "CvBase/common/common_types.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// A file: its path, and a stream while it is open.
@@ -182,3 +184,5 @@ private:
 };
 
 }  // namespace Util
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 
 /// When a file or folder was last used and last changed, in whole seconds since 1970-01-01 00:00:00 UTC. Times after
@@ -22,3 +24,5 @@ struct FileTime {
 [[nodiscard]] bool WriteFileTime(const String& path, const FileTime& time);
 
 }  // namespace Util
+
+#pragma GCC visibility pop

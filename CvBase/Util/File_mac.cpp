@@ -3,8 +3,13 @@
 
 #include <Carbon/Carbon.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "CvBase/Util/File.h"
 
@@ -62,14 +67,12 @@ bool isOneObject(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Whether two paths are one name in one folder, however the folder is written.
-bool isOneName(const String& a, const String& b) {
-    const FilePath pathA(a, false);
-    const FilePath pathB(b, false);
+/// Whether two paths are in one folder, however it is written.
+bool areInOneFolder(const FilePath& a, const FilePath& b) {
     struct stat folderA {
     }, folderB{};
-    return pathA.GetFilename() == pathB.GetFilename() && stat(pathA.GetFolder().ToString().CStr(), &folderA) == 0 &&
-           stat(pathB.GetFolder().ToString().CStr(), &folderB) == 0 && isOneObject(folderA, folderB);
+    return stat(a.GetFolder().ToString().CStr(), &folderA) == 0 &&
+           stat(b.GetFolder().ToString().CStr(), &folderB) == 0 && isOneObject(folderA, folderB);
 }
 
 /// How `from` and `to` relate where both lead to one object.
@@ -77,8 +80,40 @@ enum class Names {
     OfTwoObjects,  ///< they do not
     Same,          ///< one entry of one folder
     Redundant,     ///< `to` leads to the object without `from`: `from` is a link to it, or a second name
-    Dependent      ///< `to` is a link to `from`, or `from` written in another case
+    Dependent      ///< `to` is a link that leads through `from`, or `from` written in another case
 };
+
+/// The text of the symbolic link at `path`; empty when there is none.
+std::string linkText(const std::string& path) {
+    std::string text(PATH_MAX, '\0');
+    const ssize_t length = readlink(path.c_str(), text.data(), text.size());
+    text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    return text;
+}
+
+/// Whether the system meets the symbolic link `link` on its way to what is at `path`. Follows the way itself, and puts
+/// the text of each link in its place.
+bool leadsThrough(std::string path, const struct stat& link) {
+    constexpr int MAX_LINKS = 64;  // more than systems follow
+    std::size_t start = 0;
+    for (int links = 0; links < MAX_LINKS && start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string entry = path.substr(0, end);
+        const std::string text = end > start ? linkText(entry) : "";
+        struct stat status {};
+        if (text.empty()) {
+            start = end + 1;
+            continue;
+        }
+        if (lstat(entry.c_str(), &status) == 0 && isOneObject(status, link)) {
+            return true;
+        }
+        start = text.front() == '/' ? 0 : start;
+        path.replace(start, end - start, text);
+        ++links;
+    }
+    return false;
+}
 
 Names compareNames(const FilePath& from, const FilePath& to) {
     const String source = from.ToString();
@@ -88,14 +123,34 @@ Names compareNames(const FilePath& from, const FilePath& to) {
     if (stat(source.CStr(), &a) != 0 || stat(target.CStr(), &b) != 0 || !isOneObject(a, b)) {
         return Names::OfTwoObjects;
     }
-    if (isOneName(source, target)) {
+    if (from.GetFilename() == to.GetFilename() && areInOneFolder(from, to)) {
         return Names::Same;
     }
     if (lstat(source.CStr(), &a) != 0 || lstat(target.CStr(), &b) != 0) {
         return Names::OfTwoObjects;
     }
     const bool areTwoNames = S_ISREG(a.st_mode) && S_ISREG(b.st_mode) && a.st_nlink > 1;
-    return S_ISLNK(a.st_mode) || areTwoNames ? Names::Redundant : Names::Dependent;
+    const bool isUnneededLink = S_ISLNK(a.st_mode) && !leadsThrough(target.CStr(), a);
+    return isUnneededLink || areTwoNames ? Names::Redundant : Names::Dependent;
+}
+
+/// Moves a symbolic link whose text is relative to its folder to another folder, with an absolute text. False, with
+/// nothing changed, when `from` is not such a link, or that is not possible.
+bool moveRelativeLink(const FilePath& from, const FilePath& to) {
+    const String source = from.ToString();
+    const String target = to.ToString();
+    const std::string text = linkText(source.CStr());
+    if (text.empty() || text.front() == '/' || areInOneFolder(from, to)) {
+        return false;
+    }
+    const std::string absolute = from.GetFolder().ToString().CStr() + text;
+    const std::string made = target.CStr() + ("." + std::to_string(getpid()));
+    if (symlink(absolute.c_str(), made.c_str()) != 0) {
+        return false;
+    }
+    const bool moved = std::rename(made.c_str(), target.CStr()) == 0;
+    std::remove(moved ? source.CStr() : made.c_str());
+    return moved;
 }
 
 }  // namespace
@@ -121,7 +176,9 @@ void File::Rename(const FilePath& from, const FilePath& to) {
             File(from).Remove(false);
             return;
         case Names::Dependent:
-            renameEntry(from, to);
+            if (!moveRelativeLink(from, to)) {
+                renameEntry(from, to);
+            }
             return;
         case Names::OfTwoObjects:
             break;

@@ -5,6 +5,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 class FilePath;
 
 /// \file
@@ -61,3 +63,5 @@ bool MapFileLookupReturnAddress(ReturnAddressInfo& info, unsigned int address,
 /// @}
 
 }  // namespace Util
+
+#pragma GCC visibility pop

@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// Time sources. All may be called from any thread.
 namespace Util {
 
@@ -25,3 +27,5 @@ void TimeMeasureStart(bool enable);
 void TimeMeasureEnd(bool enable, const char* label);
 
 }  // namespace Util
+
+#pragma GCC visibility pop

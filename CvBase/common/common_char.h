@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 /// The general category of each Latin-1 code point as Unicode 3.2 has it, numbered as in Category and indexed by the
 /// byte's unsigned value. Later versions of Unicode moved 0xA7, 0xAA, 0xAD, 0xB6 and 0xBA to other categories.
 extern const unsigned char _CHAR_CATEGORIES[256];
@@ -60,3 +62,5 @@ public:
 private:
     char c_;
 };
+
+#pragma GCC visibility pop

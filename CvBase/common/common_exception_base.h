@@ -2,6 +2,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// The root of the library's exceptions and the one way to throw them.
 ///
@@ -12,7 +14,7 @@
 namespace Exception {
 
 /// What every exception of the library carries. Copies share their texts, so copying one is cheap.
-class __attribute__((visibility("default"))) Base {
+class Base {
 public:
     /// `message` says in words what failed. Shares its text. May throw std::bad_alloc.
     explicit Base(const String& message);
@@ -60,3 +62,5 @@ template <class E>
 }
 
 }  // namespace Exception
+
+#pragma GCC visibility pop

@@ -215,3 +215,7 @@ String FolderPath::ToString() const {
 FilePath operator+(const FolderPath& folder, const String& name) {
     return FilePath(folder.GetInternal() + name, false);
 }
+
+FolderPath operator/(const FolderPath& folder, const String& name) {
+    return FolderPath((folder + name).GetInternal(), false);
+}

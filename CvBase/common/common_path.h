@@ -2,6 +2,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 class FolderPath;
 
 /// \file
@@ -127,3 +129,10 @@ public:
 /// The file `name` in `folder`: both texts one after the other, as FilePath::construct() takes them, even when `name`
 /// begins with "/". In the empty path, `name` alone is taken.
 [[nodiscard]] FilePath operator+(const FolderPath& folder, const String& name);
+
+/// The folder `name` in `folder`, in the same way.
+///
+///     const FolderPath presets = FolderPath("~/Library", false) / "Audio" / "Presets";
+[[nodiscard]] FolderPath operator/(const FolderPath& folder, const String& name);
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "CvBase/common/common_checked_types.h"
 #include "CvBase/common/common_smart_ptr.h"
 
+#pragma GCC visibility push(default)
+
 /// Text: bytes that are UTF-8 by convention, shared by all copies of a String. Positions and lengths are counts of
 /// bytes.
 ///
@@ -381,3 +383,5 @@ inline bool operator>(const char* a, const String& b) {
 inline bool operator>=(const char* a, const String& b) {
     return b <= a;
 }
+
+#pragma GCC visibility pop

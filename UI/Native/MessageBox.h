@@ -5,6 +5,8 @@
 
 #include "CvBase/common/common_string.h"
 
+#pragma GCC visibility push(default)
+
 /// \file
 /// Modal message boxes with fixed sets of buttons, shown with the platform's own alert panel (AppKit's NSAlert).
 ///
@@ -61,3 +63,5 @@ void MessageOK(void* parent, const std::vector<unsigned short>& first, const std
 
 }  // namespace Native
 }  // namespace UI
+
+#pragma GCC visibility pop

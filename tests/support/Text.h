@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "CvBase/common/common_checked_types.h"
+#include "CvBase/common/common_std.h"
 #include "CvBase/common/common_string.h"
 #include "tests/support/Test.h"
 
@@ -25,15 +26,7 @@ inline std::string str(const String& text) {
 
 /// A text of these bytes, NUL bytes too; null without a value.
 inline String makeText(std::optional<std::string_view> bytes) {
-    if (!bytes) {
-        return String();
-    }
-    String text("");
-    for (std::size_t nul; (nul = bytes->find('\0')) != std::string_view::npos; bytes->remove_prefix(nul + 1)) {
-        text += String(bytes->data());
-        text += '\0';
-    }
-    return text += String(bytes->data(), static_cast<unsigned int>(bytes->size()));
+    return bytes ? StringFrom(*bytes) : String();
 }
 
 }  // namespace test

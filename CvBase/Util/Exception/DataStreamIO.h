@@ -2,6 +2,8 @@
 
 #include "CvBase/common/common_exception_base.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 namespace Exception {
 
@@ -17,7 +19,7 @@ namespace Exception {
 /// It carries what every exception of the library carries and nothing more; it is a class of its own so that callers
 /// can tell it from failures of files. Its source unit is "Util/ByteStream", or "Util/ByteStream.h" for single numbers,
 /// and the line names the operation: 74 and 81 a text, 104 a vector, 123 a block, 141 a number.
-class __attribute__((visibility("default"))) DataStreamIO : public ::Exception::Base {
+class DataStreamIO : public ::Exception::Base {
 public:
     /// `message` says in words what could not be read.
     explicit DataStreamIO(const String& message);
@@ -34,3 +36,5 @@ public:
 
 }  // namespace Exception
 }  // namespace Util
+
+#pragma GCC visibility pop

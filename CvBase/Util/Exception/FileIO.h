@@ -5,6 +5,8 @@
 #include "CvBase/common/common_exception_base.h"
 #include "CvBase/common/common_path.h"
 
+#pragma GCC visibility push(default)
+
 namespace Util {
 namespace Exception {
 
@@ -17,7 +19,7 @@ namespace Exception {
 ///     }
 ///
 /// Its source unit is "Util/File" or, for folders, "Util/Dir_mac"; the line names the one place there that throws.
-class __attribute__((visibility("default"))) FileIO : public ::Exception::Base {
+class FileIO : public ::Exception::Base {
 public:
     /// What was attempted when it failed. Other values are allowed and render as " Unknown error".
     enum ErrorType : std::int32_t {
@@ -66,3 +68,5 @@ private:
 
 }  // namespace Exception
 }  // namespace Util
+
+#pragma GCC visibility pop

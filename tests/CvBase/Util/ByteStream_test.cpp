@@ -253,6 +253,17 @@ TEST(ByteStreamMemory, AFailedWriteChangesNothing) {
     }
 }
 
+TEST(ByteStreamMemory, WhatWritesNothingAsksForNothing) {
+    ByteStream stream(0);
+    stream.SetWriteStringLength(false);
+    stream.SetPosition(~0U);
+    const String empty("");
+    test::failAfter(0);
+    EXPECT_NO_THROW(stream << empty << Bytes());
+    test::failAfter(-1);
+    EXPECT_EQ(stream.GetSize(), 0U);
+}
+
 TEST(ByteStreamMemory, AFailedTextReadLeavesTheTextEmpty) {
     const String written("A text that no small buffer of std::string can hold");
     ByteStream stream(0);

@@ -16,12 +16,12 @@ bool isThere(const std::string& path) {
 }
 
 /// What is in the folder: "name=contents" for a file, with a star where it has more names than one, "name/" for a
-/// folder and "name@" for a link.
+/// folder, "name@" for a link and "name@nowhere" for one that leads nowhere.
 std::string contentsOf(const std::string& folder) {
     std::set<std::string> entries;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {
         const std::string name = entry.path().lexically_relative(folder);
-        entries.insert(entry.is_symlink() ? name + "@"
+        entries.insert(entry.is_symlink() ? name + (entry.exists() ? "@" : "@nowhere")
                        : entry.is_directory()
                            ? name + "/"
                            : name + "=" + readFile(entry.path()) + (entry.hard_link_count() > 1 ? "*" : ""));
@@ -34,7 +34,8 @@ std::string contentsOf(const std::string& folder) {
 }
 
 TEST(FileRename, GivesTheFileItsNewNameOrLeavesAllAsItIs) {
-    const std::string file = "printf x >from; ", twins = file + "ln from twin; ";
+    const std::string file = "printf x >from; ", twins = file + "ln from twin; ",
+                      link = "mkdir d; printf x >d/f; ln -s d/f from; ";
     // clang-format off
     const struct { std::string made, from, to; int osError; std::string result; } rows[] = {
         {file, "from", "to", 0, "to=x "},
@@ -54,6 +55,9 @@ TEST(FileRename, GivesTheFileItsNewNameOrLeavesAllAsItIs) {
         {file + "mkdir folder; ln from folder/from", "from", "folder/from", 0, "folder/ folder/from=x "},
         {twins + "ln -s from to", "from", "to", 0, "to=x* twin=x* "},
         {twins + "ln -s nowhere to", "from", "to", 0, "to=x* twin=x* "},
+        {link + "ln -s from to", "from", "to", 0, "d/ d/f=x to@ "},
+        {link + "ln -s from between; ln -s between to", "from", "to", 0, "between@nowhere d/ d/f=x to@ "},
+        {link + "ln -s ../from d/to", "from", "d/to", 0, "d/ d/f=x d/to@ "},
         {twins + "printf y >third; ln -s third to", "from", "to", 0, "third=x* to@ twin=x* "},
     };
     // clang-format on

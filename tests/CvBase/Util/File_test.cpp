@@ -175,6 +175,14 @@ TEST_F(FileTest, AFullDiskShowsAtTheEndWhateverFlushedBefore) {
     setPath(path_);
     file_.Open(File::Write);
     file_.Close();
+    fs::remove(path_);
+    fs::create_symlink("/dev/full", path_);
+    file_.Open(File::Write);
+    file_.WriteBlock("a", 1);
+    file_.Flush();
+    fs::remove(path_);
+    file_.Open(File::Write);
+    file_.Close();
     File dies(pathOf("/dev/full"));
     dies.Open(File::Write);
     dies.WriteBlock("a", 1);

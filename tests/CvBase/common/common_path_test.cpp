@@ -186,6 +186,9 @@ TEST_F(PathTest, AFolderAndANameMakeAFilePath) {
     EXPECT_EQ(str((folder("/x") + "/a.txt").GetInternal()), "/x//a.txt");
     EXPECT_EQ(str((FolderPath() + "a.txt").GetInternal()), "/tmp/a.txt");
     EXPECT_TRUE((FolderPath() + String()).IsEmpty());
+    EXPECT_EQ(str((folder("/x\\") / "a" / "b.d").GetInternal()), "/x\\a/b.d/");
+    EXPECT_EQ(str((FolderPath() / "a").GetInternal()), "/tmp/a/");
+    EXPECT_TRUE((FolderPath() / String()).IsEmpty());
 }
 
 template <class Path>
