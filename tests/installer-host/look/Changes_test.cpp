@@ -120,7 +120,7 @@ TEST(Changes, AreAllToldAndNothingElse) {
          "  d\n    - \"k\" = true (boolean)\n  - file /Library/Preferences/d.plist\n  > file /o.plist -> /p.plist\n"},
         {"plist Library/Preferences/d.plist '<key>k</key><true/>'", "echo damaged >Library/Preferences/d.plist",
          "  ~ file /Library/Preferences/d.plist: contents 48 -> 8 bytes\n"
-         "  /Library/Preferences/d.plist cannot be read: it is no XML property list:\n"
+         "  /Library/Preferences/d.plist cannot be read: it is not an XML property list:\n"
          "      syntax error in line 1\n"},
         {"mkdir -p 'a\n\33[31m'; touch \"$(printf 'b\\342\\200\\256\\377')\"", "rm -r a* b*",
          "  - folder /a\\n\\x1b[31m\n  - file /b\\xe2\\x80\\xae\\xff\n"},
