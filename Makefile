@@ -5,7 +5,8 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 test-package package test-deb abi lint lint-all bench docs clean install-deps help
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
+.PHONY: install-deps help
 
 all: build
 
@@ -49,6 +50,9 @@ abi: ## compare the libraries' binary interface with the recorded one
 	@mkdir -p build
 	@tools/abi
 
+check-darwin: ## compile for the Mac, and link and look at the plug-in
+	@tools/check-darwin
+
 lint: ## check what a machine can check; clang-tidy on what changed
 	@tools/install-deps lint
 	@tools/lint
@@ -56,6 +60,10 @@ lint: ## check what a machine can check; clang-tidy on what changed
 lint-all: ## the same, and clang-tidy on every source
 	@tools/install-deps lint
 	@tools/lint all
+
+attack: build ## attack the machine with a hostile plug-in, and see each protection missed
+	@tests/installer-host/attack/attack.py $(BUILD)
+	@tests/installer-host/attack/attack.py --prove $(BUILD)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench

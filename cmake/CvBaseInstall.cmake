@@ -52,15 +52,18 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/cvbase COMPO
 # For whoever writes a plug-in of the same kind.
 install(FILES plugin/InstallerInterface.h plugin/ParamBlock.h DESTINATION ${header_folder}/plugin COMPONENT Development)
 
-install(TARGETS installer-host COMPONENT Host)
-install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT Host)
-install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
+if(NOT APPLE)
+    install(TARGETS installer-host COMPONENT Host)
+    install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT Host)
+    install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host COMPONENT Host)
+    install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
+    set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")
+endif()
 install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT PlugIn
     USE_SOURCE_PERMISSIONS PATTERN CorvaneInstall EXCLUDE)
 install(TARGETS CorvaneInstall
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/CorvaneInstall.bundle/Contents/${CV_BUNDLE_CODE_FOLDER} COMPONENT PlugIn)
-set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")
 
 add_custom_target(uninstall
     COMMAND ${CMAKE_COMMAND} -DMANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt -P ${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace host {
 
@@ -16,16 +17,24 @@ enum class ExitStatus : int {
     RootNotMade = 6,        ///< the private root, or what else a run needs, could not be made or is missing
     NotStored = 7,          ///< something could not be stored
     TimedOut = 9,           ///< the time-out ended the run
+    SomethingChanged = 10,  ///< all went well, and the user asked to be told that something changed
 };
 
-/// An error that ends the run without a report: what happened and what the user can do about it.
+/// With the number of a signal added, the status of a run that its user ended by it.
+constexpr int SIGNALLED = 128;
+
+/// An error that ends the run: what happened, and what the user can do about it.
 class Failure : public std::runtime_error {
 public:
-    Failure(ExitStatus status, const std::string& message) : std::runtime_error(message), status_(status) {}
+    /// `advice` is empty where there is none to give.
+    Failure(ExitStatus status, const std::string& what, std::string advice = "")
+        : std::runtime_error(what), status_(status), advice_(std::move(advice)) {}
     ExitStatus status() const { return status_; }
+    const std::string& advice() const { return advice_; }
 
 private:
     ExitStatus status_;
+    std::string advice_;
 };
 
 }  // namespace host

@@ -3,21 +3,25 @@
 #include <algorithm>
 #include <optional>
 
+#include "installer-host/report/Text.h"
 #include "plugin/ParamBlock.h"
 
 namespace host {
 
 namespace {
 
-std::optional<Judgement> judgeFault(const StepResult& step) {
+constexpr const char* BROKE_PROTOCOL = " told what only the worker tells, and was ended: ";
+
+std::optional<Judgement> judgeFault(const StepResult& step, const RunResult& result) {
     const std::string name = longName(step.step);
     if (step.outcome == StepResult::Outcome::Exception) {
         return Judgement{ExitStatus::ExceptionLeftStep,
-                         "an exception of type " + step.fault + " left the " + name +
-                             (step.faultMessage.empty() ? "" : ": " + step.faultMessage)};
+                         "an exception of type " + escaped(step.fault) + " left the " + name +
+                             (step.faultMessage.empty() ? "" : ": " + escaped(step.faultMessage))};
     }
     if (step.outcome == StepResult::Outcome::Crashed) {
-        return Judgement{ExitStatus::ExceptionLeftStep, "the " + name + " ended the process: " + step.fault};
+        const std::string what = result.end == WorkerEnd::BrokeProtocol ? BROKE_PROTOCOL : " ended the process: ";
+        return Judgement{ExitStatus::ExceptionLeftStep, "the " + name + what + escaped(step.fault)};
     }
     return std::nullopt;
 }
@@ -32,32 +36,43 @@ std::string whatTimedOut(const RunResult& result) {
     return "was in none of the steps, but loading or giving the interface up";
 }
 
-/// Whether all that the steps stored is on the disk, as far as can be seen: the post-install step sets Finder flags.
-bool isAllStored(const RunResult& result) {
-    const auto setsFlags = [](const StepResult& step) {
-        return step.step == Step::PostInstall && step.outcome == StepResult::Outcome::Done;
-    };
-    const bool setFlags = std::any_of(result.steps.begin(), result.steps.end(), setsFlags);
-    const auto isMissing = [&](const Unreadable& unreadable) {
-        return unreadable.kind == Unreadable::Kind::Stored || (unreadable.kind == Unreadable::Kind::Finder && setFlags);
-    };
+/// Whether all is on the disk that the steps stored, and all could be looked at. A preference file that was damaged
+/// before and left alone is none of this run's business.
+bool isComplete(const RunResult& result) {
     const auto& unreadable = result.changes.unreadable;
-    return result.notStored.empty() && std::none_of(unreadable.begin(), unreadable.end(), isMissing);
+    return result.notStored.empty() && std::all_of(unreadable.begin(), unreadable.end(), [](const Unreadable& one) {
+               return one.kind == Unreadable::Kind::Older;
+           });
+}
+
+Judgement judgeTimeout(const RunResult& result) {
+    return {ExitStatus::TimedOut, "the run was ended after " + std::to_string(result.options.timeout) +
+                                      " s: the bundle's code " + whatTimedOut(result) +
+                                      ".\nGive it more time with --timeout SECONDS."};
+}
+
+Judgement judgeInterruption(const RunResult& result) {
+    return {static_cast<ExitStatus>(SIGNALLED + result.signal), "the user ended the run"};
 }
 
 Judgement judgeRun(const RunResult& result) {
     for (const StepResult& step : result.steps) {
-        if (const std::optional<Judgement> fault = judgeFault(step)) {
+        if (const std::optional<Judgement> fault = judgeFault(step, result)) {
             return *fault;
         }
     }
     if (result.end == WorkerEnd::TimedOut) {
-        return {ExitStatus::TimedOut, "the run was ended after " + std::to_string(result.options.timeout) +
-                                          " s: the bundle's code " + whatTimedOut(result) +
-                                          ".\nGive it more time with --timeout SECONDS."};
+        return judgeTimeout(result);
+    }
+    if (result.failure) {
+        return {result.failure->status(), escaped(result.failure->what())};
     }
     if (result.end == WorkerEnd::Died) {
         return {ExitStatus::BundleUnusable, "the bundle's code ended the process outside of a step: " + result.endText};
+    }
+    if (result.end == WorkerEnd::BrokeProtocol) {
+        return {ExitStatus::BundleUnusable,
+                std::string("the bundle's code, outside of a step,") + BROKE_PROTOCOL + escaped(result.endText)};
     }
     for (const StepResult& step : result.steps) {
         if ((step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) != 0) {
@@ -65,17 +80,20 @@ Judgement judgeRun(const RunResult& result) {
                     std::string("the ") + longName(step.step) + " set the failure bit of resultFlags"};
         }
     }
-    if (!isAllStored(result)) {
-        return {ExitStatus::NotStored, "not everything could be stored; the report says what and why"};
+    if (!isComplete(result)) {
+        return {ExitStatus::NotStored, "not everything could be stored or looked at; the report says what and why"};
     }
-    return {};
+    return {result.options.changesExit && result.changes.any() ? ExitStatus::SomethingChanged : ExitStatus::Done, ""};
 }
 
 Judgement judgeCheck(const RunResult& result) {
+    if (result.end == WorkerEnd::TimedOut) {
+        return judgeTimeout(result);
+    }
     for (const Finding& finding : result.findings) {
         if (!finding.ok) {
             return {finding.status,
-                    "this bundle is no usable installer plug-in; the report's lines with 'failed' say why"};
+                    "this bundle is no usable installer plug-in: " + finding.subject + ": " + escaped(finding.text)};
         }
     }
     return {};
@@ -84,7 +102,17 @@ Judgement judgeCheck(const RunResult& result) {
 }  // namespace
 
 Judgement judge(const RunResult& result) {
+    if (result.end == WorkerEnd::Interrupted) {
+        return judgeInterruption(result);
+    }
     return result.options.command == Command::Check ? judgeCheck(result) : judgeRun(result);
+}
+
+Judgement judge(const Snapshot& snapshot) {
+    if (!snapshot.isComplete()) {
+        return {ExitStatus::NotStored, "not everything could be looked at; the report says what and why"};
+    }
+    return {};
 }
 
 }  // namespace host

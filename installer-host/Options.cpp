@@ -2,9 +2,14 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <climits>
 #include <limits>
+#include <memory>
 #include <string>
 #include <system_error>
+
+#include "installer-host/HelpFormatter.h"
+#include "installer-host/NearestWord.h"
 
 namespace host {
 
@@ -13,20 +18,39 @@ namespace {
 constexpr const char* VERSION_TEXT = "installer-host " INSTALLER_HOST_VERSION;
 
 constexpr const char* MAIN_FOOTER = R"(Examples:
-  installer-host check build/release/CorvaneInstall.bundle
-  installer-host run --product 5100 --language 1 --root /tmp/root build/release/CorvaneInstall.bundle
+  installer-host check CorvaneInstall.bundle
+  installer-host run --product 5100 --language 1 --root /tmp/root \
+      CorvaneInstall.bundle
   installer-host show --root /tmp/root
 
-Exit status: 0 done; 1 a step set the failure bit; 2 wrong usage; 3 the bundle is missing, malformed or cannot be
-loaded; 4 the factory or the interface was refused; 5 an exception left a step; 6 the private root could not be made;
-7 something could not be stored; 9 the time-out ended the run.)";
+Exit status:
+   0  done
+   1  a step set the failure bit
+   2  wrong usage
+   3  the bundle is missing, malformed or cannot be loaded
+   4  the factory or the interface was refused
+   5  an exception left a step, or a step ended the process
+   6  the private root, or what else a run needs, could not be made
+   7  something could not be stored or looked at
+   9  the time-out ended the run
+  10  something changed, with --changes-exit
+ 129 to 143  128 and the number of the signal by which the user ended the run)";
 
 constexpr const char* RUN_FOOTER = R"(Examples:
-  Install product 5100 in French into a private root, which the machine's own files are safe from:
+  Install product 5100 in French into a private root, which keeps the bundle
+  away from the machine's own files:
     mkdir -p /tmp/root
-    installer-host run --product 5100 --language 1 --root /tmp/root build/release/CorvaneInstall.bundle
+    installer-host run --product 5100 --language 1 --root /tmp/root \
+        CorvaneInstall.bundle
   See what that would change, as JSON, and change nothing:
-    installer-host run --product 5100 --root /tmp/root --dry-run --format json build/release/CorvaneInstall.bundle)";
+    installer-host run --product 5100 --root /tmp/root --dry-run \
+        --format json CorvaneInstall.bundle)";
+
+/// What the user wrote, for a message of one line.
+std::string quoted(const std::string& text) {
+    constexpr std::size_t LONGEST = 60;
+    return "'" + text.substr(0, LONGEST) + (text.size() > LONGEST ? "..." : "") + "'";
+}
 
 /// The whole of `text` as a decimal number from `min` to `max`, or an error that says what is expected.
 template <typename Number>
@@ -35,7 +59,7 @@ Number parseNumber(const std::string& name, const std::string& text, Number min,
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error != std::errc() || stop != end || value < min || value > max) {
-        throw CLI::ValidationError(name, "'" + text + "' is not a whole number from " + std::to_string(min) + " to " +
+        throw CLI::ValidationError(name, quoted(text) + " is not a whole number from " + std::to_string(min) + " to " +
                                              std::to_string(max) + hint);
     }
     return value;
@@ -49,6 +73,10 @@ CLI::Option* addNumber(CLI::App& app, const std::string& name, const std::string
         .add_option_function<std::string>(
             name, [=, &value](const std::string& text) { value = parseNumber(name, text, min, max, hint); }, help)
         ->type_name(valueName);
+}
+
+CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& value, const std::string& help) {
+    return app.add_flag(name, value, help)->disable_flag_override();
 }
 
 /// Adds an option with one of a few words.
@@ -66,7 +94,7 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
                 return;
             }
         }
-        throw CLI::ValidationError(name, "'" + text + "' is none of " + names);
+        throw CLI::ValidationError(name, quoted(text) + " is none of " + names);
     };
     app.add_option_function<std::string>(name, choose, help)->type_name(names);
 }
@@ -85,6 +113,47 @@ void addTimeout(CLI::App& app, Options& options) {
               "End the run when the bundle's code takes longer; 0: never (default: 60)");
 }
 
+/// A path as it stands on the command line.
+const std::string& checkedPath(const std::string& name, const std::string& path) {
+    if (path.empty()) {
+        throw CLI::ValidationError(name, "the name is empty; is a variable unset?");
+    }
+    if (path.size() >= PATH_MAX) {
+        throw CLI::ValidationError(name, "the name is longer than " + std::to_string(PATH_MAX - 1) + " bytes");
+    }
+    return path;
+}
+
+/// The same for a folder's path. An option without its value would take the next option for it.
+const std::string& checkedFolder(const std::string& name, const std::string& folder) {
+    checkedPath(name, folder);
+    if (folder.front() == '-') {
+        throw CLI::ValidationError(name, quoted(folder) + " looks like an option; put ./ before the name of a folder");
+    }
+    return folder;
+}
+
+CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
+                        const std::string& help) {
+    const auto add = [=, &folders](const std::vector<std::string>& given) {
+        for (const std::string& folder : given) {
+            folders.push_back(checkedFolder(name, folder));
+        }
+    };
+    return app.add_option_function<std::vector<std::string>>(name, add, help)
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+}
+
+/// Adds the two options that say where the command works, and returns the second, --machine.
+CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp) {
+    CLI::Option* root =
+        app.add_option_function<std::string>(
+               "--root", [&](const std::string& given) { options.root = checkedFolder("--root", given); }, rootHelp)
+            ->type_name("DIR");
+    return addFlag(app, "--machine", options.machine, machineHelp)->excludes(root);
+}
+
 void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
@@ -98,7 +167,7 @@ void addRunCommand(CLI::App& app, Options& options) {
               "; products go by numeric codes, for example 5100")
         ->required();
     addNumber(run, "--language", "CODE", options.installation.language, INT32_LEAST, INT32_MOST,
-              "The installation's language as a classic Mac OS code: 0 English, 1 French,\n2 German, 3 Italian, "
+              "The installation's language as a classic Mac OS code: 0 English, 1 French, 2 German, 3 Italian, "
               "6 Spanish, 11 Japanese (default: 0)",
               "; languages go by classic Mac OS codes, for example 0 for English and 1 for French");
     addChoice<std::vector<Step>>(
@@ -106,21 +175,26 @@ void addRunCommand(CLI::App& app, Options& options) {
         {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
         "The step to run (default: both)");
     addNumber<std::uint16_t>(run, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
-                             "The version to write into the parameter block\n(default: " +
+                             "The version to write into the parameter block (default: " +
                                  std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
     addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
-                    "Call the steps through the interface table, or the exported functions\nPreInstall and PostInstall "
+                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
                     "directly (default: table)");
-    run.add_option("--root", options.root,
-                   "Work in a private root: DIR/Library and DIR/Applications take the place of\n/Library and "
-                   "/Applications, the "
-                   "rest of the machine can only be read\n(default: the machine itself)")
-        ->type_name("DIR");
-    run.add_flag("--dry-run", options.dryRun, "Work on a copy of the root, report, change nothing");
+    CLI::Option* machine = addPlace(run, options,
+                                    "Work in a private root: DIR/Library and DIR/Applications take the place of "
+                                    "/Library and /Applications, and the "
+                                    "bundle's code can change nothing else. This or --machine is required",
+                                    "Work on the machine itself, where the bundle's code may do what you may");
+    CLI::Option* dryRun = addFlag(run, "--dry-run", options.dryRun, "Work on a copy, report, change nothing");
+    addFolders(run, "--scope", options.scope,
+               "With --machine: look at DIR; may be given again (default: /Library and /Applications)")
+        ->needs(machine)
+        ->excludes(dryRun);
+    addFlag(run, "--changes-exit", options.changesExit, "End with status 10 when something changed, or would have");
     addFormat(run, options);
     addTimeout(run, options);
-    run.add_flag("--verbose", options.verbose,
-                 "Say what is being done; list the preferences that stay as they are, too");
+    addFlag(run, "--verbose", options.verbose,
+            "Say what is being done; list the preferences that stay as they are, too");
 }
 
 void addCheckCommand(CLI::App& app, Options& options) {
@@ -136,19 +210,53 @@ void addShowCommand(CLI::App& app, Options& options) {
     CLI::App& show = *app.add_subcommand(
         "show", "What the machine holds now: preferences, and the Finder flags of the vendor's folder and icon file");
     show.footer("Example:\n  installer-host show --root /tmp/root");
-    show.add_option("--root", options.root, "Look at a private root instead of the machine itself")->type_name("DIR");
+    addPlace(show, options, "Look at the private root DIR. This or --machine is required",
+             "Look at the machine itself");
     addFormat(show, options);
 }
 
-/// What is wrong with a command line in which no command was found.
-std::string withoutCommand(const CLI::ParseError& error) {
+/// What is wrong with a word that the parser has no place for.
+std::string unknownWord(const CLI::App& subject, const std::string& word, bool isCommand) {
+    const std::string name = word.substr(0, word.find('='));
+    std::vector<std::string> known;
+    if (isCommand) {
+        known = {"run", "check", "show"};
+    } else if (name.front() != '-') {
+        return quoted(word) + " is one argument too many; does a name with spaces lack its quotes?";
+    } else {
+        for (const CLI::Option* option : subject.get_options()) {
+            for (const std::string& longName : option->get_lnames()) {
+                known.push_back("--" + longName);
+            }
+        }
+    }
+    const std::string nearest = nearestWord(name, known);
+    return std::string(isCommand ? "there is no command " : "there is no option ") + quoted(name) +
+           (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+}
+
+std::string describeError(const CLI::App& app, const CLI::App& subject, const CLI::ParseError& error) {
+    const bool hasCommand = &app != &subject;
+    const std::vector<std::string> left = subject.remaining();
+    if (!left.empty() && !left.front().empty()) {
+        return unknownWord(subject, left.front(), !hasCommand && left.front().front() != '-');
+    }
+    const std::string text = error.what();
+    if (text.find("disallowed flag override") != std::string::npos) {
+        return "--" + text.substr(0, text.find(' ')) + " takes no value";
+    }
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+        const bool lacksValue = text.find("missing") != std::string::npos;
+        return text.substr(0, text.find(':')) + (lacksValue ? " needs a value" : " is given more than once");
+    }
     const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    return isMissing ? "give one of the commands run, check and show" : error.what();
+    return isMissing && !hasCommand ? "give one of the commands run, check and show" : text;
 }
 
 /// What to print for an outcome of the parser that is no set of options: help, version or an error.
-ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
+ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error, Format format) {
     ParsedOptions parsed;
+    parsed.options.format = format;
     const auto commands = app.get_subcommands();
     const CLI::App& subject = commands.empty() ? app : *commands.front();
     if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
@@ -158,10 +266,58 @@ ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
     } else {
         const std::string command = commands.empty() ? "installer-host" : "installer-host " + subject.get_name();
         parsed.status = ExitStatus::Usage;
-        parsed.text = "installer-host: " + (commands.empty() ? withoutCommand(error) : error.what()) + "\nSee '" +
-                      command + " --help' for how it is used.\n";
+        parsed.text = describeError(app, subject, error);
+        parsed.advice = "See '" + command + " --help' for how it is used.";
     }
     return parsed;
+}
+
+/// The format of the report, also when the rest of the command line is wrong.
+Format wantedFormat(const std::vector<std::string>& arguments) {
+    std::string before;
+    for (const std::string& argument : arguments) {
+        if (before == "--") {
+            break;
+        }
+        if (argument == "--format=json" || (before == "--format" && argument == "json")) {
+            return Format::Json;
+        }
+        before = argument;
+    }
+    return Format::Text;
+}
+
+/// CLI11 takes the next argument for the value of "--root=", which is what an unset variable leaves.
+void requireValues(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (argument == "--") {
+            break;
+        }
+        if (argument.size() > 3 && argument.compare(0, 2, "--") == 0 && argument.find('=') == argument.size() - 1) {
+            throw CLI::ValidationError(argument.substr(0, argument.size() - 1), "its value is empty");
+        }
+    }
+}
+
+/// Sets what follows from the options that were given. Nothing stands for the machine itself but the word for it.
+void complete(Options& options, const CLI::App& app) {
+    options.command = app.got_subcommand("run")     ? Command::Run
+                      : app.got_subcommand("check") ? Command::Check
+                                                    : Command::Show;
+    if (options.command != Command::Show) {
+        checkedPath("BUNDLE", options.bundle);
+    }
+    if (options.command != Command::Check && !options.machine && options.root.empty()) {
+        throw CLI::RequiredError(
+            "say where to work: --root DIR for a private root, or --machine for the machine itself",
+            CLI::ExitCodes::RequiredError);
+    }
+    if (options.command != Command::Run) {
+        options.installation.steps.clear();
+    }
+    if (options.machine && options.scope.empty()) {
+        options.scope = {"/Library", "/Applications"};
+    }
 }
 
 }  // namespace
@@ -180,18 +336,16 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     addCheckCommand(app, options);
     addShowCommand(app, options);
     for (CLI::App* command : app.get_subcommands(nullptr)) {
-        command->get_formatter()->column_width(26);
+        command->formatter(std::make_shared<HelpFormatter>());
     }
+    app.formatter(std::make_shared<HelpFormatter>());
+    options.format = wantedFormat({argv, argv + argc});
     try {
+        requireValues({argv, argv + argc});
         app.parse(argc, argv);
+        complete(options, app);
     } catch (const CLI::ParseError& error) {
-        return stopWith(app, error);
-    }
-    options.command = app.got_subcommand("run")     ? Command::Run
-                      : app.got_subcommand("check") ? Command::Check
-                                                    : Command::Show;
-    if (options.command != Command::Run) {
-        options.installation.steps.clear();
+        return stopWith(app, error, options.format);
     }
     parsed.proceed = true;
     return parsed;

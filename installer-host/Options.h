@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/Installation.h"
@@ -15,8 +16,11 @@ struct Options {
     Command command = Command::Run;
     std::string bundle;
     Installation installation;  ///< without steps for the other commands than `run`
-    std::string root;           ///< empty: the machine itself
+    bool machine = false;       ///< `run` and `show`: work on the machine itself
+    std::string root;           ///< the private root; empty with `machine`, and for `check`, which works on neither
+    std::vector<std::string> scope;  ///< `run` with `machine`: the folders that are looked at, absolute paths
     bool dryRun = false;
+    bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
     bool verbose = false;
@@ -25,9 +29,10 @@ struct Options {
 /// What the command line came to: options to work with, or a text for the user and the end.
 struct ParsedOptions {
     bool proceed = false;
-    Options options;
+    Options options;                       ///< without `proceed` only the format counts
     ExitStatus status = ExitStatus::Done;  ///< when there is nothing to do
-    std::string text;                      ///< then: for standard output with Done, for standard error otherwise
+    std::string text;                      ///< then: for standard output with Done, what is wrong otherwise
+    std::string advice;                    ///< what to do about what is wrong
 };
 
 /// Reads the command line. The paths in it are as given; Plan.h finds what they lead to.

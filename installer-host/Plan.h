@@ -12,7 +12,8 @@ namespace host {
 class Plan {
 public:
     /// Finds the bundle and the root, and makes the copy that a dry run works on. Throws Failure: BundleUnusable when
-    /// there is no bundle, RootNotMade when there is no root or it cannot be copied.
+    /// there is no bundle, RootNotMade when there is no root or it cannot be copied, Usage when it is the machine's
+    /// own.
     explicit Plan(Options options);
 
     /// As given, but with absolute paths without symbolic links.

@@ -9,6 +9,7 @@
 
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/common/common_exception_base.h"
+#include "platform/BundleProblem.h"
 
 namespace host {
 
@@ -49,6 +50,15 @@ CallResult describeException() {
     return result;
 }
 
+StepFunction exportedStep(const BundleSession& session, Step step) {
+    const char* name = step == Step::PreInstall ? "PreInstall" : "PostInstall";
+    void* function = session.exportedFunction(name);
+    if (function == nullptr) {
+        throw Failure(ExitStatus::BundleUnusable, std::string("the bundle's code exports no function ") + name);
+    }
+    return reinterpret_cast<StepFunction>(function);
+}
+
 }  // namespace
 
 cv::CFReference<CFStringRef> makeString(const std::string& text) {
@@ -56,12 +66,9 @@ cv::CFReference<CFStringRef> makeString(const std::string& text) {
 }
 
 BundleSession::BundleSession(const std::string& path)
-    : path_(path), plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
+    : plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
     if (!plugIn_) {
-        throw Failure(ExitStatus::BundleUnusable,
-                      "'" + path +
-                          "' is no plug-in: a plug-in is a folder such as NAME.bundle whose "
-                          "Contents/Info.plist registers a factory under CFPlugInFactories");
+        throw Failure(ExitStatus::BundleUnusable, "this is no plug-in: " + cv::bundleProblem());
     }
     factories_ =
         cv::CFReference<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));
@@ -78,9 +85,7 @@ std::vector<CFUUIDRef> BundleSession::factories() const {
 
 void BundleSession::load() const {
     if (!CFBundleLoadExecutable(bundle())) {
-        throw Failure(ExitStatus::BundleUnusable, "the code of '" + path_ +
-                                                      "' cannot be loaded; what went wrong is said above. Was it built "
-                                                      "for this system and processor?");
+        throw Failure(ExitStatus::BundleUnusable, "the code cannot be loaded: " + cv::bundleProblem());
     }
 }
 
@@ -88,15 +93,18 @@ void* BundleSession::exportedFunction(const char* name) const {
     return CFBundleGetFunctionPointerForName(bundle(), makeString(name).get());
 }
 
-StepEntries::StepEntries(const BundleSession& session, bool direct) : session_(session) {
+StepEntries::StepEntries(const BundleSession& session, const Installation& installation) {
     const std::vector<CFUUIDRef> factories = session.factories();
-    if (!direct && factories.empty()) {
+    if (!installation.direct && factories.empty()) {
         throw Failure(ExitStatus::InterfaceRefused,
                       std::string("the bundle registers no factory for the installer's plug-in type ") +
                           XCOD_PLUGIN_TYPE_ID + " (CFPlugInTypes in its Info.plist)");
     }
     session.load();
-    if (direct) {
+    if (installation.direct) {
+        for (const Step step : installation.steps) {
+            functions_[step] = exportedStep(session, step);
+        }
         return;
     }
     void* instance = CFPlugInInstanceCreate(kCFAllocatorDefault, factories.front(), XCodPlugInTypeID());
@@ -118,18 +126,6 @@ StepEntries::~StepEntries() {
     if (interface_ != nullptr) {
         (*interface_)->Release(interface_);
     }
-}
-
-StepFunction StepEntries::entry(Step step) const {
-    if (interface_ != nullptr) {
-        return (*interface_)->XCodMain;
-    }
-    const char* name = step == Step::PreInstall ? "PreInstall" : "PostInstall";
-    void* function = session_.exportedFunction(name);
-    if (function == nullptr) {
-        throw Failure(ExitStatus::BundleUnusable, std::string("the bundle's code exports no function ") + name);
-    }
-    return reinterpret_cast<StepFunction>(function);
 }
 
 CallResult callStep(StepFunction step, XCodParamBlock* block) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,7 @@ public:
     /// The factories that the bundle registers for the installer's plug-in type.
     std::vector<CFUUIDRef> factories() const;
 
-    /// Loads the code. Throws Failure (BundleUnusable) when that fails; the reason is on standard error.
+    /// Loads the code. Throws Failure (BundleUnusable) with the reason when that fails.
     void load() const;
 
     /// The address of an exported function of the loaded code; null when it exports none of that name.
@@ -35,7 +36,6 @@ public:
     CFBundleRef bundle() const { return CFPlugInGetBundle(plugIn_.get()); }
 
 private:
-    std::string path_;
     cv::CFReference<CFPlugInRef> plugIn_;
     cv::CFReference<CFArrayRef> factories_;
 };
@@ -43,21 +43,23 @@ private:
 /// The steps of an open plug-in, through the interface table of an instance or as exported functions.
 class StepEntries {
 public:
-    /// Gets the interface, unless `direct`. Throws Failure: InterfaceRefused when the factory or the interface is
-    /// refused, BundleUnusable when the code cannot be loaded.
-    StepEntries(const BundleSession& session, bool direct);
+    /// Gets the interface, or finds the functions of a direct installation's steps. Throws Failure: InterfaceRefused
+    /// when the factory or the interface is refused, BundleUnusable when the code cannot be loaded or lacks a function.
+    StepEntries(const BundleSession& session, const Installation& installation);
 
     /// Gives the interface up.
     ~StepEntries();
     StepEntries(const StepEntries&) = delete;
     StepEntries& operator=(const StepEntries&) = delete;
 
-    /// What to call for `step`. Throws Failure (BundleUnusable) when a direct call finds no exported function.
-    StepFunction entry(Step step) const;
+    /// What to call for `step`, one of the installation's.
+    StepFunction entry(Step step) const {
+        return interface_ != nullptr ? (*interface_)->XCodMain : functions_.at(step);
+    }
 
 private:
-    const BundleSession& session_;
     const XCodFunctionBlock** interface_ = nullptr;
+    std::map<Step, StepFunction> functions_;
 };
 
 /// How a call into a plug-in ended.

@@ -21,22 +21,35 @@ FinderObject readFinderObject(const RootFolder& root, const std::string& path) {
         object.problem = errno == ENOENT || errno == ENOTDIR ? "" : cv::errorText(errno);
         return object;
     }
-    std::array<unsigned char, cv::FINDER_INFO_SIZE + 1> info{};
+    std::array<char, cv::FINDER_INFO_SIZE + 1> info{};
     // A descriptor that only names the object gives its attributes through /proc alone.
     const std::string self = "/proc/self/fd/" + std::to_string(file.get());
     const ssize_t size = getxattr(self.c_str(), cv::FINDER_INFO_ATTRIBUTE, info.data(), info.size());
-    if (size == static_cast<ssize_t>(cv::FINDER_INFO_SIZE)) {
-        const unsigned char* flags = info.data() + cv::FINDER_FLAGS_OFFSET;
-        object.flags = static_cast<std::uint16_t>(flags[0] << 8U | flags[1]);
-    } else if (size >= 0 || errno == ERANGE) {
-        object.problem = cv::FINDER_INFO_HAS_WRONG_SIZE;
-    } else if (errno != ENODATA) {
+    if (size >= 0 || errno == ERANGE) {
+        const std::string value(info.data(), size < 0 ? info.size() : static_cast<std::size_t>(size));
+        return finderObject(path, &value);
+    }
+    if (errno != ENODATA) {
         object.problem = cv::errorText(errno);
     }
     return object;
 }
 
 }  // namespace
+
+FinderObject finderObject(const std::string& path, const std::string* attribute) {
+    FinderObject object;
+    object.path = path;
+    object.exists = true;
+    if (attribute != nullptr && attribute->size() == cv::FINDER_INFO_SIZE) {
+        const auto byte = [&](std::size_t i) { return static_cast<unsigned char>((*attribute)[i]); };
+        object.flags =
+            static_cast<std::uint16_t>(byte(cv::FINDER_FLAGS_OFFSET) << 8U | byte(cv::FINDER_FLAGS_OFFSET + 1));
+    } else if (attribute != nullptr) {
+        object.problem = cv::FINDER_INFO_HAS_WRONG_SIZE;
+    }
+    return object;
+}
 
 std::vector<FinderObject> readFinderObjects(const RootFolder& root) {
     std::vector<FinderObject> objects;

@@ -19,6 +19,9 @@ struct FinderObject {
     std::uint16_t flags = 0;  ///< 0 for an object that has no Finder information
 };
 
+/// What the value of the attribute says of the object at `path`; null when it has none.
+FinderObject finderObject(const std::string& path, const std::string* attribute);
+
 /// Looks at FINDER_OBJECTS. Throws nothing but std::bad_alloc.
 std::vector<FinderObject> readFinderObjects(const RootFolder& root);
 

@@ -1,5 +1,7 @@
 #include "installer-host/look/PreferenceDomain.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
@@ -43,18 +45,6 @@ std::string dateText(double seconds) {
     return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts));
 }
 
-/// Two hexadecimal digits for each byte.
-std::string hexText(std::string_view bytes) {
-    constexpr std::string_view DIGITS = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
-    for (const char byte : bytes) {
-        text += DIGITS[static_cast<unsigned char>(byte) >> 4U];
-        text += DIGITS[static_cast<unsigned char>(byte) & 0xFU];
-    }
-    return text;
-}
-
 TypedValue valueOf(const cv::plist::Value& value);
 
 /// What JSON data there is for each kind of value.
@@ -93,18 +83,19 @@ TypedValue valueOf(const cv::plist::Value& value) {
 
 }  // namespace
 
-PreferenceDomain readPreferenceDomain(int fd) {
+std::string hexText(std::string_view bytes) {
+    constexpr std::string_view DIGITS = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const char byte : bytes) {
+        text += DIGITS[static_cast<unsigned char>(byte) >> 4U];
+        text += DIGITS[static_cast<unsigned char>(byte) & 0xFU];
+    }
+    return text;
+}
+
+PreferenceDomain parsePreferenceDomain(std::string_view bytes) {
     PreferenceDomain domain;
-    std::string bytes;
-    int error = fstat(fd, &domain.status) == 0 ? 0 : errno;
-    const bool isFile = S_ISREG(domain.status.st_mode);
-    if (isFile) {
-        error = cv::readAll(fd, cv::plist::MAX_FILE_SIZE, bytes);
-    }
-    if (error != 0 || !isFile) {
-        domain.problem = error != 0 ? cv::errorText(error) : "it is no file";
-        return domain;
-    }
     const cv::plist::Parsed parsed = cv::plist::parse(bytes);
     if (!parsed.root) {
         domain.problem = parsed.reason;
@@ -116,6 +107,22 @@ PreferenceDomain readPreferenceDomain(int fd) {
         domain.problem = "it holds no dictionary";
     }
     return domain;
+}
+
+PreferenceDomain readPreferenceDomain(int fd) {
+    PreferenceDomain domain;
+    struct stat status {};
+    std::string bytes;
+    int error = fstat(fd, &status) == 0 ? 0 : errno;
+    const bool isFile = S_ISREG(status.st_mode);
+    if (error == 0 && isFile) {
+        error = cv::readAll(fd, cv::plist::MAX_FILE_SIZE, bytes);
+    }
+    if (error != 0 || !isFile) {
+        domain.problem = error != 0 ? cv::errorText(error) : "it is not a file";
+        return domain;
+    }
+    return parsePreferenceDomain(bytes);
 }
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string_view>
@@ -24,19 +25,29 @@ public:
         const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder.isOpen() ? fdopendir(folder.get()) : nullptr,
                                                           closedir);
         if (entries == nullptr) {
+            note(relative, errno);
             return;
         }
         folder.release();
-        while (const dirent* entry = readdir(entries.get())) {
+        for (errno = 0; const dirent* entry = readdir(entries.get()); errno = 0) {
             const std::string name = entry->d_name;
             if (name != "." && name != "..") {
                 visitEntry(relative + name, *entry);
             }
         }
+        note(relative, errno);
     }
 
 private:
     static std::string pathOf(const std::string& relative) { return PREFERENCES_FOLDER + relative; }
+
+    /// Notes why a folder could not be read; one that is not there can have nothing in it.
+    void note(const std::string& relative, int error) {
+        if (error != 0 && (error != ENOENT || !relative.empty())) {
+            const std::string path = pathOf(relative);
+            snapshot_.unreadable.emplace(path.substr(0, path.size() - 1), cv::errorText(error));
+        }
+    }
 
     void visitEntry(const std::string& relative, const dirent& entry) {
         if (isFolder(relative, entry)) {
@@ -72,8 +83,18 @@ private:
 
 }  // namespace
 
-std::string pathOfDomain(const std::string& domain) {
-    return PREFERENCES_FOLDER + domain + std::string(SUFFIX);
+std::string domainAt(const std::string& path) {
+    const std::string_view folder = PREFERENCES_FOLDER;
+    const bool isDomain = path.size() > folder.size() + SUFFIX.size() && path.compare(0, folder.size(), folder) == 0 &&
+                          path.compare(path.size() - SUFFIX.size(), SUFFIX.size(), SUFFIX) == 0;
+    return isDomain ? path.substr(folder.size(), path.size() - folder.size() - SUFFIX.size()) : "";
+}
+
+bool Snapshot::isComplete() const {
+    const auto isRead = [](const auto& domain) { return domain.second.problem.empty(); };
+    const auto isKnown = [](const FinderObject& object) { return object.problem.empty(); };
+    return unreadable.empty() && std::all_of(domains.begin(), domains.end(), isRead) &&
+           std::all_of(objects.begin(), objects.end(), isKnown);
 }
 
 Snapshot takeSnapshot(const RootFolder& root) {

@@ -19,12 +19,17 @@ struct Snapshot {
     std::set<std::string> otherFiles;
     /// FINDER_OBJECTS.
     std::vector<FinderObject> objects;
+    /// The folders of preferences that could not be read, by path, and why, to end a sentence with.
+    std::map<std::string, std::string> unreadable;
+
+    /// Whether all could be read.
+    bool isComplete() const;
 };
 
-/// Where the preferences of `domain` are kept.
-std::string pathOfDomain(const std::string& domain);
+/// The preference domain that the file at `path` is, as seen from inside the root; empty when it is none.
+std::string domainAt(const std::string& path);
 
-/// Looks at everything. Never throws for what it finds; what cannot be read is described.
+/// Looks at everything. Throws nothing but std::bad_alloc; what cannot be read is described.
 Snapshot takeSnapshot(const RootFolder& root);
 
 }  // namespace host

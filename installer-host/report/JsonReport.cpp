@@ -1,8 +1,15 @@
 #include "installer-host/report/JsonReport.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "installer-host/report/Phrases.h"
+#include "installer-host/report/Text.h"
+#include "platform/PropertyList/Utf.h"
 
 namespace host {
 
@@ -10,10 +17,22 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int SCHEMA = 1;
+/// The version of docs/report.schema.json.
+constexpr const char* SCHEMA = "2.0";
 
 std::string write(const Json& report) {
-    return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+}
+
+const char* nameOf(Command command) {
+    return command == Command::Run ? "run" : command == Command::Check ? "check" : "show";
+}
+
+/// What every report begins with.
+Json beginReport(std::optional<Command> command) {
+    return {{"schema", SCHEMA},
+            {"host", INSTALLER_HOST_VERSION},
+            {"command", command ? Json(nameOf(*command)) : Json(nullptr)}};
 }
 
 const char* nameOf(Change change) {
@@ -36,12 +55,16 @@ const char* nameOf(StepResult::Outcome outcome) {
             break;
         case StepResult::Outcome::Done:
             return "done";
+        case StepResult::Outcome::Returned:
+            return "returned";
         case StepResult::Outcome::Exception:
             return "exception";
         case StepResult::Outcome::Crashed:
             return "crashed";
         case StepResult::Outcome::TimedOut:
             return "timed out";
+        case StepResult::Outcome::Interrupted:
+            return "interrupted";
     }
     return "not run";
 }
@@ -50,8 +73,25 @@ Json orNull(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
-Json orNull(const std::optional<std::uint32_t>& number) {
-    return number ? Json(*number) : Json(nullptr);
+template <typename T>
+Json orNull(const std::optional<T>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+/// Ends a report with what it comes to.
+std::string endReport(Json report, const Judgement& judgement) {
+    // The first line says what happened, the others what to do.
+    const std::string& message = judgement.message;
+    const std::size_t end = std::min(message.find('\n'), message.size());
+    const bool isError = judgement.status != ExitStatus::Done && judgement.status != ExitStatus::SomethingChanged;
+    report["error"] = nullptr;
+    if (isError) {
+        report["error"] = {{"status", static_cast<int>(judgement.status)},
+                           {"what", message.substr(0, end)},
+                           {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
+    }
+    report["exitStatus"] = static_cast<int>(judgement.status);
+    return write(report);
 }
 
 Json stepJson(const StepResult& result) {
@@ -60,14 +100,100 @@ Json stepJson(const StepResult& result) {
             {"resultFlagsBefore", orNull(result.flagsBefore)},
             {"resultFlagsAfter", orNull(result.flagsAfter)},
             {"fault", orNull(result.fault)},
-            {"faultMessage", orNull(result.faultMessage)}};
+            {"faultMessage", orNull(result.faultMessage)},
+            {"milliseconds", result.duration.count()}};
+}
+
+Json alertJson(const AlertRecord& alert) {
+    return {{"title", alert.title},
+            {"text", alert.text},
+            {"buttons", alert.buttons},
+            {"answer", orNull(alert.answer)},
+            {"answeredBy", alert.answer ? orNull(alert.answeredBy) : Json(nullptr)}};
+}
+
+bool isUtf8(std::string_view text) {
+    for (std::size_t position = 0; position < text.size();) {
+        if (cv::plist::nextCharacter(text, position) == cv::plist::NO_CHARACTER) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Adds a path, and its bytes where it is not UTF-8.
+void addPath(Json& object, const std::string& key, const std::string& path) {
+    object[key] = path;
+    if (!isUtf8(path)) {
+        object[key + "Bytes"] = hexText(path);
+    }
+}
+
+/// What an entry was or is.
+Json entryJson(const std::optional<Entry>& entry) {
+    if (!entry) {
+        return nullptr;
+    }
+    const Status& status = entry->status;
+    Json attributes = Json::object();
+    for (const auto& [name, value] : detailsOf(*entry).attributes) {
+        attributes[name] = hexText(value);
+    }
+    Json json{{"type", typeName(*entry)}, {"mode", modeText(*entry)},
+              {"owner", status.owner},    {"group", status.group},
+              {"size", nullptr},          {"target", nullptr},
+              {"device", nullptr},        {"modified", timeText(status.modified, true)},
+              {"attributes", attributes}};
+    if (S_ISREG(status.mode)) {
+        json["size"] = status.size;
+    } else if (S_ISLNK(status.mode)) {
+        addPath(json, "target", detailsOf(*entry).target);
+    } else if (S_ISCHR(status.mode) || S_ISBLK(status.mode)) {
+        json["device"] = deviceText(*entry);
+    }
+    return json;
+}
+
+Json differencesJson(const Differences& differs) {
+    const std::pair<bool, const char*> names[] = {
+        {differs.type, "type"},     {differs.contents, "contents"}, {differs.maybeContents, "contents or times"},
+        {differs.mode, "mode"},     {differs.owner, "owner"},       {differs.attributes, "attributes"},
+        {differs.target, "target"}, {differs.device, "device"},
+    };
+    Json json = Json::array();
+    for (const auto& [isDifferent, name] : names) {
+        if (isDifferent) {
+            json.push_back(name);
+        }
+    }
+    return json;
+}
+
+Json changeJson(const EntryChange& change) {
+    static constexpr const char* NAMES[] = {"created", "removed", "changed", "moved", "times"};
+    Json json = Json::object();
+    addPath(json, "path", change.path);
+    json["change"] = NAMES[static_cast<int>(change.kind)];
+    json["from"] = nullptr;
+    if (change.kind == EntryChange::Kind::Moved) {
+        addPath(json, "from", change.from);
+    }
+    json["replaced"] = change.replaced ? Json(typeName(*change.replaced)) : Json(nullptr);
+    json["differs"] = differencesJson(change.differs);
+    json["before"] = entryJson(change.before);
+    json["after"] = entryJson(change.after);
+    return json;
 }
 
 Json preferenceJson(const KeyChange& change) {
     const bool unchanged = change.change == Change::Unchanged;
-    return {{"domain", change.domain},         {"key", change.key},
-            {"change", nameOf(change.change)}, {"before", change.before},
-            {"after", change.after},           {"note", unchanged ? Json(unchangedNote(change)) : Json(nullptr)}};
+    return {{"path", change.path},
+            {"domain", orNull(change.domain)},
+            {"key", change.key},
+            {"change", nameOf(change.change)},
+            {"before", change.before},
+            {"after", change.after},
+            {"note", unchanged ? Json(unchangedNote(change)) : Json(nullptr)}};
 }
 
 Json finderJson(const FinderObject& object) {
@@ -77,83 +203,132 @@ Json finderJson(const FinderObject& object) {
             {"problem", orNull(object.problem)}};
 }
 
-Json changesJson(const Changes& changes) {
-    Json preferences = Json::array();
+Json unreadableJson(const Unreadable& unreadable) {
+    const bool isFinder = unreadable.kind == Unreadable::Kind::Finder;
+    const bool isUnseen = unreadable.kind == Unreadable::Kind::Unseen;
+    Json json = Json::object();
+    addPath(json, "path", unreadable.path);
+    json["what"] = isFinder ? "Finder flags" : isUnseen ? "file or folder" : "property list";
+    json["problem"] = unreadable.problem;
+    return json;
+}
+
+Json countsJson(const RunResult& result) {
+    const Counts counts = countsOf(result.changes);
+    return {{"created", counts.created},
+            {"removed", counts.removed},
+            {"changed", counts.changed},
+            {"moved", counts.moved},
+            {"times", counts.times},
+            {"keysAdded", counts.keysAdded},
+            {"keysChanged", counts.keysChanged},
+            {"keysRemoved", counts.keysRemoved},
+            {"finderFlags", counts.finderFlags},
+            {"unreadable", result.changes.unreadable.size()},
+            {"notStored", result.notStored.size()},
+            {"alerts", result.alerts.size()}};
+}
+
+/// Adds what became different on the disk.
+void addChanges(Json& report, const Changes& changes) {
+    for (const char* list : {"entries", "preferences", "finderFlags", "unreadable"}) {
+        report[list] = Json::array();
+    }
+    for (const EntryChange& change : changes.entries) {
+        report["entries"].push_back(changeJson(change));
+    }
     for (const KeyChange& change : changes.preferences) {
-        preferences.push_back(preferenceJson(change));
+        report["preferences"].push_back(preferenceJson(change));
     }
-    Json files = Json::array();
-    for (const FileChange& file : changes.files) {
-        files.push_back({{"path", file.path}, {"change", nameOf(file.change)}});
-    }
-    Json finder = Json::array();
     for (const auto& [before, after] : changes.finder) {
-        finder.push_back({{"path", after.path}, {"before", finderJson(before)}, {"after", finderJson(after)}});
+        Json json = Json::object();
+        addPath(json, "path", after.path);
+        json["before"] = finderJson(before);
+        json["after"] = finderJson(after);
+        report["finderFlags"].push_back(json);
     }
-    Json unreadable = Json::array();
     for (const Unreadable& one : changes.unreadable) {
-        unreadable.push_back(sentence(one));
+        report["unreadable"].push_back(unreadableJson(one));
     }
-    return {{"preferences", preferences}, {"files", files}, {"finderFlags", finder}, {"unreadable", unreadable}};
+}
+
+/// What was run, by whom and when.
+void addMetadata(Json& report, const RunResult& result) {
+    const Options& options = result.options;
+    const Installation& installation = options.installation;
+    report.update({{"bundle", options.bundle},
+                   {"bundleIdentifier", orNull(result.bundleIdentifier)},
+                   {"bundleVersion", orNull(result.bundleVersion)},
+                   {"root", orNull(options.root)},
+                   {"scope", options.scope},
+                   {"user", {{"id", result.userId}, {"name", orNull(result.userName)}}},
+                   {"started", timeText(result.started)},
+                   {"dryRun", options.dryRun},
+                   {"product", installation.product},
+                   {"language", installation.language},
+                   {"blockVersion", installation.blockVersion},
+                   {"entry", installation.direct ? "direct" : "table"}});
 }
 
 }  // namespace
 
-std::string runJson(const RunResult& result, ExitStatus status) {
-    const Options& options = result.options;
-    const Installation& installation = options.installation;
-    Json steps = Json::array();
+std::string runJson(const RunResult& result, const Judgement& judgement) {
+    Json report = beginReport(Command::Run);
+    addMetadata(report, result);
+    for (const char* list : {"steps", "alerts", "notStored"}) {
+        report[list] = Json::array();
+    }
     for (const StepResult& step : result.steps) {
-        steps.push_back(stepJson(step));
+        report["steps"].push_back(stepJson(step));
     }
-    Json notStored = Json::array();
+    for (const AlertRecord& alert : result.alerts) {
+        report["alerts"].push_back(alertJson(alert));
+    }
     for (const cv::Fault& fault : result.notStored) {
-        notStored.push_back({{"what", fault.what}, {"reason", fault.reason}});
+        report["notStored"].push_back({{"what", fault.what}, {"reason", fault.reason}});
     }
-    Json report{{"schema", SCHEMA},
-                {"command", "run"},
-                {"bundle", options.bundle},
-                {"root", orNull(options.root)},
-                {"dryRun", options.dryRun},
-                {"product", installation.product},
-                {"language", installation.language},
-                {"blockVersion", installation.blockVersion},
-                {"entry", installation.direct ? "direct" : "table"},
-                {"steps", steps}};
-    report.update(changesJson(result.changes));
-    report["notStored"] = notStored;
-    report["exitStatus"] = static_cast<int>(status);
-    return write(report);
+    report["limits"] = result.limits;
+    report["changed"] = result.changes.any();
+    report["summary"] = summaryOf(result);
+    report["counts"] = countsJson(result);
+    addChanges(report, result.changes);
+    return endReport(report, judgement);
 }
 
-std::string showJson(const Snapshot& snapshot, const std::string& root) {
-    Json domains = Json::array();
-    for (const auto& [domain, file] : snapshot.domains) {
-        domains.push_back({{"domain", domain}, {"problem", orNull(file.problem)}, {"keys", file.keys}});
+std::string showJson(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
+    Json report = beginReport(Command::Show);
+    report["root"] = orNull(root);
+    for (const char* list : {"domains", "files", "finderFlags", "unreadable"}) {
+        report[list] = Json::array();
     }
-    Json finder = Json::array();
+    for (const auto& [domain, file] : snapshot.domains) {
+        report["domains"].push_back({{"domain", domain}, {"problem", orNull(file.problem)}, {"keys", file.keys}});
+    }
+    report["files"] = snapshot.otherFiles;
     for (const FinderObject& object : snapshot.objects) {
         Json entry{{"path", object.path}};
         entry.update(finderJson(object));
-        finder.push_back(entry);
+        report["finderFlags"].push_back(entry);
     }
-    return write({{"schema", SCHEMA},
-                  {"command", "show"},
-                  {"root", orNull(root)},
-                  {"domains", domains},
-                  {"files", snapshot.otherFiles},
-                  {"finderFlags", finder}});
+    for (const auto& [path, problem] : snapshot.unreadable) {
+        report["unreadable"].push_back(unreadableJson({Unreadable::Kind::Unseen, path, problem}));
+    }
+    return endReport(report, judgement);
 }
 
-std::string checkJson(const RunResult& result) {
-    Json list = Json::array();
-    bool ok = true;
+std::string checkJson(const RunResult& result, const Judgement& judgement) {
+    Json report = beginReport(Command::Check);
+    report["bundle"] = result.options.bundle;
+    report["ok"] = judgement.status == ExitStatus::Done;
+    report["findings"] = Json::array();
     for (const Finding& finding : result.findings) {
-        list.push_back({{"subject", finding.subject}, {"ok", finding.ok}, {"text", finding.text}});
-        ok = ok && finding.ok;
+        report["findings"].push_back({{"subject", finding.subject}, {"ok", finding.ok}, {"text", finding.text}});
     }
-    return write(
-        {{"schema", SCHEMA}, {"command", "check"}, {"bundle", result.options.bundle}, {"ok", ok}, {"findings", list}});
+    return endReport(report, judgement);
+}
+
+std::string errorJson(std::optional<Command> command, const Judgement& judgement) {
+    return endReport(beginReport(command), judgement);
 }
 
 }  // namespace host

@@ -30,7 +30,11 @@ std::string escapedByte(char byte) {
 
 bool isPlain(char32_t character) {
     const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
-    return !isControl && character != '"' && character != '\\' && character != cv::plist::NO_CHARACTER;
+    // Those that turn the direction of writing, or part lines, let a name look like another.
+    const bool isLayout = (character >= 0x200B && character <= 0x200F) ||
+                          (character >= 0x2028 && character <= 0x202E) ||
+                          (character >= 0x2060 && character <= 0x206F) || character == 0xFEFF;
+    return !isControl && !isLayout && character != '"' && character != '\\' && character != cv::plist::NO_CHARACTER;
 }
 
 }  // namespace

@@ -1,30 +1,19 @@
 #include "installer-host/report/TextReport.h"
 
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdio>
+
+#include "installer-host/report/Lines.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
+#include "platform/FinderAttribute.h"
 #include "plugin/ParamBlock.h"
 
 namespace host {
 
 namespace {
-
-/// The names of the Finder flags that the system's headers give.
-std::string flagNames(std::uint16_t flags) {
-    static constexpr struct {
-        std::uint16_t bit;
-        const char* name;
-    } NAMES[] = {{0x8000, "alias"},       {0x4000, "invisible"},    {0x2000, "bundle"},
-                 {0x1000, "name locked"}, {0x0800, "stationery"},   {0x0400, "custom icon"},
-                 {0x0100, "inited"},      {0x0080, "no init code"}, {0x0040, "shared program"}};
-    std::string names;
-    for (const auto& [bit, name] : NAMES) {
-        if ((flags & bit) != 0) {
-            names += names.empty() ? "" : ", ";
-            names += name;
-        }
-    }
-    return names;
-}
 
 std::string flagsText(const FinderObject& object) {
     if (!object.problem.empty()) {
@@ -37,134 +26,330 @@ std::string flagsText(const FinderObject& object) {
     return hexNumber(object.flags, 4) + (names.empty() ? "" : " (" + names + ")");
 }
 
-std::string typedValue(const TypedValue& value) {
-    return describe(value) + " (" + value["type"].get<std::string>() + ")";
-}
-
 std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
 }
 
-std::string stepLine(const StepResult& result) {
-    std::string line = "  " + padded(longName(result.step), 18);
-    const auto flags = [](std::optional<std::uint32_t> value) { return value ? hexNumber(*value, 8) : "unknown"; };
+/// "0.012 s".
+std::string secondsText(std::chrono::milliseconds time) {
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);
+    return text.data();
+}
+
+std::string outcomeText(const StepResult& result) {
     switch (result.outcome) {
         case StepResult::Outcome::NotRun:
-            return line + "not run\n";
+            break;
         case StepResult::Outcome::Done:
-            line += result.flagsAfter.value_or(0) & XCOD_RESULT_FAILED ? "failed" : "done";
-            break;
+            return (result.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) != 0 ? "failed" : "done";
+        case StepResult::Outcome::Returned:
+            return "returned, but its process did not end as it should";
         case StepResult::Outcome::Exception:
-            line += "ended by an exception of type " + escaped(result.fault);
-            line += result.faultMessage.empty() ? "" : ": " + escaped(result.faultMessage);
-            break;
+            return "ended by an exception of type " + escaped(result.fault) +
+                   (result.faultMessage.empty() ? "" : ": " + escaped(result.faultMessage));
         case StepResult::Outcome::Crashed:
-            line += "ended the process: " + result.fault;
-            break;
+            return "ended the process: " + escaped(result.fault);
         case StepResult::Outcome::TimedOut:
-            line += "did not end in time";
-            break;
+            return "did not end in time";
+        case StepResult::Outcome::Interrupted:
+            return "was running when the user ended the run";
     }
-    line += "; resultFlags " + flags(result.flagsBefore);
-    return line +
-           (result.flagsBefore == result.flagsAfter ? ", unchanged\n" : " -> " + flags(result.flagsAfter) + "\n");
+    return "not run";
+}
+
+std::string stepLine(const StepResult& result) {
+    const auto flags = [](std::optional<std::uint32_t> value) { return value ? hexNumber(*value, 8) : "unknown"; };
+    Line line(2, 6);
+    line.add(padded(longName(result.step), 17)).addWords(outcomeText(result));
+    if (result.outcome != StepResult::Outcome::NotRun) {
+        line.add("in").add(secondsText(result.duration)).join(";").add("resultFlags").add(flags(result.flagsBefore));
+        if (result.flagsBefore == result.flagsAfter) {
+            line.join(",").add("unchanged");
+        } else {
+            line.add("->").add(flags(result.flagsAfter));
+        }
+    }
+    return line.text();
+}
+
+std::string alertsText(const RunResult& result) {
+    std::string text = result.alerts.empty() ? "" : "\nAlerts\n";
+    for (const AlertRecord& alert : result.alerts) {
+        text += Line(2).addWords(inQuotes(alert.title)).join(":").addWords(inQuotes(alert.text)).text();
+        Line buttons(4);
+        buttons.add("with");
+        for (const std::string& button : alert.buttons) {
+            buttons.addWords(inQuotes(button));
+        }
+        buttons.join(",");
+        if (alert.answer) {
+            buttons.addWords("answered " + inQuotes(*alert.answer)).addWords("by: " + escaped(alert.answeredBy));
+        } else {
+            buttons.addWords("not answered: the run ended first");
+        }
+        text += buttons.text();
+    }
+    return text;
+}
+
+/// Adds a value and its type.
+void addValue(Line& line, const TypedValue& value) {
+    line.addWords(describe(value)).add("(" + value["type"].get<std::string>() + ")");
 }
 
 std::string preferenceLine(const KeyChange& change) {
-    const std::string key = inQuotes(change.key);
-    switch (change.change) {
-        case Change::Added:
-            return "    + " + key + " = " + typedValue(change.after) + "\n";
-        case Change::Changed:
-            return "    ~ " + key + " = " + typedValue(change.before) + " -> " + typedValue(change.after) + "\n";
-        case Change::Removed:
-            return "    - " + key + " = " + typedValue(change.before) + "\n";
-        case Change::Unchanged:
-            break;
+    static constexpr const char* SIGNS[] = {"+ ", "~ ", "- ", "  "};
+    Line line(4);
+    line.add(SIGNS[static_cast<int>(change.change)] + inQuotes(change.key)).add("=");
+    addValue(line, change.before.is_null() ? change.after : change.before);
+    if (change.change == Change::Changed) {
+        line.add("->");
+        addValue(line, change.after);
+    } else if (change.change == Change::Unchanged) {
+        line.join(",").addWords(unchangedNote(change));
     }
-    return "      " + key + " = " + typedValue(change.after) + ", " + unchangedNote(change) + "\n";
+    return line.text();
 }
 
 std::string preferencesText(const Changes& changes) {
-    std::string text = "Preferences (+ added, ~ changed, - removed)\n";
-    const std::string* domain = nullptr;
+    std::string text = "\nPreferences (+ added, ~ changed, - removed)\n";
+    const std::string* path = nullptr;
     for (const KeyChange& change : changes.preferences) {
-        if (domain == nullptr || *domain != change.domain) {
-            domain = &change.domain;
-            text += "  " + escaped(change.domain) + "\n";
+        if (path == nullptr || *path != change.path) {
+            path = &change.path;
+            text += Line(2).addWords(escaped(change.domain.empty() ? change.path : change.domain)).text();
         }
         text += preferenceLine(change);
     }
-    for (const FileChange& file : changes.files) {
-        text += std::string("  ") + (file.change == Change::Added ? "+" : "-") + " file " + escaped(file.path) + "\n";
-    }
-    return text + (changes.preferences.empty() && changes.files.empty() ? "  nothing changed\n" : "");
+    return text + (changes.preferences.empty() ? "  nothing changed\n" : "");
 }
 
 std::string finderText(const Changes& changes) {
-    std::string text = "Finder flags\n";
-    for (const auto& [before, after] : changes.finder) {
-        const std::string old = flagsText(before);
-        const std::string now = flagsText(after);
-        text += "  " + padded(escaped(after.path), 30) + "  " + old;
-        text += old == now ? (after.exists ? ", unchanged\n" : "\n") : " -> " + now + "\n";
+    std::string text = "\nFinder flags\n";
+    for (const FinderChange& change : changes.finder) {
+        Line line(2);
+        line.addWords(padded(escaped(change.after.path), 30) + "  " + flagsText(change.before));
+        if (differs(change)) {
+            line.add("->").addWords(flagsText(change.after));
+        } else if (change.after.exists) {
+            line.join(",").add("unchanged");
+        }
+        text += line.text();
     }
     return text;
+}
+
+/// The things that differ in an entry, with a comma between them.
+class DifferenceList {
+public:
+    /// Adds to `line`; `isFirst` when nothing stands before the list that a comma is to follow.
+    DifferenceList(Line& line, bool isFirst) : line_(line), isFirst_(isFirst) {}
+
+    void add(const std::string& what) {
+        if (!isFirst_) {
+            line_.join(",");
+        }
+        isFirst_ = false;
+        line_.addWords(what);
+    }
+    void add(const std::string& what, const std::string& before, const std::string& after) {
+        add(what + " " + before + " -> " + after);
+    }
+
+    /// "attribute user.a added", or "Finder flags", which have a section of their own.
+    void addAttributes(const Details& before, const Details& after) {
+        for (const auto& [name, value] : before.attributes) {
+            const auto now = after.attributes.find(name);
+            if (now == after.attributes.end() || now->second != value) {
+                addAttribute(name, now == after.attributes.end() ? "removed" : "changed");
+            }
+        }
+        for (const auto& [name, value] : after.attributes) {
+            if (before.attributes.count(name) == 0) {
+                addAttribute(name, "added");
+            }
+        }
+    }
+
+private:
+    void addAttribute(const std::string& name, const char* what) {
+        add(name == cv::FINDER_INFO_ATTRIBUTE ? "Finder flags" : "attribute " + escaped(name) + " " + what);
+    }
+
+    Line& line_;
+    bool isFirst_;
+};
+
+void addDifferences(const EntryChange& change, DifferenceList list) {
+    const Entry& before = *change.before;
+    const Entry& after = *change.after;
+    const Differences& differs = change.differs;
+    const auto owner = [](const Entry& entry) {
+        return std::to_string(entry.status.owner) + ":" + std::to_string(entry.status.group);
+    };
+    if (differs.contents) {
+        list.add("contents", std::to_string(before.status.size), std::to_string(after.status.size) + " bytes");
+    }
+    if (differs.maybeContents) {
+        list.add("contents or times (" + std::to_string(after.status.size) + " bytes before and after)");
+    }
+    if (differs.mode) {
+        list.add("mode", modeText(before), modeText(after));
+    }
+    if (differs.owner) {
+        list.add("owner", owner(before), owner(after));
+    }
+    if (differs.attributes) {
+        list.addAttributes(detailsOf(before), detailsOf(after));
+    }
+    if (differs.target) {
+        list.add("target", escaped(detailsOf(before).target), escaped(detailsOf(after).target));
+    }
+    if (differs.device) {
+        list.add("device", deviceText(before), deviceText(after));
+    }
+}
+
+std::string createdText(const Entry& entry) {
+    const std::uint32_t mode = entry.status.mode;
+    return S_ISREG(mode)                    ? ", " + std::to_string(entry.status.size) + " bytes"
+           : S_ISLNK(mode)                  ? " -> " + escaped(detailsOf(entry).target)
+           : S_ISCHR(mode) || S_ISBLK(mode) ? ", " + deviceText(entry)
+                                            : "";
+}
+
+std::string entryLine(const EntryChange& change) {
+    using Kind = EntryChange::Kind;
+    const std::string path = escaped(change.path);
+    const std::string type = typeName(change.after ? *change.after : *change.before) + " ";
+    Line line(2);
+    switch (change.kind) {
+        case Kind::Created:
+            return line.addWords("+ " + type + path + createdText(*change.after)).text();
+        case Kind::Removed:
+            return line.addWords("- " + type + path).text();
+        case Kind::Times:
+            return line.addWords("~ " + type + path + ": times, modified")
+                .add(timeText(change.before->status.modified, true))
+                .add("->")
+                .add(timeText(change.after->status.modified, true))
+                .text();
+        case Kind::Moved:
+            line.addWords("> " + type + escaped(change.from) + " -> " + path +
+                          (change.replaced ? ", in place of a " + typeName(*change.replaced) : ""));
+            break;
+        case Kind::Changed:
+            if (change.differs.type) {
+                return line.addWords("~ " + path + ": " + typeName(*change.before) + " -> " + typeName(*change.after))
+                    .join(S_ISLNK(change.after->status.mode) ? " (" + escaped(detailsOf(*change.after).target) + ")"
+                                                             : createdText(*change.after))
+                    .text();
+            }
+            line.addWords("~ " + type + path + ":");
+            break;
+    }
+    addDifferences(change, DifferenceList(line, change.kind == Kind::Changed));
+    return line.text();
+}
+
+std::string entriesText(const Changes& changes) {
+    std::string text = "\nFiles and folders (+ created, ~ changed, - removed, > moved)\n";
+    for (const EntryChange& change : changes.entries) {
+        text += entryLine(change);
+    }
+    return text + (changes.entries.empty() ? "  nothing changed\n" : "");
 }
 
 std::string problemsText(const RunResult& result) {
     std::string text;
     for (const cv::Fault& fault : result.notStored) {
-        text += "  not stored: " + escaped(fault.what) + ": " + escaped(fault.reason) + "\n";
+        text += Line(2).addWords("not stored: " + escaped(fault.what) + ": " + escaped(fault.reason)).text();
     }
     for (const Unreadable& unreadable : result.changes.unreadable) {
-        text += "  " + sentence(unreadable) + "\n";
+        const auto [what, why] = complaint(unreadable);
+        text += Line(2).addWords(what + " cannot be read: " + why).text();
     }
     return text.empty() ? text : "\nProblems\n" + text;
+}
+
+std::string limitsText(const RunResult& result) {
+    std::string text = result.limits.empty() ? "" : "\nLimits\n";
+    for (const std::string& limit : result.limits) {
+        text += Line(2).addWords(limit).text();
+    }
+    return text;
 }
 
 std::string placeText(const std::string& root) {
     return root.empty() ? "this machine" : "the private root " + escaped(root);
 }
 
+std::string headText(const RunResult& result) {
+    const Options& options = result.options;
+    std::string text =
+        Line(0, 2)
+            .addWords("Installation of product " + std::to_string(options.installation.product) + ", language " +
+                      std::to_string(options.installation.language) + ", on " + placeText(options.root) +
+                      (options.dryRun ? " (dry run: on a copy of it, nothing was changed)" : ""))
+            .text();
+    text += Line(2).addWords("with " + escaped(options.bundle)).text();
+    if (!result.bundleIdentifier.empty()) {
+        text += Line(2).addWords(escaped(result.bundleIdentifier) + " " + escaped(result.bundleVersion)).text();
+    }
+    const std::string id = std::to_string(result.userId);
+    return text + Line(2)
+                      .addWords("started " + timeText(result.started) + " by " +
+                                (result.userName.empty() ? "user " + id : escaped(result.userName)) +
+                                ", installer-host " INSTALLER_HOST_VERSION)
+                      .text();
+}
+
 }  // namespace
 
 std::string runText(const RunResult& result) {
-    const Options& options = result.options;
-    std::string text = "Installation of product " + std::to_string(options.installation.product) + ", language " +
-                       std::to_string(options.installation.language) + ", on " + placeText(options.root) +
-                       (options.dryRun ? " (dry run: on a copy of it, nothing was changed)" : "") + "\n  with " +
-                       escaped(options.bundle) + "\n\nSteps\n";
+    std::string text = headText(result) + "\nSteps\n";
     for (const StepResult& step : result.steps) {
         text += stepLine(step);
     }
-    return text + "\n" + preferencesText(result.changes) + "\n" + finderText(result.changes) + problemsText(result);
+    return text + alertsText(result) + preferencesText(result.changes) + finderText(result.changes) +
+           entriesText(result.changes) + problemsText(result) + limitsText(result) + "\n" +
+           Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
 }
 
 std::string checkText(const RunResult& result) {
-    std::string text = escaped(result.options.bundle) + "\n";
+    constexpr std::size_t TEXT_COLUMN = 24;
+    std::string text = Line(0).addWords(escaped(result.options.bundle)).text();
     for (const Finding& finding : result.findings) {
-        text += std::string("  ") + (finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 14) +
-                escaped(finding.text) + "\n";
+        text += Line(2, TEXT_COLUMN)
+                    .add((finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 13))
+                    .addWords(escaped(finding.text))
+                    .text();
     }
     return text;
 }
 
 std::string showText(const Snapshot& snapshot, const std::string& root) {
-    std::string text = "Preferences of " + placeText(root) + "\n";
+    std::string text = Line(0, 2).addWords("Preferences of " + placeText(root)).text();
+    for (const auto& [path, problem] : snapshot.unreadable) {
+        text += Line(2).addWords(escaped(path) + " cannot be read: " + problem).text();
+    }
     for (const auto& [domain, file] : snapshot.domains) {
-        text += "  " + escaped(domain) + (file.problem.empty() ? "" : " cannot be read: " + file.problem) + "\n";
+        const std::string problem = file.problem.empty() ? "" : " cannot be read: " + file.problem;
+        text += Line(2).addWords(escaped(domain) + problem).text();
         for (const auto& [key, value] : file.keys) {
-            text += "    " + inQuotes(key) + " = " + typedValue(value) + "\n";
+            Line line(4);
+            addValue(line.add(inQuotes(key)).add("="), value);
+            text += line.text();
         }
     }
     for (const std::string& path : snapshot.otherFiles) {
-        text += "  file " + escaped(path) + "\n";
+        text += Line(2).addWords("file " + escaped(path)).text();
     }
-    text += snapshot.domains.empty() && snapshot.otherFiles.empty() ? "  none\n" : "";
-    text += "\nFinder flags\n";
+    const bool isEmpty = snapshot.domains.empty() && snapshot.otherFiles.empty() && snapshot.unreadable.empty();
+    text += isEmpty ? "  none\n\nFinder flags\n" : "\nFinder flags\n";
     for (const FinderObject& object : snapshot.objects) {
-        text += "  " + padded(escaped(object.path), 30) + "  " + flagsText(object) + "\n";
+        text += Line(2).addWords(padded(escaped(object.path), 30) + "  " + flagsText(object)).text();
     }
     return text;
 }

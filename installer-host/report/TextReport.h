@@ -3,6 +3,7 @@
 #include <string>
 
 #include "installer-host/RunResult.h"
+#include "installer-host/look/Snapshot.h"
 
 namespace host {
 

@@ -8,10 +8,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <system_error>
 
 namespace host {
@@ -19,6 +24,9 @@ namespace host {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+/// How long to wait for what was killed: a process that itself waits for a dead file server cannot be ended.
+constexpr std::chrono::seconds PATIENCE{5};
 
 [[noreturn]] void fail(const char* what) {
     throw std::system_error(errno, std::generic_category(), what);
@@ -60,17 +68,33 @@ private:
     cv::Descriptor fd_;
 };
 
-[[noreturn]] void becomeCommand(const std::vector<std::string>& command, int eventFd, pid_t parent) {
+/// Leaves open, in the command that this process becomes, the standard descriptors and `kept` alone.
+void keepOpen(const std::vector<int>& kept) {
+    if (close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC) != 0) {
+        // Kernels before 5.11.
+        for (int fd = STDERR_FILENO + 1; fd < static_cast<int>(sysconf(_SC_OPEN_MAX)); ++fd) {
+            fcntl(fd, F_SETFD, FD_CLOEXEC);
+        }
+    }
+    for (const int fd : kept) {
+        fcntl(fd, F_SETFD, 0);
+    }
+}
+
+[[noreturn]] void becomeCommand(const ChildOrder& order, pid_t parent) {
     HeldSignals::instance().releaseInChild();
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    fcntl(eventFd, F_SETFD, 0);
+    // For an end of this process that leaves it no time to end its child.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) {
         _exit(127);
     }
+    dup2(order.input, STDIN_FILENO);
+    dup2(order.output, STDOUT_FILENO);
+    dup2(order.output, STDERR_FILENO);
+    keepOpen(order.descriptors);
     std::vector<char*> arguments;
-    arguments.reserve(command.size() + 1);
-    for (const std::string& argument : command) {
+    arguments.reserve(order.command.size() + 1);
+    for (const std::string& argument : order.command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
     arguments.push_back(nullptr);
@@ -79,21 +103,51 @@ private:
     _exit(127);
 }
 
+int millisecondsUntil(Clock::time_point time) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - Clock::now()).count();
+    return left < 0 ? 0 : static_cast<int>(left) + 1;
+}
+
+/// The parent of a process, from the line that /proc has of it; the name in it may hold anything, parentheses, too.
+pid_t parentOf(const std::string& process) {
+    std::ifstream file("/proc/" + process + "/stat");
+    const std::string line{std::istreambuf_iterator<char>(file), {}};
+    std::istringstream rest(line.substr(std::min(line.size(), line.rfind(')') + 1)));
+    char state = 0;
+    pid_t parent = 0;
+    rest >> state >> parent;
+    return parent;
+}
+
+/// The processes whose parent is this one.
+std::vector<pid_t> children() {
+    std::vector<pid_t> found;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
+        const std::string name = entry.path().filename();
+        if (name.find_first_not_of("0123456789") == std::string::npos && parentOf(name) == getpid()) {
+            found.push_back(std::stoi(name));
+        }
+    }
+    return found;
+}
+
 }  // namespace
 
-/// A started child; killed, if it is still alive, at the end of the scope.
+/// A started child; ended with all that it started, if it is still alive, at the end of the scope.
 class ChildProcess {
 public:
-    ChildProcess(const std::vector<std::string>& command, EventPipe& events) : events_(std::move(events.read_)) {
+    explicit ChildProcess(const ChildOrder& order) : order_(order), watchers_(order.watchers) {
+        // What the child leaves behind becomes a child of this process, which ends it.
+        prctl(PR_SET_CHILD_SUBREAPER, 1);
         const pid_t parent = getpid();
         pid_ = fork();
         if (pid_ < 0) {
             fail("fork");
         }
         if (pid_ == 0) {
-            becomeCommand(command, events.childEnd(), parent);
+            becomeCommand(order, parent);
         }
-        events.write_ = cv::Descriptor();
         end_ = cv::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, pid_, 0)));
         if (!end_.isOpen()) {
             const int error = errno;
@@ -102,113 +156,139 @@ public:
             throw std::system_error(error, std::generic_category(), "pidfd_open");
         }
     }
-    ~ChildProcess() {
-        if (pid_ > 0) {
-            stop();
-        }
-    }
+    ~ChildProcess() { endAll(); }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    ChildEnd follow(std::chrono::seconds timeout, const std::function<void(const nlohmann::json&)>& onEvent) {
-        const Clock::time_point deadline = Clock::now() + timeout;
-        for (;;) {
-            std::array<pollfd, 3> fds{pollfd{end_.get(), POLLIN, 0}, pollfd{events_.get(), POLLIN, 0},
-                                      pollfd{signals_.fd(), POLLIN, 0}};
-            const int wait = timeout.count() == 0 ? -1 : millisecondsUntil(deadline);
-            if (poll(fds.data(), fds.size(), wait) < 0 && errno != EINTR) {
-                fail("poll");
-            }
-            if (const int signal = signals_.take(); signal != 0) {
-                stop();
-                throw Interrupted{signal};
-            }
-            if (fds[1].revents != 0) {
-                passEventsOn(onEvent);
-            } else if (fds[0].revents != 0) {
-                return {false, reap()};
-            } else if (wait == 0) {
-                stop();
-                return {true, 0};
-            }
+    ChildEnd follow() {
+        ChildEnd end = waitForEnd();
+        const int exitStatus = endAll();
+        end.exitStatus = end.how == ChildEnd::How::ByItself ? exitStatus : 0;
+        if (hearTheRest() == Watching::EndChild && end.how == ChildEnd::How::ByItself) {
+            end.how = ChildEnd::How::Refused;
         }
+        return end;
     }
 
 private:
-    static int millisecondsUntil(Clock::time_point time) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - Clock::now()).count();
-        return left < 0 ? 0 : static_cast<int>(left) + 1;
-    }
-
-    /// Reads what is there; the pipe is closed at its end, and poll() then passes over it.
-    void passEventsOn(const std::function<void(const nlohmann::json&)>& onEvent) {
-        std::array<char, 4096> buffer;
-        const ssize_t count = read(events_.get(), buffer.data(), buffer.size());
-        if (count <= 0) {
-            events_ = cv::Descriptor();
-            return;
-        }
-        text_.append(buffer.data(), static_cast<std::size_t>(count));
-        for (std::size_t end; (end = text_.find('\n')) != std::string::npos; text_.erase(0, end + 1)) {
-            const auto event = nlohmann::json::parse(text_.substr(0, end), nullptr, false);
-            if (event.is_object()) {
-                onEvent(event);
+    /// Serves the watchers until the child ends or is to be ended.
+    ChildEnd waitForEnd() {
+        const Clock::time_point deadline = Clock::now() + order_.timeout;
+        const bool hasDeadline = order_.timeout.count() != 0;
+        for (;;) {
+            std::vector<pollfd> fds = watched();
+            fds.insert(fds.begin(), {pollfd{signals_.fd(), POLLIN, 0}, pollfd{end_.get(), POLLIN, 0}});
+            if (poll(fds.data(), fds.size(), hasDeadline ? millisecondsUntil(deadline) : -1) < 0 && errno != EINTR) {
+                fail("poll");
+            }
+            if (const int signal = signals_.take(); signal != 0) {
+                return {ChildEnd::How::Interrupted, 0, signal};
+            }
+            if (fds[1].revents != 0) {
+                return {};
+            }
+            if (hasDeadline && Clock::now() >= deadline) {
+                return {ChildEnd::How::TimedOut};
+            }
+            if (serve(fds.data() + 2) == Watching::EndChild) {
+                return {ChildEnd::How::Refused};
             }
         }
     }
 
-    /// Kills the child and waits until it and what it started in turn are gone: those hold the other end of the pipe.
-    void stop() {
-        kill(pid_, SIGKILL);
-        if (waitFor(end_.get(), POLLIN)) {
-            reap();
+    std::vector<pollfd> watched() const {
+        std::vector<pollfd> fds;
+        for (const Watcher& watcher : watchers_) {
+            fds.push_back({watcher.fd, POLLIN, 0});
         }
-        std::array<char, 4096> ignored;
-        while (events_.isOpen() && waitFor(events_.get(), POLLIN) &&
-               read(events_.get(), ignored.data(), ignored.size()) > 0) {
-        }
-        pid_ = 0;
+        return fds;
     }
 
-    /// Waits for a while only: a process that itself waits for a dead file server cannot be killed.
-    static bool waitFor(int fd, short what) {
-        constexpr int PATIENCE_MILLISECONDS = 5000;
-        pollfd end{fd, what, 0};
-        return poll(&end, 1, PATIENCE_MILLISECONDS) > 0;
+    /// Calls the watchers that have something to read; `fds` are theirs.
+    Watching serve(const pollfd* fds) {
+        std::vector<Watcher> left;
+        Watching wanted = Watching::GoOn;
+        for (const Watcher& watcher : watchers_) {
+            const Watching next = (fds++)->revents != 0 ? watcher.onReady() : Watching::GoOn;
+            if (next == Watching::GoOn) {
+                left.push_back(watcher);
+            }
+            wanted = next == Watching::EndChild ? next : wanted;
+        }
+        watchers_ = left;
+        return wanted;
     }
 
-    int reap() {
+    /// Serves the watchers as long as there is something left to read from what the dead wrote.
+    Watching hearTheRest() {
+        const Clock::time_point deadline = Clock::now() + PATIENCE;
+        for (std::vector<pollfd> fds = watched(); poll(fds.data(), fds.size(), 0) > 0; fds = watched()) {
+            if (serve(fds.data()) == Watching::EndChild || Clock::now() >= deadline) {
+                return Watching::EndChild;
+            }
+        }
+        return Watching::GoOn;
+    }
+
+    /// Ends the child and all that it started. Returns how it ended; 0 when it cannot be ended.
+    int endAll() {
+        if (pid_ == 0) {
+            return 0;
+        }
+        if (order_.endOthers) {
+            order_.endOthers();
+        }
+        syscall(SYS_pidfd_send_signal, end_.get(), SIGKILL, nullptr, 0);
+        const Clock::time_point deadline = Clock::now() + PATIENCE;
+        pollfd end{end_.get(), POLLIN, 0};
         int status = 0;
-        while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+        if (poll(&end, 1, millisecondsUntil(deadline)) > 0) {
+            while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+            }
         }
         pid_ = 0;
+        endOrphans(deadline);
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
+    /// Ends what lost its parent: each that is killed can leave others.
+    static void endOrphans(Clock::time_point deadline) {
+        while (Clock::now() < deadline) {
+            const pid_t ended = waitpid(-1, nullptr, WNOHANG);
+            if (ended < 0) {
+                return;  // there is no other child
+            }
+            if (ended == 0) {
+                for (const pid_t orphan : children()) {
+                    kill(orphan, SIGKILL);
+                }
+            }
+        }
+    }
+
     const HeldSignals& signals_ = HeldSignals::instance();
+    const ChildOrder& order_;
+    std::vector<Watcher> watchers_;
     pid_t pid_ = 0;
     cv::Descriptor end_;
-    cv::Descriptor events_;
-    std::string text_;
 };
 
-EventPipe::EventPipe() {
+Pipe::Pipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         fail("pipe2");
     }
-    read_ = cv::Descriptor(ends[0]);
-    write_ = cv::Descriptor(ends[1]);
+    read = cv::Descriptor(ends[0]);
+    write = cv::Descriptor(ends[1]);
+    fcntl(read.get(), F_SETFL, O_NONBLOCK);
 }
 
-ChildEnd runChild(const std::vector<std::string>& command, EventPipe& events, std::chrono::seconds timeout,
-                  const std::function<void(const nlohmann::json&)>& onEvent) {
-    return ChildProcess(command, events).follow(timeout, onEvent);
+ChildEnd runChild(const ChildOrder& order) {
+    return ChildProcess(order).follow();
 }
 
-ChildEnd runChild(const std::vector<std::string>& command) {
-    EventPipe silent;
-    return runChild(command, silent, std::chrono::seconds(0), [](const nlohmann::json&) {});
+int takeInterruption() {
+    return HeldSignals::instance().take();
 }
 
 void endBySignal(int signal) {

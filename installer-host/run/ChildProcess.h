@@ -2,9 +2,6 @@
 
 #include <chrono>
 #include <functional>
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,43 +9,69 @@
 
 namespace host {
 
-/// A pipe on which a child process tells its parent what happens, one JSON object a line.
-class EventPipe {
-public:
-    EventPipe();
+/// A pipe between a child process and this one.
+struct Pipe {
+    /// Throws std::system_error. Reading from it never waits.
+    Pipe();
 
-    /// The descriptor that the child finds open and writes to.
-    int childEnd() const { return write_.get(); }
-
-private:
-    friend class ChildProcess;
-    cv::Descriptor read_, write_;
+    cv::Descriptor read, write;
 };
 
-/// Thrown when the user ends the run (SIGINT, SIGTERM, SIGHUP); the child is dead then. From the first child on these
-/// signals have no other effect in this process.
+/// What a watcher wants next.
+enum class Watching {
+    GoOn,     ///< to be called again
+    Stop,     ///< nothing more; its descriptor may be closed now
+    EndChild  ///< the child to be ended at once, with all that it started
+};
+
+/// A descriptor to look after while a child runs.
+struct Watcher {
+    int fd;
+    std::function<Watching()> onReady;  ///< called when `fd` can be read, or its other side is closed
+};
+
+/// A program to run, and what to do meanwhile.
+struct ChildOrder {
+    std::vector<std::string> command;
+    int input = 0;                    ///< what the child has as its standard input
+    int output = 2;                   ///< where the child's standard output and standard error go
+    std::vector<int> descriptors;     ///< what the child has open, too, under the same numbers
+    std::chrono::seconds timeout{0};  ///< 0: none
+    std::vector<Watcher> watchers;    ///< the first is served first
+    std::function<void()> endOthers;  ///< ends what killing the child would leave behind; may be empty
+};
+
+/// How a child process ended.
+struct ChildEnd {
+    enum class How {
+        ByItself,
+        TimedOut,     ///< killed when its time was over
+        Interrupted,  ///< killed when the user ended the run (SIGINT, SIGTERM, SIGHUP)
+        Refused       ///< killed because a watcher asked for it
+    };
+
+    How how = How::ByItself;
+    int exitStatus = 0;  ///< ByItself: 0 to 255, or 128 + the signal that ended it
+    int signal = 0;      ///< Interrupted: the signal that came
+};
+
+/// Runs a program to its end, in the time that it has, whatever it does. When this returns or throws, the child and
+/// whatever it started are gone, and the watchers have seen the rest of what they watch; only a process that the system
+/// itself cannot end is left behind. All other children of this process must have been ended by `endOthers`.
+///
+/// From the first child on, the signals by which a user ends a program have no other effect in this process than to end
+/// its children. Throws std::system_error when the child cannot be started, and what a watcher throws.
+ChildEnd runChild(const ChildOrder& order);
+
+/// The signal by which the user asked for the end since the last call, or 0.
+int takeInterruption();
+
+/// Thrown when the user ends the run before there is anything to report.
 struct Interrupted {
     int signal;
 };
 
 /// Ends this process by the signal, as its caller expects.
 [[noreturn]] void endBySignal(int signal);
-
-/// How a child process ended.
-struct ChildEnd {
-    bool timedOut = false;
-    int exitStatus = 0;  ///< 0 to 255, or 128 + the signal that ended it
-};
-
-/// Runs `command` to its end and passes on its events. What it writes to standard output goes to standard error, since
-/// standard output is for the report alone. The child dies with this process, and at `timeout` (0: never).
-///
-/// Throws Interrupted, std::system_error when the child cannot be started, and what `onEvent` throws; the child is dead
-/// then.
-ChildEnd runChild(const std::vector<std::string>& command, EventPipe& events, std::chrono::seconds timeout,
-                  const std::function<void(const nlohmann::json&)>& onEvent);
-
-/// The same for a child that has nothing to tell.
-ChildEnd runChild(const std::vector<std::string>& command);
 
 }  // namespace host

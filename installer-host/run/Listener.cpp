@@ -2,15 +2,14 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <nlohmann/json.hpp>
-#include <optional>
+#include <string_view>
 
-#include "installer-host/Message.h"
 #include "installer-host/run/ChildProcess.h"
-#include "installer-host/run/Sandbox.h"
+#include "installer-host/run/Confinement.h"
+#include "installer-host/run/Transcript.h"
 #include "installer-host/run/WorkerProtocol.h"
 #include "platform/Descriptor.h"
 
@@ -18,108 +17,42 @@ namespace host {
 
 namespace {
 
-using nlohmann::json;
-
-/// How a process ended that should have ended by itself, from its exit status.
-std::string endText(int exitStatus) {
-    constexpr int SIGNALLED = 128;
-    if (exitStatus > SIGNALLED) {
-        const int signal = exitStatus - SIGNALLED;
-        return "signal " + std::to_string(signal) + " (" + strsignal(signal) + ")";
-    }
-    return "exit status " + std::to_string(exitStatus);
-}
-
-/// Fills the result with what the worker tells.
-class Listener {
+/// The pipe on which the worker tells its events, and how far it was read.
+class EventPipe {
 public:
-    explicit Listener(const Options& options) {
-        result_.options = options;
-        for (const Step step : options.installation.steps) {
-            result_.steps.emplace_back().step = step;
-        }
-    }
+    explicit EventPipe(Transcript& transcript) : transcript_(transcript) {}
 
-    void hear(const json& event) {
-        const std::string name = event["event"];
-        if (name == EVENT_STARTED) {
-            isStarted_ = true;
-        } else if (name == EVENT_STEP_BEGINS) {
-            beginStep(event);
-        } else if (name == EVENT_STEP_ENDS) {
-            endStep(event);
-        } else if (name == EVENT_FINDING) {
-            result_.findings.push_back({event["subject"], event["ok"], event["text"], event["status"]});
-        } else if (name == EVENT_NOT_STORED) {
-            result_.notStored.push_back({event["what"], event["reason"]});
-        } else if (name == EVENT_FAILURE) {
-            failure_.emplace(event["status"].get<ExitStatus>(), event["text"].get<std::string>());
-        } else if (name == EVENT_FINISHED) {
-            isFinished_ = true;
-        }
-    }
+    int childEnd() const { return pipe_.write.get(); }
 
-    /// The whole result, once the worker is gone. Throws the Failure that it told, or one with `refusal` when it never
-    /// ran.
-    RunResult end(const ChildEnd& end, const std::string& refusal) {
-        if (failure_) {
-            throw *failure_;
-        }
-        if (!end.timedOut && !isStarted_) {
-            throw Failure(ExitStatus::RootNotMade, refusal);
-        }
-        if (end.timedOut) {
-            endEarly(WorkerEnd::TimedOut, "");
-        } else if (!isFinished_) {
-            endEarly(WorkerEnd::Died, endText(end.exitStatus));
-        }
-        return result_;
+    Watcher watcher() {
+        return {pipe_.read.get(), [this] {
+                    std::array<char, 4096> buffer;
+                    const ssize_t count = read(pipe_.read.get(), buffer.data(), buffer.size());
+                    return count <= 0 || hear({buffer.data(), static_cast<std::size_t>(count)}) ? Watching::GoOn
+                                                                                                : Watching::EndChild;
+                }};
     }
 
 private:
-    StepResult& stepOf(const json& event) {
-        const Step step = event["step"];
-        return result_.steps.front().step == step ? result_.steps.front() : result_.steps.back();
-    }
-
-    void beginStep(const json& event) {
-        running_ = &stepOf(event);
-        running_->flagsBefore = event["flags"];
-        if (result_.options.verbose) {
-            say(std::string("running the ") + longName(running_->step));
+    bool hear(std::string_view bytes) {
+        text_ += bytes;
+        std::size_t start = 0;
+        for (std::size_t end; (end = text_.find('\n', start)) != std::string::npos; start = end + 1) {
+            if (!transcript_.hear(std::string_view(text_).substr(start, end - start))) {
+                return false;
+            }
         }
-    }
-
-    void endStep(const json& event) {
-        StepResult& step = stepOf(event);
-        running_ = nullptr;
-        step.flagsAfter = event["flags"];
-        step.fault = event["type"];
-        step.faultMessage = event["message"];
-        step.outcome = step.fault.empty() ? StepResult::Outcome::Done : StepResult::Outcome::Exception;
-    }
-
-    /// Notes an end before the time; it is also that of the step that was running, and a finding of a check.
-    void endEarly(WorkerEnd end, const std::string& text) {
-        const bool isTimeout = end == WorkerEnd::TimedOut;
-        result_.end = end;
-        result_.endText = text;
-        if (running_ != nullptr) {
-            running_->outcome = isTimeout ? StepResult::Outcome::TimedOut : StepResult::Outcome::Crashed;
-            running_->fault = text;
+        text_.erase(0, start);
+        if (text_.size() < LONGEST_EVENT) {
+            return true;
         }
-        if (result_.options.command == Command::Check) {
-            result_.findings.push_back({"code", false,
-                                        isTimeout ? "does not end in time" : "ended the process: " + text,
-                                        isTimeout ? ExitStatus::TimedOut : ExitStatus::BundleUnusable});
-        }
+        transcript_.hearEndlessLine();
+        return false;
     }
 
-    RunResult result_;
-    StepResult* running_ = nullptr;
-    bool isStarted_ = false;
-    bool isFinished_ = false;
-    std::optional<Failure> failure_;
+    Transcript& transcript_;
+    Pipe pipe_;
+    std::string text_;
 };
 
 /// The worker's program, which lies at a fixed place as seen from this one, built and installed alike.
@@ -128,38 +61,30 @@ std::string workerProgram() {
     const fs::path ownFolder = fs::read_symlink("/proc/self/exe").parent_path();
     std::string program = ownFolder.parent_path() / INSTALLER_HOST_LIBEXEC_FOLDER / "installer-host-worker";
     if (access(program.c_str(), X_OK) != 0) {
-        throw Failure(ExitStatus::RootNotMade, "the program that runs the bundle's code cannot be started: '" +
-                                                   program + "': " + cv::errorText(errno) +
-                                                   "\nIt belongs to installer-host; build or install that again.");
+        throw Failure(
+            ExitStatus::RootNotMade,
+            "the program that runs the bundle's code cannot be started: '" + program + "': " + cv::errorText(errno),
+            "It belongs to installer-host; build or install that again.");
     }
     return program;
 }
 
-std::vector<std::string> workerCommand(const WorkerOrder& order) {
-    std::vector<std::string> command = toArguments(order);
-    command.insert(command.begin(), workerProgram());
-    return command;
-}
-
 }  // namespace
 
-RunResult runWorker(const Options& options, const std::string& workedOn) {
-    EventPipe events;
-    WorkerOrder order{events.childEnd(), options.bundle, options.installation};
-    std::vector<std::string> command;
-    std::optional<Sandbox> sandbox;
-    if (workedOn.empty()) {
-        command = workerCommand(order);
-    } else {
-        sandbox.emplace(workedOn);
-        order.bundle = sandbox->show(options.bundle);
-        command = sandbox->wrap(workerCommand(order));
+RunResult runWorker(const Options& options, const RootFolder* root) {
+    Transcript transcript(options);
+    EventPipe events(transcript);
+    Confinement confinement(options, root, workerProgram());
+    const WorkerOrder order{events.childEnd(), confinement.bundle(), options.installation};
+    ChildOrder child = confinement.order(toArguments(order), {events.childEnd()});
+    child.watchers.insert(child.watchers.begin(), events.watcher());
+    const ChildEnd end = runChild(child);
+    if (!transcript.hasStarted() && end.how == ChildEnd::How::ByItself) {
+        throw confinement.refusal();
     }
-    Listener listener(options);
-    const ChildEnd end = runChild(command, events, std::chrono::seconds(options.timeout),
-                                  [&](const json& event) { listener.hear(event); });
-    return listener.end(
-        end, sandbox ? sandboxRefusedText() : "the worker, which runs the bundle's code, could not be started");
+    RunResult result = transcript.finish(end);
+    confinement.complete(result);
+    return result;
 }
 
 }  // namespace host

@@ -3,32 +3,60 @@
 #include <string>
 #include <vector>
 
+#include "installer-host/ExitStatus.h"
+#include "installer-host/look/RootFolder.h"
 #include "platform/Descriptor.h"
 
 namespace host {
 
-/// A private root: a view of the machine in which DIR/Library and DIR/Applications stand at /Library and /Applications
-/// and all else can only be read, made by bubblewrap for the command that runs in it.
+/// What temporary files in the sandbox may hold together, in each of the two places that they can be in.
+constexpr unsigned SANDBOX_TEMPORARY_MEBIBYTES = 256;
+
+/// The view of the machine that the bundle's code has: its bundle, the system's programs and libraries for reading, and
+/// DIR/Library and DIR/Applications at /Library and /Applications when there is a private root; nothing else. Made by
+/// bubblewrap for the command that runs in it, with namespaces of its own, without capabilities, and under a filter of
+/// system calls (SystemCallFilter.h).
 class Sandbox {
 public:
-    /// `root` is an absolute path; the two folders are made in it when they are missing. Throws Failure (RootNotMade).
-    explicit Sandbox(const std::string& root);
+    /// `root` is a private root that outlives this object and has its folders, or null for none. Throws Failure
+    /// (RootNotMade).
+    explicit Sandbox(const RootFolder* root);
 
-    /// The path at which `path`, an absolute path of the machine, is seen inside. For a path that the private folders
-    /// hide, that is a place of its own.
-    std::string show(const std::string& path);
+    /// Shows the bundle at `path`, an absolute path of the machine without symbolic links, and returns where it is seen
+    /// inside. Throws Failure (BundleUnusable).
+    std::string showBundle(const std::string& path);
 
-    /// The command that runs `command` inside, with a home folder that ends with it and a user of its own in
-    /// /etc/passwd. Valid once.
-    std::vector<std::string> wrap(const std::vector<std::string>& command) const;
+    /// Shows the worker's program with the port's library. Returns where the program is seen. Throws Failure
+    /// (RootNotMade).
+    std::string showWorker(const std::string& program);
+
+    /// Gives the command inside an environment variable; it has none but those that are given and a few of the user's.
+    void setVariable(const std::string& name, const std::string& value);
+
+    /// The command that runs `command` inside. bubblewrap tells on the descriptor `info` which process is the first one
+    /// inside (--info-fd), and starts the command when it has read a byte from `go` (--block-fd). Valid once.
+    std::vector<std::string> wrap(const std::vector<std::string>& command, int info, int go) const;
+
+    /// The descriptors that bubblewrap is to have open, beside those of the call of wrap().
+    std::vector<int> descriptors() const;
 
 private:
-    std::vector<std::string> mounts_;
-    cv::Descriptor passwd_, group_;
+    void add(const std::vector<std::string>& arguments);
+    void addFile(const std::string& text, const std::string& place);
+    void addOpen(const char* option, cv::Descriptor file, const std::string& place);
+    void addSystem();
+    void addDevices();
+    void addProcesses();
+
+    const RootFolder* root_;
+    std::vector<std::string> arguments_;
+    std::vector<cv::Descriptor> open_;
+    cv::Descriptor filter_;
 };
 
-/// Why a run could not start in a private root although bubblewrap was called, and what the user can do.
-std::string sandboxRefusedText();
+/// Why a run could not start in the sandbox although bubblewrap was called, and what the user can do. `said` is what
+/// bubblewrap wrote.
+Failure sandboxRefused(const std::string& said);
 
 /// Throws Failure (RootNotMade) with the way to install it when bubblewrap is missing.
 void requireBubblewrap();

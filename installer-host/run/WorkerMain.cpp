@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <iterator>
 #include <new>
-#include <nlohmann/json.hpp>
 #include <system_error>
 
 #include "installer-host/bundle/BundleSession.h"
@@ -24,12 +23,10 @@
 namespace {
 
 using namespace host;
-using nlohmann::json;
 
 /// Tells the host. What cannot be written is lost: the host is gone then, and this process with it.
-void writeEvent(const WorkerOrder& order, const json& event) {
-    const std::string text = event.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
-    static_cast<void>(cv::writeAll(order.eventFd, text));
+void tell(const WorkerOrder& order, const Event& event) {
+    static_cast<void>(cv::writeAll(order.eventFd, encode(event)));
 }
 
 XCodSelector selectorOf(Step step) {
@@ -47,13 +44,9 @@ bool runStep(const WorkerOrder& order, Step step, StepFunction entry) {
     block->selector = selectorOf(step);
     block->productCode = order.installation.product;
     block->languageCode = order.installation.language;
-    writeEvent(order, {{"event", EVENT_STEP_BEGINS}, {"step", step}, {"flags", std::uint32_t{block->resultFlags}}});
+    tell(order, StepBegins{step, block->resultFlags});
     const CallResult result = callStep(entry, block);
-    writeEvent(order, {{"event", EVENT_STEP_ENDS},
-                       {"step", step},
-                       {"flags", std::uint32_t{block->resultFlags}},
-                       {"type", result.exceptionType},
-                       {"message", result.exceptionMessage}});
+    tell(order, StepEnds{step, block->resultFlags, result.exceptionType, result.exceptionMessage});
     return !result.threw;
 }
 
@@ -65,48 +58,48 @@ bool isFinderObject(const std::string& path) {
     });
 }
 
+/// Tells what is not on the disk of what the steps stored.
+void tellFailures(const WorkerOrder& order) {
+    std::size_t left = MOST_FAULTS;
+    for (const cv::StoreFailure& failure : cv::storeFailures()) {
+        if (left > 0 && (failure.wasToBeStored || isFinderObject(failure.what))) {
+            --left;
+            tell(order, left > 0 ? NotStored{{failure.what, failure.reason}} : NotStored{{"more", "not listed"}});
+        }
+    }
+}
+
 void runSteps(const WorkerOrder& order) {
     const BundleSession session(order.bundle);
-    const StepEntries entries(session, order.installation.direct);
+    const StepEntries entries(session, order.installation);
     for (const Step step : order.installation.steps) {
         if (!runStep(order, step, entries.entry(step))) {
             break;
         }
     }
-    for (const cv::StoreFailure& failure : cv::storeFailures()) {
-        if (failure.wasToBeStored || isFinderObject(failure.what)) {
-            writeEvent(order, {{"event", EVENT_NOT_STORED}, {"what", failure.what}, {"reason", failure.reason}});
-        }
-    }
+    tellFailures(order);
 }
 
 void runChecks(const WorkerOrder& order) {
-    checkBundle(order.bundle, [&](const Finding& finding) {
-        writeEvent(order, {{"event", EVENT_FINDING},
-                           {"subject", finding.subject},
-                           {"ok", finding.ok},
-                           {"text", finding.text},
-                           {"status", finding.status}});
-    });
+    checkBundle(order.bundle, [&](const Finding& finding) { tell(order, finding); });
 }
 
 /// Does what `order` says and tells how that went.
 void work(const WorkerOrder& order) {
     fcntl(order.eventFd, F_SETFD, FD_CLOEXEC);
-    writeEvent(order, {{"event", EVENT_STARTED}});
-    json end{{"event", EVENT_FINISHED}};
+    tell(order, Started{});
     try {
         if (order.installation.steps.empty()) {
             runChecks(order);
         } else {
             runSteps(order);
         }
+        tell(order, Finished{});
     } catch (const Failure& failure) {
-        end = {{"event", EVENT_FAILURE}, {"status", failure.status()}, {"text", failure.what()}};
+        tell(order, Refused{failure.status(), failure.what()});
     } catch (const std::exception& fault) {
-        end = {{"event", EVENT_FAILURE}, {"status", ExitStatus::BundleUnusable}, {"text", fault.what()}};
+        tell(order, Refused{ExitStatus::BundleUnusable, fault.what()});
     }
-    writeEvent(order, end);
 }
 
 }  // namespace

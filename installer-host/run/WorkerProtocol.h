@@ -1,32 +1,23 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <variant>
 #include <vector>
 
+#include "installer-host/Finding.h"
 #include "installer-host/Installation.h"
+#include "platform/Result.h"
 
 namespace host {
 
 // The bundle's code runs in a program of its own, the worker: inside the private root if there is one, and where it can
 // hang, crash or throw without taking the report with it. The host gives it an order in its arguments (Listener.cpp),
-// and it tells the host what happens in events (WorkerMain.cpp), JSON objects with the key "event", one a line:
-//
-//     started                                     the worker runs
-//     stepBegins   step flags                     before a step is called
-//     stepEnds     step flags type message        afterwards; a type when an exception left it
-//     finding      subject ok text status         a finding of `check`
-//     notStored    what reason                    something that the steps stored is not on the disk
-//     failure      status text                    the end, by a Failure
-//     finished                                    the end
-
-constexpr const char* EVENT_STARTED = "started";
-constexpr const char* EVENT_STEP_BEGINS = "stepBegins";
-constexpr const char* EVENT_STEP_ENDS = "stepEnds";
-constexpr const char* EVENT_FINDING = "finding";
-constexpr const char* EVENT_NOT_STORED = "notStored";
-constexpr const char* EVENT_FAILURE = "failure";
-constexpr const char* EVENT_FINISHED = "finished";
+// and it tells the host what happens in events (WorkerMain.cpp). The bundle's code shares the worker's process and can
+// write to the same pipe whatever it likes: Transcript.h has what the host makes of that.
 
 /// What the worker is to do.
 struct WorkerOrder {
@@ -40,5 +31,51 @@ std::vector<std::string> toArguments(const WorkerOrder& order);
 
 /// The order that the worker's arguments, with its name, are; nothing when they are none.
 std::optional<WorkerOrder> parseOrder(int argc, const char* const* argv);
+
+/// The worker runs.
+struct Started {};
+
+/// A step is called next.
+struct StepBegins {
+    Step step;
+    std::uint32_t flags;  ///< resultFlags
+};
+
+/// The call of a step came back.
+struct StepEnds {
+    Step step;
+    std::uint32_t flags;
+    std::string exceptionType;  ///< empty when it returned
+    std::string exceptionMessage;
+};
+
+/// Something that the steps stored is not on the disk.
+struct NotStored {
+    cv::Fault fault;
+};
+
+/// The end: the bundle cannot be loaded, or its interface was refused.
+struct Refused {
+    ExitStatus status;
+    std::string text;
+};
+
+/// The end: all was done.
+struct Finished {};
+
+using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, Refused, Finished>;
+
+/// A line of events is not longer, its line feed included.
+constexpr std::size_t LONGEST_EVENT = 65536;
+
+/// The worker tells no more than these, at most this many of them faults.
+constexpr std::size_t MOST_EVENTS = 2000;
+constexpr std::size_t MOST_FAULTS = 1000;
+
+/// The event as a line of JSON with its line feed. Long texts are cut, and bytes that are no UTF-8 are replaced.
+std::string encode(const Event& event);
+
+/// The event of a line without its line feed; nothing when it is not of the form that encode() gives one.
+std::optional<Event> decode(std::string_view line);
 
 }  // namespace host

@@ -11,6 +11,7 @@
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Alert/ConsoleAlert.h"
 #include "platform/Alert/PanelAlert.h"
+#include "platform/Companion.h"
 #include "platform/Report.h"
 
 namespace cv {
@@ -53,7 +54,7 @@ std::optional<std::size_t> askOnScreen(const Alert& alert) {
     if (socket != nullptr) {
         answer = askOver(socketNamed(socket), alert);
     }
-    return !answer && displayIsNamed() ? askOnPanel(alert) : answer;
+    return !answer && displayIsNamed() ? askOnPanel(alert, companionPath("cv-alert")) : answer;
 }
 
 }  // namespace

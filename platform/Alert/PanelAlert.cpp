@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "platform/Alert/AlertMessage.h"
-#include "platform/Companion.h"
 #include "platform/Descriptor.h"
 #include "platform/Report.h"
 
@@ -74,10 +73,10 @@ public:
 /// cv-alert, which ends at the latest with this object.
 class AlertProgram {
 public:
-    explicit AlertProgram(const Descriptor& socket) {
+    AlertProgram(const std::string& path, const Descriptor& socket) {
         const SpawnOptions options(socket.get());
         const char* const arguments[] = {"cv-alert", nullptr};
-        error_ = posix_spawn(&process_, companionPath("cv-alert").c_str(), &options.actions, &options.attributes,
+        error_ = posix_spawn(&process_, path.c_str(), &options.actions, &options.attributes,
                              const_cast<char**>(arguments), environ);
         handle_ = Descriptor(error_ == 0 ? static_cast<int>(syscall(SYS_pidfd_open, process_, 0)) : -1);
     }
@@ -112,12 +111,12 @@ bool displayIsNamed() {
     return isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY");
 }
 
-std::optional<std::size_t> askOnPanel(const Alert& alert) {
+std::optional<std::size_t> askOnPanel(const Alert& alert, const std::string& path) {
     auto [ours, theirs] = makeSocket();
     if (!ours.isOpen() || !theirs.isOpen()) {
         return notShown("a socket cannot be made: " + errorText(errno));
     }
-    const AlertProgram program(theirs);
+    const AlertProgram program(path, theirs);
     if (program.error() != 0) {
         return notShown(program.error() == ENOENT ? "cv-alert, which shows alerts on the display, is not installed"
                                                   : "cv-alert cannot be started: " + errorText(program.error()));

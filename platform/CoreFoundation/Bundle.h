@@ -21,4 +21,7 @@ namespace cv {
 /// What Contents/Info.plist of the bundle at a path holds. Throws std::bad_alloc.
 Result<Owned<__CFDictionary>> readInfo(const std::string& bundlePath);
 
+/// Reports why `call` failed, and keeps the reason for bundleProblem().
+void bundleFailed(const char* call, const std::string& reason);
+
 }  // namespace cv

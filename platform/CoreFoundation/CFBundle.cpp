@@ -12,6 +12,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/BundleProblem.h"
 #include "platform/CoreFoundation/Bundle.h"
 #include "platform/CoreFoundation/PropertyListBridge.h"
 #include "platform/CoreFoundation/String.h"
@@ -96,8 +97,11 @@ cv::Result<std::string> executablePath(const __CFBundle& bundle) {
     }
     const std::string path = bundle.path + "/Contents/Linux/" + *name;
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return cv::Fault{path, "there is no such file"};
+    if (stat(path.c_str(), &status) != 0) {
+        return cv::Fault{path, cv::errorText(errno)};
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return cv::Fault{path, "it is not a file"};
     }
     return path;
 }
@@ -111,7 +115,7 @@ bool load(__CFBundle& bundle) {
     void* const code = path ? dlopen((*path).c_str(), RTLD_NOW | RTLD_LOCAL) : nullptr;
     if (code == nullptr) {
         const char* const error = path ? dlerror() : nullptr;
-        cv::report("CFBundleLoadExecutable", error != nullptr ? error : path.fault().text());
+        cv::bundleFailed("CFBundleLoadExecutable", error != nullptr ? error : path.fault().text());
         return false;
     }
     void* expected = nullptr;
@@ -138,7 +142,18 @@ void* exportedAddress(CFBundleRef bundle, CFStringRef name) {
     return isKnown && owner == own ? address : nullptr;
 }
 
+thread_local std::string g_problem;
+
 }  // namespace
+
+void cv::bundleFailed(const char* call, const std::string& reason) {
+    report(call, reason);
+    g_problem = reason;
+}
+
+std::string cv::bundleProblem() {
+    return g_problem;
+}
 
 __CFBundle::__CFBundle(std::string location, cv::Owned<__CFDictionary> information)
     : objc_object(BUNDLE_CLASS), path(std::move(location)), info(std::move(information)) {}
@@ -164,7 +179,7 @@ cv::Result<cv::Owned<__CFDictionary>> cv::readInfo(const std::string& bundlePath
 CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
     const auto path = resolvedPath(url);
     if (!path) {
-        cv::report("CFBundleCreate", path.fault().text());
+        cv::bundleFailed("CFBundleCreate", path.fault().text());
         return nullptr;
     }
     if (const CFBundleRef living = copyLiving(*path)) {
@@ -172,7 +187,7 @@ CFBundleRef CFBundleCreate(CFAllocatorRef, CFURLRef url) {
     }
     auto info = cv::readInfo(*path);
     if (!info) {
-        cv::report("CFBundleCreate", info.fault().text());
+        cv::bundleFailed("CFBundleCreate", info.fault().text());
         return nullptr;
     }
     return livingOr(OwnedBundle(new __CFBundle(*path, std::move(*info))));

@@ -196,12 +196,12 @@ std::optional<Factory> findFactory(CFUUIDRef factoryID, CFUUIDRef typeID) {
     const std::lock_guard<std::mutex> lock(known.mutex);
     const auto found = known.factories.find(identifierOf(factoryID));
     if (found == known.factories.end()) {
-        cv::report(CREATE_INSTANCE, "the factory " + describe(factoryID) + " is not registered");
+        cv::bundleFailed(CREATE_INSTANCE, "the factory " + describe(factoryID) + " is not registered");
         return std::nullopt;
     }
     if (found->second.types.count(identifierOf(typeID)) == 0) {
-        cv::report(CREATE_INSTANCE,
-                   "the factory " + describe(factoryID) + " is not registered for the type " + describe(typeID));
+        cv::bundleFailed(CREATE_INSTANCE,
+                         "the factory " + describe(factoryID) + " is not registered for the type " + describe(typeID));
         return std::nullopt;
     }
     return found->second;
@@ -216,7 +216,8 @@ FactoryFunction functionFor(CFUUIDRef factoryID, CFUUIDRef typeID) {
     const cv::Owned<__CFString> name(cv::createString(factory->function));
     void* const address = CFBundleGetFunctionPointerForName(factory->plugIn, name.get());
     if (address == nullptr) {
-        cv::report(CREATE_INSTANCE, factory->plugIn->path + ": its code exports no function " + factory->function);
+        cv::bundleFailed(CREATE_INSTANCE,
+                         factory->plugIn->path + ": its code exports no function " + factory->function);
     }
     return reinterpret_cast<FactoryFunction>(address);
 }
@@ -241,7 +242,7 @@ CFPlugInRef CFPlugInCreate(CFAllocatorRef allocator, CFURLRef url) {
         return nullptr;
     }
     if (const auto fault = registerPlugIn(plugIn.get())) {
-        cv::report("CFPlugInCreate", fault->text());
+        cv::bundleFailed("CFPlugInCreate", fault->text());
         return nullptr;
     }
     return plugIn.release();
@@ -268,7 +269,7 @@ CFArrayRef CFPlugInFindFactoriesForPlugInTypeInPlugIn(CFUUIDRef typeID, CFPlugIn
 
 void* CFPlugInInstanceCreate(CFAllocatorRef allocator, CFUUIDRef factoryID, CFUUIDRef typeID) {
     if (factoryID == nullptr || typeID == nullptr) {
-        cv::report(CREATE_INSTANCE, "called without a factory or a type");
+        cv::bundleFailed(CREATE_INSTANCE, "called without a factory or a type");
         return nullptr;
     }
     // No lock is held around the plug-in's own function: it may come back here.

@@ -26,6 +26,44 @@ std::string listing(const InstallRoot& root) {
            look({"sh", "-c", R"(find "$0" -printf '%p %y %m %U %G %n %s %b %T@ %C@ %A@ %l\n')"});
 }
 
+/// What the faulty plug-in's script tells of the root that it sees, and does to what is there.
+constexpr const char* SCRIPT = R"(
+cd /Library
+find . ../Applications -printf '%p %y %m %U %G %n %s %b %T@ %l\n' | sort
+getfattr -h -R -P -d -m - --encoding=hex . ../Applications
+find . ../Applications -type f -size -1M -exec cksum {} + | sort
+mv sealed moved
+mv fifo ../Applications/fifo
+rm dangling socket
+ln -s fifo link
+echo more >>"hard link"
+chmod 711 set-user-id
+chgrp 0 special || :
+rm -r folder
+ln -s / folder
+printf x | dd of=sparse bs=1 seek=5000000 conv=notrunc status=none
+cp -a Preferences copy
+)";
+
+/// Makes what a C++ program makes less easily. The access list is
+/// user::rw-,user:65534:rw-,group::r--,mask::rw-,other::r--.
+constexpr const char* REST = R"sh(
+cd "$0/Library"
+ids=ffffffff
+list=0x0200000001000600${ids}02000600feff000004000400${ids}10000600${ids}20000400${ids}
+setfattr -n system.posix_acl_access -v $list listed
+setfattr -n system.posix_acl_default -v $list folder
+setfattr -n user.long -v "$(printf %2000d 0)" listed
+chmod 6755 set-user-id
+python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind("socket")'
+: >special
+if [ "$(id -u)" = 0 ]; then
+    rm special
+    mknod special c 1 7
+    chown -h 4321:1234 special dangling folder
+fi
+)sh";
+
 /// A root with one of everything, all of it old: an access time that changes is then seen under relatime, too.
 void fill(const InstallRoot& root) {
     root.makeVendorFolder();
@@ -37,6 +75,11 @@ void fill(const InstallRoot& root) {
     fs::create_symlink("nowhere", root / "Library/dangling");
     fs::create_symlink("/Library/Preferences", root / "Applications/link");
     ASSERT_EQ(mkfifo((root / "Library/fifo").c_str(), 0640), 0);
+    writeFile(root / "Library/folder/with/a file", "x");
+    writeFile(root / "Library/set-user-id", "x");
+    writeFile(root / "Library/listed", "x");
+    const ProcessResult more = run({"sh", "-euc", REST, root.path()});
+    ASSERT_EQ(more.exitStatus, 0) << more.err;
     setFinderInfo(root / "Applications/Corvane", "0x" + std::string(16, '0') + "0100" + std::string(44, '0'));
     ASSERT_EQ(run({"truncate", "-s", "5G", root / "Library/sparse"}).exitStatus, 0);
     fs::permissions(root / "Library/read-only", fs::perms::owner_read);
@@ -57,13 +100,37 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     EXPECT_THAT(result.out, HasSubstr("dry run"));
     EXPECT_THAT(result.out, HasSubstr("    + \"Lang\" = \"es\" (string)\n"));
 
-    json would = json::parse(install(root, {"--dry-run", "--format=json"}).out);
-    json does = json::parse(install(root, {"--format=json"}).out);
-    EXPECT_EQ(would["dryRun"], true);
-    would.erase("dryRun");
-    does.erase("dryRun");
-    EXPECT_EQ(would, does) << "a dry run's report differs from that of the run";
     fs::permissions(root / "Library/sealed", fs::perms::owner_all);
+}
+
+/// The report without times, which differ from one run to the next.
+json timeless(const std::string& report) {
+    return json::parse(report, [](int, json::parse_event_t event, json& value) {
+        if (event == json::parse_event_t::object_end) {
+            for (const char* time : {"started", "milliseconds", "modified", "dryRun"}) {
+                value.erase(time);
+            }
+        }
+        return true;
+    });
+}
+
+TEST(DryRun, ReportsWhatTheRunDoes) {
+    const InstallRoot root;
+    fill(root);
+    writeFile(root / "Library/script", SCRIPT);
+    writeFile(root / "Library/plugin-fault", "script");
+    std::vector<std::string> arguments{"run",    "--product=1", "--step=pre",  "--format=json",
+                                       "--root", root.path(),   FAULTY_BUNDLE, "--dry-run"};
+    const ProcessResult would = runHost(arguments);
+    arguments.pop_back();
+    const ProcessResult does = runHost(arguments);
+    EXPECT_EQ(does.exitStatus, 0) << does.err;
+    EXPECT_THAT(does.err, HasSubstr("| ./sparse f 644 "));
+    EXPECT_EQ(would.err, does.err) << "the script sees another root";
+    EXPECT_EQ(timeless(would.out), timeless(does.out));
+    EXPECT_EQ(json::parse(would.out)["dryRun"], true);
+    EXPECT_GE(json::parse(does.out)["entries"].size(), 10U);
 }
 
 TEST(DryRun, LeavesNoCopyBehind) {
@@ -85,6 +152,14 @@ TEST(DryRun, LeavesNoCopyBehind) {
                                           options);
     EXPECT_EQ(interrupted.exitStatus, 124) << "its user ends the program, with a copy in use";
     EXPECT_TRUE(fs::is_empty(temporary.path()));
+
+    // A place in the root would change it, and be copied into itself.
+    for (const char* place : {"", "Library", "Applications/Corvane"}) {
+        options.set = {{"TMPDIR", root / place}};
+        const std::string before = listing(root);
+        EXPECT_EQ(install(root, {"--dry-run", "--step=pre"}, options).exitStatus, 0);
+        EXPECT_EQ(before, listing(root)) << place;
+    }
 
     options.set = {{"TMPDIR", temporary / "missing"}};
     const ProcessResult noPlace = install(root, {"--dry-run"}, options);

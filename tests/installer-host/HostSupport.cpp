@@ -1,5 +1,8 @@
 #include "tests/installer-host/HostSupport.h"
 
+#include <unistd.h>
+
+#include <filesystem>
 #include <stdexcept>
 
 namespace test {
@@ -52,11 +55,45 @@ void setFinderInfo(const std::string& path, const std::string& value) {
     }
 }
 
+ProcessResult kept(ProcessResult result) {
+    static int number = 0;
+    if (!result.out.empty() && result.out[0] == '{') {
+        writeFile(CV_REPORTS "/" + std::to_string(getpid()) + "-" + std::to_string(++number) + ".json", result.out);
+    }
+    return result;
+}
+
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {
     options.unset.insert(options.unset.end(), {"DISPLAY", "WAYLAND_DISPLAY"});
     std::vector<std::string> command{HOST_PROGRAM};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return run(command, options);
+    return kept(run(command, options));
+}
+
+OrdinaryUser::OrdinaryUser() {
+    ProcessOptions inBuild;
+    inBuild.workingFolder = std::filesystem::path(HOST_PROGRAM).parent_path().parent_path();
+    const ProcessResult copied = run({"cp", "-rL", "--parents", "bin/installer-host", "lib/libCvPlatform.so.1",
+                                      "libexec", "CorvaneInstall.bundle", programs_.path()},
+                                     inBuild);
+    if (copied.exitStatus != 0) {
+        throw std::runtime_error(copied.err);
+    }
+    options_.set = {{"LD_LIBRARY_PATH", programs_ / "lib"}};
+    options_.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
+    options_.user = geteuid() == 0 ? 65534 : 0;
+    own(programs_.path());
+}
+
+void OrdinaryUser::own(const std::string& path) const {
+    if (options_.user != 0) {
+        run({"chown", "-h", "-R", "65534:65534", path});
+    }
+}
+
+ProcessResult OrdinaryUser::runHost(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), programs_ / "bin/installer-host");
+    return kept(run(arguments, options_));
 }
 
 ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more, const ProcessOptions& options) {

@@ -37,8 +37,28 @@ nlohmann::json readRoot(const std::string& path);
 /// Gives a file or folder Finder information, written as setfattr(1) takes it.
 void setFinderInfo(const std::string& path, const std::string& value);
 
+/// The same result, its report kept when it is JSON: check-reports holds all reports of the tests to their schema.
+ProcessResult kept(ProcessResult result);
+
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
+
+/// The program and the plug-in for an ordinary user, who may be unable to reach this build's folder.
+class OrdinaryUser {
+public:
+    OrdinaryUser();
+
+    /// Gives the user all that is in the folder.
+    void own(const std::string& path) const;
+
+    ProcessResult runHost(std::vector<std::string> arguments) const;
+
+    std::string bundle() const { return programs_ / "CorvaneInstall.bundle"; }
+
+private:
+    TempDir programs_;
+    ProcessOptions options_;
+};
 
 /// `run --product 5100` of the plug-in in a root, and more arguments.
 ProcessResult install(const InstallRoot& root, const std::vector<std::string>& more = {},

@@ -15,31 +15,16 @@ namespace fs = std::filesystem;
 
 constexpr const char* UPDATER = "com.corvane.updater";
 
-/// The whole program for an ordinary user, who may be unable to reach this build's folder.
-TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
+TEST(Reliability, AnOrdinaryUserInstallsAndMeetsAnUnreadableStatusFile) {
     const InstallRoot root;
     root.makeVendorFolder();
     root.writeStatus("UpdatesDisabled");
     fs::permissions(root.statusPath(), fs::perms::none);
-    const TempDir programs;
-    ProcessOptions inBuild;
-    inBuild.workingFolder = fs::path(HOST_PROGRAM).parent_path().parent_path();
-    ASSERT_EQ(run({"cp", "-r", "--parents", "bin/installer-host", "lib/libCvPlatform.so", "libexec",
-                   "CorvaneInstall.bundle", programs.path()},
-                  inBuild)
-                  .exitStatus,
-              0);
-    ProcessOptions options;
-    options.set = {{"LD_LIBRARY_PATH", programs / "lib"}};
-    options.unset = {"DISPLAY", "WAYLAND_DISPLAY"};
     const bool isRoot = geteuid() == 0;
-    if (isRoot) {
-        options.user = 65534;
-        ASSERT_EQ(run({"chown", "-R", "65534:65534", root.path(), programs.path()}).exitStatus, 0);
-    }
-    std::vector<std::string> command{programs / "bin/installer-host",   "run", "--product=5100", "--root", root.path(),
-                                     programs / "CorvaneInstall.bundle"};
-    const ProcessResult result = run(command, options);
+    const OrdinaryUser user;
+    user.own(root.path());
+    std::vector<std::string> arguments{"run", "--product=5100", "--root", root.path(), user.bundle()};
+    const ProcessResult result = user.runHost(arguments);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     const json found = readRoot(root.path());
     EXPECT_EQ(found["preferences"][UPDATER]["UpdateInterval"], json({"int", 2}));
@@ -47,7 +32,7 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
     EXPECT_EQ(found["finder"]["Corvane"].get<std::string>().substr(16, 4), "0400");
 
     const auto expectNotStored = [&] {
-        const ProcessResult denied = run(command, options);
+        const ProcessResult denied = user.runHost(arguments);
         EXPECT_EQ(denied.exitStatus, 7);
         EXPECT_THAT(denied.out, HasSubstr("  not stored: /Applications/Corvane: Permission denied\n"));
     };
@@ -55,17 +40,20 @@ TEST(OrdinaryUser, InstallsAndMeetsAnUnreadableStatusFile) {
         ASSERT_EQ(chown((root / "Applications/Corvane").c_str(), 0, 0), 0);
         expectNotStored();
     }
-    // For the host the link leads to nothing in the root; for the steps, to where they may not look.
-    fs::create_directory(root / "closed");
-    fs::permissions(root / "closed", fs::perms::none);
+    // The link leads to where nobody but root may look.
+    fs::create_directory(root / "Library/closed");
+    if (isRoot) {
+        ASSERT_EQ(chown((root / "Library/closed").c_str(), 65534, 65534), 0);
+    }
+    fs::permissions(root / "Library/closed", fs::perms::none);
     fs::remove_all(root / "Applications/Corvane");
-    fs::create_symlink(root / "closed/inside", root / "Applications/Corvane");
+    fs::create_symlink("/Library/closed/inside", root / "Applications/Corvane");
     expectNotStored();
 
-    command.emplace_back("--dry-run");
-    const ProcessResult refused = run(command, options);
+    arguments.emplace_back("--dry-run");
+    const ProcessResult refused = user.runHost(arguments);
     EXPECT_EQ(refused.exitStatus, 6) << "a dry run cannot copy what its user may not read";
-    EXPECT_THAT(refused.err, HasSubstr("a faithful copy"));
+    EXPECT_THAT(refused.err, HasSubstr("': reading it failed: Permission denied\n"));
 }
 
 TEST(NotStored, IsAnExitStatusAndInTheReport) {
@@ -82,7 +70,7 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
     fs::remove_all(root.preferenceFile(UPDATER));
     const std::string damaged = "bplist00 and then nothing of the kind";
     writeFile(root.preferenceFile(UPDATER), damaged);
-    expectInReport(0, "  + file com.corvane.updater.plist.corrupt-1\n");
+    expectInReport(0, "->\n      /Library/Preferences/com.corvane.updater.plist.corrupt-1\n");
     EXPECT_EQ(readFile(root.preferenceFile(UPDATER) + ".corrupt-1"), damaged);
     EXPECT_EQ(readRoot(root.path())["preferences"][UPDATER].size(), 2U);
 

@@ -73,8 +73,8 @@ TEST(CFBundle, CodeThatCannotBeLoadedIsExplained) {
          {std::pair<std::string, const char*>{"<integer>1</integer>", "does not name a file"},
           {string(""), "does not name a file"},
           {string("../../../bin/sh"), "does not name a file"},
-          {string(".."), "there is no such file"},
-          {string("absent"), "/Contents/Linux/absent: there is no such file"},
+          {string(".."), "it is not a file"},
+          {string("absent"), "/Contents/Linux/absent: No such file or directory"},
           {string("notCode"), "notCode"}}) {
         const auto bundle = createBundle(makeBundle(folder, entry("CFBundleExecutable", value)));
         ASSERT_TRUE(bundle);

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <deque>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "installer-host/run/Sandbox.h"
 #include "tests/support/TempDir.h"
 
 namespace test {
@@ -20,14 +18,13 @@ public:
     /// Where the root's file `name` ("Library/Preferences/x.plist") is for the test.
     std::string operator/(std::string_view name) const { return folder_ / name; }
 
-    /// The command line that runs `command` once in the root, in the installer host's own way: the rest of the machine
-    /// can be read only, and the home folder is an empty one. `arguments` go to bubblewrap after all others.
+    /// The command line that runs `command` in the root, where the rest of the machine can only be read and the home
+    /// folder is an empty one. `arguments` go to bubblewrap after all others.
     std::vector<std::string> wrap(const std::vector<std::string>& command,
-                                  const std::vector<std::string>& arguments = {});
+                                  const std::vector<std::string>& arguments = {}) const;
 
 private:
     TempDir folder_;
-    std::deque<host::Sandbox> sandboxes_;  // a command needs what its sandbox holds open
 };
 
 }  // namespace test

@@ -3,6 +3,7 @@
 #include <gtk/gtk.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 #include "platform/Alert/AlertMessage.h"
@@ -185,7 +186,8 @@ GtkWidget* makeWindow(const Alert& alert) {
     const StyleLook look = lookOf(alert.style);
     GtkWidget* const window = gtk_dialog_new();
     atk_object_set_role(gtk_widget_get_accessible(window), ATK_ROLE_ALERT);
-    gtk_window_set_title(GTK_WINDOW(window), look.title);
+    const char* const title = std::getenv("CV_ALERT_TITLE");
+    gtk_window_set_title(GTK_WINDOW(window), title == nullptr ? look.title : validText(title).get());
     gtk_window_set_icon_name(GTK_WINDOW(window), look.icon);
     gtk_window_set_position(GTK_WINDOW(window), GTK_WIN_POS_CENTER);
     gtk_window_set_resizable(GTK_WINDOW(window), FALSE);

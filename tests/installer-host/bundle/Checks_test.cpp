@@ -25,14 +25,14 @@ std::string bundleWith(const TempDir& folder, const std::string& text, const std
     return bundle;
 }
 
-/// The findings that are not ok: of each the status, the subject and the text, as far as an apostrophe in it.
+/// The findings that are not ok: of each the status, the subject and the text, as far as a path in it.
 std::string failuresOf(const std::string& bundle, const char* fault) {
     std::string failures;
     setenv("PLUGIN_FAULT", fault, 1);
     checkBundle(bundle, [&](const Finding& finding) {
         if (!finding.ok) {
             failures += std::to_string(static_cast<int>(finding.status)) + " " + finding.subject + ": " +
-                        finding.text.substr(0, finding.text.find('\'')) + "; ";
+                        finding.text.substr(0, finding.text.find('/')) + "; ";
         }
     });
     return failures;
@@ -56,12 +56,13 @@ TEST(Checks, FindWhatIsWrong) {
         {"no instance", FAULTY_BUNDLE, "refused instance", noInstance},
         {"no interface", FAULTY_BUNDLE, "refused interface",
          std::string("4 interface: the installer interface ") + XCOD_INTERFACE_ID + given + uncounted},
-        {"undefined symbol", UNLINKED_BUNDLE, "", "3 code: the code of ; "},
+        {"undefined symbol", UNLINKED_BUNDLE, "", "3 code: the code cannot be loaded: ; "},
         {"type", bundleWith(folder, type, factory), "", "4 registration: no factory for plug-in type " + type + "; "},
-        {"dynamic registration", bundleWith(folder, "NO<", "YES<"), "", "3 bundle: ; "},
-        {"the type's identifier", bundleWith(folder, factory, type), "", "3 identifiers: the factory; " + generous},
+        {"dynamic registration", bundleWith(folder, "NO<", "YES<"), "", "3 bundle: this is no plug-in: ; "},
+        {"the type's identifier", bundleWith(folder, factory, type), "",
+         "3 identifiers: the factory's identifier differs from the type's and the interface's; " + generous},
         {"factory function", bundleWith(folder, "MyFactory", "YourFactory"), "", noInstance},
-        {"malformed", bundleWith(folder, "</dict>", "dict"), "", "3 bundle: ; "},
+        {"malformed", bundleWith(folder, "</dict>", "dict"), "", "3 bundle: this is no plug-in: ; "},
     };
     for (const auto& c : cases) {
         // Each in a process of its own, like the worker: a factory is registered once, and code stays loaded.

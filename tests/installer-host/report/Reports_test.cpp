@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "installer-host/report/JsonReport.h"
+#include "installer-host/report/Lines.h"
 #include "installer-host/report/Text.h"
 #include "installer-host/report/TextReport.h"
 #include "tests/support/TempDir.h"
@@ -32,7 +33,7 @@ TEST(Reports, ShowEveryTypeOfValueAndWhatCannotBeRead) {
     ASSERT_EQ(mkfifo((folder + "fifo.plist").c_str(), 0600), 0);
     const Snapshot snapshot = takeSnapshot(RootFolder(root.path()));
     EXPECT_THAT(showText(snapshot, ""), StartsWith(R"(Preferences of this machine
-  fifo cannot be read: it is no file
+  fifo cannot be read: it is not a file
   inner/d
     "b" = true (boolean)
     "d" = 2026-01-02T03:04:05Z (date)
@@ -47,45 +48,66 @@ TEST(Reports, ShowEveryTypeOfValueAndWhatCannotBeRead) {
   out of the root cannot be read: No such file or directory
   file d.plist.corrupt-1
 )"));
-    const json keys = json::parse(showJson(snapshot, ""))["domains"][1]["keys"];
+    const json keys = json::parse(showJson(snapshot, "", {}))["domains"][1]["keys"];
     EXPECT_EQ(keys["m"]["value"]["k"], json({{"type", "boolean"}, {"value", false}}));
 }
 
 TEST(Reports, TellWhatChanged) {
     const TypedValue zero{{"type", "integer"}, {"value", 0}}, text{{"type", "string"}, {"value", "0"}};
     RunResult result;
-    result.steps = {{Step::PreInstall, StepResult::Outcome::Done, 0, 0, "", ""},
-                    {Step::PostInstall, StepResult::Outcome::Done, 0, 1, "", ""}};
-    result.changes.preferences = {{"d", "Gone", Change::Removed, text, nullptr},
-                                  {"d", "Interval", Change::Changed, zero, text},
-                                  {"e", "InstallStatus", Change::Unchanged, text, text}};
-    result.changes.files = {{"e.plist.corrupt-1", Change::Added}, {"old\n", Change::Removed}};
+    result.steps = {{Step::PreInstall, StepResult::Outcome::Done, 0, 0, "", "", {}},
+                    {Step::PostInstall, StepResult::Outcome::Done, 0, 1, "", "", {}}};
+    result.steps.front().duration = std::chrono::milliseconds(12);
+    result.alerts = {{"T", "a\nb", {"OK", "No"}, "No", "user"}, {"T", "c", {"OK"}, {}, ""}};
+    result.changes.preferences = {{"/p/d", "d", "Gone", Change::Removed, text, nullptr},
+                                  {"/p/d", "d", "Interval", Change::Changed, zero, text},
+                                  {"/p/e", "", "InstallStatus", Change::Unchanged, text, text}};
     result.changes.finder = {{{"/b", true, "", 0}, {"/b", true, "", 0x0500}},
                              {{"/c", true, "", 0}, {"/c", false, "", 0}}};
     result.changes.unreadable = {{Unreadable::Kind::Older, "/a/list.plist", "it holds no dictionary"},
                                  {Unreadable::Kind::Finder, "/b\r", "closed"}};
+    result.limits = {"512 MiB of memory"};
     EXPECT_THAT(runText(result), EndsWith(R"(
 Steps
-  pre-install step  done; resultFlags 0x00000000, unchanged
-  post-install step failed; resultFlags 0x00000000 -> 0x00000001
+  pre-install step  done in 0.012 s; resultFlags 0x00000000, unchanged
+  post-install step failed in 0.000 s; resultFlags 0x00000000 -> 0x00000001
+
+Alerts
+  "T": "a\nb"
+    with "OK" "No", answered "No" by: user
+  "T": "c"
+    with "OK", not answered: the run ended first
 
 Preferences (+ added, ~ changed, - removed)
   d
     - "Gone" = "0" (string)
     ~ "Interval" = 0 (integer) -> "0" (string)
-  e
+  /p/e
       "InstallStatus" = "0" (string), unchanged: from an earlier run
-  + file e.plist.corrupt-1
-  - file old\n
 
 Finder flags
   /b                              0x0000 -> 0x0500 (custom icon, inited)
   /c                              0x0000 -> does not exist
 
+Files and folders (+ created, ~ changed, - removed, > moved)
+  nothing changed
+
 Problems
   /a/list.plist cannot be read: it holds no dictionary
   the Finder flags of /b\r cannot be read: closed
+
+Limits
+  512 MiB of memory
+
+In all: no step changed anything.
 )"));
+}
+
+TEST(Line, KeepsToTheWidth) {
+    const std::string word(34, 'x'), path(100, 'p');
+    EXPECT_EQ(Line(2).addWords("- " + word + " a " + word).add("caf\xC3\xA9 caf\xC3\xA9").add(path).text(),
+              "  - " + word + " a " + word + "\n      caf\xC3\xA9 caf\xC3\xA9\n      " + path.substr(26) + "\n      " +
+                  path.substr(74) + "\n");
 }
 
 TEST(Text, EscapesWhatIsNotPlain) {

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "installer-host/RunResult.h"
+#include "installer-host/run/ChildProcess.h"
+#include "installer-host/run/WorkerProtocol.h"
+
+namespace host {
+
+/// What the worker tells, made into a result as far as it can be true: each event must be well formed, be one that can
+/// come next, and there is an end to their number. The bundle's code can still tell a story that is possible, that its
+/// step is done for example, since it shares a process with the code that should tell it.
+class Transcript {
+public:
+    explicit Transcript(const Options& options);
+
+    /// Hears a line without its line feed. False when no worker tells that now: the bundle's code does. The worker is
+    /// to be ended then, and nothing more is heard.
+    bool hear(std::string_view line);
+
+    /// Hears that a line is too long.
+    void hearEndlessLine();
+
+    /// Whether the worker ran at all.
+    bool hasStarted() const { return state_ != State::Silent; }
+
+    /// The result when the worker has ended; without changes.
+    RunResult finish(const ChildEnd& end);
+
+private:
+    enum class State { Silent, Between, InStep, Over };
+
+    bool isNext(const Started& event);
+    bool isNext(const StepBegins& event);
+    bool isNext(const StepEnds& event);
+    bool isNext(const Finding& event);
+    bool isNext(const NotStored& event);
+    bool isNext(const Refused& event);
+    bool isNext(const Finished& event);
+
+    bool refuse(std::string_view line);
+    bool ranAll() const;
+    void endEarly(WorkerEnd end, const std::string& text);
+    void endFindings();
+
+    RunResult result_;
+    State state_ = State::Silent;
+    std::size_t begun_ = 0;  ///< of the steps
+    std::size_t heard_ = 0;
+    std::chrono::steady_clock::time_point stepBegan_;
+    bool isBroken_ = false;
+};
+
+}  // namespace host
