@@ -5,8 +5,8 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean \
-    install-deps help
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
+.PHONY: install-deps help
 
 all: build
 
@@ -33,9 +33,6 @@ test: build ## build and run every test; TEST_FLAGS go to ctest
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
-check-darwin: ## compile for the Mac, and link and look at the plug-in
-	@tools/check-darwin
-
 test-package: ## install the library, and use it from other projects in every way
 	@tools/install-deps package
 	@tools/test-package
@@ -52,6 +49,9 @@ abi: ## compare the libraries' binary interface with the recorded one
 	@tools/install-deps package
 	@mkdir -p build
 	@tools/abi
+
+check-darwin: ## compile for the Mac, and link and look at the plug-in
+	@tools/check-darwin
 
 lint: ## check what a machine can check; clang-tidy on what changed
 	@tools/install-deps lint

@@ -17,7 +17,7 @@ foreach(file IN LISTS files)
 endforeach()
 
 # Only folders of this project's own: their parents belong to the system, empty or not.
-set(own "/(cvbase(-[0-9]+)?|CvBase|CvPlatform|CorvaneInstall\\.bundle)(/|$)")
+set(own "/(cvbase(-[0-9]+)?|CvBase|CvPlatform|share/installer-host|CorvaneInstall\\.bundle)(/|$)")
 while(folders)
     list(REMOVE_DUPLICATES folders)
     list(POP_FRONT folders folder)

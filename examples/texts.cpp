@@ -33,9 +33,8 @@ void showNumbers() {
 void showStates() {
     const String null;
     const String empty("");
-    const String copy = empty;
     std::cout << std::boolalpha << "null equals empty: " << (null == empty) << ", is null: " << null.IsNull() << " and "
-              << empty.IsNull() << ", a copy shares: " << copy.SharesTextWith(empty) << '\n';
+              << empty.IsNull() << ", a copy shares: " << String(empty).SharesTextWith(empty) << '\n';
 }
 
 }  // namespace

@@ -131,6 +131,11 @@ cv::Descriptor openNamed(const std::string& path) {
     return cv::Descriptor(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
 }
 
+/// The name by which programs load one of the project's libraries. Of CvBase's there are none when it was built static.
+std::string libraryName(const char* name) {
+    return std::string("lib") + name + ".so." INSTALLER_HOST_LIB_VERSION;
+}
+
 }  // namespace
 
 Sandbox::Sandbox(const RootFolder* root) : root_(root), filter_(systemCallFilter()) {
@@ -237,13 +242,18 @@ std::string Sandbox::showWorker(const std::string& program) {
     addOpen("--ro-bind-fd", std::move(file), place);
     const fs::path prefix = fs::path(program).parent_path().parent_path();
     for (const char* folder : {INSTALLER_HOST_LIB_FOLDER, "lib"}) {
-        cv::Descriptor library =
-            cv::Descriptor(open((prefix / folder / "libCvPlatform.so").c_str(), O_PATH | O_CLOEXEC));
-        if (library.isOpen()) {
-            addOpen("--ro-bind-fd", std::move(library), std::string(PROGRAM_FOLDER) + "/libCvPlatform.so");
-            if (cv::Descriptor modules = openNamed(prefix / folder / "CvPlatform"); modules.isOpen()) {
-                addOpen("--ro-bind-fd", std::move(modules), std::string(PROGRAM_FOLDER) + "/CvPlatform");
+        const auto show = [&](const std::string& name) {
+            cv::Descriptor found(open((prefix / folder / name).c_str(), O_PATH | O_CLOEXEC));
+            const bool isThere = found.isOpen();
+            if (isThere) {
+                addOpen("--ro-bind-fd", std::move(found), std::string(PROGRAM_FOLDER) + "/" + name);
             }
+            return isThere;
+        };
+        if (show(libraryName("CvPlatform"))) {
+            show(libraryName("CvBase"));
+            show(libraryName("CvBaseUINative"));
+            show("CvPlatform");
             setVariable("LD_LIBRARY_PATH", PROGRAM_FOLDER);
             break;
         }

@@ -73,8 +73,8 @@ ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions 
 OrdinaryUser::OrdinaryUser() {
     ProcessOptions inBuild;
     inBuild.workingFolder = std::filesystem::path(HOST_PROGRAM).parent_path().parent_path();
-    const ProcessResult copied = run({"cp", "-r", "--parents", "bin/installer-host", "lib/libCvPlatform.so", "libexec",
-                                      "CorvaneInstall.bundle", programs_.path()},
+    const ProcessResult copied = run({"cp", "-rL", "--parents", "bin/installer-host", "lib/libCvPlatform.so.1",
+                                      "libexec", "CorvaneInstall.bundle", programs_.path()},
                                      inBuild);
     if (copied.exitStatus != 0) {
         throw std::runtime_error(copied.err);

@@ -161,7 +161,7 @@ TEST_F(Trash, SaysThatItsModuleIsMissing) {
     const TempDir folder;
     Dl_info port{};
     ASSERT_NE(dladdr(reinterpret_cast<const void*>(&AESend), &port), 0);
-    fs::copy_file(port.dli_fname, folder / "libCvPlatform.so");
+    fs::copy_file(port.dli_fname, folder / "libCvPlatform.so.1");
     const auto result = run({fs::read_symlink("/proc/self/exe"), "--gtest_filter=Trash.WaitsNoLonger*"},
                             {"", "", {{"LD_LIBRARY_PATH", folder.path()}}, {}, 0});
     EXPECT_EQ(result.exitStatus, 1);
