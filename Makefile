@@ -5,7 +5,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 lint lint-all attack bench docs clean install-deps help
+.PHONY: all build run test test-i386 check-darwin lint lint-all attack bench docs clean install-deps help
 
 all: build
 
@@ -31,6 +31,9 @@ test: build ## build and run every test; TEST_FLAGS go to ctest
 
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
+
+check-darwin: ## compile for the Mac, and link and look at the plug-in
+	@tools/check-darwin
 
 lint: ## check what a machine can check; clang-tidy on what changed
 	@tools/install-deps lint

@@ -23,13 +23,15 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/CvBaseConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/CvBaseConfig.cmake ${PROJECT_BINARY_DIR}/CvBaseConfigVersion.cmake
     DESTINATION ${package_folder})
 
-install(TARGETS installer-host)
-install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
-install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host)
-install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+if(NOT APPLE)
+    install(TARGETS installer-host)
+    install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR})
+    install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host)
+    install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")
+endif()
 install(DIRECTORY ${PROJECT_BINARY_DIR}/CorvaneInstall.bundle DESTINATION ${CMAKE_INSTALL_LIBDIR}
     USE_SOURCE_PERMISSIONS PATTERN CorvaneInstall EXCLUDE)
 install(TARGETS CorvaneInstall
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/CorvaneInstall.bundle/Contents/${CV_BUNDLE_CODE_FOLDER})
-set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")

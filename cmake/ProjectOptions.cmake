@@ -13,6 +13,14 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2
     -Wconversion -Wsign-conversion -Wold-style-cast)
+if(APPLE)
+    # A call that the oldest system aimed at lacks would be null there. That one is deprecated is no reason to warn: the
+    # File, Dialog and Process Managers, which the product works with, are so as a whole.
+    add_compile_options(-Wunguarded-availability -Wno-deprecated-declarations)
+    # Compilers take the older library for systems before 10.9, which has no C++17.
+    add_compile_options(-stdlib=libc++)
+    add_link_options(-stdlib=libc++)
+endif()
 if(CVBASE_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()
@@ -21,7 +29,7 @@ endif()
 add_compile_options(-ffp-contract=off)
 # For the same reason 32-bit Intel computes in SSE registers, which every Mac of that kind has: the older unit keeps
 # more bits.
-if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|amd64|AMD64|i[3-6]86)$")
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CV_FOR_INTEL)
     add_compile_options(-msse2 -mfpmath=sse)
 endif()
 

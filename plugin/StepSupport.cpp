@@ -1,14 +1,12 @@
 #include "plugin/StepSupport.h"
 
-#include <Carbon/Carbon.h>
-
 #include "CvBase/common/common_string.h"
 #include "UI/Native/MessageBox.h"
+#include "plugin/AlertResource.h"
 
 namespace {
 
-/// The dialog resource with the installer's own form of the alert. It is not part of the plug-in; where it is missing,
-/// StopAlert shows nothing.
+/// The dialog resource with the installer's own form of the alert. It is not part of the plug-in.
 constexpr SInt16 WRONG_VERSION_ALERT_ID = 5000;
 
 }  // namespace
@@ -20,7 +18,7 @@ bool acceptBlockVersion(XCodParamBlock& block) {
     // Both steps share this text, although one of them is not a post-install step.
     UI::Native::MessageOK(nullptr, "Post Install", "Unable to set post install option keys.", false,
                           UI::Native::IconType{0});
-    StopAlert(WRONG_VERSION_ALERT_ID, nullptr);
+    showAlertResource(WRONG_VERSION_ALERT_ID);
     block.resultFlags |= XCOD_RESULT_FAILED;
     return false;
 }

@@ -26,7 +26,7 @@ constexpr std::int32_t AMBREL = 5100;
 /// The sizes that fstat tells for the install-status file, one a call and then the last one, instead of the real one; a
 /// missing value lets the call fail.
 using Sizes = std::vector<std::optional<long long>>;
-Sizes statusFileSizes;
+Sizes g_statusFileSizes;
 
 bool isStatusFile(int fd) {
     std::error_code error;
@@ -40,12 +40,12 @@ bool isStatusFile(int fd) {
 
 extern "C" __attribute__((visibility("default"))) int fstat(int fd, struct stat* status) noexcept {
     const int result = fstatat(fd, "", status, AT_EMPTY_PATH);
-    if (result != 0 || statusFileSizes.empty() || !isStatusFile(fd)) {
+    if (result != 0 || g_statusFileSizes.empty() || !isStatusFile(fd)) {
         return result;
     }
-    const std::optional<long long> size = statusFileSizes.front();
-    if (statusFileSizes.size() > 1) {
-        statusFileSizes.erase(statusFileSizes.begin());
+    const std::optional<long long> size = g_statusFileSizes.front();
+    if (g_statusFileSizes.size() > 1) {
+        g_statusFileSizes.erase(g_statusFileSizes.begin());
     }
     if (!size) {
         errno = EIO;
@@ -94,7 +94,7 @@ protected:
     void SetUp() override { clear(); }
 
     static void clear() {
-        statusFileSizes.clear();
+        g_statusFileSizes.clear();
         for (const char* const folder : {"/Library", "/Applications"}) {
             for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
                 fs::remove_all(entry);
@@ -143,7 +143,7 @@ TEST_F(Steps, ReadTheStatusFileWhateverItIs) {
         SCOPED_TRACE(row.what);
         clear();
         writeFile(STATUS_FILE, row.content);
-        statusFileSizes = row.sizes;
+        g_statusFileSizes = row.sizes;
         const auto before = openDescriptors();
         runStep(&PostInstall);
         EXPECT_EQ(openDescriptors(), before);
@@ -157,8 +157,8 @@ TEST_F(Steps, ThrowBadAllocForAStatusFileTooLargeForMemory) {
     writeFile(STATUS_FILE, "UpdatesEnabled");
     const auto mostHeld =
         static_cast<long long>(std::min<unsigned long long>(std::vector<char>().max_size(), UINT_MAX));
-    for (const long long size : {mostHeld, 0xFFFFFFFFll, 0x100000000ll, 0x10000000Ell, 5ll << 40}) {
-        statusFileSizes = {size};
+    for (const long long size : {mostHeld, 0xFFFFFFFFLL, 0x100000000LL, 0x10000000ELL, 5LL << 40}) {
+        g_statusFileSizes = {size};
         const auto before = openDescriptors();
         XCodParamBlock block = makeBlock(AMBREL);
         EXPECT_THROW(PostInstall(&block), std::bad_alloc) << size;

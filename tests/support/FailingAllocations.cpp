@@ -7,25 +7,25 @@
 
 namespace {
 
-thread_local long allocationsLeft = -1;  // until the one that fails; negative: none does
-thread_local long blocks = 0;
+thread_local long g_allocationsLeft = -1;  // until the one that fails; negative: none does
+thread_local long g_blocks = 0;
 
 }  // namespace
 
 // The forms for arrays come to these.
 
 void* operator new(std::size_t size) {
-    void* const block = allocationsLeft == 0 ? nullptr : std::malloc(size);
+    void* const block = g_allocationsLeft == 0 ? nullptr : std::malloc(size);
     if (block == nullptr) {
         throw std::bad_alloc();
     }
-    allocationsLeft -= allocationsLeft > 0 ? 1 : 0;
-    ++blocks;
+    g_allocationsLeft -= g_allocationsLeft > 0 ? 1 : 0;
+    ++g_blocks;
     return block;
 }
 
 void operator delete(void* block) noexcept {
-    blocks -= block != nullptr ? 1 : 0;
+    g_blocks -= block != nullptr ? 1 : 0;
     std::free(block);
 }
 
@@ -36,11 +36,11 @@ void operator delete(void* block, std::size_t) noexcept {
 namespace test {
 
 long blocksInUse() {
-    return blocks;
+    return g_blocks;
 }
 
 void failAfter(long count) {
-    allocationsLeft = count;
+    g_allocationsLeft = count;
 }
 
 }  // namespace test

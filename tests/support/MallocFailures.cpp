@@ -21,14 +21,14 @@ struct Plan {
 };
 
 // In the memory that every thread has from its start, because asking for it must not need malloc.
-__attribute__((tls_model("initial-exec"))) thread_local Plan plan{};
+__attribute__((tls_model("initial-exec"))) thread_local Plan g_plan{};
 
 bool mayPass() {
-    if (!plan.isArmed) {
+    if (!g_plan.isArmed) {
         return true;
     }
-    const unsigned long number = plan.tried++;
-    if (number < plan.firstFailure || number - plan.firstFailure >= plan.failures) {
+    const unsigned long number = g_plan.tried++;
+    if (number < g_plan.firstFailure || number - g_plan.firstFailure >= g_plan.failures) {
         return true;
     }
     errno = ENOMEM;
@@ -56,12 +56,12 @@ __attribute__((visibility("default"))) void* realloc(void* block, std::size_t si
 namespace test {
 
 void failMalloc(unsigned long passes, unsigned long failures) {
-    plan = {true, 0, passes, failures};
+    g_plan = {true, 0, passes, failures};
 }
 
 unsigned long endMallocFailures() {
-    plan.isArmed = false;
-    return plan.tried;
+    g_plan.isArmed = false;
+    return g_plan.tried;
 }
 
 }  // namespace test

@@ -1,5 +1,7 @@
 #include "CvBase/Util/Folder/FileSearch.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -16,6 +18,13 @@ unsigned int countBefore(const std::string& names, const std::string& name) {
         count += name.compare(text) > 0 ? 1U : 0U;
     }
     return count;
+}
+
+/// The device and inode of the folder at `path`; {0, 0} when it has gone.
+std::pair<dev_t, ino_t> identityOf(const std::string& path) {
+    struct stat status {};
+    stat(path.c_str(), &status);
+    return {status.st_dev, status.st_ino};
 }
 
 }  // namespace
@@ -37,7 +46,7 @@ FileSearch::Contents FileSearch::read() {
     Contents contents;
     FolderScan scan(folder_.c_str());
     // Whatever lies in a folder that was entered before, through a link, was compared already.
-    if (!scan.isOpen() || !entered_.insert(scan.identity()).second) {
+    if (!scan.isOpen() || !entered_.insert(identityOf(folder_)).second) {
         return contents;
     }
     std::string files;  // each with a NUL

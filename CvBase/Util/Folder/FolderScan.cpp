@@ -1,6 +1,5 @@
 #include "CvBase/Util/Folder/FolderScan.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <climits>
@@ -23,16 +22,11 @@ bool isDotName(const char* name) {
 
 }  // namespace
 
-FolderScan::FolderScan(const char* text) : folder_(opendir(text)), startLength_(std::strlen(text) + 1) {}
+FolderScan::FolderScan(const char* text)
+    : folder_(opendir(text)), entryPath_(std::string(text) + "/"), startLength_(entryPath_.size()) {}
 
 FolderScan::FolderScan(const char* text, const FolderPath& path)
-    : folder_(opendir(text)), path_(path), startLength_(startLength(text, path)) {}
-
-std::pair<dev_t, ino_t> FolderScan::identity() const {
-    struct stat status {};
-    fstat(dirfd(folder_.get()), &status);
-    return {status.st_dev, status.st_ino};
-}
+    : folder_(opendir(text)), path_(path), entryPath_(text), startLength_(startLength(entryPath_, path)) {}
 
 bool FolderScan::next() {
     do {
@@ -47,13 +41,19 @@ bool FolderScan::leadsToEntry() const {
     return isShort && (path_.IsEmpty() || (startLength_ != 0 && std::memchr(name(), '\\', nameLength_) == nullptr));
 }
 
+const char* FolderScan::entryPath() {
+    entryPath_.resize(startLength_);
+    return entryPath_.append(name(), nameLength_).c_str();
+}
+
 FolderScan::Kind FolderScan::kind() {
     struct stat status {};
     if (leadsToEntry()) {
         if (isSearchable_ && entry_->d_type == DT_REG) {
             return Kind::File;
         }
-        if (fstatat(dirfd(folder_.get()), name(), &status, 0) != 0) {
+        // A Mac has fstatat(), which need not follow the path again, from 10.10 on only.
+        if (stat(entryPath(), &status) != 0) {
             return Kind::Missing;
         }
         isSearchable_ = true;

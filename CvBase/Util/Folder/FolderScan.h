@@ -1,11 +1,10 @@
 #pragma once
 
 #include <dirent.h>
-#include <sys/types.h>
 
 #include <cstddef>
 #include <memory>
-#include <utility>
+#include <string>
 
 #include "CvBase/common/common_path.h"
 
@@ -37,9 +36,6 @@ public:
     /// Whether the folder could be opened. Without that, only the destructor may be called.
     bool isOpen() const { return folder_ != nullptr; }
 
-    /// The open folder's device and inode.
-    std::pair<dev_t, ino_t> identity() const;
-
     /// Goes to the next entry; false after the last one.
     bool next();
 
@@ -62,12 +58,16 @@ private:
     /// Whether the entry's path leads to the entry itself.
     bool leadsToEntry() const;
 
+    /// The entry's path, good until the next call; only where it leads to the entry itself.
+    const char* entryPath();
+
     struct Close {
         void operator()(DIR* folder) const { closedir(folder); }
     };
 
     std::unique_ptr<DIR, Close> folder_;
     const FolderPath path_;      ///< empty when entries go by the text
+    std::string entryPath_;      ///< the folder's text with "/" at its end, and maybe a name
     std::size_t startLength_;    ///< of the path in front of a name; 0 when that is not the folder's own text
     bool isSearchable_ = false;  ///< known to be
     const dirent* entry_ = nullptr;

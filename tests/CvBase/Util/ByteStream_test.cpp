@@ -101,7 +101,7 @@ TEST(ByteStream, GrowsAsItIsWrittenTo) {
                         stream.Write(count, bytes.data());
                     }
                     model.resize(std::max<std::size_t>(model.size(), count == 0 ? 0 : position + count));
-                    std::copy_n(bytes.begin(), count, model.begin() + (count == 0 ? 0 : position));
+                    std::copy_n(bytes.begin(), count, model.data() + (count == 0 ? 0 : position));
                     ASSERT_EQ(stream.GetPosition(), position + count);
                     ASSERT_EQ(bytesOf(stream), model);
                 }

@@ -99,6 +99,7 @@ TEST(StringSplit, KeepsEmptyFields) {
         std::vector<String> out{String("old")};
         makeText(row.text).Split(',', out);
         std::vector<MaybeBytes> fields;
+        fields.reserve(out.size());
         for (const String& field : out) {
             fields.push_back(bytesOf(field));
         }

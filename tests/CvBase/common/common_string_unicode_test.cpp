@@ -70,7 +70,7 @@ TEST(StringUnicode, WideTextHasRoomForThreeBytesAUnit) {
     for (unsigned int n = 1; n <= 10; ++n) {
         const std::wstring wide(n, L'\U0001F600');
         EXPECT_TRUE(fromWide(wide).IsNull()) << n;
-        EXPECT_EQ(fromWide(wide + std::wstring(2 * n, L'a')).Length(), 6 * n);
+        EXPECT_EQ(fromWide(wide + std::wstring(std::size_t{2} * n, L'a')).Length(), 6 * n);
     }
     EXPECT_EQ(fromWide(std::wstring(5000, L'\u20AC')).Length(), 15000U);
 }

@@ -1,0 +1,5 @@
+#include "plugin/AlertResource.h"
+
+void showAlertResource(SInt16 alertID) {
+    StopAlert(alertID, nullptr);
+}

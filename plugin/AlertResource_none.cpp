@@ -1,0 +1,3 @@
+#include "plugin/AlertResource.h"
+
+void showAlertResource(SInt16) {}

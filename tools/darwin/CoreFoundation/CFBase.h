@@ -1,0 +1,52 @@
+#pragma once
+
+// CoreFoundation as a Mac's own headers declare it, as far as this project calls it, for tools/check-darwin: what the
+// port declares more simply, a Mac's types differ in where a source could notice.
+
+#include <MacTypes.h>
+#include <stdbool.h>
+#include <stddef.h>
+
+/// What newer systems than `version` warn of.
+#define CV_DEPRECATED_IN(version) __attribute__((availability(macosx, introduced = 10.0, deprecated = version)))
+
+#define CF_EXPORT extern
+#define CF_INLINE static __inline__ __attribute__((always_inline))
+
+extern "C" {
+
+const typedef void* CFTypeRef;
+typedef unsigned long CFTypeID;
+typedef unsigned long CFOptionFlags;
+typedef unsigned long CFHashCode;
+typedef signed long CFIndex;
+
+const typedef struct __CFAllocator* CFAllocatorRef;
+const typedef struct __CFDictionary* CFDictionaryRef;
+const typedef struct __CFLocale* CFLocaleRef;
+const typedef struct __CFNumber* CFNumberRef;
+const typedef struct __CFString* CFStringRef;
+const typedef struct __CFURL* CFURLRef;
+const typedef struct __CFUUID* CFUUIDRef;
+typedef CFTypeRef CFPropertyListRef;
+
+typedef struct {
+    CFIndex location;
+    CFIndex length;
+} CFRange;
+
+CF_INLINE CFRange CFRangeMake(CFIndex location, CFIndex length) {
+    CFRange range;
+    range.location = location;
+    range.length = length;
+    return range;
+}
+
+const CF_EXPORT CFAllocatorRef kCFAllocatorDefault;
+const CF_EXPORT CFAllocatorRef kCFAllocatorNull;
+
+CF_EXPORT CFTypeRef CFRetain(CFTypeRef cf);
+CF_EXPORT void CFRelease(CFTypeRef cf);
+CF_EXPORT Boolean CFEqual(CFTypeRef a, CFTypeRef b);
+CF_EXPORT CFTypeID CFGetTypeID(CFTypeRef cf);
+}

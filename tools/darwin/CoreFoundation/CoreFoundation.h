@@ -1,0 +1,99 @@
+#pragma once
+
+#include <CoreFoundation/CFBase.h>
+
+extern "C" {
+
+// CFDate.h, CFDictionary.h, CFLocale.h
+
+typedef double CFTimeInterval;
+typedef CFTimeInterval CFAbsoluteTime;
+CF_EXPORT CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
+
+const CF_EXPORT void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+
+const CF_EXPORT CFStringRef kCFLocaleDecimalSeparator;
+CF_EXPORT CFLocaleRef CFLocaleCopyCurrent(void);
+CF_EXPORT CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFStringRef key);
+
+// CFNumber.h
+
+enum CFNumberType : CFIndex { kCFNumberSInt32Type = 3, kCFNumberIntType = 9 };
+CF_EXPORT CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
+
+// CFPreferences.h
+
+const CF_EXPORT CFStringRef kCFPreferencesAnyUser;
+const CF_EXPORT CFStringRef kCFPreferencesCurrentHost;
+CF_EXPORT void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
+                                     CFStringRef host);
+CF_EXPORT Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host);
+
+// CFString.h
+
+typedef UInt32 CFStringEncoding;
+enum : CFStringEncoding {
+    kCFStringEncodingMacRoman = 0,
+    kCFStringEncodingASCII = 0x0600,
+    kCFStringEncodingUTF16 = 0x0100,
+    kCFStringEncodingUTF8 = 0x08000100,
+    kCFStringEncodingUTF32LE = 0x1c000100
+};
+
+// The compiler makes the object.
+#define CFSTR(text) ((CFStringRef)__builtin___CFStringMakeConstantString("" text ""))
+
+CF_EXPORT CFTypeID CFStringGetTypeID(void);
+CF_EXPORT CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef allocator, const UInt8* bytes, CFIndex byteCount,
+                                                    CFStringEncoding encoding, Boolean isExternalRepresentation,
+                                                    CFAllocatorRef contentsDeallocator);
+CF_EXPORT CFStringRef CFStringCreateWithCString(CFAllocatorRef allocator, const char* text, CFStringEncoding encoding);
+CF_EXPORT CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* units, CFIndex count);
+CF_EXPORT CFIndex CFStringGetLength(CFStringRef string);
+CF_EXPORT void CFStringGetCharacters(CFStringRef string, CFRange range, UniChar* buffer);
+CF_EXPORT Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex bufferSize, CFStringEncoding encoding);
+CF_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
+
+// CFURL.h
+
+struct FSRef;
+enum CFURLPathStyle : CFIndex { kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle, kCFURLWindowsPathStyle };
+CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style,
+                                                 Boolean isDirectory);
+CF_EXPORT Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* ref) CV_DEPRECATED_IN(10.9);
+
+// CFUUID.h
+
+typedef struct {
+    UInt8 byte0, byte1, byte2, byte3, byte4, byte5, byte6, byte7;
+    UInt8 byte8, byte9, byte10, byte11, byte12, byte13, byte14, byte15;
+} CFUUIDBytes;
+CF_EXPORT CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef allocator, CFUUIDBytes bytes);
+CF_EXPORT CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UInt8 byte0, UInt8 byte1, UInt8 byte2,
+                                                   UInt8 byte3, UInt8 byte4, UInt8 byte5, UInt8 byte6, UInt8 byte7,
+                                                   UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
+                                                   UInt8 byte13, UInt8 byte14, UInt8 byte15);
+
+// CFPlugIn.h and CFPlugInCOM.h
+
+CF_EXPORT void CFPlugInRemoveInstanceForFactory(CFUUIDRef factoryID);
+
+typedef SInt32 HRESULT;
+typedef UInt32 ULONG;
+typedef void* LPVOID;
+typedef CFUUIDBytes REFIID;
+
+#define S_OK ((HRESULT)0x00000000L)
+#define E_NOINTERFACE ((HRESULT)0x80000004L)
+#define STDMETHODCALLTYPE
+
+#define IUNKNOWN_C_GUTS                                                                     \
+    void* _reserved;                                                                        \
+    HRESULT(STDMETHODCALLTYPE* QueryInterface)(void* thisPointer, REFIID iid, LPVOID* ppv); \
+    ULONG(STDMETHODCALLTYPE* AddRef)(void* thisPointer);                                    \
+    ULONG(STDMETHODCALLTYPE* Release)(void* thisPointer)
+
+#define IUnknownUUID                                                                                                   \
+    CFUUIDGetConstantUUIDWithBytes(NULL, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x00, 0x00, \
+                                   0x00, 0x00, 0x46)
+}
