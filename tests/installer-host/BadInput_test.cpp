@@ -53,9 +53,9 @@ TEST(BadInput, OfABundleHasOneClearLine) {
     const std::pair<std::string, const char*> ways[] = {
         {"missing", "No such file or directory"},
         {"closed", "Permission denied"},
-        {"other", "ot a "},  // "is not a file", "Not a directory"
+        {"other", "[Nn]ot a "},
         {"dangling", "No such file or directory"},
-        {"FIFO", "ot a "},
+        {"FIFO", "[Nn]ot a "},
         {"empty", ""},
         {"link", ""},
     };
@@ -85,7 +85,7 @@ TEST(BadInput, OfABundleHasOneClearLine) {
             EXPECT_EQ(result.exitStatus, 3);
             EXPECT_EQ(report["error"]["status"], 3);
             ASSERT_EQ(messages.size(), 1U) << result.err;
-            EXPECT_THAT(messages[0], HasSubstr(reason));
+            EXPECT_THAT(messages[0], testing::ContainsRegex(reason));
             EXPECT_THAT(messages[0], HasSubstr(fs::path(bundle + part).filename().string()));
             if (how == "closed") {
                 fs::permissions(bundle + part, fs::perms::owner_all);
