@@ -20,6 +20,7 @@ CF_EXPORT CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFStringRef key);
 
 enum CFNumberType : CFIndex { kCFNumberSInt32Type = 3, kCFNumberIntType = 9 };
 CF_EXPORT CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
+CF_EXPORT Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
 // CFPreferences.h
 
@@ -27,6 +28,8 @@ const CF_EXPORT CFStringRef kCFPreferencesAnyUser;
 const CF_EXPORT CFStringRef kCFPreferencesCurrentHost;
 CF_EXPORT void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
                                      CFStringRef host);
+CF_EXPORT CFPropertyListRef CFPreferencesCopyValue(CFStringRef key, CFStringRef domain, CFStringRef user,
+                                                   CFStringRef host);
 CF_EXPORT Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host);
 
 // CFString.h
