@@ -36,7 +36,8 @@ TEST(Alert, ThatWaitsUntilTheTimeIsOverIsInTheReport) {
     EXPECT_TRUE(linesWith(result.out, "left").empty()) << "the panel outlives the run: " << result.out;
     const auto start = result.out.find("{\n");
     ASSERT_NE(start, std::string::npos) << result.out;
-    const auto alerts = nlohmann::json::parse(result.out.substr(start, result.out.find("\n}\n") + 3 - start))["alerts"];
+    const ProcessResult report = kept({9, result.out.substr(start, result.out.find("\n}\n") + 3 - start), ""});
+    const auto alerts = nlohmann::json::parse(report.out)["alerts"];
     ASSERT_EQ(alerts.size(), 1U);
     EXPECT_EQ(alerts[0]["text"], "Unable to set post install option keys.");
     EXPECT_TRUE(alerts[0]["answer"].is_null());

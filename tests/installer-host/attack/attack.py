@@ -24,10 +24,14 @@ import tempfile
 import threading
 import time
 
+import jsonschema
+
 NOBODY = 65534
 NOT_TRIED = "the attack was not tried"
 BWRAP = shutil.which("bwrap")
 LIBC = ctypes.CDLL(None, use_errno=True)
+SCHEMA = jsonschema.Draft202012Validator(json.loads(
+    (pathlib.Path(__file__).resolve().parents[3] / "docs/report.schema.json").read_text()))
 CONTROL = re.compile(r"[\x00-\x08\x0b-\x1f\x7f-\x9f]")
 
 FORGED_EVENTS = [
@@ -239,8 +243,8 @@ class Attacker:
         """Forged and endless events, alerts and output."""
         for event in FORGED_EVENTS:
             process = self.run(self.root(), self.bundle("event", event), timeout=5)
-            report = json.loads(process.stdout or "null")
-            self.record(f"event {event[:60]}", "the run counts as done" if process.returncode == 0 or not report else "")
+            self.record(f"event {event[:60]}", "the run counts as done" if process.returncode == 0 else "")
+            self.record(f"event {event[:60]}: a report", fault_of_report(process.stdout))
         text = b"is it?"
         body = struct.pack("<III", 0, 1, len(text)) + text + struct.pack("<I", 2) + b"OK"
         alert = b"CvAlert1" + struct.pack("<I", len(body)) + body
@@ -250,7 +254,7 @@ class Attacker:
                 ("endless alert", "".join(f"\\x{byte:02x}" for byte in alert)), ("endless event", "x" * 4096),
                 ("endless event", ""), ("endless output", ""), ("kill", "")]:
             process = self.run(self.root(), self.bundle(*order), timeout=1)
-            self.record(f"{order[0]}: a report", "" if json.loads(process.stdout or "null") else "there is none")
+            self.record(f"{order[0]}: a report", fault_of_report(process.stdout))
 
     def escapes(self):
         bundle = self.bundle("escapes", name="Esc\x1b[2Jape.bundle")
@@ -265,6 +269,12 @@ class Attacker:
     def all(self):
         for attack in (self.inside, self.forks, self.links, self.left_behind, self.told, self.escapes, self.exchange):
             attack()
+
+
+def fault_of_report(text):
+    """What is wrong with a report in JSON, or nothing."""
+    error = jsonschema.exceptions.best_match(SCHEMA.iter_errors(json.loads(text or "null")))
+    return f"{list(error.absolute_path)}: {error.message[:200]}" if error else ""
 
 
 def weak_path(work, dropped):
