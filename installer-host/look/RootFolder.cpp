@@ -62,7 +62,7 @@ std::string takeNames(std::string_view& path, bool onlyOne) {
     if (onlyOne || end > MOST_BYTES) {
         end = onlyOne ? path.find('/') : path.rfind('/', MOST_BYTES);
     }
-    const std::string names(path.substr(0, end));
+    std::string names(path.substr(0, end));
     path.remove_prefix(std::min(names.size() + 1, path.size()));
     return names;
 }
