@@ -32,7 +32,7 @@ using Folder = std::unique_ptr<DIR, int (*)(DIR*)>;
 
 /// Whether reading a link would change its access time where the system keeps that in the usual way, relatime.
 bool isAccessTimeDue(const struct statx& status) {
-    constexpr std::int64_t DAY = 24 * 60 * 60;
+    constexpr std::int64_t DAY = std::int64_t{24} * 60 * 60;
     const auto isAfter = [&](const statx_timestamp& other) {
         return std::pair(status.stx_atime.tv_sec, status.stx_atime.tv_nsec) > std::pair(other.tv_sec, other.tv_nsec);
     };
