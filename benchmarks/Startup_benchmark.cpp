@@ -101,7 +101,7 @@ void addProgram(const std::string& work, const std::string& name, const Command&
     addProgram(work, name, [command] { return command; });
 }
 
-/// An installation, and the making of its private root alone, by the host's own options.
+/// An installation, and the namespaces alone in which the host confines the bundle's code.
 void addInstallation() {
     const std::string work = "Startup/installation";
     const auto machine = std::make_shared<Machine>();
@@ -113,7 +113,8 @@ void addInstallation() {
         },
         [machine] { return machine->isInstalled(); });
     addProgram(work, "bwrap",
-               {"bwrap", "--unshare-pid", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", TRUE_PROGRAM});
+               {"bwrap", "--unshare-all", "--unshare-user", "--disable-userns", "--new-session", "--cap-drop", "ALL",
+                "--clearenv", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", TRUE_PROGRAM});
 }
 
 /// How many lines `ldd` prints of a program: the libraries that are loaded with it.

@@ -7,7 +7,6 @@ namespace {
 
 using namespace test;
 using nlohmann::json;
-using testing::HasSubstr;
 
 /// A root with what fixtures/ProbeStep.cpp changes, and `fault` for the plug-in.
 void prepare(const InstallRoot& root, const std::string& fault) {

@@ -5,7 +5,6 @@
 namespace {
 
 using namespace host;
-using testing::HasSubstr;
 
 const char* const OUTCOMES[] = {"not run", "done", "returned", "exception", "crashed", "timed out", "interrupted"};
 const char* const ENDS[] = {"finished", "timed out", "died", "broke", "interrupted"};
