@@ -186,21 +186,22 @@ void addRunCommand(CLI::App& app, Options& options) {
                                     "/Library and /Applications, and the "
                                     "bundle's code can change nothing else. This or --machine is required",
                                     "Work on the machine itself, where the bundle's code may do what you may");
-    CLI::Option* dryRun = addFlag(run, "--dry-run", options.dryRun, "Work on a copy of the root, which itself stays unchanged");
+    CLI::Option* dryRun =
+        addFlag(run, "--dry-run", options.dryRun, "Work on a copy of the root, which itself stays unchanged");
     addFolders(run, "--scope", options.scope,
                "With --machine: look at DIR; repeat the option for more folders (default: /Library and /Applications)")
         ->needs(machine)
         ->excludes(dryRun);
-    addFlag(run, "--changes-exit", options.changesExit, "End with status 10 when something changed, or in a dry run would have changed");
+    addFlag(run, "--changes-exit", options.changesExit,
+            "End with status 10 when something changed, or in a dry run would have changed");
     addFormat(run, options);
     addTimeout(run, options);
-    addFlag(run, "--verbose", options.verbose,
-            "Report progress on standard error; list unchanged preferences, too");
+    addFlag(run, "--verbose", options.verbose, "Report progress on standard error; list unchanged preferences, too");
 }
 
 void addCheckCommand(CLI::App& app, Options& options) {
-    CLI::App& check =
-        *app.add_subcommand("check", "Check that a bundle is a loadable plug-in: registration, identifiers, exports, interface");
+    CLI::App& check = *app.add_subcommand(
+        "check", "Check that a bundle is a loadable plug-in: registration, identifiers, exports, interface");
     check.footer("Example:\n  installer-host check build/release/CorvaneInstall.bundle");
     addBundle(check, options);
     addFormat(check, options);
@@ -326,9 +327,8 @@ void complete(Options& options, const CLI::App& app) {
 ParsedOptions parseOptions(int argc, const char* const* argv) {
     ParsedOptions parsed;
     Options& options = parsed.options;
-    CLI::App app(
-        "Loads an installer plug-in, runs its steps as the vendor's installer does, and reports what changed.",
-        "installer-host");
+    CLI::App app("Loads an installer plug-in, runs its steps as the vendor's installer does, and reports what changed.",
+                 "installer-host");
     app.set_version_flag("--version", VERSION_TEXT, "Print the version and exit");
     app.footer(MAIN_FOOTER);
     app.require_subcommand(1);
