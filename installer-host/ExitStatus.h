@@ -6,18 +6,18 @@
 
 namespace host {
 
-/// What the program answers to its caller.
+/// The exit status of the program.
 enum class ExitStatus : int {
     Done = 0,
     StepFailed = 1,         ///< a step set the failure bit of resultFlags
     Usage = 2,              ///< the command line was wrong
     BundleUnusable = 3,     ///< the bundle is missing, malformed or cannot be loaded
     InterfaceRefused = 4,   ///< the factory or the interface was refused
-    ExceptionLeftStep = 5,  ///< an exception left a step, or a step ended the process
-    RootNotMade = 6,        ///< the private root, or what else a run needs, could not be made or is missing
-    NotStored = 7,          ///< something could not be stored
+    ExceptionLeftStep = 5,  ///< a step let an exception escape, or ended the process
+    RootNotMade = 6,        ///< something that a run needs is missing or could not be made
+    NotStored = 7,          ///< something could not be stored or read
     TimedOut = 9,           ///< the time-out ended the run
-    SomethingChanged = 10,  ///< all went well, and the user asked to be told that something changed
+    SomethingChanged = 10,  ///< all went well, and the user asked for this status on a change
 };
 
 /// With the number of a signal added, the status of a run that its user ended by it.

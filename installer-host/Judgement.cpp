@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-constexpr const char* BROKE_PROTOCOL = " told what only the worker tells, and was ended: ";
+constexpr const char* BROKE_PROTOCOL = " sent an event that only the worker may send, and was ended: ";
 
 std::optional<Judgement> judgeFault(const StepResult& step, const RunResult& result) {
     const std::string name = longName(step.step);
@@ -33,11 +33,11 @@ std::string whatTimedOut(const RunResult& result) {
             return std::string("was in the ") + longName(step.step);
         }
     }
-    return "was in none of the steps, but loading or giving the interface up";
+    return "was in no step; it was loading, or releasing the interface";
 }
 
-/// Whether all is on the disk that the steps stored, and all could be looked at. A preference file that was damaged
-/// before and left alone is none of this run's business.
+/// Whether everything that the steps stored is on the disk, and everything could be read. A preference file that was
+/// damaged before the run and left alone does not count.
 bool isComplete(const RunResult& result) {
     const auto& unreadable = result.changes.unreadable;
     return result.notStored.empty() && std::all_of(unreadable.begin(), unreadable.end(), [](const Unreadable& one) {
@@ -68,11 +68,11 @@ Judgement judgeRun(const RunResult& result) {
         return {result.failure->status(), escaped(result.failure->what())};
     }
     if (result.end == WorkerEnd::Died) {
-        return {ExitStatus::BundleUnusable, "the bundle's code ended the process outside of a step: " + result.endText};
+        return {ExitStatus::BundleUnusable, "the bundle's code ended the process outside a step: " + result.endText};
     }
     if (result.end == WorkerEnd::BrokeProtocol) {
         return {ExitStatus::BundleUnusable,
-                std::string("the bundle's code, outside of a step,") + BROKE_PROTOCOL + escaped(result.endText)};
+                std::string("the bundle's code, outside a step,") + BROKE_PROTOCOL + escaped(result.endText)};
     }
     for (const StepResult& step : result.steps) {
         if ((step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) != 0) {
@@ -81,7 +81,7 @@ Judgement judgeRun(const RunResult& result) {
         }
     }
     if (!isComplete(result)) {
-        return {ExitStatus::NotStored, "not everything could be stored or looked at; the report says what and why"};
+        return {ExitStatus::NotStored, "not everything could be stored or read; the report says what and why"};
     }
     return {result.options.changesExit && result.changes.any() ? ExitStatus::SomethingChanged : ExitStatus::Done, ""};
 }
@@ -93,7 +93,7 @@ Judgement judgeCheck(const RunResult& result) {
     for (const Finding& finding : result.findings) {
         if (!finding.ok) {
             return {finding.status,
-                    "this bundle is no usable installer plug-in: " + finding.subject + ": " + escaped(finding.text)};
+                    "this bundle is not a usable installer plug-in: " + finding.subject + ": " + escaped(finding.text)};
         }
     }
     return {};
@@ -110,7 +110,7 @@ Judgement judge(const RunResult& result) {
 
 Judgement judge(const Snapshot& snapshot) {
     if (!snapshot.isComplete()) {
-        return {ExitStatus::NotStored, "not everything could be looked at; the report says what and why"};
+        return {ExitStatus::NotStored, "not everything could be read; the report says what and why"};
     }
     return {};
 }

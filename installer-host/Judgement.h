@@ -13,10 +13,9 @@ struct Judgement {
     std::string message;  ///< for the user: what happened, and on further lines what to do; empty when all is well
 };
 
-/// Judges by the result alone. When several things went wrong, the first of this order counts: a fault in a step, the
-/// time-out, an end outside of a step, the failure bit, something that was not
-/// stored or could not be looked at, a change that the user asked to be told of. Of a check it is the first
-/// finding that is not ok.
+/// Judges by the result alone. When several things went wrong, the first in this order counts: a fault in a step, the
+/// time-out, an end outside a step, the failure bit, something that could not be stored or read, a change that the user
+/// asked to hear about. For a check, the first finding that is not ok counts.
 Judgement judge(const RunResult& result);
 
 /// The same for what `show` saw.

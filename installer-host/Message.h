@@ -6,10 +6,10 @@
 namespace host {
 
 /// The text as a terminal shows it without doing anything else: control characters but line feeds and tabs, those that
-/// turn the direction of writing, and bytes that are no UTF-8 are written as \xNN.
+/// turn the direction of writing, and bytes that are not UTF-8 are written as \xNN.
 std::string printable(std::string_view text);
 
-/// Tells the user something on standard error; standard output is for the report alone. The lines after the first are
+/// Prints a message on standard error; standard output is only for the report. The lines after the first are
 /// indented, so that none that holds somebody else's text looks like another message.
 void say(const std::string& message);
 

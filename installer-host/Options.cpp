@@ -27,22 +27,23 @@ Exit status:
    0  done
    1  a step set the failure bit
    2  wrong usage
-   3  the bundle is missing, malformed or cannot be loaded
+   3  the bundle is missing or malformed, or it cannot be loaded
    4  the factory or the interface was refused
-   5  an exception left a step, or a step ended the process
-   6  the private root, or what else a run needs, could not be made
-   7  something could not be stored or looked at
+   5  a step let an exception escape, or ended the process
+   6  the private root, or something else that a run needs, is missing or
+      could not be made
+   7  something could not be stored or read
    9  the time-out ended the run
   10  something changed, with --changes-exit
  129 to 143  128 and the number of the signal by which the user ended the run)";
 
 constexpr const char* RUN_FOOTER = R"(Examples:
-  Install product 5100 in French into a private root, which keeps the bundle
-  away from the machine's own files:
+  Install product 5100 in French into a private root; the bundle's code cannot
+  change the machine's own files:
     mkdir -p /tmp/root
     installer-host run --product 5100 --language 1 --root /tmp/root \
         CorvaneInstall.bundle
-  See what that would change, as JSON, and change nothing:
+  Show as JSON what this would change, without changing anything:
     installer-host run --product 5100 --root /tmp/root --dry-run \
         --format json CorvaneInstall.bundle)";
 
@@ -94,7 +95,7 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
                 return;
             }
         }
-        throw CLI::ValidationError(name, quoted(text) + " is none of " + names);
+        throw CLI::ValidationError(name, quoted(text) + " is not one of " + names);
     };
     app.add_option_function<std::string>(name, choose, help)->type_name(names);
 }
@@ -105,12 +106,12 @@ constexpr unsigned LONGEST_TIMEOUT = 86400;
 
 void addFormat(CLI::App& app, Options& options) {
     addChoice<Format>(app, "--format", options.format, {{"text", Format::Text}, {"json", Format::Json}},
-                      "How the report is written (default: text)");
+                      "The format of the report (default: text)");
 }
 
 void addTimeout(CLI::App& app, Options& options) {
     addNumber(app, "--timeout", "SECONDS", options.timeout, 0U, LONGEST_TIMEOUT,
-              "End the run when the bundle's code takes longer; 0: never (default: 60)");
+              "End the run when the bundle's code takes longer than SECONDS; 0: no limit (default: 60)");
 }
 
 /// A path as it stands on the command line.
@@ -124,7 +125,7 @@ const std::string& checkedPath(const std::string& name, const std::string& path)
     return path;
 }
 
-/// The same for a folder's path. An option without its value would take the next option for it.
+/// The same for a folder's path. Without this, an option that lacks its value would take the next option as its value.
 const std::string& checkedFolder(const std::string& name, const std::string& folder) {
     checkedPath(name, folder);
     if (folder.front() == '-') {
@@ -164,16 +165,16 @@ void addRunCommand(CLI::App& app, Options& options) {
     addBundle(run, options);
     addNumber(run, "--product", "CODE", options.installation.product, INT32_LEAST, INT32_MOST,
               "The numeric code of the product that is installed, for example 5100",
-              "; products go by numeric codes, for example 5100")
+              "; a product is given by its numeric code, for example 5100")
         ->required();
     addNumber(run, "--language", "CODE", options.installation.language, INT32_LEAST, INT32_MOST,
               "The installation's language as a classic Mac OS code: 0 English, 1 French, 2 German, 3 Italian, "
               "6 Spanish, 11 Japanese (default: 0)",
-              "; languages go by classic Mac OS codes, for example 0 for English and 1 for French");
+              "; a language is given by its classic Mac OS code, for example 0 for English or 1 for French");
     addChoice<std::vector<Step>>(
         run, "--step", options.installation.steps,
         {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
-        "The step to run (default: both)");
+        "The steps to run (default: both)");
     addNumber<std::uint16_t>(run, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
                              "The version to write into the parameter block (default: " +
                                  std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
@@ -185,21 +186,22 @@ void addRunCommand(CLI::App& app, Options& options) {
                                     "/Library and /Applications, and the "
                                     "bundle's code can change nothing else. This or --machine is required",
                                     "Work on the machine itself, where the bundle's code may do what you may");
-    CLI::Option* dryRun = addFlag(run, "--dry-run", options.dryRun, "Work on a copy, report, change nothing");
+    CLI::Option* dryRun =
+        addFlag(run, "--dry-run", options.dryRun, "Work on a copy of the root, which itself stays unchanged");
     addFolders(run, "--scope", options.scope,
-               "With --machine: look at DIR; may be given again (default: /Library and /Applications)")
+               "With --machine: look at DIR; repeat the option for more folders (default: /Library and /Applications)")
         ->needs(machine)
         ->excludes(dryRun);
-    addFlag(run, "--changes-exit", options.changesExit, "End with status 10 when something changed, or would have");
+    addFlag(run, "--changes-exit", options.changesExit,
+            "End with status 10 when something changed, or in a dry run would have changed");
     addFormat(run, options);
     addTimeout(run, options);
-    addFlag(run, "--verbose", options.verbose,
-            "Say what is being done; list the preferences that stay as they are, too");
+    addFlag(run, "--verbose", options.verbose, "Report progress on standard error; list unchanged preferences, too");
 }
 
 void addCheckCommand(CLI::App& app, Options& options) {
-    CLI::App& check =
-        *app.add_subcommand("check", "Is it a loadable plug-in: registration, identifiers, exports, interface");
+    CLI::App& check = *app.add_subcommand(
+        "check", "Check that a bundle is a loadable plug-in: registration, identifiers, exports, interface");
     check.footer("Example:\n  installer-host check build/release/CorvaneInstall.bundle");
     addBundle(check, options);
     addFormat(check, options);
@@ -208,14 +210,14 @@ void addCheckCommand(CLI::App& app, Options& options) {
 
 void addShowCommand(CLI::App& app, Options& options) {
     CLI::App& show = *app.add_subcommand(
-        "show", "What the machine holds now: preferences, and the Finder flags of the vendor's folder and icon file");
+        "show", "Show the current preferences, and the Finder flags of the vendor's folder and icon file");
     show.footer("Example:\n  installer-host show --root /tmp/root");
     addPlace(show, options, "Look at the private root DIR. This or --machine is required",
              "Look at the machine itself");
     addFormat(show, options);
 }
 
-/// What is wrong with a word that the parser has no place for.
+/// What is wrong with a word that the parser cannot place.
 std::string unknownWord(const CLI::App& subject, const std::string& word, bool isCommand) {
     const std::string name = word.substr(0, word.find('='));
     std::vector<std::string> known;
@@ -250,10 +252,10 @@ std::string describeError(const CLI::App& app, const CLI::App& subject, const CL
         return text.substr(0, text.find(':')) + (lacksValue ? " needs a value" : " is given more than once");
     }
     const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    return isMissing && !hasCommand ? "give one of the commands run, check and show" : text;
+    return isMissing && !hasCommand ? "a command is missing: run, check or show" : text;
 }
 
-/// What to print for an outcome of the parser that is no set of options: help, version or an error.
+/// What to print when the parser gives no set of options: help, the version or an error.
 ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error, Format format) {
     ParsedOptions parsed;
     parsed.options.format = format;
@@ -272,7 +274,7 @@ ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error, Format
     return parsed;
 }
 
-/// The format of the report, also when the rest of the command line is wrong.
+/// The format of the report, even when the rest of the command line is wrong.
 Format wantedFormat(const std::vector<std::string>& arguments) {
     std::string before;
     for (const std::string& argument : arguments) {
@@ -287,7 +289,7 @@ Format wantedFormat(const std::vector<std::string>& arguments) {
     return Format::Text;
 }
 
-/// CLI11 takes the next argument for the value of "--root=", which is what an unset variable leaves.
+/// An unset variable leaves "--root=", and CLI11 would then take the next argument as the value.
 void requireValues(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--") {
@@ -299,7 +301,7 @@ void requireValues(const std::vector<std::string>& arguments) {
     }
 }
 
-/// Sets what follows from the options that were given. Nothing stands for the machine itself but the word for it.
+/// Sets what follows from the given options. Only --machine stands for the machine itself; no default does.
 void complete(Options& options, const CLI::App& app) {
     options.command = app.got_subcommand("run")     ? Command::Run
                       : app.got_subcommand("check") ? Command::Check
@@ -325,10 +327,8 @@ void complete(Options& options, const CLI::App& app) {
 ParsedOptions parseOptions(int argc, const char* const* argv) {
     ParsedOptions parsed;
     Options& options = parsed.options;
-    CLI::App app(
-        "Does what the vendor's installer does: loads an installer plug-in, runs its steps and reports what "
-        "changed on the machine.",
-        "installer-host");
+    CLI::App app("Loads an installer plug-in, runs its steps as the vendor's installer does, and reports what changed.",
+                 "installer-host");
     app.set_version_flag("--version", VERSION_TEXT, "Print the version and exit");
     app.footer(MAIN_FOOTER);
     app.require_subcommand(1);

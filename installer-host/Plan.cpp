@@ -46,7 +46,7 @@ std::string findBundle(const std::string& path) {
     };
     for (const auto& [part, type] : parts) {
         if (const std::string problem = problemOf(part, type); !problem.empty()) {
-            throw Failure(ExitStatus::BundleUnusable, "this is no bundle: '" + part.string() + "' " + problem);
+            throw Failure(ExitStatus::BundleUnusable, "this is not a bundle: '" + part.string() + "' " + problem);
         }
     }
     return found;

@@ -48,11 +48,11 @@ enum class WorkerEnd {
     Finished,       ///< it did all that it was to do
     TimedOut,       ///< it was killed when its time was over
     Died,           ///< the bundle's code ended the process
-    BrokeProtocol,  ///< it was killed when it told what no worker tells: that was the bundle's code
+    BrokeProtocol,  ///< it was killed for an event that no worker sends: the bundle's code sent it
     Interrupted     ///< it was killed when the user ended the run
 };
 
-/// All that became known in a run or a check: the judgement and the reports are made of this alone.
+/// All that became known in a run or a check: the judgement and the reports depend on this alone.
 struct RunResult {
     Options options;  ///< what was asked for, the paths absolute
     std::chrono::system_clock::time_point started;

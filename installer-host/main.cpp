@@ -1,4 +1,4 @@
-// The program installer-host. README.md tells one run from here to the exit status.
+// The program installer-host. README.md describes one run from here to the exit status.
 
 #include <fcntl.h>
 #include <pwd.h>
@@ -27,9 +27,9 @@ namespace {
 
 using namespace host;
 
-/// The report could not be written, and so nothing that a program could read can be.
+/// The report could not be written, so an error report could not be written either.
 struct OutputLost : std::runtime_error {
-    OutputLost() : std::runtime_error("standard output could not be written to") {}
+    OutputLost() : std::runtime_error("the report could not be written to standard output") {}
 };
 
 /// Writes a report, or the help, to standard output, to the last byte.
@@ -39,15 +39,15 @@ void print(const std::string& text) {
     }
 }
 
-/// Tells the user why it did not end well.
+/// Explains to the user what went wrong, if anything did.
 void explain(const Judgement& judgement) {
     if (!judgement.message.empty()) {
         say(judgement.message);
     }
 }
 
-/// Takes the numbers of standard input, output and error where the caller closed them, so that no file of this program
-/// gets one and is written a report into. What is written to standard output then fails.
+/// Occupies the numbers of standard input, output and error that the caller closed. Otherwise a file that this program
+/// opens could get one of them, and the report would go into it. Writing to standard output then fails.
 void keepStandardDescriptors() {
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(number, F_GETFD) < 0) {
@@ -56,7 +56,7 @@ void keepStandardDescriptors() {
     }
 }
 
-/// Ends what can be ended without a report.
+/// Throws Interrupted if the user has asked for the end; for use while there is nothing to report.
 void endIfInterrupted() {
     if (const int signal = takeInterruption(); signal != 0) {
         throw Interrupted{signal};
@@ -134,7 +134,7 @@ ExitStatus perform(const Plan& plan) {
     return showCommand(plan);
 }
 
-/// Does what was asked for. What keeps it from a report is a report of its own, where a program is to read that.
+/// Performs the command. When an error prevents the report, JSON output gets an error report in its place.
 ExitStatus performAndTell(const Options& options) {
     const auto tell = [&](const Judgement& judgement) {
         explain(judgement);
@@ -158,7 +158,7 @@ ExitStatus performAndTell(const Options& options) {
     }
 }
 
-/// Tells what the command line came to when there is nothing to do.
+/// Prints the help, the version or what is wrong with the command line.
 ExitStatus tellUsage(const ParsedOptions& parsed) {
     if (parsed.status == ExitStatus::Done) {
         print(parsed.text);

@@ -32,7 +32,7 @@ CallResult describeException() {
     CallResult result;
     result.threw = true;
     if (std::current_exception() == nullptr) {
-        // Not thrown by C++, which can learn nothing of it.
+        // Not thrown by C++, so C++ can learn nothing about it.
         result.exceptionType = "an exception of another language";
         return result;
     }
@@ -68,7 +68,7 @@ cv::CFReference<CFStringRef> makeString(const std::string& text) {
 BundleSession::BundleSession(const std::string& path)
     : plugIn_(CFPlugInCreate(kCFAllocatorDefault, makeURL(path).get())) {
     if (!plugIn_) {
-        throw Failure(ExitStatus::BundleUnusable, "this is no plug-in: " + cv::bundleProblem());
+        throw Failure(ExitStatus::BundleUnusable, "this is not a plug-in: " + cv::bundleProblem());
     }
     factories_ =
         cv::CFReference<CFArrayRef>(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn_.get()));

@@ -11,7 +11,7 @@
 
 namespace host {
 
-/// A string of the UTF-8 text; null when it is no UTF-8.
+/// A string of the UTF-8 text; null when it is not UTF-8.
 cv::CFReference<CFStringRef> makeString(const std::string& text);
 
 /// A step as it is called.
@@ -21,7 +21,7 @@ using StepFunction = void (*)(XCodParamBlock* block);
 /// an instance can be released and an exception looked at whenever.
 class BundleSession {
 public:
-    /// Registers the bundle at the absolute path `path`. Throws Failure (BundleUnusable) when it is none.
+    /// Registers the bundle at the absolute path `path`. Throws Failure (BundleUnusable) when it is not a bundle.
     explicit BundleSession(const std::string& path);
 
     /// The factories that the bundle registers for the installer's plug-in type.
@@ -47,7 +47,7 @@ public:
     /// when the factory or the interface is refused, BundleUnusable when the code cannot be loaded or lacks a function.
     StepEntries(const BundleSession& session, const Installation& installation);
 
-    /// Gives the interface up.
+    /// Releases the interface.
     ~StepEntries();
     StepEntries(const StepEntries&) = delete;
     StepEntries& operator=(const StepEntries&) = delete;

@@ -105,7 +105,7 @@ private:
                 others += (others.empty() ? "" : ", ") + name;
             }
         }
-        find("exports", others.empty(), others.empty() ? "no other names" : "other names, too: " + others);
+        find("exports", others.empty(), others.empty() ? "no other names" : "also exported: " + others);
     }
 
     void checkInterface(const BundleSession& session) {

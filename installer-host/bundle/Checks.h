@@ -7,8 +7,8 @@
 
 namespace host {
 
-/// Looks at every part of a plug-in that a host relies on and tells each finding as soon as it is made, since the code
-/// may end the process. Goes as far as the bundle allows; never throws for a bad bundle.
+/// Looks at every part of a plug-in that a host relies on, and reports each finding as soon as it is made, since the
+/// code may end the process. Goes as far as the bundle allows; never throws for a bad bundle.
 void checkBundle(const std::string& path, const std::function<void(const Finding&)>& tell);
 
 }  // namespace host

@@ -55,7 +55,7 @@ struct EntryChanges {
     std::vector<Unseen> unseen;        ///< by path
 };
 
-/// Compares two looks. Of a folder that could not be read in one of them nothing is said but that. A folder is not
+/// Compares two looks. Of a folder that was unreadable in one of them only that is reported. A folder is not
 /// listed for what its entries caused, and an entry that moved with its folder only if it differs.
 EntryChanges compareEntries(const Tree& before, const Tree& after);
 

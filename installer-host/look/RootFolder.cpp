@@ -128,7 +128,7 @@ bool RootFolder::openPrivateFolder(const char* name) {
         folders_.push_back({name, std::move(folder)});
         return true;
     }
-    // One that may not be opened is for the look to tell: it is there, and unreadable.
+    // The look reports a folder that may not be opened: it exists and is unreadable.
     if (errno != ENOENT && errno != EACCES) {
         const bool isOther = errno == ENOTDIR || errno == ELOOP;
         throw Failure(ExitStatus::RootNotMade,

@@ -24,14 +24,14 @@ inline bool operator!=(DiskTime a, DiskTime b) {
     return !(a == b);
 }
 
-/// What tells an object of the disk from every other, also from one that gets its number after its end.
+/// Identifies an object on the disk, even against a later one that gets the same inode number.
 struct Identity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::optional<DiskTime> birth;  ///< unset where the file system keeps none
 };
 
-/// What the system tells of an entry without opening it.
+/// What the system knows about an entry without opening it.
 struct Status {
     std::uint32_t mode = 0;  ///< type and permissions, as st_mode has them
     std::uint32_t owner = 0;
@@ -78,7 +78,7 @@ inline std::string pathOf(const std::string& folder, const std::string& name) {
     return folder.empty() ? name : folder == "/" ? folder + name : folder + "/" + name;
 }
 
-/// What the entry has beside its status; empty details where there are none.
+/// What the entry has besides its status; empty details where there are none.
 const Details& detailsOf(const Entry& entry);
 
 /// Whether the two are the same object of the disk. Where no birth times are kept, numbers alone decide.

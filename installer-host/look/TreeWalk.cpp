@@ -20,7 +20,7 @@ namespace host {
 namespace {
 
 /// Lets the process work in other folders and brings it back at the end of the scope. Names in the working folder are
-/// the one way to attributes without a link being followed and without the path from the root being walked again.
+/// the one way to attributes that neither follows a link nor walks the path from the root again.
 class WorkingFolder {
 public:
     WorkingFolder() : before_(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) {}

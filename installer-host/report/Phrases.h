@@ -13,10 +13,10 @@ namespace host {
 /// cut.
 std::string describe(const TypedValue& value);
 
-/// What is said of a key that stayed as it was.
+/// How reports describe a key that stayed as it was.
 std::string unchangedNote(const KeyChange& change);
 
-/// What is said of something that cannot be read, in two parts: of what, and why.
+/// How reports describe something that cannot be read, in two parts: what it is, and why.
 struct Complaint {
     std::string what;
     std::string why;
@@ -48,7 +48,7 @@ struct Counts {
 };
 Counts countsOf(const Changes& changes);
 
-/// What the run came to on the disk, in a sentence.
+/// A sentence that sums up what changed on the disk.
 std::string summaryOf(const RunResult& result);
 
 }  // namespace host

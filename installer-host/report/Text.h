@@ -6,7 +6,7 @@
 
 namespace host {
 
-/// The text in double quotes; quotes, backslashes, control characters and bytes that are no UTF-8 are escaped.
+/// The text in double quotes; quotes, backslashes, control characters and bytes that are not UTF-8 are escaped.
 std::string inQuotes(std::string_view text);
 
 /// The same without the quotes around it: fit for one line of a report.

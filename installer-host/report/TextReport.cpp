@@ -51,7 +51,7 @@ std::string outcomeText(const StepResult& result) {
         case StepResult::Outcome::Crashed:
             return "ended the process: " + escaped(result.fault);
         case StepResult::Outcome::TimedOut:
-            return "did not end in time";
+            return "did not end before the time-out";
         case StepResult::Outcome::Interrupted:
             return "was running when the user ended the run";
     }
@@ -291,7 +291,7 @@ std::string headText(const RunResult& result) {
         Line(0, 2)
             .addWords("Installation of product " + std::to_string(options.installation.product) + ", language " +
                       std::to_string(options.installation.language) + ", on " + placeText(options.root) +
-                      (options.dryRun ? " (dry run: on a copy of it, nothing was changed)" : ""))
+                      (options.dryRun ? " (dry run on a copy; the root itself is unchanged)" : ""))
             .text();
     text += Line(2).addWords("with " + escaped(options.bundle)).text();
     if (!result.bundleIdentifier.empty()) {

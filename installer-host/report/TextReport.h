@@ -7,7 +7,7 @@
 
 namespace host {
 
-// The reports for a reader. Bytes of preferences that are no UTF-8 are escaped.
+// The reports for a reader. Bytes of preferences that are not UTF-8 are escaped.
 
 std::string runText(const RunResult& result);
 std::string checkText(const RunResult& result);

@@ -24,7 +24,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Code that shows alerts without end is not to fill the report.
+/// Code that shows alerts without end must not fill the report.
 constexpr int MOST_ALERTS = 100;
 
 struct Answer {

@@ -13,7 +13,7 @@ namespace host {
 
 /// Shows the alerts of the bundle's code, which has no display of its own to ask on: on the display, or on the terminal
 /// where there is none, or else not at all. A process of its own waits for the user's answers, started with the first
-/// alert, so that a time-out holds while an alert waits. Keeps a record of all.
+/// alert, so that a time-out holds while an alert waits. Keeps a record of all alerts.
 class AlertDesk {
 public:
     /// `bundle` is the bundle's path; titles name it. `panelProgram` is the path of cv-alert. Throws std::system_error.

@@ -18,7 +18,7 @@ struct Controller {
 constexpr Controller MEMORY_CONTROLLER{"memory", "memory.max", "memory.limit_in_bytes"};
 constexpr Controller PROCESS_CONTROLLER{"pids", "pids.max", "pids.max"};
 
-/// A control group (cgroup) of the kernel's for one process and all that it starts, where the system lets this process
+/// A control group (cgroup) of the kernel for one process and all that it starts, where the system lets this process
 /// make one: as a rule for root, and for users whom the system leaves a part of the groups to. It is removed at the end
 /// of the scope, when its processes are gone.
 class ControlGroup {

@@ -17,7 +17,7 @@ public:
     /// does not allow to be set are left out.
     void apply(pid_t process);
 
-    /// Which limits hold, and which do not, a sentence each: what is limited, a colon, and to what. `timeout` 0: none.
+    /// Which limits apply, and which do not, a line each: what is limited, a colon, and to what. `timeout` 0: none.
     std::vector<std::string> sentences(std::chrono::seconds timeout) const;
 
 private:

@@ -17,7 +17,7 @@ namespace host {
 
 namespace {
 
-/// The pipe on which the worker tells its events, and how far it was read.
+/// The pipe for the worker's events, and how far it was read.
 class EventPipe {
 public:
     explicit EventPipe(Transcript& transcript) : transcript_(transcript) {}
@@ -55,7 +55,7 @@ private:
     std::string text_;
 };
 
-/// The worker's program, which lies at a fixed place as seen from this one, built and installed alike.
+/// The worker's program. Its place relative to this program is the same in the build folder and when installed.
 std::string workerProgram() {
     namespace fs = std::filesystem;
     const fs::path ownFolder = fs::read_symlink("/proc/self/exe").parent_path();
@@ -64,7 +64,7 @@ std::string workerProgram() {
         throw Failure(
             ExitStatus::RootNotMade,
             "the program that runs the bundle's code cannot be started: '" + program + "': " + cv::errorText(errno),
-            "It belongs to installer-host; build or install that again.");
+            "It is part of installer-host; build or install installer-host again.");
     }
     return program;
 }

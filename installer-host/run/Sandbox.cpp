@@ -41,7 +41,7 @@ constexpr const char* USERS_VARIABLES[] = {"LANG",        "LANGUAGE",    "LC_ALL
 constexpr const char* DEVICES[] = {"/dev/null",    "/dev/zero", "/dev/full", "/dev/random",
                                    "/dev/urandom", "/dev/tty",  "/dev/pts"};
 
-/// What the kernel tells root of itself and of other processes in /proc.
+/// What the kernel shows root in /proc about itself and about other processes.
 constexpr const char* HIDDEN_FILES[] = {"kcore", "keys", "kmsg", "latency_stats", "sched_debug", "timer_list"};
 constexpr const char* HIDDEN_FOLDERS[] = {"acpi", "asound", "scsi"};
 

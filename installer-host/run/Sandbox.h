@@ -33,8 +33,8 @@ public:
     /// Gives the command inside an environment variable; it has none but those that are given and a few of the user's.
     void setVariable(const std::string& name, const std::string& value);
 
-    /// The command that runs `command` inside. bubblewrap tells on the descriptor `info` which process is the first one
-    /// inside (--info-fd), and starts the command when it has read a byte from `go` (--block-fd). Valid once.
+    /// The command that runs `command` inside. bubblewrap writes to the descriptor `info` which process is the first
+    /// one inside (--info-fd), and starts the command when it has read a byte from `go` (--block-fd). Valid once.
     std::vector<std::string> wrap(const std::vector<std::string>& command, int info, int go) const;
 
     /// The descriptors that bubblewrap is to have open, beside those of the call of wrap().

@@ -175,7 +175,7 @@ void Transcript::endFindings() {
         case WorkerEnd::Interrupted:
             break;
         case WorkerEnd::TimedOut:
-            result_.findings.push_back({"code", false, "does not end in time", ExitStatus::TimedOut});
+            result_.findings.push_back({"code", false, "did not end before the time-out", ExitStatus::TimedOut});
             break;
         case WorkerEnd::Died:
             result_.findings.push_back(

@@ -12,18 +12,18 @@
 
 namespace host {
 
-/// What the worker tells, made into a result as far as it can be true: each event must be well formed, be one that can
-/// come next, and there is an end to their number. The bundle's code can still tell a story that is possible, that its
-/// step is done for example, since it shares a process with the code that should tell it.
+/// Makes a result of the worker's events, as far as they can be true: each event must be well formed and possible at
+/// this point, and their number is limited. The bundle's code can still send plausible false events, for example that
+/// its step is done, because it shares a process with the worker's own code.
 class Transcript {
 public:
     explicit Transcript(const Options& options);
 
-    /// Hears a line without its line feed. False when no worker tells that now: the bundle's code does. The worker is
-    /// to be ended then, and nothing more is heard.
+    /// Takes a line without its line feed. False when no worker would send it now, so that it comes from the bundle's
+    /// code. The caller must end the worker then; later lines have no effect.
     bool hear(std::string_view line);
 
-    /// Hears that a line is too long.
+    /// Notes that a line is too long.
     void hearEndlessLine();
 
     /// Whether the worker ran at all.

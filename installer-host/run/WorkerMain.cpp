@@ -1,4 +1,4 @@
-// The program installer-host-worker: does what its order says to a bundle, and tells the host what happens.
+// The program installer-host-worker: carries out its order on a bundle, and reports to the host what happens.
 
 #include <fcntl.h>
 
@@ -24,7 +24,7 @@ namespace {
 
 using namespace host;
 
-/// Tells the host. What cannot be written is lost: the host is gone then, and this process with it.
+/// Sends an event to the host. A failed write has no effect: the host is gone then, and this process ends with it.
 void tell(const WorkerOrder& order, const Event& event) {
     static_cast<void>(cv::writeAll(order.eventFd, encode(event)));
 }
@@ -58,7 +58,7 @@ bool isFinderObject(const std::string& path) {
     });
 }
 
-/// Tells what is not on the disk of what the steps stored.
+/// Reports what the steps stored and is not on the disk.
 void tellFailures(const WorkerOrder& order) {
     std::size_t left = MOST_FAULTS;
     for (const cv::StoreFailure& failure : cv::storeFailures()) {
@@ -84,7 +84,7 @@ void runChecks(const WorkerOrder& order) {
     checkBundle(order.bundle, [&](const Finding& finding) { tell(order, finding); });
 }
 
-/// Does what `order` says and tells how that went.
+/// Carries out `order` and reports how that went.
 void work(const WorkerOrder& order) {
     fcntl(order.eventFd, F_SETFD, FD_CLOEXEC);
     tell(order, Started{});

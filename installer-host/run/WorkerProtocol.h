@@ -16,8 +16,8 @@ namespace host {
 
 // The bundle's code runs in a program of its own, the worker: inside the private root if there is one, and where it can
 // hang, crash or throw without taking the report with it. The host gives it an order in its arguments (Listener.cpp),
-// and it tells the host what happens in events (WorkerMain.cpp). The bundle's code shares the worker's process and can
-// write to the same pipe whatever it likes: Transcript.h has what the host makes of that.
+// and it reports what happens to the host in events (WorkerMain.cpp). The bundle's code shares the worker's process and
+// can write whatever it likes to the same pipe: Transcript.h says how the host treats that.
 
 /// What the worker is to do.
 struct WorkerOrder {
@@ -29,7 +29,7 @@ struct WorkerOrder {
 /// The order as the worker's arguments, its name not included.
 std::vector<std::string> toArguments(const WorkerOrder& order);
 
-/// The order that the worker's arguments, with its name, are; nothing when they are none.
+/// The order in the worker's arguments, which include its name; nothing when they are not an order.
 std::optional<WorkerOrder> parseOrder(int argc, const char* const* argv);
 
 /// The worker runs.
@@ -65,14 +65,14 @@ struct Finished {};
 
 using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, Refused, Finished>;
 
-/// A line of events is not longer, its line feed included.
+/// The longest line that an event takes, with its line feed.
 constexpr std::size_t LONGEST_EVENT = 65536;
 
-/// The worker tells no more than these, at most this many of them faults.
+/// The most events that the worker sends, and how many of them may be faults.
 constexpr std::size_t MOST_EVENTS = 2000;
 constexpr std::size_t MOST_FAULTS = 1000;
 
-/// The event as a line of JSON with its line feed. Long texts are cut, and bytes that are no UTF-8 are replaced.
+/// The event as a line of JSON with its line feed. Long texts are cut, and bytes that are not UTF-8 are replaced.
 std::string encode(const Event& event);
 
 /// The event of a line without its line feed; nothing when it is not of the form that encode() gives one.

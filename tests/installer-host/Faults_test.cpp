@@ -39,7 +39,7 @@ TEST(Faults, EachHasItsExitStatusItsMessageAndItsPlaceInTheReport) {
          "exception an exception of another language, not run, "},
         {"crash", "--step=both", 5, "the pre-install step ended the process: signal 6 (Aborted)",
          "crashed signal 6 (Aborted), not run, "},
-        {"forged event", "--timeout=20", 5, "the pre-install step told what only the worker tells",
+        {"forged event", "--timeout=20", 5, "the pre-install step sent an event that only the worker may send",
          "crashed {\"event\":\"finished\"}, not run, "},
         {"endless line", "--timeout=20", 5, "a line of more than 65536 bytes",
          "crashed a line of more than 65536 bytes, not run, "},
@@ -81,7 +81,7 @@ TEST(Faults, OnTheMachineItselfAllProcessesEnd) {
 TEST(Faults, OfABundleAreToldByCheck) {
     const ProcessResult check = runFaulty("", {"check"});
     EXPECT_EQ(check.exitStatus, 4);
-    EXPECT_THAT(check.err, HasSubstr("no usable installer plug-in"));
+    EXPECT_THAT(check.err, HasSubstr("not a usable installer plug-in"));
     EXPECT_THAT(check.out, HasSubstr("failed  interface     references are counted"));
 }
 

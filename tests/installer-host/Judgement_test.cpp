@@ -16,8 +16,8 @@ TEST(Judgement, TakesTheFirstOfWhatWentWrong) {
         const char* message;
     } cases[] = {
         {Outcome::Exception, WorkerEnd::TimedOut, ExitStatus::ExceptionLeftStep, "type T left the pre-install step"},
-        {Outcome::Done, WorkerEnd::TimedOut, ExitStatus::TimedOut, "60 s: the bundle's code was in none of the steps"},
-        {Outcome::Done, WorkerEnd::Died, ExitStatus::BundleUnusable, "outside of a step: signal 6"},
+        {Outcome::Done, WorkerEnd::TimedOut, ExitStatus::TimedOut, "60 s: the bundle's code was in no step"},
+        {Outcome::Done, WorkerEnd::Died, ExitStatus::BundleUnusable, "outside a step: signal 6"},
         {Outcome::Done, WorkerEnd::Finished, ExitStatus::StepFailed, "the pre-install step set the failure bit"},
     };
     for (const auto& c : cases) {

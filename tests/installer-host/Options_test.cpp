@@ -77,11 +77,11 @@ struct WrongUsage {
 TEST(Options, SayWhatIsWrong) {
     const std::string longName(5000, 'a');
     const WrongUsage cases[] = {
-        {{}, "run, check and show"},
+        {{}, "run, check or show"},
         {{"run", "X.bundle"}, "--product is required"},
         {{"run", "X.bundle", "--product", "0x10"}, "'0x10' is not a whole number from -2147483648 to 2147483647"},
-        {{"run", "X.bundle", "--product", "5100", "--language", "fr"}, "0 for English and 1 for French"},
-        {{"run", "X.bundle", "--product", "5100", "--step", "middle"}, "'middle' is none of pre|post|both"},
+        {{"run", "X.bundle", "--product", "5100", "--language", "fr"}, "0 for English or 1 for French"},
+        {{"run", "X.bundle", "--product", "5100", "--step", "middle"}, "'middle' is not one of pre|post|both"},
         {{"run", "X.bundle", "--product", "5100", "--block-version", "65536"}, "from 0 to 65535"},
         {{"run", "X.bundle", "--product", "5100", "--timeout", "-1"}, "'-1' is not a whole number from 0"},
         {{"run", "X.bundle", "--product", "5100", "--rot", "/r"}, "no option '--rot'; did you mean --root?"},
@@ -105,7 +105,7 @@ TEST(Options, SayWhatIsWrong) {
         {{"show", "--root", "--machine"}, "'--machine' looks like an option"},
         {{"show", "--root", "/r", "--machine"}, "excludes --"},
         {{"show"}, "--root DIR for a private root, or --machine"},
-        {{"show", "--machine", "--format", "xml"}, "'xml' is none of text|json"},
+        {{"show", "--machine", "--format", "xml"}, "'xml' is not one of text|json"},
     };
     for (const WrongUsage& wrong : cases) {
         const ParsedOptions parsed = parse(wrong.arguments);

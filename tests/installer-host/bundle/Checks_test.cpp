@@ -58,11 +58,11 @@ TEST(Checks, FindWhatIsWrong) {
          std::string("4 interface: the installer interface ") + XCOD_INTERFACE_ID + given + uncounted},
         {"undefined symbol", UNLINKED_BUNDLE, "", "3 code: the code cannot be loaded: ; "},
         {"type", bundleWith(folder, type, factory), "", "4 registration: no factory for plug-in type " + type + "; "},
-        {"dynamic registration", bundleWith(folder, "NO<", "YES<"), "", "3 bundle: this is no plug-in: ; "},
+        {"dynamic registration", bundleWith(folder, "NO<", "YES<"), "", "3 bundle: this is not a plug-in: ; "},
         {"the type's identifier", bundleWith(folder, factory, type), "",
          "3 identifiers: the factory's identifier differs from the type's and the interface's; " + generous},
         {"factory function", bundleWith(folder, "MyFactory", "YourFactory"), "", noInstance},
-        {"malformed", bundleWith(folder, "</dict>", "dict"), "", "3 bundle: this is no plug-in: ; "},
+        {"malformed", bundleWith(folder, "</dict>", "dict"), "", "3 bundle: this is not a plug-in: ; "},
     };
     for (const auto& c : cases) {
         // Each in a process of its own, like the worker: a factory is registered once, and code stays loaded.

@@ -1,13 +1,13 @@
 #pragma once
 
 // CoreFoundation as a Mac's own headers declare it, as far as this project calls it, for tools/check-darwin: what the
-// port declares more simply, a Mac's types differ in where a source could notice.
+// port declares more simply stands here as on a Mac wherever a source could notice the difference.
 
 #include <MacTypes.h>
 #include <stdbool.h>
 #include <stddef.h>
 
-/// What newer systems than `version` warn of.
+/// Systems from `version` on warn about a use.
 #define CV_DEPRECATED_IN(version) __attribute__((availability(macosx, introduced = 10.0, deprecated = version)))
 
 #define CF_EXPORT extern
