@@ -15,7 +15,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 template <typename... Items>
 std::string written(const Items&... items) {
