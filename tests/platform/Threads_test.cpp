@@ -13,7 +13,7 @@ constexpr int THREADS = 8;
 /// How many operations each thread does; THREAD_OPERATIONS in the environment may ask for more.
 long operations() {
     const char* const wanted = std::getenv("THREAD_OPERATIONS");
-    return wanted != nullptr ? std::atol(wanted) : 20000;
+    return wanted != nullptr ? std::strtol(wanted, nullptr, 10) : 20000;
 }
 
 /// Calls `work` with the number of the thread and of the call.
