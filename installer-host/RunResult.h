@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "installer-host/Finding.h"
-#include "installer-host/Options.h"
 #include "installer-host/look/Changes.h"
+#include "installer-host/options/Options.h"
 #include "platform/Result.h"
 
 namespace host {
