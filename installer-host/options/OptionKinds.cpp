@@ -32,9 +32,14 @@ const std::string& checkedPath(const std::string& name, const std::string& path)
 const std::string& checkedFolder(const std::string& name, const std::string& folder) {
     checkedPath(name, folder);
     if (folder.front() == '-') {
-        throw CLI::ValidationError(name, quoted(folder) + " looks like an option; put ./ before the name of a folder");
+        throw CLI::ValidationError(name, quoted(folder) + " looks like an option; put ./ before the name");
     }
     return folder;
+}
+
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help) {
+    const auto set = [=, &file](const std::string& given) { file = checkedFolder(name, given); };
+    return app.add_option_function<std::string>(name, set, help)->type_name("FILE");
 }
 
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,

@@ -70,6 +70,9 @@ const std::string& checkedPath(const std::string& name, const std::string& path)
 /// The same for a folder's path. Without this, an option that lacks its value would take the next option as its value.
 const std::string& checkedFolder(const std::string& name, const std::string& folder);
 
+/// Adds an option with the path of a file.
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help);
+
 /// Adds an option that may be given several times, each time with a folder.
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
                         const std::string& help);

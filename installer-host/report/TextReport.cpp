@@ -281,10 +281,6 @@ std::string limitsText(const RunResult& result) {
     return text;
 }
 
-std::string placeText(const std::string& root) {
-    return root.empty() ? "this machine" : "the private root " + escaped(root);
-}
-
 std::string headText(const RunResult& result) {
     const Options& options = result.options;
     std::string text =
@@ -296,6 +292,9 @@ std::string headText(const RunResult& result) {
     text += Line(2).addWords("with " + escaped(options.bundle)).text();
     if (!result.bundleIdentifier.empty()) {
         text += Line(2).addWords(escaped(result.bundleIdentifier) + " " + escaped(result.bundleVersion)).text();
+    }
+    if (!options.journal.empty()) {
+        text += Line(2).addWords("journal " + escaped(options.journal)).text();
     }
     const std::string id = std::to_string(result.userId);
     return text + Line(2)

@@ -36,13 +36,6 @@ std::string randomName(const std::string& path) {
     return std::string(TEMPORARY_PREFIX) + digits + std::string(TEMPORARY_SUFFIX);
 }
 
-bool isTemporaryName(std::string_view name) {
-    const std::size_t length = TEMPORARY_PREFIX.size() + RANDOM_DIGITS + TEMPORARY_SUFFIX.size();
-    return name.size() == length && name.substr(0, TEMPORARY_PREFIX.size()) == TEMPORARY_PREFIX &&
-           name.substr(length - TEMPORARY_SUFFIX.size()) == TEMPORARY_SUFFIX &&
-           name.find_first_not_of("0123456789abcdef", TEMPORARY_PREFIX.size()) == length - TEMPORARY_SUFFIX.size();
-}
-
 /// Whether the lock was there to take at once.
 bool tryToLock(int folder, const std::string& path) {
     if (flock(folder, LOCK_EX | LOCK_NB) == 0) {
@@ -63,6 +56,13 @@ void waitForLock(int folder, const std::string& path) {
 }
 
 }  // namespace
+
+bool isTemporaryName(std::string_view name) {
+    const std::size_t length = TEMPORARY_PREFIX.size() + RANDOM_DIGITS + TEMPORARY_SUFFIX.size();
+    return name.size() == length && name.substr(0, TEMPORARY_PREFIX.size()) == TEMPORARY_PREFIX &&
+           name.substr(length - TEMPORARY_SUFFIX.size()) == TEMPORARY_SUFFIX &&
+           name.find_first_not_of("0123456789abcdef", TEMPORARY_PREFIX.size()) == length - TEMPORARY_SUFFIX.size();
+}
 
 void failWith(const std::string& path, int error) {
     if (error == ENOMEM) {
@@ -115,15 +115,33 @@ void LockedFolder::removeLeftovers() const {
 
 void LockedFolder::replace(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
                            const std::function<void()>& makeRoom) const {
-    const std::string temporary = randomName(pathOf(name));
-    try {
-        writeTemporary(temporary, bytes, complete);
+    put(name, bytes, complete, [&](const char* temporary) {
         if (makeRoom) {
             makeRoom();
         }
-        if (renameat(folder_.get(), temporary.c_str(), folder_.get(), name.c_str()) != 0) {
+        if (renameat(folder_.get(), temporary, folder_.get(), name.c_str()) != 0) {
             failWith(pathOf(name), errno);
         }
+    });
+}
+
+void LockedFolder::make(const std::string& name, std::string_view bytes,
+                        const std::function<void(int fd)>& complete) const {
+    put(name, bytes, complete, [&](const char* temporary) {
+        // Unlike a rename, a link works on every file system, and replaces nothing.
+        if (linkat(folder_.get(), temporary, folder_.get(), name.c_str(), 0) != 0) {
+            failWith(pathOf(name), errno);
+        }
+        unlinkat(folder_.get(), temporary, 0);
+    });
+}
+
+void LockedFolder::put(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
+                       const std::function<void(const char* temporary)>& moveIntoPlace) const {
+    const std::string temporary = randomName(pathOf(name));
+    try {
+        writeTemporary(temporary, bytes, complete);
+        moveIntoPlace(temporary.c_str());
     } catch (Fault& fault) {
         unlinkat(folder_.get(), temporary.c_str(), 0);
         fault.what = pathOf(name);

@@ -38,16 +38,25 @@ public:
     void replace(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
                  const std::function<void()>& makeRoom = nullptr) const;
 
+    /// The same for a new file: a fault when anything stands in its place.
+    void make(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete) const;
+
     /// Removes the file, and flushes the folder.
     void remove(const std::string& name) const;
 
 private:
+    void put(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
+             const std::function<void(const char* temporary)>& moveIntoPlace) const;
     void writeTemporary(const std::string& name, std::string_view bytes,
                         const std::function<void(int fd)>& complete) const;
 
     Descriptor folder_;
     std::string path_;
 };
+
+/// Whether a file of this name is one that LockedFolder writes before it puts it in its place. One that stays was left
+/// by a killed writer.
+bool isTemporaryName(std::string_view name);
 
 /// Throws the Fault of a system call that failed with this errno value, or std::bad_alloc for the lack of memory.
 [[noreturn]] void failWith(const std::string& path, int error);
