@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "installer-host/report/Lines.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
 
@@ -102,38 +101,6 @@ Json toJson(const Difference& difference) {
             {"expected", difference.expected},
             {"found", difference.found},
             {"text", describe(difference)}};
-}
-
-Judgement judgeAsExpected(const Judgement& own, const Facts& expected, const std::vector<Difference>& differences) {
-    const TypedValue status = valueIn(expected, {FactKind::ExitStatus, "", ""});
-    const bool isExpectedFault = !status.is_null() && status == static_cast<int>(own.status);
-    const bool isFine = own.status == ExitStatus::Done || own.status == ExitStatus::SomethingChanged;
-    if (!isFine && !isExpectedFault) {
-        return own;
-    }
-    if (!differences.empty()) {
-        return {ExitStatus::NotAsExpected, "the outcome is not the expected one; the report says what differs"};
-    }
-    return isFine ? own : Judgement{};
-}
-
-Json expectationJson(const std::string& file, const std::vector<Difference>& differences) {
-    Json json{{"file", file}, {"met", differences.empty()}, {"differences", Json::array()}};
-    for (const Difference& difference : differences) {
-        json["differences"].push_back(toJson(difference));
-    }
-    return json;
-}
-
-std::string expectationText(const Json& expectation) {
-    if (expectation.is_null()) {
-        return "";
-    }
-    std::string text = "\nExpectation " + escaped(expectation["file"].get<std::string>()) + "\n";
-    for (const Json& difference : expectation["differences"]) {
-        text += Line(2).addWords("! " + difference["text"].get<std::string>()).text();
-    }
-    return text + (expectation["met"] ? "  met\n" : "");
 }
 
 }  // namespace host

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "installer-host/Judgement.h"
 #include "installer-host/expect/Facts.h"
 
 namespace host {
@@ -27,15 +26,5 @@ std::string describe(const Difference& difference);
 
 /// The same as docs/report.schema.json has it.
 Json toJson(const Difference& difference);
-
-/// What a run comes to that is by itself judged as `own`. A fault counts as itself unless `expected`, what is expected
-/// of the run, names just this exit status; where there is none, the differences decide.
-Judgement judgeAsExpected(const Judgement& own, const Facts& expected, const std::vector<Difference>& differences);
-
-/// What a run's document says in "expectation"; `file` is where the expectation comes from.
-Json expectationJson(const std::string& file, const std::vector<Difference>& differences);
-
-/// The section of a run's report about that; empty for a null value.
-std::string expectationText(const Json& expectation);
 
 }  // namespace host

@@ -22,6 +22,9 @@ struct FactName {
 };
 
 inline bool operator<(const FactName& a, const FactName& b) {
+    if (a.kind == FactKind::Step && b.kind == FactKind::Step) {
+        return a.subject > b.subject;  // "pre" comes first
+    }
     return std::tie(a.kind, a.subject, a.key) < std::tie(b.kind, b.subject, b.key);
 }
 
