@@ -1,6 +1,7 @@
 #include "installer-host/options/OptionKinds.h"
 
 #include <climits>
+#include <cstdint>
 
 namespace host {
 
@@ -37,6 +38,11 @@ const std::string& checkedFolder(const std::string& name, const std::string& fol
     return folder;
 }
 
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help) {
+    const auto take = [=, &file](const std::string& given) { file = checkedFolder(name, given); };
+    return app.add_option_function<std::string>(name, take, help)->type_name("FILE");
+}
+
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
                         const std::string& help) {
     const auto add = [=, &folders](const std::vector<std::string>& given) {
@@ -51,6 +57,28 @@ CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std:
 
 void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
+}
+
+void addCalls(CLI::App& app, Options& options) {
+    addChoice<std::vector<Step>>(
+        app, "--step", options.installation.steps,
+        {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
+        "The steps to run (default: both)");
+    addNumber<std::uint16_t>(app, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block (default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
+    addChoice<bool>(app, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
+                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
+                    "directly (default: table)");
+}
+
+void addExpectation(CLI::App& app, Options& options) {
+    CLI::Option* expect = addFile(
+        app, "--expect", options.expect,
+        "End with status 8, and say what differs, when the outcome is not the one that FILE describes: a report "
+        "in JSON, or what --write-expect wrote");
+    addFile(app, "--write-expect", options.writeExpect, "Write into FILE what --expect is to find the next time")
+        ->excludes(expect);
 }
 
 void addFormat(CLI::App& app, Options& options) {

@@ -67,6 +67,9 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
 /// A path as it stands on the command line.
 const std::string& checkedPath(const std::string& name, const std::string& path);
 
+/// Adds an option with the path of a file.
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help);
+
 /// The same for a folder's path. Without this, an option that lacks its value would take the next option as its value.
 const std::string& checkedFolder(const std::string& name, const std::string& folder);
 
@@ -76,6 +79,8 @@ CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std:
 
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);
+void addCalls(CLI::App& app, Options& options);  ///< which steps are called, and how
+void addExpectation(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
 void addTimeout(CLI::App& app, Options& options);
 
