@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 
+#include "installer-host/terminal/Terminal.h"
 #include "platform/PropertyList/Utf.h"
 
 namespace host {
@@ -43,7 +44,7 @@ void say(const std::string& message) {
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
         text.insert(end + 1, "  ");
     }
-    std::fprintf(stderr, "installer-host: %s\n", text.c_str());
+    writeError("installer-host: " + text + "\n");
 }
 
 }  // namespace host

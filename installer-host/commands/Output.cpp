@@ -4,10 +4,12 @@
 
 #include "installer-host/Message.h"
 #include "installer-host/run/ChildProcess.h"
+#include "installer-host/terminal/Terminal.h"
 
 namespace host {
 
 void print(const std::string& text) {
+    const Still still;
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0) {
         throw OutputLost();
     }

@@ -133,6 +133,7 @@ std::vector<Watcher> AlertDesk::watchers() {
 /// Something is asked; from now on the process that asks the user listens there.
 Watching AlertDesk::beginToAsk() {
     const pid_t parent = getpid();
+    still_.emplace();
     pid_ = fork();
     if (pid_ == 0) {
         theirs_ = cv::Descriptor();
@@ -174,6 +175,7 @@ void AlertDesk::end() {
     while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
     }
     pid_ = 0;
+    still_.reset();
     told_.write = cv::Descriptor();
 }
 

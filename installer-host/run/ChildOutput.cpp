@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 #include "installer-host/Message.h"
+#include "installer-host/terminal/Terminal.h"
 
 namespace host {
 
@@ -44,7 +44,7 @@ void ChildOutput::pass(std::string_view text) {
     if (passed_ >= MOST_OUTPUT) {
         out += "\n| (there was more)\n";
     }
-    std::fwrite(out.data(), 1, out.size(), stderr);
+    writeError(out);
 }
 
 void ChildOutput::keepLastLine(std::string_view text) {
