@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 /// The version of docs/report.schema.json.
-constexpr const char* SCHEMA = "2.0";
+constexpr const char* SCHEMA = "2.1";
 
 const char* nameOf(Command command) {
     return command == Command::Run ? "run" : command == Command::Check ? "check" : "show";
@@ -286,6 +286,8 @@ Json runDocument(const RunResult& result, const Judgement& judgement) {
         report["notStored"].push_back({{"what", fault.what}, {"reason", fault.reason}});
     }
     report["limits"] = result.limits;
+    report["leftProcesses"] = result.leftProcesses;
+    report["expectation"] = nullptr;
     report["changed"] = result.changes.any();
     report["summary"] = summaryOf(result);
     report["counts"] = countsJson(result);

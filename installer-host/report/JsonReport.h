@@ -17,7 +17,7 @@ using Json = nlohmann::ordered_json;
 /// The document as it is printed, in ASCII. Bytes of names and preferences that are not UTF-8 become U+FFFD.
 std::string jsonText(const Json& document);
 
-/// `judgement` is what the run or the check comes to.
+/// `judgement` is what the run or the check comes to. A run's "expectation" is null; who compares, fills it in.
 Json runDocument(const RunResult& result, const Judgement& judgement);
 Json checkDocument(const RunResult& result, const Judgement& judgement);
 
