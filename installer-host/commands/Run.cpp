@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "installer-host/Activity.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
 #include "installer-host/commands/Output.h"
@@ -31,6 +32,17 @@ std::vector<std::string> scopeOf(const Plan& plan) {
     return scope;
 }
 
+Look takeLook(const RootFolder& root, const std::vector<std::string>& scope, const Look* before) {
+    Activity activity(before == nullptr ? "looking at what is there" : "looking at what changed");
+    Look seen = before == nullptr ? look(root, scope, nullptr, endIfInterrupted) : look(root, scope, before);
+    std::size_t entries = 0;
+    for (const auto& folder : seen.tree.folders) {
+        entries += folder.second.entries.size();
+    }
+    activity.setResult(std::to_string(entries) + " entries");
+    return seen;
+}
+
 void addMetadata(RunResult& result, const BundleInfo& info) {
     const passwd* user = getpwuid(geteuid());
     result.userId = geteuid();
@@ -49,14 +61,18 @@ ExitStatus runCommand(const Options& given) {
     RootFolder root(plan.workedOn());
     root.makePrivateFolders();
     const std::vector<std::string> scope = scopeOf(plan);
-    const Look before = look(root, scope, nullptr, endIfInterrupted);
+    const Look before = takeLook(root, scope, nullptr);
     RunResult result = runWorker(options, &root);
-    result.changes = compare(before, look(root, scope, &before), options.verbose);
+    result.changes = compare(before, takeLook(root, scope, &before), options.verbose > 0);
     result.started = started;
     addMetadata(result, info);
     const Judgement judgement = judge(result);
     explain(judgement);
-    print(options.format == Format::Text ? runText(result) : formatted(runDocument(result, judgement), options.format));
+    if (options.format == Format::Text) {
+        printText(options.quiet ? runProblemsText(result) : runText(result));
+    } else {
+        print(formatted(runDocument(result, judgement), options.format));
+    }
     return judgement.status;
 }
 

@@ -5,6 +5,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/Installation.h"
+#include "installer-host/terminal/Colors.h"
 
 namespace host {
 
@@ -23,7 +24,10 @@ struct Options {
     bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
-    bool verbose = false;
+    bool quiet = false;     ///< only failures are told
+    unsigned verbose = 0;   ///< how often it was asked to tell more: 0, 1, 2
+    std::string log;        ///< the file that gets a line for each event; empty: none
+    ColorWhen color = ColorWhen::Auto;
 };
 
 /// What the command line came to: options to work with, or a text for the user and the end.

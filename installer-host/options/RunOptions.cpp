@@ -60,7 +60,7 @@ void addRunCommand(CLI::App& app, Options& options) {
             "End with status 10 when something changed, or in a dry run would have changed");
     addFormat(run, options);
     addTimeout(run, options);
-    addFlag(run, "--verbose", options.verbose, "Report progress on standard error; list unchanged preferences, too");
+    addManners(run, options, ", and list unchanged preferences and mere changes of times, too");
     run.callback([&] {
         options.command = Command::Run;
         checkedPath("BUNDLE", options.bundle);

@@ -10,6 +10,7 @@ void addShowCommand(CLI::App& app, Options& options) {
     addPlace(show, options, "Look at the private root DIR. This or --machine is required",
              "Look at the machine itself");
     addFormat(show, options);
+    addManners(show, options);
     show.callback([&] {
         options.command = Command::Show;
         options.installation.steps.clear();

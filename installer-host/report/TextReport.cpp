@@ -30,13 +30,6 @@ std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
 }
 
-/// "0.012 s".
-std::string secondsText(std::chrono::milliseconds time) {
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);
-    return text.data();
-}
-
 std::string outcomeText(const StepResult& result) {
     switch (result.outcome) {
         case StepResult::Outcome::NotRun:
@@ -317,10 +310,23 @@ std::string runText(const RunResult& result) {
            Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
 }
 
-std::string checkText(const RunResult& result) {
+std::string runProblemsText(const RunResult& result) {
+    std::string text;
+    for (const StepResult& step : result.steps) {
+        const bool isDone =
+            step.outcome == StepResult::Outcome::Done && (step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) == 0;
+        text += isDone ? "" : stepLine(step);
+    }
+    return (text.empty() ? "" : "Steps\n" + text) + problemsText(result);
+}
+
+std::string checkText(const RunResult& result, bool onlyFailed) {
     constexpr std::size_t TEXT_COLUMN = 24;
-    std::string text = Line(0).addWords(escaped(result.options.bundle)).text();
+    std::string text = onlyFailed ? "" : Line(0).addWords(escaped(result.options.bundle)).text();
     for (const Finding& finding : result.findings) {
+        if (onlyFailed && finding.ok) {
+            continue;
+        }
         text += Line(2, TEXT_COLUMN)
                     .add((finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 13))
                     .addWords(escaped(finding.text))

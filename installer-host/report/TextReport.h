@@ -10,7 +10,12 @@ namespace host {
 // The reports for a reader. Bytes of preferences that are not UTF-8 are escaped.
 
 std::string runText(const RunResult& result);
-std::string checkText(const RunResult& result);
+
+/// Of the same report what went wrong; empty when nothing did.
+std::string runProblemsText(const RunResult& result);
+
+/// `onlyFailed` leaves out what is as it should be.
+std::string checkText(const RunResult& result, bool onlyFailed = false);
 
 /// `root` is empty for the machine itself.
 std::string showText(const Snapshot& snapshot, const std::string& root);

@@ -11,13 +11,13 @@
 #include <iterator>
 #include <vector>
 
+#include "installer-host/Activity.h"
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "installer-host/look/RootFolder.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/ReadOnlyView.h"
 #include "installer-host/run/TreeCopy.h"
-#include "installer-host/terminal/MovingLine.h"
 #include "platform/Descriptor.h"
 
 namespace host {
@@ -88,13 +88,13 @@ std::string makeFolder(const std::string& root) {
 }
 
 /// Shows the user how far the copying is, and lets the user end it.
-void watchCopy(MovingLine& line, std::uintmax_t entries, std::uintmax_t bytes) {
+void watchCopy(Activity& activity, std::uintmax_t entries, std::uintmax_t bytes) {
     constexpr std::uintmax_t MEGABYTE = 1000000;
     if (const int signal = takeInterruption(); signal != 0) {
         throw Interrupted{signal};
     }
-    line.show("copying for the dry run: " + std::to_string(entries) + " entries, " + std::to_string(bytes / MEGABYTE) +
-              " MB");
+    activity.show("copying for the dry run: " + std::to_string(entries) + " entries, " +
+                  std::to_string(bytes / MEGABYTE) + " MB");
 }
 
 void copyRoot(const std::string& root, const std::string& path) {
@@ -111,9 +111,9 @@ void copyRoot(const std::string& root, const std::string& path) {
         const cv::Descriptor& view = views.emplace_back(readOnlyView(folder.folder.get(), place));
         sources.push_back({view.isOpen() ? view.get() : folder.folder.get(), view.isOpen(), place, folder.name + 1});
     }
-    MovingLine line("copying for the dry run");
+    Activity activity("copying for the dry run");
     copyTrees(sources, copy.get(),
-              [&](std::uintmax_t entries, std::uintmax_t bytes) { watchCopy(line, entries, bytes); });
+              [&](std::uintmax_t entries, std::uintmax_t bytes) { watchCopy(activity, entries, bytes); });
 }
 
 void allowAll(const fs::path& folder) {
@@ -154,6 +154,7 @@ void removeAll(const fs::path& path) {
 
 void removeCopy(const std::string& path) noexcept {
     try {
+        const Activity activity("removing the dry run's copy");
         removeAll(path);
     } catch (...) {
         // Nothing that matters is lost with a copy that stays.
