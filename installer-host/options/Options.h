@@ -5,6 +5,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/Installation.h"
+#include "installer-host/look/Selection.h"
 #include "installer-host/terminal/Colors.h"
 
 namespace host {
@@ -24,6 +25,8 @@ struct Options {
     bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
+    Selection selection;    ///< `show`: what of the preferences
+    std::string diff;       ///< `show`: the root to compare with; empty: none
     bool quiet = false;     ///< only failures are told
     unsigned verbose = 0;   ///< how often it was asked to tell more: 0, 1, 2
     std::string log;        ///< the file that gets a line for each event; empty: none

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "installer-host/RunResult.h"
-#include "installer-host/look/Snapshot.h"
 
 namespace host {
 
@@ -16,8 +15,5 @@ std::string runProblemsText(const RunResult& result);
 
 /// `onlyFailed` leaves out what is as it should be.
 std::string checkText(const RunResult& result, bool onlyFailed = false);
-
-/// `root` is empty for the machine itself.
-std::string showText(const Snapshot& snapshot, const std::string& root);
 
 }  // namespace host
