@@ -1,124 +1,53 @@
-#include <pwd.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <filesystem>
-#include <memory>
 #include <optional>
-#include <system_error>
-#include <utility>
 
-#include "installer-host/Message.h"
+#include "installer-host/OutputFile.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
+#include "installer-host/commands/OneRun.h"
 #include "installer-host/commands/Output.h"
-#include "installer-host/journal/RunJournal.h"
-#include "installer-host/look/BundleInfo.h"
+#include "installer-host/expect/Expectation.h"
+#include "installer-host/expect/ExpectationFile.h"
+#include "installer-host/expect/Verdict.h"
 #include "installer-host/report/JsonReport.h"
-#include "installer-host/report/Phrases.h"
 #include "installer-host/report/TextReport.h"
-#include "installer-host/run/Listener.h"
 
 namespace host {
 
 namespace {
 
-/// The folders to look at: all of a private root, and of the machine what the user named.
-std::vector<std::string> scopeOf(const Plan& plan) {
-    if (!plan.workedOn().empty()) {
-        return {"/"};
+/// The expectation that the user named, if any, which must be one of a single run.
+std::optional<Expectation> readExpectation(const std::string& file) {
+    if (file.empty()) {
+        return std::nullopt;
     }
-    std::vector<std::string> scope;
-    for (const std::string& folder : plan.options().scope) {
-        std::error_code error;
-        const std::filesystem::path path = std::filesystem::weakly_canonical(folder, error);
-        scope.push_back(error ? folder : path.string());
+    const Expectation expectation = Expectation::read(file);
+    if (expectation.isForMatrix()) {
+        throw Failure(ExitStatus::Usage, "the expectation '" + file + "' is that of a matrix",
+                      "Compare it with: installer-host matrix --expect '" + file + "'");
     }
-    return scope;
-}
-
-void addMetadata(RunResult& result, const BundleInfo& info) {
-    const passwd* user = getpwuid(geteuid());
-    result.userId = geteuid();
-    result.userName = user == nullptr ? "" : user->pw_name;
-    result.bundleIdentifier = info.identifier;
-    result.bundleVersion = info.version;
-}
-
-/// The journal that the user asks for, begun.
-std::unique_ptr<RunJournal> beginJournal(const Options& options, const RootFolder& root,
-                                         const std::vector<std::string>& scope,
-                                         std::chrono::system_clock::time_point started) {
-    if (options.journal.empty()) {
-        return nullptr;
-    }
-    Journal journal;
-    journal.root = options.root;
-    journal.started = timeText(started);
-    journal.bundle = options.bundle;
-    journal.product = options.installation.product;
-    journal.language = options.installation.language;
-    journal.scope = scope;
-    return std::make_unique<RunJournal>(options.journal, std::move(journal), root, endIfInterrupted);
-}
-
-/// Writes what stands in the root, and tells the user what the journal can put back.
-void prepareJournal(RunJournal& journal, const Tree& before) {
-    journal.prepare(before);
-    std::string message;
-    for (const std::string& sentence : journal.promises()) {
-        message += (message.empty() ? "" : "\n") + sentence;
-    }
-    say(message);
-}
-
-/// Runs the steps. A journal of a run that could not begin, and changed nothing, is forgotten.
-RunResult runSteps(const Options& options, const RootFolder& root, const std::vector<std::string>& scope,
-                   const Look& before, RunJournal* journal) {
-    try {
-        return runWorker(options, &root);
-    } catch (...) {
-        if (journal != nullptr) {
-            journal->abandonIfUnchanged(before.tree, look(root, scope, &before).tree);
-        }
-        throw;
-    }
-}
-
-void completeJournal(RunJournal& journal, const Tree& after, RunResult& result) {
-    result.options.journal = journal.path();
-    if (const std::optional<cv::Fault> fault = journal.complete(after, result.changes)) {
-        result.notStored.push_back(*fault);
-    }
+    return expectation;
 }
 
 }  // namespace
 
 ExitStatus runCommand(const Options& given) {
+    const std::optional<Expectation> expectation = readExpectation(given.expect);
     const Plan plan(given);
-    const auto started = std::chrono::system_clock::now();
     const Options& options = plan.options();
-    const BundleInfo info = readBundleInfo(options.bundle);
-    RootFolder root(plan.workedOn());
-    root.makePrivateFolders();
-    const std::vector<std::string> scope = scopeOf(plan);
-    const std::unique_ptr<RunJournal> journal = beginJournal(options, root, scope, started);
-    const Look before = look(root, scope, nullptr, endIfInterrupted);
-    if (journal) {
-        prepareJournal(*journal, before.tree);
+    Changes everything;
+    const RunResult result = performRun(plan, &everything);
+    const Verdict verdict = judgeAsExpected(result, everything, expectation, "");
+    if (!options.writeExpect.empty() && result.end != WorkerEnd::Interrupted) {
+        replaceFile(options.writeExpect, expectationFileText(factsOf(verdict.document)));
     }
-    RunResult result = runSteps(options, root, scope, before, journal.get());
-    const Look after = look(root, scope, &before);
-    result.changes = compare(before, after, options.verbose);
-    if (journal) {
-        completeJournal(*journal, after.tree, result);
+    explain(verdict.judgement);
+    if (options.format == Format::Text) {
+        printText((options.quiet ? runProblemsText(result) : runText(result)) +
+                  expectationText(verdict.document["expectation"]));
+    } else {
+        print(formatted(verdict.document, options.format));
     }
-    result.started = started;
-    addMetadata(result, info);
-    const Judgement judgement = judge(result);
-    explain(judgement);
-    print(options.format == Format::Text ? runText(result) : formatted(runDocument(result, judgement), options.format));
-    return judgement.status;
+    return verdict.judgement.status;
 }
 
 }  // namespace host

@@ -25,8 +25,11 @@ ExitStatus undoCommand(const Options& given) {
     const RootFolder root(options.root);
     const UndoResult result = undo(options.journal, root, options.root, options.dryRun, endIfInterrupted);
     const Judgement judgement = judge(result);
-    print(options.format == Format::Text ? undoText(result)
-                                         : formatted(undoDocument(result, judgement), options.format));
+    if (options.format != Format::Text) {
+        print(formatted(undoDocument(result, judgement), options.format));
+    } else if (!options.quiet || result.hasFaults()) {
+        printText(undoText(result));
+    }
     explain(judgement);
     return judgement.status;
 }
