@@ -1,0 +1,47 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <functional>
+#include <string>
+
+#include "installer-host/journal/Journal.h"
+#include "platform/Descriptor.h"
+
+namespace host {
+
+/// The file of one journal. It is its owner's alone (mode 0600), it is never reached through a symbolic link, and each
+/// writing puts a whole new file, flushed to the disk, in the place of the old one.
+class JournalFile {
+public:
+    /// Makes the file of a new journal. Throws Failure when something stands at `path` already, or the file cannot be
+    /// made. `perWait` is called while another process writes a journal in the same folder; what it throws ends the
+    /// wait.
+    static JournalFile make(const std::string& path, Journal& journal, const std::function<void()>& perWait);
+
+    /// Opens the file of a journal and reads it. Throws Failure when there is none that this user can trust and read.
+    static JournalFile open(const std::string& path, Journal& journal, const std::function<void()>& perWait);
+
+    /// Its absolute path.
+    const std::string& path() const { return path_; }
+
+    /// Puts the journal in the place of what the file holds. Throws cv::Fault.
+    void write(const Journal& journal);
+
+    /// Removes the file. Throws cv::Fault.
+    void remove() const;
+
+private:
+    JournalFile(const std::string& path, std::function<void()> perWait);
+
+    /// Throws cv::Fault unless what stands in the file's place is the file that this object wrote or read last.
+    void requireSame() const;
+    void noteIdentity();
+
+    std::function<void()> perWait_;
+    cv::Descriptor folder_;
+    std::string folderPath_, name_, path_;
+    struct stat identity_ {};
+};
+
+}  // namespace host
