@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "installer-host/ExitStatus.h"
-#include "platform/Preferences/LockedFolder.h"
 #include "platform/Result.h"
 
 namespace host {
@@ -81,53 +80,51 @@ JournalFile::JournalFile(const std::string& path, std::function<void()> perWait)
     }
 }
 
-JournalFile JournalFile::make(const std::string& path, Journal& journal, const std::function<void()>& perWait) {
-    JournalFile file(path, perWait);
-    if (faccessat(file.folder_.get(), file.name_.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
-        throw unusable(file.path_, "exists already", "Each journal holds one run: give another name.");
+void JournalFile::make(Journal& journal) {
+    if (faccessat(folder_.get(), name_.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
+        throw unusable(path_, "exists already", "Each journal holds one run: give another name.");
     }
-    journal.name.path = file.path_;
+    journal.name.path = path_;
     try {
-        const cv::LockedFolder locked(cv::Descriptor(openat(file.folder_.get(), ".", O_RDONLY | O_CLOEXEC)),
-                                      file.folderPath_, perWait);
+        const cv::LockedFolder locked = lockFolder();
         locked.removeLeftovers();
-        locked.make(file.name_, journalText(journal), leaveAsMade);
-        file.noteIdentity();
+        locked.make(name_, journalText(journal), leaveAsMade);
+        noteIdentity();
     } catch (const cv::Fault& fault) {
-        throw unusable(file.path_, "cannot be made: " + fault.reason);
+        throw unusable(path_, "cannot be made: " + fault.reason);
     }
-    return file;
 }
 
-JournalFile JournalFile::open(const std::string& path, Journal& journal, const std::function<void()>& perWait) {
-    JournalFile file(path, perWait);
-    const std::string text = readTrusted(file.folder_.get(), file.name_, file.path_);
-    file.noteIdentity();
+Journal JournalFile::read() {
+    const std::string text = readTrusted(folder_.get(), name_, path_);
+    noteIdentity();
     try {
-        journal = journalFrom(text);
+        Journal journal = journalFrom(text);
+        journal.name.path = path_;
+        return journal;
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& fault) {
-        throw unusable(file.path_, std::string("is not a journal that can be read: ") + fault.what(),
+        throw unusable(path_, std::string("is not a journal that can be read: ") + fault.what(),
                        "Name the file that 'run --journal' wrote.");
     }
-    journal.name.path = file.path_;
-    return file;
 }
 
 void JournalFile::write(const Journal& journal) {
-    const cv::LockedFolder locked(cv::Descriptor(openat(folder_.get(), ".", O_RDONLY | O_CLOEXEC)), folderPath_,
-                                  perWait_);
+    const cv::LockedFolder locked = lockFolder();
     requireSame();
     locked.replace(name_, journalText(journal), leaveAsMade);
     noteIdentity();
 }
 
 void JournalFile::remove() const {
-    const cv::LockedFolder locked(cv::Descriptor(openat(folder_.get(), ".", O_RDONLY | O_CLOEXEC)), folderPath_,
-                                  perWait_);
+    const cv::LockedFolder locked = lockFolder();
     requireSame();
     locked.remove(name_);
+}
+
+cv::LockedFolder JournalFile::lockFolder() const {
+    return {cv::Descriptor(openat(folder_.get(), ".", O_RDONLY | O_CLOEXEC)), folderPath_, perWait_};
 }
 
 void JournalFile::requireSame() const {

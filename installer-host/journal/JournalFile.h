@@ -7,6 +7,7 @@
 
 #include "installer-host/journal/Journal.h"
 #include "platform/Descriptor.h"
+#include "platform/Preferences/LockedFolder.h"
 
 namespace host {
 
@@ -14,13 +15,16 @@ namespace host {
 /// writing puts a whole new file, flushed to the disk, in the place of the old one.
 class JournalFile {
 public:
-    /// Makes the file of a new journal. Throws Failure when something stands at `path` already, or the file cannot be
-    /// made. `perWait` is called while another process writes a journal in the same folder; what it throws ends the
-    /// wait.
-    static JournalFile make(const std::string& path, Journal& journal, const std::function<void()>& perWait);
+    /// Finds the folder that the file is to lie in, or lies in. `perWait` is called while another process writes a
+    /// journal in the same folder; what it throws ends the wait. Throws Failure.
+    JournalFile(const std::string& path, std::function<void()> perWait);
 
-    /// Opens the file of a journal and reads it. Throws Failure when there is none that this user can trust and read.
-    static JournalFile open(const std::string& path, Journal& journal, const std::function<void()>& perWait);
+    /// Makes the file for a new journal, which gets its path. Throws Failure when something stands there already, or
+    /// the file cannot be made.
+    void make(Journal& journal);
+
+    /// Reads the journal. Throws Failure when this user cannot trust or read it.
+    Journal read();
 
     /// Its absolute path.
     const std::string& path() const { return path_; }
@@ -32,7 +36,7 @@ public:
     void remove() const;
 
 private:
-    JournalFile(const std::string& path, std::function<void()> perWait);
+    cv::LockedFolder lockFolder() const;
 
     /// Throws cv::Fault unless what stands in the file's place is the file that this object wrote or read last.
     void requireSame() const;

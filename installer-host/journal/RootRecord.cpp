@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <exception>
 #include <new>
+#include <vector>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/JsonPath.h"
@@ -43,6 +44,20 @@ cv::Descriptor openRecordFolder(const RootFolder& root, const std::string& path)
 }
 
 }  // namespace
+
+void RootRecord::requireOutside(const std::string& path, const Journal& journal) {
+    std::vector<std::string> folders = journal.scope;
+    folders.emplace_back(MACHINE_FOLDER);
+    if (!journal.root.empty()) {
+        folders = {journal.root};
+    }
+    for (const std::string& folder : folders) {
+        if (folder == "/" || (path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/')) {
+            throw Failure(ExitStatus::Usage, "the journal '" + path + "' lies in '" + folder + "'",
+                          "The bundle's code could change it there. Choose another folder for it.");
+        }
+    }
+}
 
 void RootRecord::makeFolder(const RootFolder& root) {
     if (root.isMachine()) {

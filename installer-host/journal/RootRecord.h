@@ -16,6 +16,10 @@ namespace host {
 /// As long as the object lives, no other run with a journal and no undo works on the root.
 class RootRecord {
 public:
+    /// Throws Failure (Usage) when the journal's file at `path`, absolute, lies in what its run looks at, where the
+    /// bundle's code could change it, or in the folder of the machine's record.
+    static void requireOutside(const std::string& path, const Journal& journal);
+
     /// Makes the folder that the machine's record lies in, if it is missing and may be made.
     static void makeFolder(const RootFolder& root);
 

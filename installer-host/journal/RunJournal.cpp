@@ -23,22 +23,6 @@ std::string randomId() {
     return hexText(bytes);
 }
 
-bool liesIn(const std::string& path, const std::string& folder) {
-    return folder == "/" || (path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/');
-}
-
-/// The bundle's code could change a journal there, and the report would list it.
-void refuseInside(const std::string& path, const Journal& journal) {
-    const bool isInside = journal.root.empty()
-                              ? std::any_of(journal.scope.begin(), journal.scope.end(),
-                                            [&](const std::string& folder) { return liesIn(path, folder); })
-                              : liesIn(path, journal.root);
-    if (isInside) {
-        throw Failure(ExitStatus::Usage, "--journal: '" + path + "' lies in what the run looks at",
-                      "The bundle's code could change it there. Put it elsewhere.");
-    }
-}
-
 /// What became of an entry, as far as the journal does not hold it; empty when it does.
 std::string whatIsNotHeld(const EntryChange& change) {
     using Kind = EntryChange::Kind;
@@ -110,21 +94,19 @@ std::vector<NotHeld> notHeldOf(const Changes& changes) {
 RunJournal::RunJournal(const std::string& path, Journal journal, const RootFolder& root,
                        const std::function<void()>& endIfInterrupted)
     : journal_(std::move(journal)) {
+    file_.emplace(path, endIfInterrupted);
+    RootRecord::requireOutside(file_->path(), journal_);
     RootRecord::makeFolder(root);
     record_.emplace(root, journal_.root);
     journal_.name.id = randomId();
     journal_.state = Journal::State::Begun;
     journal_.previous = record_->last();
-    file_.emplace(JournalFile::make(path, journal_, endIfInterrupted));
+    file_->make(journal_);
     try {
-        refuseInside(file_->path(), journal_);
         record_->set(journal_.name);
     } catch (const cv::Fault& fault) {
         abandon();
         throw Failure(ExitStatus::RootNotMade, "the journal cannot be put on record: " + fault.text());
-    } catch (...) {
-        abandon();
-        throw;
     }
 }
 

@@ -111,13 +111,16 @@ UndoResult undo(const std::string& path, const RootFolder& root, const std::stri
                 const std::function<void()>& endIfInterrupted) {
     UndoResult result;
     Journal& journal = result.journal;
-    JournalFile file = JournalFile::open(path, journal, endIfInterrupted);
+    JournalFile file(path, endIfInterrupted);
+    journal = file.read();
+    RootRecord::requireOutside(file.path(), journal);
     result.root = rootPath;
     result.dryRun = dryRun;
     RootRecord record(root, rootPath);
     const bool isUndone = journal.state == Journal::State::Undone;
     const bool isLast = record.last() && record.last()->id == journal.name.id;
-    if (isUndone && !isLast && journal.root == rootPath) {
+    const bool hasNothing = isUndone || journal.state == Journal::State::Begun;
+    if (hasNothing && !isLast && journal.root == rootPath) {
         return result;
     }
     requireTurn(journal, record.last(), rootPath);
