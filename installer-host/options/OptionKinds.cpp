@@ -61,6 +61,28 @@ void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
 
+void addCalls(CLI::App& app, Options& options) {
+    addChoice<std::vector<Step>>(
+        app, "--step", options.installation.steps,
+        {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
+        "The steps to run (default: both)");
+    addNumber<std::uint16_t>(app, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block (default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
+    addChoice<bool>(app, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
+                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
+                    "directly (default: table)");
+}
+
+void addExpectation(CLI::App& app, Options& options) {
+    CLI::Option* expect = addFile(
+        app, "--expect", options.expect,
+        "End with status 8, and say what differs, when the outcome is not the one that FILE describes: a report "
+        "in JSON, or what --write-expect wrote");
+    addFile(app, "--write-expect", options.writeExpect, "Write into FILE what --expect is to find the next time")
+        ->excludes(expect);
+}
+
 void addFormat(CLI::App& app, Options& options) {
     addChoice<Format>(app, "--format", options.format, {{"text", Format::Text}, {"json", Format::Json}},
                       "The format of the report (default: text)");

@@ -79,6 +79,8 @@ CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std:
 
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);
+void addCalls(CLI::App& app, Options& options);  ///< which steps are called, and how
+void addExpectation(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
 void addTimeout(CLI::App& app, Options& options);
 

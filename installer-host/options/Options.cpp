@@ -32,6 +32,7 @@ Exit status:
    6  the private root, or something else that a run needs, is missing or
       could not be made
    7  something could not be stored or read
+   8  the outcome is not the expected one
    9  the time-out ended the run
   10  something changed, with --changes-exit; two roots differ, with --diff
   11  what --domain and --key name is not there

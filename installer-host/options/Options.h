@@ -23,6 +23,8 @@ struct Options {
     std::vector<std::string> scope;  ///< `run` with `machine`: the folders that are looked at, absolute paths
     bool dryRun = false;
     bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
+    std::string expect;        ///< the file with the expected outcome; empty: none
+    std::string writeExpect;   ///< the file to write the outcome into; empty: none
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
     Selection selection;    ///< `show`: what of the preferences
