@@ -6,7 +6,7 @@ BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
 .PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
-.PHONY: install-deps help
+.PHONY: install-deps help archive test-fleet
 
 all: build
 
@@ -49,6 +49,17 @@ abi: ## compare the libraries' binary interface with the recorded one
 	@tools/install-deps package
 	@mkdir -p build
 	@tools/abi
+
+archive: ## pack the host and the plug-in for machines without our packages
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall CvBase_platform
+	@tools/archive $(BUILD)
+
+test-fleet: archive ## roll the plug-in out to 24 folders as machines with Ansible, over ssh
+	@tools/install-deps fleet
+	@tests/deploy/fleet.py $(BUILD)
 
 check-darwin: ## compile for the Mac, and link and look at the plug-in
 	@tools/check-darwin
