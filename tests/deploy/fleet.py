@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
 """Rolls the plug-in out with Ansible to folders that stand for machines, over ssh and on this machine, and undoes it.
 
-    fleet.py BUILD
+    fleet.py ARCHIVE
+    fleet.py --packages FOLDER
 
-BUILD is a build folder that holds the archive of tools/archive. Prints what is wrong, and the counts; ends with the exit
-status 1 when something is.
+ARCHIVE is what tools/archive made. With --packages, the Debian packages in FOLDER are rolled out to a Debian root that stands
+for a machine; as root. Prints what is wrong, and the counts; ends with the exit status 1 when something is.
 """
 
+import argparse
 import ast
 import json
 import pathlib
+import subprocess
 import sys
 import tempfile
 
@@ -36,7 +39,12 @@ KINDS = {
 }
 LOCAL_KINDS = ["empty", "furnished", "old-values", "link"]
 GONE = "gone"  # nothing listens on this machine's port
-OFFLINE_SANITY = ["compile", "shebang", "line-endings"]
+# Of Ansible's own tests, those that fetch nothing.
+OFFLINE_SANITY = """
+    action-plugin-docs compile empty-init future-import-boilerplate ignores line-endings metaclass-boilerplate no-assert
+    no-illegal-filenames no-main-display no-smart-quotes no-unicode-literals pslint replace-urlopen shebang shellcheck symlinks
+    use-argspec-type-path use-compat-six
+""".split()
 
 
 class Tester:
@@ -115,17 +123,50 @@ class Tester:
             self.expect(f"{command[0]}:\n{told.stdout}", told.returncode, 0)
 
 
+    def packages(self):
+        """A machine that has never seen the packages gets them, and uses them on itself."""
+        for name, arguments, result, changed_tasks in (
+                ("fresh, check mode", ["--check"], None, 1), ("fresh", [], True, 3),
+                ("check mode", ["--check"], False, 0), ("again", [], False, 0)):
+            play = self.fleet.play(EVERYWHERE, *arguments)
+            self.expect(f"{name}: changed", play.results.get("debian", {}).get("changed"), result)
+            self.expect(f"{name}: recap", {key: play.recap["debian"][key] for key in ("changed", "failures", "unreachable")},
+                        {"changed": changed_tasks, "failures": 0, "unreachable": 0})
+
+
+def add_folders(fleet, archive):
+    for kind, (make, told, _, _) in KINDS.items():
+        for connection, count in (("ssh", 2), ("local", int(kind in LOCAL_KINDS))):
+            for number in range(1, count + 1):
+                fleet.add_folder(f"{kind}-{connection}-{number}", archive, make, kind=kind, ansible_connection=connection, **told)
+    fleet.add_folder(GONE, archive, None, ansible_port=machines.free_port())
+
+
+def debian_sshd():
+    architecture = subprocess.check_output(["dpkg", "--print-architecture"], text=True).strip()
+    command = [PROJECT / "tools/in-debian-root", architecture, "fleet-machine", "/project/tests/deploy/debian-machine"]
+    return machines.Sshd(PROJECT / "build/fleet-machine/ssh", command, inside="/project/build/ssh")
+
+
+def add_debian(fleet, packages):
+    files = [str(next(packages.glob(f"{name}_*.deb"))) for name in ("libcvbase1", "installer-host", "corvane-install")]
+    fleet.add("debian", rollout_machine=True, rollout_package_files=files)
+
+
 def main():
-    with tempfile.TemporaryDirectory(prefix="fleet.") as work, machines.Fleet(pathlib.Path(work), sys.argv[1]) as fleet:
-        for kind, (make, told, _, _) in KINDS.items():
-            for connection, count in (("ssh", 2), ("local", int(kind in LOCAL_KINDS))):
-                for number in range(1, count + 1):
-                    fleet.add(f"{kind}-{connection}-{number}", make, kind=kind, ansible_connection=connection, **told)
-        fleet.add(GONE, None, ansible_port=machines.free_port())
-        tester = Tester(fleet)
-        for test in (tester.documents, tester.roll_out, tester.end_early):
-            test()
-            print(f"fleet: {test.__name__}: {tester.checks} checks, {len(tester.faults)} faults", flush=True)
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--packages", action="store_true")
+    parser.add_argument("place", type=lambda path: pathlib.Path(path).resolve())
+    options = parser.parse_args()
+    with tempfile.TemporaryDirectory(prefix="fleet.") as name:
+        work = pathlib.Path(name)
+        sshd = debian_sshd() if options.packages else machines.Sshd(work / "ssh")
+        with machines.Fleet(work, sshd) as fleet:
+            (add_debian if options.packages else add_folders)(fleet, options.place)
+            tester = Tester(fleet)
+            for test in [tester.packages] if options.packages else [tester.documents, tester.roll_out, tester.end_early]:
+                test()
+                print(f"fleet: {test.__name__}: {tester.checks} checks, {len(tester.faults)} faults", flush=True)
     print("".join(f"    {fault[:3000]}\n" for fault in tester.faults), end="")
     return 1 if tester.faults else 0
 

@@ -38,26 +38,29 @@ def free_port():
 
 
 class Sshd:
-    """A server of its own, with keys of its own, on a port of its own, for as long as the context lasts."""
+    """A server of its own, with keys of its own, on a port of its own, for as long as the context lasts.
 
-    def __init__(self, folder):
-        self.folder, self.port = folder, free_port()
+    `folder` holds what it needs. It runs where `command` starts it, and there its folder is `inside`.
+    """
+
+    def __init__(self, folder, command=(SSHD,), inside=None):
+        self.folder, self.command, self.inside, self.port = folder, command, inside or folder, free_port()
 
     def __enter__(self):
-        self.folder.mkdir()
+        shutil.rmtree(self.folder, ignore_errors=True)
+        self.folder.mkdir(parents=True)
         for name in ("host_key", "user_key"):
             subprocess.check_call(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self.folder / name])
         host_key = (self.folder / "host_key.pub").read_text()
         (self.folder / "known_hosts").write_text(f"[127.0.0.1]:{self.port} {host_key}")
-        config = self.folder / "config"
-        config.write_text(SSHD_CONFIG.format(port=self.port, folder=self.folder))
+        (self.folder / "config").write_text(SSHD_CONFIG.format(port=self.port, folder=self.inside))
         if os.getuid() == 0:
             os.makedirs("/run/sshd", mode=0o755, exist_ok=True)  # sshd wants it of root; the system's service makes it
-        self.process = subprocess.Popen([SSHD, "-D", "-f", config, "-E", self.folder / "log"])
+        self.process = subprocess.Popen([*self.command, "-D", "-f", f"{self.inside}/config", "-E", f"{self.inside}/log"])
         while socket.socket().connect_ex(("127.0.0.1", self.port)) != 0:
             if self.process.poll() is not None:
-                raise SystemExit("fleet: sshd does not start: " + (self.folder / "log").read_text())
-            time.sleep(0.02)
+                raise SystemExit(f"fleet: sshd does not start; {self.folder}/log may say why")
+            time.sleep(0.05)
         return self
 
     def __exit__(self, *_):
@@ -78,18 +81,16 @@ Play = collections.namedtuple("Play", "results recap seconds")
 class Fleet:
     """The machines, in a folder of their own, and Ansible with the collection; it reads no settings of the user's."""
 
-    def __init__(self, work, build):
-        self.work, self.archive = work, pathlib.Path(build).resolve() / "corvane-install.tar.gz"
-        self.sshd, self.hosts, self.record = Sshd(work / "ssh"), {}, work / "record"
-        self.collection = work / "collections/ansible_collections/corvane/installer"
+    def __init__(self, work, sshd):
+        self.work, self.sshd, self.hosts, self.record = work, sshd, {}, work / "record"
+        self.collection = work / ".ansible/collections/ansible_collections/corvane/installer"
         self.environment = {**os.environ, "HOME": str(work), "ANSIBLE_CONFIG": str(work / "ansible.cfg"),
                             "FLEET_RECORD": str(self.record), "LC_ALL": "C.UTF-8"}
 
     def __enter__(self):
         self.sshd.__enter__()
         self.configure()
-        told = self.ansible("ansible-galaxy", "collection", "install", "--offline", "-p", self.work / "collections",
-                            PROJECT / "deploy/ansible")
+        told = self.ansible("ansible-galaxy", "collection", "install", "--offline", PROJECT / "deploy/ansible")
         if told.returncode != 0:
             raise SystemExit(f"fleet: the collection cannot be installed:\n{told.stdout}")
         return self
@@ -99,7 +100,7 @@ class Fleet:
 
     def configure(self, forks=20, pipelining=True):
         (self.work / "ansible.cfg").write_text(
-            f"[defaults]\nhome={self.work}/ansible\ncollections_path={self.work}/collections\nforks={forks}\n"
+            f"[defaults]\nforks={forks}\n"
             f"interpreter_python=/usr/bin/python3\ncallback_plugins={HERE}/callbacks\ncallbacks_enabled=record\n"
             f"[ssh_connection]\npipelining={pipelining}\ncontrol_path_dir={self.sshd.folder}/control\n"
             f"ssh_args={self.sshd.ssh_arguments()}\n")
@@ -107,18 +108,20 @@ class Fleet:
     def folder(self, host):
         return self.work / "machines" / host
 
-    def add(self, name, make, **told):
-        """Adds a machine; `make` furnishes its root."""
+    def add(self, name, **told):
+        self.hosts[name] = {
+            "ansible_host": "127.0.0.1", "ansible_port": self.sshd.port, "rollout_product": 5100,
+            "ansible_ssh_private_key_file": f"{self.sshd.folder}/user_key", "rollout_journal": "", **told,
+        }
+
+    def add_folder(self, name, archive, make, **told):
+        """Adds a machine that is a folder; `make` furnishes its root."""
         machine = self.folder(name)
         (machine / "root").mkdir(parents=True)
         if make:
             make(machine / "root")
-        self.hosts[name] = {
-            "ansible_host": "127.0.0.1", "ansible_port": self.sshd.port, "ansible_remote_tmp": f"{machine}/tmp",
-            "ansible_ssh_private_key_file": f"{self.sshd.folder}/user_key", "rollout_product": 5100,
-            "rollout_root": f"{machine}/root", "rollout_folder": f"{machine}/host", "rollout_delivery": "archive",
-            "rollout_archive": str(self.archive), "rollout_journal": "", **told,
-        }
+        self.add(name, rollout_root=f"{machine}/root", rollout_folder=f"{machine}/host", rollout_delivery="archive",
+                 rollout_archive=str(archive), ansible_remote_tmp=f"{machine}/tmp", **told)
 
     def ansible(self, program, *arguments, folder=None):
         return subprocess.run([program, *arguments], env=self.environment, cwd=folder or self.work, text=True,
