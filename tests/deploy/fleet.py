@@ -72,12 +72,12 @@ class Tester:
     def same(self, name, checked, run):
         """Check mode said what the run then did."""
         for host in run.results:
-            for key in ("changed", "failed", "diff", "error", "summary", "rc", "msg"):
+            for key in ("changed", "failed", "diff", "error", "rc", "msg"):
                 self.expect(f"{name}: {host}: {key}", checked.results[host].get(key), run.results[host].get(key))
             self.expect(f"{name}: {host}: changes in the recap", checked.recap[host]["changed"], run.recap[host]["changed"])
 
     def roll_out(self):
-        before = self.fleet.look()
+        before, self.roots = self.fleet.look(), self.fleet.look("root")
         checked = self.fleet.play(EVERYWHERE, "--check", "--diff")
         self.expect_results("check mode", checked)
         self.expect("after check mode", self.fleet.look(), before)
@@ -92,10 +92,35 @@ class Tester:
         self.expect("after the second run", self.fleet.look(), after)
 
     def expect_disk(self):
-        """What the run says is on the disk, by another reader, and in the difference that is shown."""
-        for connection in ("ssh", "local"):
-            preferences = self.fleet.folder(f"old-values-{connection}-1") / "root/Library/Preferences"
-            self.expect(f"{connection}: Lang", machines.contents(preferences / f"{PRODUCT}.plist"), {"Lang": "de"})
+        """What the rollout stored, by another reader, and the journals, which lie on the machines and nowhere else."""
+        for host in self.fleet.hosts:
+            folder = self.fleet.folder(host)
+            if host.startswith("old-values"):
+                preferences = folder / f"root/Library/Preferences/{PRODUCT}.plist"
+                self.expect(f"{host}: preferences", machines.contents(preferences), {"Lang": "de"})
+            journals = [(path, oct(path.stat().st_mode)) for path in folder.rglob("spring.json")]
+            ran = host != GONE and self.kind_of(host)[3] in (None, 7, 9)
+            self.expect(f"{host}: journal", journals, [(folder / "journals/spring.json", "0o100600")] if ran else [])
+        everywhere, there = self.fleet.work.rglob("spring.json"), self.fleet.work.glob("machines/*/journals/spring.json")
+        self.expect("journals outside of the machines", set(everywhere) - set(there), set())
+
+    def undo(self):
+        """Each root is as it was before the rollout; where no run came to a journal, undoing fails."""
+        checked = self.fleet.play("corvane.installer.undo", "--check", "--diff")
+        run = self.fleet.play("corvane.installer.undo", "--diff")
+        self.same("undo", checked, run)
+        made = {"Applications", "Library"}  # by the host, for every run
+        for host, root in self.fleet.look("root").items():
+            added = {pathlib.Path(path).name for path in root.keys() - self.roots[host].keys()} - made
+            self.expect(f"undo: {host}: what is new", added, set())
+            before = self.roots[host]
+            self.expect(f"undo: {host}: what stood there", {path: root.get(path) for path in before}, before)
+        for host, result in run.results.items():
+            _, _, changes, status = self.kind_of(host)
+            self.expect(f"undo: {host}: changed", result["changed"], changes)
+            self.expect(f"undo: {host}: failed", "error" in result, status not in (None, 7, 9))
+        again = self.fleet.play("corvane.installer.undo")
+        self.expect("second undo", {result["changed"] for result in again.results.values()}, {False})
 
     def end_early(self):
         """A batch in which too many fail is the last."""
@@ -138,7 +163,8 @@ def add_folders(fleet, archive):
     for kind, (make, told, _, _) in KINDS.items():
         for connection, count in (("ssh", 2), ("local", int(kind in LOCAL_KINDS))):
             for number in range(1, count + 1):
-                fleet.add_folder(f"{kind}-{connection}-{number}", archive, make, kind=kind, ansible_connection=connection, **told)
+                name = f"{kind}-{connection}-{number}"
+                fleet.add_folder(name, archive, make, kind=kind, ansible_connection=connection, **told)
     fleet.add_folder(GONE, archive, None, ansible_port=machines.free_port())
 
 
@@ -164,7 +190,8 @@ def main():
         with machines.Fleet(work, sshd) as fleet:
             (add_debian if options.packages else add_folders)(fleet, options.place)
             tester = Tester(fleet)
-            for test in [tester.packages] if options.packages else [tester.documents, tester.roll_out, tester.end_early]:
+            everything = [tester.documents, tester.roll_out, tester.end_early, tester.undo]
+            for test in [tester.packages] if options.packages else everything:
                 test()
                 print(f"fleet: {test.__name__}: {tester.checks} checks, {len(tester.faults)} faults", flush=True)
     print("".join(f"    {fault[:3000]}\n" for fault in tester.faults), end="")

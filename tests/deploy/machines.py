@@ -27,7 +27,6 @@ PasswordAuthentication no
 KbdInteractiveAuthentication no
 UsePAM no
 MaxStartups 200
-MaxSessions 200
 """
 
 
@@ -48,7 +47,7 @@ class Sshd:
 
     def __enter__(self):
         shutil.rmtree(self.folder, ignore_errors=True)
-        self.folder.mkdir(parents=True)
+        (self.folder / "control").mkdir(parents=True)
         for name in ("host_key", "user_key"):
             subprocess.check_call(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", self.folder / name])
         host_key = (self.folder / "host_key.pub").read_text()
@@ -102,16 +101,18 @@ class Fleet:
         (self.work / "ansible.cfg").write_text(
             f"[defaults]\nforks={forks}\n"
             f"interpreter_python=/usr/bin/python3\ncallback_plugins={HERE}/callbacks\ncallbacks_enabled=record\n"
-            f"[ssh_connection]\npipelining={pipelining}\ncontrol_path_dir={self.sshd.folder}/control\n"
+            f"[ssh_connection]\npipelining={pipelining}\n"
             f"ssh_args={self.sshd.ssh_arguments()}\n")
 
     def folder(self, host):
         return self.work / "machines" / host
 
     def add(self, name, **told):
+        """Adds a machine, which has a connection of its own, as if it had an address of its own."""
         self.hosts[name] = {
+            "ansible_control_path": f"{self.sshd.folder}/control/{name}",
             "ansible_host": "127.0.0.1", "ansible_port": self.sshd.port, "rollout_product": 5100,
-            "ansible_ssh_private_key_file": f"{self.sshd.folder}/user_key", "rollout_journal": "", **told,
+            "ansible_ssh_private_key_file": f"{self.sshd.folder}/user_key", **told,
         }
 
     def add_folder(self, name, archive, make, **told):
@@ -121,7 +122,8 @@ class Fleet:
         if make:
             make(machine / "root")
         self.add(name, rollout_root=f"{machine}/root", rollout_folder=f"{machine}/host", rollout_delivery="archive",
-                 rollout_archive=str(archive), ansible_remote_tmp=f"{machine}/tmp", **told)
+                 rollout_archive=str(archive), rollout_journal=f"{machine}/journals/spring.json",
+                 ansible_remote_tmp=f"{machine}/tmp", **told)
 
     def ansible(self, program, *arguments, folder=None):
         return subprocess.run([program, *arguments], env=self.environment, cwd=folder or self.work, text=True,
@@ -140,9 +142,9 @@ class Fleet:
             raise SystemExit(f"fleet: ansible-playbook failed:\n{told.stdout}")
         return Play(results, results.pop(None), seconds)
 
-    def look(self):
-        """All that lies on the machines, but for Ansible's own temporary files."""
-        return {host: look(self.folder(host), without=self.folder(host) / "tmp") for host in self.hosts}
+    def look(self, part=""):
+        """All that lies on the machines, or in a part of them, but for Ansible's own temporary files."""
+        return {host: look(self.folder(host) / part, without=self.folder(host) / "tmp") for host in self.hosts}
 
 
 def furnish(root):

@@ -65,11 +65,15 @@ options:
     type: int
   journal:
     description:
-      - A file on the target, with what it takes to undo the run.
-      - With I(state=installed), the run writes it. Its folder is made with mode 0700 where it is missing. In check mode nothing is
-        written.
+      - A file on the target, with what it takes to undo the run. It holds old values of preferences, so it stays there, and
+        only its path is returned.
+      - With I(state=installed), the run writes it. Its folder is made with mode 0700 where it is missing. In check mode
+        nothing is written.
+      - A journal holds one run. Where it exists already, the module makes a dry run. When that finds everything in place,
+        the task is done. When it finds that something would change, the task fails. Then undo the earlier run, or name
+        another journal.
+      - A journal that was undone gives way to a new one.
       - With I(state=undone), the file to undo, and required.
-      - It holds old values of preferences. It stays on the target. Only its path is returned.
     type: path
   executable:
     description: The program, as a path or as a name to look for in C(PATH).
@@ -111,7 +115,7 @@ EXAMPLES = r"""
 
 RETURN = r"""
 changed:
-  description: Whether anything but times changed on the disk, or in check mode would have changed. Also set when the run failed.
+  description: Whether anything but times changed on the disk, or in check mode would have changed. A failed run tells it, too.
   returned: always
   type: bool
 summary:
@@ -200,6 +204,8 @@ def diff_of(report):
     groups = {}
     for change in report.get("preferences", []):
         groups.setdefault(change["path"], []).append(key_pair(change))
+    for item in report.get("restored", []):
+        groups.setdefault(item["path"], []).append(undone_pair(item))
     groups["Finder flags"] = [flags_pair(change) for change in report.get("finderFlags", [])]
     groups["files and folders"] = [entry_pair(entry) for entry in report.get("entries", [])]
     diff = []
@@ -210,16 +216,28 @@ def diff_of(report):
     return diff
 
 
-def arguments_of(params, check_mode):
+def undone_line(item, side):
+    name = item["what"] + (" " + json.dumps(item["name"], ensure_ascii=False) if item["name"] else "")
+    if side is None or side == item["what"]:
+        return side
+    return "%s = %s" % (name, text_of(side) if isinstance(side, dict) else side)
+
+
+def undone_pair(item):
+    """What undoing found, and what it put in its place."""
+    return undone_line(item, item["from"]), undone_line(item, item["to"])
+
+
+def arguments_of(params, dry_run):
     """The command line after the program's name."""
     place = ["--machine"] if params["machine"] else []
     place += ["--root", params["root"]] if params["root"] else []
-    common = place + ["--format", "json"] + (["--dry-run"] if check_mode else [])
+    common = place + ["--format", "json"] + (["--dry-run"] if dry_run else [])
     if params["state"] == "undone":
         return ["undo"] + common + [params["journal"]]
     own = ["--product=%d" % params["product"], "--language=%d" % params["language"], "--step", params["step"]]
     own += ["--timeout=%d" % params["timeout"]] if params["timeout"] is not None else []
-    own += ["--journal", params["journal"]] if params["journal"] and not check_mode else []
+    own += ["--journal", params["journal"]] if params["journal"] and not dry_run else []
     for folder in params["scope"]:
         own += ["--scope", folder]
     return ["run"] + common + own + [params["bundle"]]
@@ -238,12 +256,25 @@ def fail(module, what, what_to_do, status=None, **more):
     module.fail_json(msg=what + ("\n" + what_to_do if what_to_do else ""), error=error, **more)
 
 
-def make_journal_folder(module):
-    folder = os.path.dirname(module.params["journal"])
+def journal_state(path):
+    """How far the run of the journal at `path` came; None where there is no journal."""
     try:
-        os.makedirs(folder, 0o700, exist_ok=True)
+        with open(path, "rb") as file:
+            journal = json.loads(to_text(file.read()))
+        return journal["state"] if "journal" in journal else None
+    except (OSError, ValueError, LookupError, TypeError):
+        return None
+
+
+def prepare_journal(module):
+    """Makes the place for a new journal."""
+    path = module.params["journal"]
+    try:
+        os.makedirs(os.path.dirname(os.path.abspath(path)), 0o700, exist_ok=True)
+        if journal_state(path) == "undone":
+            os.unlink(path)
     except OSError as error:
-        fail(module, "the folder of the journal could not be made: %s" % error, "Name another place in 'journal'.",
+        fail(module, "the place of the journal could not be made ready: %s" % error, "Name another place in 'journal'.",
              changed=False, journal=None)
 
 
@@ -255,29 +286,48 @@ def find_program(module):
     return program
 
 
-def run(module):
-    """Starts the program; its exit status, its report or None, and what it wrote to standard error."""
-    program = find_program(module)
-    if module.params["state"] == "installed" and module.params["journal"] and not module.check_mode:
-        make_journal_folder(module)
-    status, output, messages = module.run_command([program] + arguments_of(module.params, module.check_mode), encoding=None)
-    return status, read_report(output), to_text(messages, errors="replace").strip()
+def run(module, dry_run):
+    """The report of the program; without one the module ends here."""
+    arguments = [find_program(module)] + arguments_of(module.params, dry_run)
+    status, output, messages = module.run_command(arguments, encoding=None)
+    report = read_report(output)
+    if report is None:
+        fail(module, "installer-host ended with status %d and without a report" % status,
+             to_text(messages, errors="replace").strip() or None, status, changed=not dry_run, journal=None, rc=status)
+    return report
 
 
-def tell(module, status, report):
-    """Ends the module with what the report says."""
+def run_steps(module):
+    """Runs the steps, and tells; where the journal holds an earlier run, only makes sure that they would change nothing."""
+    path = module.params["journal"]
+    if not path or journal_state(path) in (None, "undone"):
+        if path and not module.check_mode:
+            prepare_journal(module)
+        tell(module, run(module, module.check_mode))
+    report = run(module, True)
+    if report.get("changed") and report["error"] is None:
+        fail(module, "the journal '%s' holds an earlier run, and another would change: %s" % (path, report["summary"]),
+             "Undo the earlier run first, or name another journal.", changed=False, journal=path, report=report)
+    tell(module, report, changed=False, journal=path)
+
+
+def tell(module, report, **known):
+    """Ends the module with what the report says, but for what is known otherwise."""
     result = {
         "changed": report.get("changed", False),
         "journal": report.get("journal"),
-        "rc": status,
+        "rc": report["exitStatus"],
         "report": report,
     }
+    result.update(known)
     if "summary" in report:
         result["summary"] = report["summary"]
     if module._diff:
-        result["diff"] = diff_of(report)
+        result["diff"] = diff_of(report) if result["changed"] else []
     for alert in report.get("alerts", []):
         module.warn("the plug-in showed an alert, answered with %r: %s" % (alert["answer"], alert["text"]))
+    for item in report.get("left", []):
+        module.warn("left alone: %s of %s: %s" % (item["what"], item["path"], item["reason"]))
     error = report["error"]
     if error is not None:
         fail(module, error["what"], error["whatToDo"], error["status"], **result)
@@ -302,11 +352,9 @@ def main():
         required_if=[("state", "installed", ("bundle", "product")), ("state", "undone", ("journal",))],
         supports_check_mode=True,
     )
-    status, report, messages = run(module)
-    if report is None:
-        fail(module, "installer-host ended with status %d and without a report" % status, messages or None, status,
-             changed=True, journal=None, rc=status)
-    tell(module, status, report)
+    if module.params["state"] == "undone":
+        tell(module, run(module, module.check_mode))
+    run_steps(module)
 
 
 if __name__ == "__main__":
