@@ -37,6 +37,8 @@ TEST_F(PathTest, HomeAndWorkingFolderMakeAPathAbsolute) {
         EXPECT_EQ(str(file(row.text).GetInternal()), row.stored) << row.text;
         EXPECT_EQ(str(FilePath(row.text.c_str(), true).GetInternal()), row.stored) << row.text;
     }
+    setHome("relative");
+    EXPECT_EQ(str((FolderPath() / "~").GetInternal()), "relative/") << "made absolute once";
     for (const char* blank : {static_cast<const char*>(nullptr), "", " ", " \t\n ", "\xA0\xA0"}) {
         FilePath reused = file("/a");
         reused.construct(blank, false);
