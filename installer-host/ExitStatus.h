@@ -16,6 +16,7 @@ enum class ExitStatus : int {
     ExceptionLeftStep = 5,  ///< a step let an exception escape, or ended the process
     RootNotMade = 6,        ///< something that a run needs is missing or could not be made
     NotStored = 7,          ///< something could not be stored or read
+    NotAsExpected = 8,      ///< the outcome is not the one that the user expects
     TimedOut = 9,           ///< the time-out ended the run
     SomethingChanged = 10,  ///< all went well, and the user asked for this status on a change
 };

@@ -15,14 +15,8 @@ namespace host {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// The version of docs/report.schema.json.
-constexpr const char* SCHEMA = "2.0";
-
-std::string write(const Json& report) {
-    return report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
-}
+constexpr const char* SCHEMA = "2.1";
 
 const char* nameOf(Command command) {
     return command == Command::Run ? "run" : command == Command::Check ? "check" : "show";
@@ -79,7 +73,7 @@ Json orNull(const std::optional<T>& value) {
 }
 
 /// Ends a report with what it comes to.
-std::string endReport(Json report, const Judgement& judgement) {
+Json endReport(Json report, const Judgement& judgement) {
     // The first line says what happened, the others what to do.
     const std::string& message = judgement.message;
     const std::size_t end = std::min(message.find('\n'), message.size());
@@ -91,7 +85,7 @@ std::string endReport(Json report, const Judgement& judgement) {
                            {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
     }
     report["exitStatus"] = static_cast<int>(judgement.status);
-    return write(report);
+    return report;
 }
 
 Json stepJson(const StepResult& result) {
@@ -272,7 +266,11 @@ void addMetadata(Json& report, const RunResult& result) {
 
 }  // namespace
 
-std::string runJson(const RunResult& result, const Judgement& judgement) {
+std::string jsonText(const Json& document) {
+    return document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+}
+
+Json runDocument(const RunResult& result, const Judgement& judgement) {
     Json report = beginReport(Command::Run);
     addMetadata(report, result);
     for (const char* list : {"steps", "alerts", "notStored"}) {
@@ -288,6 +286,8 @@ std::string runJson(const RunResult& result, const Judgement& judgement) {
         report["notStored"].push_back({{"what", fault.what}, {"reason", fault.reason}});
     }
     report["limits"] = result.limits;
+    report["leftProcesses"] = result.leftProcesses;
+    report["expectation"] = nullptr;
     report["changed"] = result.changes.any();
     report["summary"] = summaryOf(result);
     report["counts"] = countsJson(result);
@@ -295,7 +295,7 @@ std::string runJson(const RunResult& result, const Judgement& judgement) {
     return endReport(report, judgement);
 }
 
-std::string showJson(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
+Json showDocument(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
     Json report = beginReport(Command::Show);
     report["root"] = orNull(root);
     for (const char* list : {"domains", "files", "finderFlags", "unreadable"}) {
@@ -316,7 +316,7 @@ std::string showJson(const Snapshot& snapshot, const std::string& root, const Ju
     return endReport(report, judgement);
 }
 
-std::string checkJson(const RunResult& result, const Judgement& judgement) {
+Json checkDocument(const RunResult& result, const Judgement& judgement) {
     Json report = beginReport(Command::Check);
     report["bundle"] = result.options.bundle;
     report["ok"] = judgement.status == ExitStatus::Done;
@@ -327,7 +327,7 @@ std::string checkJson(const RunResult& result, const Judgement& judgement) {
     return endReport(report, judgement);
 }
 
-std::string errorJson(std::optional<Command> command, const Judgement& judgement) {
+Json errorDocument(std::optional<Command> command, const Judgement& judgement) {
     return endReport(beginReport(command), judgement);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
@@ -9,18 +10,22 @@
 
 namespace host {
 
-// The reports for a program: one JSON object each, in ASCII, as docs/report.schema.json describes it. Bytes of names
-// and preferences that are not UTF-8 become U+FFFD.
+// The reports for a program: one JSON object each, as docs/report.schema.json describes it.
 
-/// `judgement` is what the run or the check comes to.
-std::string runJson(const RunResult& result, const Judgement& judgement);
-std::string checkJson(const RunResult& result, const Judgement& judgement);
+using Json = nlohmann::ordered_json;
+
+/// The document as it is printed, in ASCII. Bytes of names and preferences that are not UTF-8 become U+FFFD.
+std::string jsonText(const Json& document);
+
+/// `judgement` is what the run or the check comes to. A run's "expectation" is null; who compares, fills it in.
+Json runDocument(const RunResult& result, const Judgement& judgement);
+Json checkDocument(const RunResult& result, const Judgement& judgement);
 
 /// `root` is empty for the machine itself.
-std::string showJson(const Snapshot& snapshot, const std::string& root, const Judgement& judgement);
+Json showDocument(const Snapshot& snapshot, const std::string& root, const Judgement& judgement);
 
 /// What there is to say when something went wrong before there was anything to report. `command` is unset when the
 /// command line did not come to one.
-std::string errorJson(std::optional<Command> command, const Judgement& judgement);
+Json errorDocument(std::optional<Command> command, const Judgement& judgement);
 
 }  // namespace host

@@ -48,7 +48,7 @@ TEST(Reports, ShowEveryTypeOfValueAndWhatCannotBeRead) {
   out of the root cannot be read: No such file or directory
   file d.plist.corrupt-1
 )"));
-    const json keys = json::parse(showJson(snapshot, "", {}))["domains"][1]["keys"];
+    const json keys = json::parse(jsonText(showDocument(snapshot, "", {})))["domains"][1]["keys"];
     EXPECT_EQ(keys["m"]["value"]["k"], json({{"type", "boolean"}, {"value", false}}));
 }
 

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "installer-host/Options.h"
+#include "installer-host/options/Options.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "installer-host/HelpFormatter.h"
+#include "installer-host/options/HelpFormatter.h"
 
 #include <cstddef>
 #include <sstream>
