@@ -32,7 +32,7 @@ Text unitsFrom(fuzz::Input& input) {
     Text text;
     for (auto runs = input.ConsumeIntegralInRange(0, 5); runs > 0; --runs) {
         const char32_t first = input.PickValueInArray(FIRSTS);
-        const auto repeat = input.ConsumeIntegralInRange(1, 20);
+        const auto repeat = input.ConsumeIntegralInRange(1, 4);
         const std::vector<unsigned char> steps =
             input.ConsumeBytes<unsigned char>(input.ConsumeIntegral<unsigned char>() % 64U);
         for (int i = 0; i < repeat; ++i) {
