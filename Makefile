@@ -4,8 +4,9 @@
 PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
+SECONDS ?= 60
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack fuzz bench docs clean
 .PHONY: install-deps help
 
 all: build
@@ -64,6 +65,13 @@ lint-all: ## the same, and clang-tidy on every source
 attack: build ## attack the machine with a hostile plug-in, and see each protection missed
 	@tests/installer-host/attack/attack.py $(BUILD)
 	@tests/installer-host/attack/attack.py --prove $(BUILD)
+
+fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
+	@tools/install-deps fuzz
+	@mkdir -p build
+	@cmake --preset fuzz
+	@cmake --build --preset fuzz
+	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
