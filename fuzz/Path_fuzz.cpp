@@ -4,10 +4,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <optional>
-#include <vector>
 
 #include "CvBase/common/common_path.h"
 #include "fuzz/Fuzz.h"
+#include "fuzz/PathModel.h"
+#include "fuzz/TextModel.h"
 
 namespace {
 
@@ -19,14 +20,10 @@ bool isSeparator(char c) {
     return c == '/' || c == '\\';
 }
 
-bool isBlank(const std::string& text) {
-    return text.find_first_not_of(" \t\n\v\f\r\xA0") == std::string::npos;
-}
-
 /// What a path is made of `text`; nothing stands for an unset HOME.
 std::string absolute(const std::string& text, const std::optional<std::string>& home) {
-    const std::string path = std::string(text.c_str()) == "~" ? "~/" : text;  // compared as Strings are, up to a NUL
-    if (isBlank(path)) {
+    const std::string path = fuzz::untilNul(text) == "~" ? "~/" : text;  // compared as Strings are, up to a NUL
+    if (std::all_of(path.begin(), path.end(), fuzz::isWhite)) {
         return "";
     }
     if (path.size() > 1 && path[0] == '~' && isSeparator(path[1])) {
@@ -37,54 +34,6 @@ std::string absolute(const std::string& text, const std::optional<std::string>& 
 
 std::string withSeparator(const std::string& path) {
     return path.empty() || isSeparator(path.back()) ? path : path + "/";
-}
-
-std::vector<std::string> components(const std::string& path) {
-    std::vector<std::string> parts(1);
-    for (const char c : path) {
-        if (c == '/') {
-            parts.emplace_back();
-        } else {
-            parts.back() += c;
-        }
-    }
-    return parts;
-}
-
-/// One pass from left to right, in which nothing is looked at again.
-void foldParents(std::vector<std::string>& parts) {
-    for (std::size_t i = 1; i < parts.size(); ++i) {
-        if (parts[i] == "..") {
-            parts.erase(parts.begin() + static_cast<std::ptrdiff_t>(i) - 1,
-                        parts.begin() + static_cast<std::ptrdiff_t>(i) + 1);
-            --i;
-        }
-    }
-}
-
-std::string canonical(const std::string& text) {
-    std::string path = text.c_str();
-    std::replace(path.begin(), path.end(), '\\', '/');
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    std::string single = path.substr(0, 2);
-    for (std::size_t i = 2; i < path.size(); ++i) {
-        if (path[i] != '/' || path[i - 1] != '/' || i == 2) {
-            single += path[i];
-        }
-    }
-    std::vector<std::string> parts = components(single);
-    foldParents(parts);
-    std::string folded;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        folded += (i > 0 ? "/" : "") + parts[i];
-    }
-    folded += '/';
-    while (folded.size() > 1 && folded[folded.size() - 2] == '/') {
-        folded.pop_back();
-    }
-    return folded;
 }
 
 std::string withoutEnd(std::string path) {
@@ -118,22 +67,8 @@ std::string bytes(const String& text) {
     return {text.CStr(), text.Length()};
 }
 
-String toString(const std::string& text) {
-    String result("");
-    for (const char c : text) {
-        result += c;
-    }
-    return result;
-}
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return text;
-}
-
 void checkFile(const FilePath& file, const std::string& made, const std::optional<std::string>& home) {
-    const std::string folded = canonical(made);
+    const std::string folded = fuzz::foldedPath(made);
     const std::string name = lastComponent(made);
     const std::size_t dot = name.rfind('.');
     expectEqual("GetInternal", bytes(file.GetInternal()), made);
@@ -146,9 +81,9 @@ void checkFile(const FilePath& file, const std::string& made, const std::optiona
 }
 
 void checkFolder(const FolderPath& folder, const std::string& made, const std::optional<std::string>& home) {
-    const bool isTop = made.empty() || canonical(made) == "/" || canonical(made) == "./";
+    const bool isTop = made.empty() || fuzz::foldedPath(made) == "/" || fuzz::foldedPath(made) == "./";
     expectEqual("GetInternal of a folder", bytes(folder.GetInternal()), made);
-    expectEqual("ToString of a folder", bytes(folder.ToString()), canonical(made));
+    expectEqual("ToString of a folder", bytes(folder.ToString()), fuzz::foldedPath(made));
     expectEqual("IsTopLevel", folder.IsTopLevel(), isTop);
     expectEqual("GetFolderName", bytes(folder.GetFolderName()), isTop ? "" : lastComponent(absolute(made, home)));
     expectEqual("GetParent", bytes(folder.GetParent().GetInternal()),
@@ -157,7 +92,7 @@ void checkFolder(const FolderPath& folder, const std::string& made, const std::o
 
 template <typename Path>
 void checkOrder(const Path& a, const Path& b, const std::string& madeA, const std::string& madeB) {
-    const int order = lowered(canonical(madeA)).compare(lowered(canonical(madeB)));
+    const int order = fuzz::lowered(fuzz::foldedPath(madeA)).compare(fuzz::lowered(fuzz::foldedPath(madeB)));
     expectEqual("==", a == b, order == 0);
     expectEqual("<", a < b, order < 0);
     expectEqual("<=", a <= b, order <= 0);
@@ -181,22 +116,22 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     const std::optional<std::string> home = chooseHome(input);
     const std::string textA = input.ConsumeRandomLengthString(200);
     const std::string textB = input.ConsumeRandomLengthString(200);
-    const FilePath fileA(toString(textA), input.ConsumeBool());
-    const FilePath fileB(toString(textB), false);
-    const FolderPath folderA(toString(textA), false);
-    const FolderPath folderB(toString(textB), true);
+    const FilePath fileA(fuzz::stringOf(textA), input.ConsumeBool());
+    const FilePath fileB(fuzz::stringOf(textB), false);
+    const FolderPath folderA(fuzz::stringOf(textA), false);
+    const FolderPath folderB(fuzz::stringOf(textB), true);
     const std::string madeA = absolute(textA, home);
     const std::string madeB = absolute(textB, home);
     fuzz::trace() = " " + fuzz::shown(textA) + " and " + fuzz::shown(textB) + " at home in " + home.value_or("nowhere");
 
-    expectEqual("IsRelative", FilePath::IsRelative(toString(textA)), !textA.empty() && !isSeparator(textA[0]));
+    expectEqual("IsRelative", FilePath::IsRelative(fuzz::stringOf(textA)), !textA.empty() && !isSeparator(textA[0]));
     checkFile(fileA, madeA, home);
     checkFolder(folderA, withSeparator(madeA), home);
     checkOrder(fileA, fileB, madeA, madeB);
     checkOrder(folderA, folderB, withSeparator(madeA), withSeparator(madeB));
-    expectEqual("folder + name", bytes((folderA + toString(textB)).GetInternal()),
+    expectEqual("folder + name", bytes((folderA + fuzz::stringOf(textB)).GetInternal()),
                 absolute(withSeparator(madeA) + textB, home));
-    expectEqual("folder / name", bytes((folderA / toString(textB)).GetInternal()),
+    expectEqual("folder / name", bytes((folderA / fuzz::stringOf(textB)).GetInternal()),
                 withSeparator(absolute(withSeparator(madeA) + textB, home)));
     return 0;
 }

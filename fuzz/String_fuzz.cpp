@@ -1,6 +1,5 @@
 // Sequences of operations on a few Strings, which share texts with one another, against TextModel.
 
-#include <functional>
 #include <map>
 
 #include "CvBase/common/common_string.h"
@@ -9,9 +8,9 @@
 
 namespace {
 
-using fuzz::expect;
 using fuzz::expectEqual;
 using fuzz::TextModel;
+using Position = checked_value<unsigned int>;
 
 /// A String and what it should be.
 struct Slot {
@@ -29,84 +28,56 @@ struct Turn {
 
     Slot& slot() { return slots[input.ConsumeIntegralInRange<std::size_t>(0, SLOT_COUNT - 1)]; }
     unsigned int number() { return fuzz::number(input); }
-    checked_value<unsigned int> maybe() {
-        return flag() ? checked_value<unsigned int>(number()) : checked_value<unsigned int>();
-    }
+    Position maybe() { return flag() ? Position(number()) : Position(); }
     bool flag() { return input.ConsumeBool(); }
     char byte() { return input.ConsumeIntegral<char>(); }
-    std::string text() { return input.ConsumeRandomLengthString(200); }
 };
-
-void expectSame(const char* what, const String& real, const TextModel& model) {
-    expectEqual(what, real.IsNull(), model.isNull());
-    expectEqual(what, std::string(real.CStr(), real.Length()), model.bytes());
-    expectEqual("the byte after the text", real.CStr()[real.Length()], '\0');
-}
 
 /// Each String is as its model says, and shares its text with those that it should share it with.
 void check(const std::vector<Slot>& slots) {
     std::map<unsigned int, unsigned int> holders;
     for (const Slot& slot : slots) {
-        ++holders[slot.model.cell()];
+        ++holders[slot.model.cell];
     }
-    for (const Slot& slot : slots) {
-        expectSame("a text", slot.real, slot.model);
-        expectEqual("the number of Strings that share a text", slot.real.UseCount(), holders[slot.model.cell()]);
-        expectEqual("sharing with the first", slot.real.SharesTextWith(slots[0].real),
-                    slot.model.cell() == slots[0].model.cell());
+    for (const auto& [real, model] : slots) {
+        expectEqual("being null", real.IsNull(), model.isNull);
+        expectEqual("a text", std::string(real.CStr(), real.Length()), model.bytes);
+        expectEqual("the byte after the text", real.CStr()[real.Length()], '\0');
+        expectEqual("the number of Strings that share a text", real.UseCount(), holders[model.cell]);
+        expectEqual("sharing", real.SharesTextWith(slots[0].real), model.cell == slots[0].model.cell);
     }
 }
 
-void expectFound(const char* what, const checked_value<unsigned int>& real, const checked_value<unsigned int>& model) {
+void expectFound(const char* what, const Position& real, const Position& model) {
     expectEqual(what, real.IsSet(), model.IsSet());
     expectEqual(what, real.Value(), model.Value());
 }
 
 void make(Turn& turn) {
-    const std::string text = turn.text();
+    const std::string text = turn.input.ConsumeRandomLengthString(200), view = text.c_str();
     const unsigned int most = turn.number();
-    const std::string view = text.c_str();
-    switch (turn.input.ConsumeIntegralInRange(0, 5)) {
-        case 0:
-            turn.slot() = {String(), TextModel()};
-            break;
-        case 1:
-            turn.slot() = {String(text.c_str()), TextModel(view)};
-            break;
-        case 2:
-            turn.slot() = {String(text.c_str(), most), TextModel(view.substr(0, most))};
-            break;
-        case 3:
-            turn.slot() = {String(text[0]), TextModel(std::string(1, text[0]))};
-            break;
-        case 4: {
-            Slot& slot = turn.slot();
-            slot.real = text.c_str();
-            slot.model = TextModel(view);
-            break;
-        }
-        default: {
-            Slot& slot = turn.slot();
-            slot.real.Assign(text.c_str(), most);
-            slot.model = TextModel(view.substr(0, most));
-        }
+    Slot& slot = turn.slot();
+    const Slot made[] = {{String(), TextModel()},
+                         {String(text.c_str()), TextModel(view)},
+                         {String(text.c_str(), most), TextModel(view.substr(0, most))},
+                         {String(text[0]), TextModel(std::string(1, text[0]))}};
+    if (turn.flag()) {
+        slot = turn.input.PickValueInArray(made);
+    } else if (turn.flag()) {
+        slot.real = text.c_str();
+        slot.model = TextModel(view);
+    } else {
+        slot.real.Assign(text.c_str(), most);
+        slot.model = TextModel(view.substr(0, most));
     }
 }
 
 void copy(Turn& turn) {
-    const Slot& from = turn.slot();
-    turn.slot() = Slot(from);
-}
-
-void assign(Turn& turn) {
-    const Slot& from = turn.slot();
-    Slot& to = turn.slot();
-    to.real = from.real;
-    to.model = from.model;
-}
-
-void exchange(Turn& turn) {
     Slot& from = turn.slot();
+    if (turn.flag()) {
+        turn.slot() = Slot(from);
+        return;
+    }
     Slot& to = turn.slot();
     to.real = std::move(from.real);
     std::swap(to.model, from.model);
@@ -114,16 +85,15 @@ void exchange(Turn& turn) {
 
 void append(Turn& turn) {
     const Slot& rhs = turn.slot();
-    Slot& slot = turn.slot();
-    slot.model.append(TextModel(rhs.model));
-    slot.real += rhs.real;
-}
-
-void appendByte(Turn& turn) {
     const char c = turn.byte();
     Slot& slot = turn.slot();
-    slot.real += c;
-    slot.model.append(TextModel(std::string(1, c)));
+    if (turn.flag()) {
+        slot.model.append(TextModel(rhs.model));
+        slot.real += rhs.real;
+    } else {
+        slot.real += c;
+        slot.model.append(TextModel(std::string(1, c)));
+    }
 }
 
 void add(Turn& turn) {
@@ -136,99 +106,79 @@ void add(Turn& turn) {
 }
 
 void resize(Turn& turn) {
-    const unsigned int length = turn.number() % LONGEST;
+    const unsigned int length = turn.number();
     const bool keepUtf8Whole = turn.flag();
     Slot& slot = turn.slot();
-    slot.real.Resize(length, keepUtf8Whole);
-    slot.model.resize(length, keepUtf8Whole);
+    if (turn.flag()) {
+        slot.real.Resize(length % LONGEST, keepUtf8Whole);
+        slot.model.resize(length % LONGEST, keepUtf8Whole);
+    } else {
+        slot.real.Truncate(length);
+        slot.model.truncate(length);
+    }
 }
 
-void truncate(Turn& turn) {
-    const unsigned int length = turn.number();
-    Slot& slot = turn.slot();
-    slot.real.Truncate(length);
-    slot.model.truncate(length);
-}
-
-void insert(Turn& turn) {
+void edit(Turn& turn) {
     const unsigned int pos = turn.number();
+    const Position count = turn.maybe();
     const Slot& piece = turn.slot();
     Slot& slot = turn.slot();
-    slot.model.insert(pos, TextModel(piece.model));
-    slot.real.Insert(pos, piece.real);
-}
-
-void remove(Turn& turn) {
-    const unsigned int pos = turn.number();
-    const auto count = turn.maybe();
-    Slot& slot = turn.slot();
-    slot.real.Remove(pos, count);
-    slot.model.remove(pos, count);
+    if (turn.flag()) {
+        slot.model.insert(pos, TextModel(piece.model));
+        slot.real.Insert(pos, piece.real);
+    } else {
+        slot.real.Remove(pos, count);
+        slot.model.remove(pos, count);
+    }
 }
 
 void find(Turn& turn) {
-    const Slot& slot = turn.slot();
+    const auto& [real, model] = turn.slot();
     const unsigned int start = turn.number();
+    const Position last = turn.maybe();
     const bool caseSensitive = turn.flag();
-    const std::string needle = turn.flag() ? turn.slot().model.view() : std::string(turn.text().c_str());
+    const std::string needle = turn.slot().model.view();
     const char c = turn.byte();
-    expectFound("Find of a byte", slot.real.Find(c, start, caseSensitive), slot.model.find(c, start, caseSensitive));
-    expectFound("Find", slot.real.Find(needle.c_str(), start, caseSensitive),
-                slot.model.find(needle, start, caseSensitive));
-}
-
-void findRev(Turn& turn) {
-    const Slot& slot = turn.slot();
-    const auto start = turn.maybe();
-    const char c = turn.byte();
-    const bool caseSensitive = turn.flag();
-    expectFound("FindRev", slot.real.FindRev(c, start, caseSensitive), slot.model.findRev(c, start, caseSensitive));
+    expectFound("Find of a byte", real.Find(c, start, caseSensitive), model.find(c, start, caseSensitive));
+    expectFound("Find", real.Find(needle.c_str(), start, caseSensitive), model.find(needle, start, caseSensitive));
+    expectFound("FindRev", real.FindRev(c, last, caseSensitive), model.findRev(c, last, caseSensitive));
 }
 
 void compare(Turn& turn) {
-    const Slot& a = turn.slot();
-    const Slot& b = turn.slot();
+    const auto& [a, modelA] = turn.slot();
+    const auto& [b, modelB] = turn.slot();
     const bool caseSensitive = turn.flag();
-    const int order = a.model.compare(b.model);
-    expectEqual("==", a.real == b.real, order == 0);
-    expectEqual("<", a.real < b.real.CStr(), order < 0);
-    expectEqual("<=", a.real <= b.real, order <= 0);
-    expectEqual(">", a.real > b.real.CStr(), order > 0);
-    expectEqual("BeginsWith", a.real.BeginsWith(b.real, caseSensitive), a.model.beginsWith(b.model, caseSensitive));
-    expectEqual("EndsWith", a.real.EndsWith(b.real, caseSensitive), a.model.endsWith(b.model, caseSensitive));
+    const int order = modelA.view().compare(modelB.view());
+    expectEqual("==", a == b, order == 0);
+    expectEqual("<", a < b.CStr(), order < 0);
+    expectEqual("<=", a <= b, order <= 0);
+    expectEqual(">", a > b.CStr(), order > 0);
+    expectEqual("BeginsWith", a.BeginsWith(b, caseSensitive),
+                modelA.matches(modelA.left(modelB.length()), modelB, caseSensitive));
+    expectEqual("EndsWith", a.EndsWith(b, caseSensitive),
+                modelA.matches(modelA.right(modelB.length()), modelB, caseSensitive));
 }
 
-void cut(Turn& turn) {
-    const Slot& slot = turn.slot();
-    const unsigned int n = turn.number();
-    const auto count = turn.maybe();
-    switch (turn.input.ConsumeIntegralInRange(0, 2)) {
-        case 0:
-            turn.slot() = {slot.real.Left(n), slot.model.left(n)};
-            break;
-        case 1:
-            turn.slot() = {slot.real.Right(n), slot.model.right(n)};
-            break;
-        default:
-            turn.slot() = {slot.real.Mid(n, count), slot.model.mid(n, count)};
-    }
-}
-
+/// Puts into a slot what one of the operations gives that leave the String as it is.
 void change(Turn& turn) {
-    const Slot& slot = turn.slot();
-    switch (turn.input.ConsumeIntegralInRange(0, 3)) {
-        case 0:
-            turn.slot() = {slot.real.ToUpper(), slot.model.toUpper()};
-            break;
-        case 1:
-            turn.slot() = {slot.real.ToLower(), slot.model.toLower()};
-            break;
-        case 2:
-            turn.slot() = {slot.real.StripWhiteSpace(), slot.model.stripWhiteSpace()};
-            break;
-        default:
-            turn.slot() = {slot.real.SimplifyWhiteSpace(), slot.model.simplifyWhiteSpace()};
-    }
+    const auto& [real, model] = turn.slot();
+    const auto& [from, modelFrom] = turn.slot();
+    const auto& [to, modelTo] = turn.slot();
+    const unsigned int n = turn.number();
+    const Position count = turn.maybe();
+    const char a = turn.byte(), b = turn.byte();
+    const Slot results[] = {{real.Left(n), model.left(n)},
+                            {real.Right(n), model.right(n)},
+                            {real.Mid(n, count), model.mid(n, count)},
+                            {real.ToUpper(), model.toUpper()},
+                            {real.ToLower(), model.toLower()},
+                            {real.StripWhiteSpace(), model.stripWhiteSpace()},
+                            {real.SimplifyWhiteSpace(), model.simplifyWhiteSpace()},
+                            {real.Replace(from, to), model.replace(modelFrom, modelTo)},
+                            {real.ReplaceChar(a, b), model.replaceChar(a, b)},
+                            {real.Arg(from), model.arg(modelFrom)},
+                            {real.Arg(n), model.arg(TextModel(std::to_string(n)))}};
+    turn.slot() = turn.input.PickValueInArray(results);
 }
 
 void split(Turn& turn) {
@@ -245,68 +195,24 @@ void split(Turn& turn) {
 }
 
 void join(Turn& turn) {
-    const Slot& separator = turn.slot();
+    const auto& [separator, model] = turn.slot();
     std::vector<String> parts;
-    std::vector<TextModel> models;
+    TextModel joined;
     for (auto count = turn.input.ConsumeIntegralInRange(0, 5); count > 0; --count) {
         const Slot& part = turn.slot();
+        joined.append(parts.empty() ? TextModel() : model).append(part.model);
         parts.push_back(part.real);
-        models.push_back(part.model);
     }
-    turn.slot() = {String::Join(separator.real, parts), TextModel::join(separator.model, models)};
-}
-
-void replace(Turn& turn) {
-    const Slot& slot = turn.slot();
-    const Slot& from = turn.slot();
-    const Slot& to = turn.slot();
-    turn.slot() = {slot.real.Replace(from.real, to.real), slot.model.replace(from.model, to.model)};
-}
-
-void replaceChar(Turn& turn) {
-    const Slot& slot = turn.slot();
-    const char from = turn.byte();
-    const char to = turn.byte();
-    turn.slot() = {slot.real.ReplaceChar(from, to), slot.model.replaceChar(from, to)};
-}
-
-void fillIn(Turn& turn) {
-    const Slot& slot = turn.slot();
-    const Slot& value = turn.slot();
-    if (turn.flag()) {
-        turn.slot() = {slot.real.Arg(value.real), slot.model.arg(value.model)};
-    } else {
-        const int number = turn.input.ConsumeIntegral<int>();
-        turn.slot() = {slot.real.Arg(number), slot.model.arg(TextModel(std::to_string(number)))};
-    }
+    turn.slot() = {String::Join(separator, parts), joined};
 }
 
 const struct {
     const char* name;
     void (*perform)(Turn&);
 } OPERATIONS[] = {
-    {"make", make},         {"copy", copy},
-    {"assign", assign},     {"exchange", exchange},
-    {"append", append},     {"append byte", appendByte},
-    {"add", add},           {"resize", resize},
-    {"truncate", truncate}, {"insert", insert},
-    {"remove", remove},     {"find", find},
-    {"find back", findRev}, {"compare", compare},
-    {"cut", cut},           {"change", change},
-    {"split", split},       {"join", join},
-    {"replace", replace},   {"replace byte", replaceChar},
-    {"fill in", fillIn},
+    {"make", make}, {"copy", copy},       {"append", append}, {"add", add},       {"resize", resize}, {"edit", edit},
+    {"find", find}, {"compare", compare}, {"change", change}, {"change", change}, {"split", split},   {"join", join},
 };
-
-/// Keeps what later operations work on small.
-void tidy(std::vector<Slot>& slots) {
-    slots.resize(SLOT_COUNT);
-    for (Slot& slot : slots) {
-        if (slot.model.length() > LONGEST) {
-            slot = {};
-        }
-    }
-}
 
 }  // namespace
 
@@ -320,7 +226,10 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         fuzz::trace() += std::string(" ") + operation.name + ",";
         operation.perform(turn);
         check(slots);
-        tidy(slots);
+        slots.resize(SLOT_COUNT);
+        for (Slot& slot : slots) {
+            slot = slot.model.length() > LONGEST ? Slot() : slot;
+        }
     }
     return 0;
 }
