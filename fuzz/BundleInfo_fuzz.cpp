@@ -6,7 +6,7 @@
 #include "tests/support/TempDir.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    static const test::TempDir folder;
+    const test::TempDir folder;  // another one each time, because a bundle whose factories are registered lives on
     test::writeFile(folder / "A.bundle/Contents/Info.plist", std::string(data, data + size));
     const std::string bundle = folder / "A.bundle";
     const host::BundleInfo info = host::readBundleInfo(bundle);
