@@ -89,7 +89,7 @@ RunResult runSteps(const Options& options, const RootFolder& root, const std::ve
         return runWorker(options, &root);
     } catch (...) {
         if (journal != nullptr) {
-            journal->abandonIfUnchanged(before.tree, look(root, scope, &before).tree);
+            journal->abandonIfUnchanged(before.tree, takeLook(root, scope, &before).tree);
         }
         throw;
     }

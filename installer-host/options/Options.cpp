@@ -5,6 +5,7 @@
 #include <string>
 
 #include "installer-host/options/Commands.h"
+#include "installer-host/options/Completion.h"
 #include "installer-host/options/HelpFormatter.h"
 #include "installer-host/options/NearestWord.h"
 #include "installer-host/options/OptionKinds.h"
@@ -135,6 +136,15 @@ void requireValues(const std::vector<std::string>& arguments) {
     }
 }
 
+void addCompletionCommand(CLI::App& app, Shell& shell) {
+    CLI::App& completion =
+        *app.add_subcommand("completion", "Print the script by which a shell completes installer-host's command lines");
+    completion.footer("Example, for the shell that runs it:\n  source <(installer-host completion bash)");
+    addChoice<Shell>(completion, "SHELL", shell, {{"bash", Shell::Bash}, {"zsh", Shell::Zsh}, {"fish", Shell::Fish}},
+                     "The shell that is to read the script")
+        ->required();
+}
+
 }  // namespace
 
 ParsedOptions parseOptions(int argc, const char* const* argv) {
@@ -149,7 +159,10 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     addUndoCommand(app, options);
     addCheckCommand(app, options);
     addShowCommand(app, options);
+    Shell shell = Shell::Bash;
+    addCompletionCommand(app, shell);
     for (CLI::App* command : app.get_subcommands(nullptr)) {
+        command->group("Commands");
         command->formatter(std::make_shared<HelpFormatter>());
     }
     app.formatter(std::make_shared<HelpFormatter>());
@@ -159,6 +172,10 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return stopWith(app, error, options.format);
+    }
+    if (app.got_subcommand("completion")) {
+        parsed.text = completionScript(app, shell);
+        return parsed;
     }
     parsed.proceed = true;
     return parsed;
