@@ -20,6 +20,7 @@ constexpr const char* MAIN_FOOTER = R"(Examples:
   installer-host check CorvaneInstall.bundle
   installer-host run --product 5100 --language 1 --root /tmp/root \
       CorvaneInstall.bundle
+  installer-host undo journal.json --root /tmp/root
   installer-host show --root /tmp/root
 
 Exit status:
@@ -31,7 +32,7 @@ Exit status:
    5  a step let an exception escape, or ended the process
    6  the private root, or something else that a run needs, is missing or
       could not be made
-   7  something could not be stored or read
+   7  something could not be stored, read or put back
    8  the outcome is not the expected one
    9  the time-out ended the run
   10  something changed, with --changes-exit; two roots differ, with --diff
@@ -155,6 +156,7 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     app.footer(MAIN_FOOTER);
     app.require_subcommand(1);
     addRunCommand(app, options);
+    addUndoCommand(app, options);
     addCheckCommand(app, options);
     addShowCommand(app, options);
     Shell shell = Shell::Bash;
