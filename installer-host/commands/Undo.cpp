@@ -1,8 +1,8 @@
+#include "installer-host/journal/Undo.h"
 #include "installer-host/Activity.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
 #include "installer-host/commands/Output.h"
-#include "installer-host/journal/Undo.h"
 #include "installer-host/report/UndoReport.h"
 
 namespace host {
