@@ -6,7 +6,7 @@ BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 SECONDS ?= 60
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack fuzz bench docs clean
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack fuzz mutants bench docs clean
 .PHONY: install-deps help
 
 all: build
@@ -72,6 +72,10 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@cmake --preset fuzz
 	@cmake --build --preset fuzz
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
+
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
