@@ -34,6 +34,8 @@ ExitStatus perform(const Options& options) {
     switch (options.command) {
         case Command::Run:
             return runCommand(options);
+        case Command::Undo:
+            return undoCommand(options);
         case Command::Check:
             return checkCommand(options);
         case Command::Show:

@@ -1,7 +1,6 @@
-// Editing: pieces put in and taken out, case, white space, fields, replacement.
+// Editing: pieces put in and taken out, case, white space, fields.
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "CvBase/common/string/common_string_bytes.h"
@@ -129,49 +128,4 @@ String String::Join(const String& separator, const std::vector<String>& parts) {
     joined.reserve(size);
     forEachPiece([&](const String& piece) { joined += bytesOf(piece); });
     return fromBytes(std::move(joined));
-}
-
-String String::Replace(const String& from, const String& to) const {
-    if (IsEmpty()) {
-        return IsNull() ? String() : String("");
-    }
-    if (from.IsEmpty()) {
-        return *this;
-    }
-    const std::string_view source = bytesOf(*this);
-    const std::string_view pattern = viewOf(bytesOf(from));
-    const unsigned int lastStart = Length() + 1 - from.Length();  // wraps, so that a longer `from` is tried everywhere
-    std::string replaced;
-    std::size_t copied = 0;
-    for (std::size_t i = 0; i < source.size() && i < lastStart;) {
-        const void* const hit = std::memchr(source.data() + i, from.CStr()[0], source.size() - i);
-        if (hit == nullptr) {
-            break;
-        }
-        i = static_cast<std::size_t>(static_cast<const char*>(hit) - source.data());
-        if (i < lastStart && viewOf(source.substr(i, from.Length())) == pattern) {
-            replaced.append(source, copied, i - copied).append(bytesOf(to));
-            i += from.Length();
-            copied = std::min(i, source.size());
-        } else {
-            ++i;
-        }
-    }
-    replaced.append(source, copied);
-    return replaced.empty() ? String() : fromBytes(std::move(replaced));
-}
-
-String String::ReplaceChar(const Char& from, const Char& to) const {
-    String replaced(CStr());
-    const checked_value<unsigned int> last = FindRev(from);
-    if (!last.IsSet()) {
-        return replaced;
-    }
-    if (last.Value() >= replaced.Length()) {
-        replaced.detachAndExtend(last.Value());
-    }
-    for (checked_value<unsigned int> hit = Find(from); hit.IsSet(); hit = Find(from, hit.Value() + 1)) {
-        (*replaced.text_)[hit.Value()] = to;
-    }
-    return replaced;
 }
