@@ -88,6 +88,10 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@cmake --build --preset fuzz
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
 
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
+
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
 	@mkdir -p build
