@@ -1,4 +1,4 @@
-#include "installer-host/NearestWord.h"
+#include "installer-host/options/NearestWord.h"
 
 #include <algorithm>
 #include <cstddef>
