@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "installer-host/Message.h"
+#include "installer-host/page/HtmlPage.h"
 #include "installer-host/run/ChildProcess.h"
 
 namespace host {
@@ -13,8 +14,8 @@ void print(const std::string& text) {
     }
 }
 
-std::string formatted(const Json& document, Format) {
-    return jsonText(document);
+std::string formatted(const Json& document, Format format) {
+    return format == Format::Html ? htmlPage(document) : jsonText(document);
 }
 
 void explain(const Judgement& judgement) {

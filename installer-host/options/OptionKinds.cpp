@@ -53,9 +53,13 @@ void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
 
+const std::vector<std::pair<std::string, Format>> FORMATS = {
+    {"text", Format::Text}, {"json", Format::Json}, {"html", Format::Html}};
+
 void addFormat(CLI::App& app, Options& options) {
-    addChoice<Format>(app, "--format", options.format, {{"text", Format::Text}, {"json", Format::Json}},
-                      "The format of the report (default: text)");
+    addChoice<Format>(app, "--format", options.format, FORMATS,
+                      "The format of the report: text, JSON, or an HTML page that needs nothing but itself (default: "
+                      "text)");
 }
 
 void addTimeout(CLI::App& app, Options& options) {

@@ -74,6 +74,9 @@ const std::string& checkedFolder(const std::string& name, const std::string& fol
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
                         const std::string& help);
 
+/// The words for the formats.
+extern const std::vector<std::pair<std::string, Format>> FORMATS;
+
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
