@@ -14,7 +14,8 @@ Facts propertiesOf(const Json& entry) {
     for (const auto& [name, value] : entry.items()) {
         if (name == "attributes") {
             for (const auto& [attribute, bytes] : value.items()) {
-                facts.emplace_back("attribute " + attribute, "<" + bytes.get<std::string>() + ">");
+                facts.emplace_back("attribute " + attribute,
+                                   element("bdi.value", "<" + bytes.get<std::string>() + ">"));
             }
         } else if (name == "targetBytes") {
             facts.emplace_back("bytes of the target", foreign(value));
@@ -51,8 +52,8 @@ Markup comparison(const Facts& before, const Facts& after) {
     for (const std::string& name : namesOf(before, after)) {
         const Markup was = factNamed(name, before), is = factNamed(name, after);
         const bool isSame = was.html() == is.html();
-        table.add({isSame ? Markup(name) : name + " " + state(Mood::Changed, "changed"), was.isEmpty() ? none : was,
-                   is.isEmpty() ? none : is},
+        table.add({isSame ? foreign(name) : foreign(name) + " " + state(Mood::Changed, "changed"),
+                   was.isEmpty() ? none : was, is.isEmpty() ? none : is},
                   isSame ? "" : "differs");
     }
     return table.markup();
