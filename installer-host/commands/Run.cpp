@@ -1,63 +1,58 @@
-#include <pwd.h>
-#include <unistd.h>
+#include <optional>
 
-#include <chrono>
-#include <filesystem>
-#include <system_error>
-
+#include "installer-host/OutputFile.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
+#include "installer-host/commands/OneRun.h"
 #include "installer-host/commands/Output.h"
-#include "installer-host/look/BundleInfo.h"
+#include "installer-host/expect/Expectation.h"
+#include "installer-host/expect/ExpectationFile.h"
+#include "installer-host/expect/Verdict.h"
 #include "installer-host/report/JsonReport.h"
 #include "installer-host/report/TextReport.h"
-#include "installer-host/run/Listener.h"
 
 namespace host {
 
 namespace {
 
-/// The folders to look at: all of a private root, and of the machine what the user named.
-std::vector<std::string> scopeOf(const Plan& plan) {
-    if (!plan.workedOn().empty()) {
-        return {"/"};
+/// The expectation that the user named, if any, which must be one of a single run.
+std::optional<Expectation> readExpectation(const std::string& file) {
+    if (file.empty()) {
+        return std::nullopt;
     }
-    std::vector<std::string> scope;
-    for (const std::string& folder : plan.options().scope) {
-        std::error_code error;
-        const std::filesystem::path path = std::filesystem::weakly_canonical(folder, error);
-        scope.push_back(error ? folder : path.string());
+    const Expectation expectation = Expectation::read(file);
+    if (expectation.isForMatrix()) {
+        throw Failure(ExitStatus::Usage, "the expectation '" + file + "' is that of a matrix",
+                      "Compare it with: installer-host matrix --expect '" + file + "'");
     }
-    return scope;
+    return expectation;
 }
 
-void addMetadata(RunResult& result, const BundleInfo& info) {
-    const passwd* user = getpwuid(geteuid());
-    result.userId = geteuid();
-    result.userName = user == nullptr ? "" : user->pw_name;
-    result.bundleIdentifier = info.identifier;
-    result.bundleVersion = info.version;
+std::string reportText(const RunResult& result, const Json& expectation, bool onlyProblems) {
+    const bool isMet = expectation.is_null() || expectation["met"];
+    const std::string compared = onlyProblems && isMet ? "" : expectationText(expectation);
+    return (onlyProblems ? runProblemsText(result) : runText(result)) + compared;
 }
 
 }  // namespace
 
 ExitStatus runCommand(const Options& given) {
+    const std::optional<Expectation> expectation = readExpectation(given.expect);
     const Plan plan(given);
-    const auto started = std::chrono::system_clock::now();
     const Options& options = plan.options();
-    const BundleInfo info = readBundleInfo(options.bundle);
-    RootFolder root(plan.workedOn());
-    root.makePrivateFolders();
-    const std::vector<std::string> scope = scopeOf(plan);
-    const Look before = look(root, scope, nullptr, endIfInterrupted);
-    RunResult result = runWorker(options, &root);
-    result.changes = compare(before, look(root, scope, &before), options.verbose);
-    result.started = started;
-    addMetadata(result, info);
-    const Judgement judgement = judge(result);
-    explain(judgement);
-    print(options.format == Format::Text ? runText(result) : formatted(runDocument(result, judgement), options.format));
-    return judgement.status;
+    Changes everything;
+    const RunResult result = performRun(plan, &everything);
+    const Verdict verdict = judgeAsExpected(result, everything, expectation, "");
+    if (!options.writeExpect.empty() && result.end != WorkerEnd::Interrupted) {
+        replaceFile(options.writeExpect, expectationFileText(factsOf(verdict.document)));
+    }
+    explain(verdict.judgement);
+    if (options.format == Format::Text) {
+        printText(reportText(result, verdict.document["expectation"], options.quiet));
+    } else {
+        print(formatted(verdict.document, options.format));
+    }
+    return verdict.judgement.status;
 }
 
 }  // namespace host

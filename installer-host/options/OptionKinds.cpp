@@ -1,6 +1,8 @@
 #include "installer-host/options/OptionKinds.h"
 
+#include <algorithm>
 #include <climits>
+#include <cstdint>
 
 namespace host {
 
@@ -32,9 +34,15 @@ const std::string& checkedPath(const std::string& name, const std::string& path)
 const std::string& checkedFolder(const std::string& name, const std::string& folder) {
     checkedPath(name, folder);
     if (folder.front() == '-') {
-        throw CLI::ValidationError(name, quoted(folder) + " looks like an option; put ./ before the name of a folder");
+        throw CLI::ValidationError(
+            name, quoted(folder) + " looks like an option; put ./ before the name of a file or folder");
     }
     return folder;
+}
+
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help) {
+    const auto take = [=, &file](const std::string& given) { file = checkedFolder(name, given); };
+    return app.add_option_function<std::string>(name, take, help)->type_name("FILE");
 }
 
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
@@ -53,6 +61,28 @@ void addBundle(CLI::App& app, Options& options) {
     app.add_option("BUNDLE", options.bundle, "The plug-in, a folder such as CorvaneInstall.bundle")->required();
 }
 
+void addCalls(CLI::App& app, Options& options) {
+    addChoice<std::vector<Step>>(
+        app, "--step", options.installation.steps,
+        {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
+        "The steps to run (default: both)");
+    addNumber<std::uint16_t>(app, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
+                             "The version to write into the parameter block (default: " +
+                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
+    addChoice<bool>(app, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
+                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
+                    "directly (default: table)");
+}
+
+void addExpectation(CLI::App& app, Options& options) {
+    CLI::Option* expect = addFile(
+        app, "--expect", options.expect,
+        "End with status 8, and say what differs, when the outcome is not the one that FILE describes: a report "
+        "in JSON, or what --write-expect wrote");
+    addFile(app, "--write-expect", options.writeExpect, "Write into FILE what --expect is to find the next time")
+        ->excludes(expect);
+}
+
 const std::vector<std::pair<std::string, Format>> FORMATS = {
     {"text", Format::Text}, {"json", Format::Json}, {"html", Format::Html}};
 
@@ -65,6 +95,21 @@ void addFormat(CLI::App& app, Options& options) {
 void addTimeout(CLI::App& app, Options& options) {
     addNumber(app, "--timeout", "SECONDS", options.timeout, 0U, LONGEST_TIMEOUT,
               "End the run when the bundle's code takes longer than SECONDS; 0: no limit (default: 60)");
+}
+
+void addManners(CLI::App& app, Options& options, const std::string& verboseHelp) {
+    CLI::Option* quiet =
+        addFlag(app, "-q,--quiet", options.quiet, "Print nothing when all is well, and only what went wrong otherwise");
+    app.add_flag_function(
+           "-v,--verbose",
+           [&](std::int64_t times) { options.verbose = static_cast<unsigned>(std::min<std::int64_t>(times, 2)); },
+           "Say on standard error what is done" + verboseHelp + "; twice: with times and commands")
+        ->disable_flag_override()
+        ->excludes(quiet);
+    addFile(app, "--log", options.log, "Add a line for each event to FILE, with the time and a number for the run");
+    addChoice<ColorWhen>(app, "--color", options.color,
+                         {{"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}},
+                         "When to use colours; auto: on a terminal, unless NO_COLOR is set (default: auto)");
 }
 
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp) {

@@ -46,8 +46,8 @@ CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& value, const 
 
 /// Adds an option with one of a few words.
 template <typename Value>
-void addChoice(CLI::App& app, const std::string& name, Value& value,
-               const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
+CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value,
+                       const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
     std::string names;
     for (const auto& choice : choices) {
         names += (names.empty() ? "" : "|") + choice.first;
@@ -61,14 +61,17 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
         }
         throw CLI::ValidationError(name, quoted(text) + " is not one of " + names);
     };
-    app.add_option_function<std::string>(name, choose, help)->type_name(names);
+    return app.add_option_function<std::string>(name, choose, help)->type_name(names);
 }
 
 /// A path as it stands on the command line.
 const std::string& checkedPath(const std::string& name, const std::string& path);
 
-/// The same for a folder's path. Without this, an option that lacks its value would take the next option as its value.
+/// The same for an option's path. Without this, an option that lacks its value would take the next option as its value.
 const std::string& checkedFolder(const std::string& name, const std::string& folder);
+
+/// Adds an option with the path of a file.
+CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help);
 
 /// Adds an option that may be given several times, each time with a folder.
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
@@ -79,8 +82,14 @@ extern const std::vector<std::pair<std::string, Format>> FORMATS;
 
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);
+void addCalls(CLI::App& app, Options& options);  ///< which steps are called, and how
+void addExpectation(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
 void addTimeout(CLI::App& app, Options& options);
+
+/// Adds what every command takes: how much it tells, in what colours, and the log. `verboseHelp` says what --verbose
+/// adds to the report.
+void addManners(CLI::App& app, Options& options, const std::string& verboseHelp = "");
 
 /// Adds the two options that say where the command works, and returns the second, --machine.
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp);

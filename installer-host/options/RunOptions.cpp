@@ -35,16 +35,7 @@ void addRunCommand(CLI::App& app, Options& options) {
               "The installation's language as a classic Mac OS code: 0 English, 1 French, 2 German, 3 Italian, "
               "6 Spanish, 11 Japanese (default: 0)",
               "; a language is given by its classic Mac OS code, for example 0 for English or 1 for French");
-    addChoice<std::vector<Step>>(
-        run, "--step", options.installation.steps,
-        {{"pre", {Step::PreInstall}}, {"post", {Step::PostInstall}}, {"both", {Step::PreInstall, Step::PostInstall}}},
-        "The steps to run (default: both)");
-    addNumber<std::uint16_t>(run, "--block-version", "N", options.installation.blockVersion, 0, 0xFFFF,
-                             "The version to write into the parameter block (default: " +
-                                 std::to_string(XCOD_BLOCK_VERSION) + ", the one that plug-ins accept)");
-    addChoice<bool>(run, "--entry", options.installation.direct, {{"table", false}, {"direct", true}},
-                    "Call the steps through the interface table, or the exported functions PreInstall and PostInstall "
-                    "directly (default: table)");
+    addCalls(run, options);
     CLI::Option* machine = addPlace(run, options,
                                     "Work in a private root: DIR/Library and DIR/Applications take the place of "
                                     "/Library and /Applications, and the "
@@ -56,11 +47,15 @@ void addRunCommand(CLI::App& app, Options& options) {
                "With --machine: look at DIR; repeat the option for more folders (default: /Library and /Applications)")
         ->needs(machine)
         ->excludes(dryRun);
+    addFile(run, "--journal", options.journal,
+            "Write into FILE, a new file, what undoing the run takes; see 'installer-host undo --help'")
+        ->excludes(dryRun);
     addFlag(run, "--changes-exit", options.changesExit,
             "End with status 10 when something changed, or in a dry run would have changed");
+    addExpectation(run, options);
     addFormat(run, options);
     addTimeout(run, options);
-    addFlag(run, "--verbose", options.verbose, "Report progress on standard error; list unchanged preferences, too");
+    addManners(run, options, ", and list unchanged preferences and mere changes of times, too");
     run.callback([&] {
         options.command = Command::Run;
         checkedPath("BUNDLE", options.bundle);
