@@ -167,7 +167,7 @@ Markup entrySection(const Json& entries, int level) {
         items.push_back(entryItem(change));
     }
     return section(level, "Files and folders",
-                   items.empty() ? element("p.none", "Nothing changed.") : list("entries", items));
+                   items.empty() ? element("p.none", "No difference.") : list("entries", items));
 }
 
 }  // namespace host::page

@@ -22,12 +22,32 @@ std::string runPage(const Json& report) {
                      runSections(report, 2), report);
 }
 
+/// What a `show` was asked for.
+Markup showFacts(const Json& document) {
+    const auto member = [&](const char* name) {
+        const bool isGiven = document.contains(name) && !document.at(name).is_null();
+        return isGiven ? anyValue(document.at(name)) : Markup();
+    };
+    const Markup root = document.at("root").is_null() ? Markup("this machine") : member("root");
+    const bool isDiff = document.contains("other");
+    return factList({{isDiff ? "Before" : "Of", root},
+                     {"After", member("other")},
+                     {"Only the domain", member("domain")},
+                     {"Only the key", member("key")},
+                     {"Value", member("value")}});
+}
+
 std::string showPage(const Json& document) {
-    const Json& root = document.at("root");
-    const Markup place = root.is_null() ? Markup("This machine") : "The private root " + path(root);
     return wholePage({"Preferences and Finder flags", "What is on the disk", verdictOf(document),
-                      errorNote(document) + element("p.lead", place)},
+                      errorNote(document) + showFacts(document)},
                      showSections(document), document);
+}
+
+std::string diffPage(const Json& document) {
+    const bool differs = document.at("differs");
+    return wholePage({"Comparison of two roots", differs ? "They differ" : "They are alike", verdictOf(document),
+                      errorNote(document) + showFacts(document)},
+                     diffSections(document), document);
 }
 
 std::string checkPage(const Json& document) {
@@ -65,6 +85,7 @@ std::string htmlPage(const Json& document) {
     return document.contains("steps")      ? runPage(document)
            : document.contains("cases")    ? matrixPage(document)
            : document.contains("domains")  ? showPage(document)
+           : document.contains("differs")  ? diffPage(document)
            : document.contains("findings") ? checkPage(document)
                                            : otherPage(document);
 }

@@ -52,7 +52,7 @@ Markup preferenceSection(const Json& preferences, int level) {
         }
         files += fileOf(first, keys, level + 1);
     }
-    return section(level, "Preferences", files.isEmpty() ? element("p.none", "Nothing changed.") : files);
+    return section(level, "Preferences", files.isEmpty() ? element("p.none", "No difference.") : files);
 }
 
 Markup flagsText(const Json& object) {

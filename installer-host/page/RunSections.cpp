@@ -1,5 +1,6 @@
 #include "installer-host/page/RunSections.h"
 
+#include <iterator>
 #include <set>
 
 #include "installer-host/page/AnyValue.h"
@@ -106,9 +107,9 @@ const std::set<std::string> SAID_ELSEWHERE = {
 
 const char* meaningOf(int status) {
     static constexpr const char* MEANINGS[] = {
-        "done",          "step failed", "wrong usage", "bundle unusable", "plug-in refused",   "step ended by a fault",
-        "could not run", "incomplete",  "unexpected",  "timed out",       "done, with changes"};
-    return status <= 10 ? MEANINGS[status] : "ended by the user";
+        "done",          "step failed", "wrong usage", "bundle unusable", "plug-in refused",    "step ended by a fault",
+        "could not run", "incomplete",  "unexpected",  "timed out",       "done, with changes", "not there"};
+    return status < static_cast<int>(std::size(MEANINGS)) ? MEANINGS[status] : "ended by the user";
 }
 
 }  // namespace

@@ -28,6 +28,22 @@ Markup listSection(const char* title, const std::vector<Markup>& items) {
     return items.empty() ? Markup() : section(2, title, list("items", items));
 }
 
+Markup problemList(const Json& unreadable) {
+    std::vector<Markup> problems;
+    for (const Json& one : unreadable) {
+        problems.push_back(unreadableText(one));
+    }
+    return listSection("Problems", problems);
+}
+
+Markup flagsSection(const Json& objects) {
+    Table flags("Finder flags", {"Object", "Flags"});
+    for (const Json& object : objects) {
+        flags.add({path(object.at("path")), flagsText(object)});
+    }
+    return section(2, "Finder flags", flags.markup());
+}
+
 }  // namespace
 
 Markup showSections(const Json& document) {
@@ -35,20 +51,21 @@ Markup showSections(const Json& document) {
     for (const Json& domain : document.at("domains")) {
         domains += domainSection(domain);
     }
-    std::vector<Markup> files, problems;
+    std::vector<Markup> files;
     for (const Json& file : document.at("files")) {
         files.push_back(path(file));
     }
-    for (const Json& one : document.at("unreadable")) {
-        problems.push_back(unreadableText(one));
-    }
-    Table flags("Finder flags", {"Object", "Flags"});
-    for (const Json& object : document.at("finderFlags")) {
-        flags.add({path(object.at("path")), flagsText(object)});
-    }
-    return listSection("Problems", problems) +
+    const Json& objects = document.at("finderFlags");
+    return problemList(document.at("unreadable")) +
            section(2, "Preferences", domains.isEmpty() ? element("p.none", "None.") : domains) +
-           listSection("Other files among the preferences", files) + section(2, "Finder flags", flags.markup());
+           listSection("Other files among the preferences", files) +
+           (objects.empty() ? Markup() : flagsSection(objects));
+}
+
+Markup diffSections(const Json& document) {
+    const Json& changes = document.at("finderFlags");
+    return problemList(document.at("unreadable")) + preferenceSection(document.at("preferences"), 2) +
+           (changes.empty() ? Markup() : finderSection(changes, 2));
 }
 
 Markup checkSections(const Json& document) {
