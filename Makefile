@@ -4,9 +4,10 @@
 PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
+SECONDS ?= 60
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
-.PHONY: install-deps help archive test-page test-fleet test-fleet-deb
+# No target is a file.
+.PHONY: $(shell sed -n 's/^\([a-z0-9-]*\):.*/\1/p' $(firstword $(MAKEFILE_LIST)))
 
 all: build
 
@@ -83,6 +84,17 @@ lint-all: ## the same, and clang-tidy on every source
 attack: build ## attack the machine with a hostile plug-in, and see each protection missed
 	@tests/installer-host/attack/attack.py $(BUILD)
 	@tests/installer-host/attack/attack.py --prove $(BUILD)
+
+fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
+	@tools/install-deps fuzz
+	@mkdir -p build
+	@cmake --preset fuzz
+	@cmake --build --preset fuzz
+	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
+
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
