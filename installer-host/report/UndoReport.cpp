@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include "installer-host/look/JsonPath.h"
 #include "installer-host/look/Snapshot.h"
@@ -164,6 +165,13 @@ std::string undoText(const UndoResult& result) {
     text += "\nPut back (+ added, ~ changed, - removed)\n" + itemsText(result.restored);
     text += "\nLeft alone\n" + itemsText(result.left);
     return text + "\n" + Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
+}
+
+std::string undoProblemsText(const UndoResult& result) {
+    std::vector<UndoItem> faults;
+    std::copy_if(result.left.begin(), result.left.end(), std::back_inserter(faults),
+                 [](const UndoItem& item) { return item.isFault; });
+    return faults.empty() ? "" : "Not put back\n" + itemsText(faults);
 }
 
 Json undoDocument(const UndoResult& result, const Judgement& judgement) {
