@@ -71,7 +71,7 @@ void prepareJournal(RunJournal& journal, const Tree& before) {
     for (const std::string& sentence : journal.promises()) {
         message += (message.empty() ? "" : "\n") + sentence;
     }
-    say(message);
+    remark(Talk::Usual, message);
 }
 
 /// Runs the steps. A journal of a run that could not begin, and changed nothing, is forgotten.
