@@ -4,9 +4,10 @@
 PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
+SECONDS ?= 60
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
-.PHONY: install-deps help
+# No target is a file.
+.PHONY: $(shell sed -n 's/^\([a-z0-9-]*\):.*/\1/p' $(firstword $(MAKEFILE_LIST)))
 
 all: build
 
@@ -30,6 +31,10 @@ run: ## install a product into a sample root and print the report
 test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
+test-page: build ## look at the HTML reports in a browser
+	@tools/install-deps page
+	@tests/installer-host/page/drive-pages $(BUILD)
+
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
@@ -50,6 +55,21 @@ abi: ## compare the libraries' binary interface with the recorded one
 	@mkdir -p build
 	@tools/abi
 
+archive: ## pack the host and the plug-in for machines without our packages
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall CvBase_platform
+	@tools/archive $(BUILD)
+
+test-fleet: archive ## roll the plug-in out to 24 folders as machines with Ansible, over ssh
+	@tools/install-deps fleet
+	@tests/deploy/fleet.py $(BUILD)/corvane-install.tar.gz
+
+test-fleet-deb: package ## roll the Debian packages out to a Debian root as a machine (as root)
+	@tools/install-deps fleet
+	@tests/deploy/fleet.py --packages build/package/packages
+
 check-darwin: ## compile for the Mac, and link and look at the plug-in
 	@tools/check-darwin
 
@@ -64,6 +84,17 @@ lint-all: ## the same, and clang-tidy on every source
 attack: build ## attack the machine with a hostile plug-in, and see each protection missed
 	@tests/installer-host/attack/attack.py $(BUILD)
 	@tests/installer-host/attack/attack.py --prove $(BUILD)
+
+fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
+	@tools/install-deps fuzz
+	@mkdir -p build
+	@cmake --preset fuzz
+	@cmake --build --preset fuzz
+	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
+
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench
@@ -82,4 +113,4 @@ clean: ## remove everything that was built
 	rm -rf build
 
 help: ## list these commands
-	@sed -n 's/^\([a-z0-9-]*\):.*## /\1\t/p' $(MAKEFILE_LIST) | awk -F '\t' '{ printf "make %-13s %s\n", $$1, $$2 }'
+	@sed -n 's/^\([a-z0-9-]*\):.*## /\1\t/p' $(MAKEFILE_LIST) | awk -F '\t' '{ printf "make %-15s %s\n", $$1, $$2 }'

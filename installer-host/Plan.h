@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "installer-host/Options.h"
+#include "installer-host/options/Options.h"
 #include "installer-host/run/DryRunCopy.h"
 
 namespace host {

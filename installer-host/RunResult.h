@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "installer-host/Finding.h"
-#include "installer-host/Options.h"
 #include "installer-host/look/Changes.h"
+#include "installer-host/options/Options.h"
 #include "platform/Result.h"
 
 namespace host {
@@ -61,15 +61,16 @@ struct RunResult {
     std::string bundleIdentifier;  ///< empty when it is not known, like the version
     std::string bundleVersion;
     WorkerEnd end = WorkerEnd::Finished;
-    std::string endText;               ///< Died: how, for example "signal 11 (...)"; BrokeProtocol: by what
-    int signal = 0;                    ///< Interrupted: the signal by which the user ended the run
-    std::optional<Failure> failure;    ///< of a run: why no step was run; the bundle's code may have been loaded
-    std::vector<StepResult> steps;     ///< of a run: each that was asked for
-    std::vector<cv::Fault> notStored;  ///< of a run: what the bundle's code asked for in vain
-    std::vector<AlertRecord> alerts;   ///< in the order in which they came up
-    std::vector<std::string> limits;   ///< which limits held for the bundle's code, a sentence each
-    Changes changes;                   ///< of a run
-    std::vector<Finding> findings;     ///< of a check
+    std::string endText;                     ///< Died: how, for example "signal 11 (...)"; BrokeProtocol: by what
+    int signal = 0;                          ///< Interrupted: the signal by which the user ended the run
+    std::optional<Failure> failure;          ///< of a run: why no step was run; the bundle's code may have been loaded
+    std::vector<StepResult> steps;           ///< of a run: each that was asked for
+    std::vector<cv::Fault> notStored;        ///< of a run: what the bundle's code asked for in vain
+    std::vector<AlertRecord> alerts;         ///< in the order in which they came up
+    std::vector<std::string> limits;         ///< which limits held for the bundle's code, a sentence each
+    std::vector<std::string> leftProcesses;  ///< of a run: the names of those that the steps had left running
+    Changes changes;                         ///< of a run
+    std::vector<Finding> findings;           ///< of a check
 };
 
 }  // namespace host

@@ -25,8 +25,9 @@ CFStringRef updaterDomain() {
     return CFSTR("com.corvane.updater");
 }
 
-// A language that is added here also goes into the help and the manual of installer-host (installer-host/Options.cpp,
-// docs/installer-host.1) and into the table of tests/installer-host/Install_test.cpp.
+// A language that is added here also goes into the help and the manual of installer-host
+// (installer-host/options/RunOptions.cpp, docs/installer-host.1) and into the table of
+// tests/installer-host/Install_test.cpp.
 CFStringRef languageText(std::int32_t languageCode) {
     enum : std::int32_t { langFrench = 1, langGerman = 2, langItalian = 3, langSpanish = 6, langJapanese = 11 };
     switch (languageCode) {

@@ -5,34 +5,30 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
+#include "installer-host/look/JsonPath.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
-#include "platform/PropertyList/Utf.h"
 
 namespace host {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// The version of docs/report.schema.json.
-constexpr const char* SCHEMA = "2.0";
-
-std::string write(const Json& report) {
-    return report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
-}
+constexpr const char* SCHEMA = "2.1";
 
 const char* nameOf(Command command) {
-    return command == Command::Run ? "run" : command == Command::Check ? "check" : "show";
-}
-
-/// What every report begins with.
-Json beginReport(std::optional<Command> command) {
-    return {{"schema", SCHEMA},
-            {"host", INSTALLER_HOST_VERSION},
-            {"command", command ? Json(nameOf(*command)) : Json(nullptr)}};
+    switch (command) {
+        case Command::Run:
+            return "run";
+        case Command::Undo:
+            return "undo";
+        case Command::Check:
+            return "check";
+        case Command::Show:
+            break;
+    }
+    return "show";
 }
 
 const char* nameOf(Change change) {
@@ -78,22 +74,6 @@ Json orNull(const std::optional<T>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
 
-/// Ends a report with what it comes to.
-std::string endReport(Json report, const Judgement& judgement) {
-    // The first line says what happened, the others what to do.
-    const std::string& message = judgement.message;
-    const std::size_t end = std::min(message.find('\n'), message.size());
-    const bool isError = judgement.status != ExitStatus::Done && judgement.status != ExitStatus::SomethingChanged;
-    report["error"] = nullptr;
-    if (isError) {
-        report["error"] = {{"status", static_cast<int>(judgement.status)},
-                           {"what", message.substr(0, end)},
-                           {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
-    }
-    report["exitStatus"] = static_cast<int>(judgement.status);
-    return write(report);
-}
-
 Json stepJson(const StepResult& result) {
     return {{"step", shortName(result.step)},
             {"outcome", nameOf(result.outcome)},
@@ -110,23 +90,6 @@ Json alertJson(const AlertRecord& alert) {
             {"buttons", alert.buttons},
             {"answer", orNull(alert.answer)},
             {"answeredBy", alert.answer ? orNull(alert.answeredBy) : Json(nullptr)}};
-}
-
-bool isUtf8(std::string_view text) {
-    for (std::size_t position = 0; position < text.size();) {
-        if (cv::plist::nextCharacter(text, position) == cv::plist::NO_CHARACTER) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Adds a path, and its bytes where it is not UTF-8.
-void addPath(Json& object, const std::string& key, const std::string& path) {
-    object[key] = path;
-    if (!isUtf8(path)) {
-        object[key + "Bytes"] = hexText(path);
-    }
 }
 
 /// What an entry was or is.
@@ -203,6 +166,14 @@ Json finderJson(const FinderObject& object) {
             {"problem", orNull(object.problem)}};
 }
 
+Json finderChangeJson(const FinderChange& change) {
+    Json json = Json::object();
+    addPath(json, "path", change.after.path);
+    json["before"] = finderJson(change.before);
+    json["after"] = finderJson(change.after);
+    return json;
+}
+
 Json unreadableJson(const Unreadable& unreadable) {
     const bool isFinder = unreadable.kind == Unreadable::Kind::Finder;
     const bool isUnseen = unreadable.kind == Unreadable::Kind::Unseen;
@@ -240,12 +211,8 @@ void addChanges(Json& report, const Changes& changes) {
     for (const KeyChange& change : changes.preferences) {
         report["preferences"].push_back(preferenceJson(change));
     }
-    for (const auto& [before, after] : changes.finder) {
-        Json json = Json::object();
-        addPath(json, "path", after.path);
-        json["before"] = finderJson(before);
-        json["after"] = finderJson(after);
-        report["finderFlags"].push_back(json);
+    for (const FinderChange& change : changes.finder) {
+        report["finderFlags"].push_back(finderChangeJson(change));
     }
     for (const Unreadable& one : changes.unreadable) {
         report["unreadable"].push_back(unreadableJson(one));
@@ -263,6 +230,7 @@ void addMetadata(Json& report, const RunResult& result) {
                    {"scope", options.scope},
                    {"user", {{"id", result.userId}, {"name", orNull(result.userName)}}},
                    {"started", timeText(result.started)},
+                   {"journal", orNull(options.journal)},
                    {"dryRun", options.dryRun},
                    {"product", installation.product},
                    {"language", installation.language},
@@ -270,10 +238,44 @@ void addMetadata(Json& report, const RunResult& result) {
                    {"entry", installation.direct ? "direct" : "table"}});
 }
 
+/// What both kinds of reports of `show` begin with.
+Json beginShow(const std::string& root, const Selection& selection) {
+    Json report = beginDocument(Command::Show);
+    report["root"] = orNull(root);
+    report["domain"] = orNull(selection.domain);
+    report["key"] = orNull(selection.key);
+    return report;
+}
+
 }  // namespace
 
-std::string runJson(const RunResult& result, const Judgement& judgement) {
-    Json report = beginReport(Command::Run);
+std::string jsonText(const Json& document) {
+    return document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
+}
+
+Json beginDocument(std::optional<Command> command) {
+    return {{"schema", SCHEMA},
+            {"host", INSTALLER_HOST_VERSION},
+            {"command", command ? Json(nameOf(*command)) : Json(nullptr)}};
+}
+
+Json endDocument(Json document, const Judgement& judgement) {
+    // The first line says what happened, the others what to do.
+    const std::string& message = judgement.message;
+    const std::size_t end = std::min(message.find('\n'), message.size());
+    const bool isError = judgement.status != ExitStatus::Done && judgement.status != ExitStatus::SomethingChanged;
+    document["error"] = nullptr;
+    if (isError) {
+        document["error"] = {{"status", static_cast<int>(judgement.status)},
+                             {"what", message.substr(0, end)},
+                             {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
+    }
+    document["exitStatus"] = static_cast<int>(judgement.status);
+    return document;
+}
+
+Json runDocument(const RunResult& result, const Judgement& judgement) {
+    Json report = beginDocument(Command::Run);
     addMetadata(report, result);
     for (const char* list : {"steps", "alerts", "notStored"}) {
         report[list] = Json::array();
@@ -288,21 +290,27 @@ std::string runJson(const RunResult& result, const Judgement& judgement) {
         report["notStored"].push_back({{"what", fault.what}, {"reason", fault.reason}});
     }
     report["limits"] = result.limits;
+    report["leftProcesses"] = result.leftProcesses;
+    report["expectation"] = nullptr;
     report["changed"] = result.changes.any();
     report["summary"] = summaryOf(result);
     report["counts"] = countsJson(result);
     addChanges(report, result.changes);
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
-std::string showJson(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
-    Json report = beginReport(Command::Show);
-    report["root"] = orNull(root);
+Json showDocument(const Snapshot& snapshot, const std::string& root, const Selection& selection,
+                  const Judgement& judgement) {
+    Json report = beginShow(root, selection);
+    report["value"] = nullptr;
     for (const char* list : {"domains", "files", "finderFlags", "unreadable"}) {
         report[list] = Json::array();
     }
     for (const auto& [domain, file] : snapshot.domains) {
         report["domains"].push_back({{"domain", domain}, {"problem", orNull(file.problem)}, {"keys", file.keys}});
+        if (!selection.key.empty() && !file.keys.empty()) {
+            report["value"] = file.keys.begin()->second;
+        }
     }
     report["files"] = snapshot.otherFiles;
     for (const FinderObject& object : snapshot.objects) {
@@ -313,22 +321,42 @@ std::string showJson(const Snapshot& snapshot, const std::string& root, const Ju
     for (const auto& [path, problem] : snapshot.unreadable) {
         report["unreadable"].push_back(unreadableJson({Unreadable::Kind::Unseen, path, problem}));
     }
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
-std::string checkJson(const RunResult& result, const Judgement& judgement) {
-    Json report = beginReport(Command::Check);
+Json diffDocument(const SnapshotDiff& diff, const std::string& first, const std::string& second,
+                  const Selection& selection, const Judgement& judgement) {
+    Json report = beginShow(first, selection);
+    report["other"] = second;
+    report["differs"] = diff.any();
+    for (const char* list : {"preferences", "finderFlags", "unreadable"}) {
+        report[list] = Json::array();
+    }
+    for (const KeyChange& change : diff.preferences) {
+        report["preferences"].push_back(preferenceJson(change));
+    }
+    for (const FinderChange& change : diff.finder) {
+        report["finderFlags"].push_back(finderChangeJson(change));
+    }
+    for (const Unreadable& one : diff.unreadable) {
+        report["unreadable"].push_back(unreadableJson(one));
+    }
+    return endDocument(report, judgement);
+}
+
+Json checkDocument(const RunResult& result, const Judgement& judgement) {
+    Json report = beginDocument(Command::Check);
     report["bundle"] = result.options.bundle;
     report["ok"] = judgement.status == ExitStatus::Done;
     report["findings"] = Json::array();
     for (const Finding& finding : result.findings) {
         report["findings"].push_back({{"subject", finding.subject}, {"ok", finding.ok}, {"text", finding.text}});
     }
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
-std::string errorJson(std::optional<Command> command, const Judgement& judgement) {
-    return endReport(beginReport(command), judgement);
+Json errorDocument(std::optional<Command> command, const Judgement& judgement) {
+    return endDocument(beginDocument(command), judgement);
 }
 
 }  // namespace host

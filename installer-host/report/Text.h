@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -12,7 +13,13 @@ std::string inQuotes(std::string_view text);
 /// The same without the quotes around it: fit for one line of a report.
 std::string escaped(std::string_view text);
 
+/// The same for text in which quotes and backslashes are not escaped: those of this program's own sentences.
+std::string visible(std::string_view text);
+
 /// "0x" and `digits` hexadecimal digits.
 std::string hexNumber(std::uint32_t value, int digits);
+
+/// "0.012 s".
+std::string secondsText(std::chrono::milliseconds time);
 
 }  // namespace host

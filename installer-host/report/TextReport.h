@@ -3,16 +3,17 @@
 #include <string>
 
 #include "installer-host/RunResult.h"
-#include "installer-host/look/Snapshot.h"
 
 namespace host {
 
 // The reports for a reader. Bytes of preferences that are not UTF-8 are escaped.
 
 std::string runText(const RunResult& result);
-std::string checkText(const RunResult& result);
 
-/// `root` is empty for the machine itself.
-std::string showText(const Snapshot& snapshot, const std::string& root);
+/// Of the same report what went wrong; empty when nothing did.
+std::string runProblemsText(const RunResult& result);
+
+/// `onlyFailed` leaves out what is as it should be.
+std::string checkText(const RunResult& result, bool onlyFailed = false);
 
 }  // namespace host

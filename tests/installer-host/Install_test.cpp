@@ -55,7 +55,7 @@ TEST(Install, WritesJsonWithStableKeys) {
     const InstallRoot root;
     root.makeVendorFolder();
     json expected = json::parse(R"({
-        "schema": "2.0", "host": "1.0.0", "command": "run", "dryRun": false, "changed": true, "error": null,
+        "schema": "2.1", "host": "1.0.0", "command": "run", "dryRun": false, "changed": true, "error": null,
         "bundleIdentifier": "com.corvane.installer.plugin", "bundleVersion": "1.0.0", "scope": [], "alerts": [],
         "product": 5100, "language": 0, "blockVersion": 1000, "entry": "table",
         "steps": [{"step": "post", "outcome": "done", "resultFlagsBefore": 0, "resultFlagsAfter": 0,

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "installer-host/report/JsonReport.h"
+#include "installer-host/report/ShowText.h"
 #include "installer-host/report/TextReport.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -49,7 +50,7 @@ std::string changesOf(const std::string& before, const std::string& change, bool
     shell(folder, change);
     RunResult result;
     result.changes = compare(first, look(root, {"/"}, &first), verbose);
-    const json report = json::parse(runJson(result, {}));
+    const json report = json::parse(jsonText(runDocument(result, {})));
     std::map<std::string, std::size_t> counts{
         {"created", 0}, {"removed", 0}, {"changed", 0}, {"moved", 0}, {"times", 0}};
     for (const json& entry : report["entries"]) {

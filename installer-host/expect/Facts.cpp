@@ -1,0 +1,206 @@
+#include "installer-host/expect/Facts.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+
+#include "installer-host/ExitStatus.h"
+#include "installer-host/report/Text.h"
+
+namespace host {
+
+namespace {
+
+/// How an expectation's file holds the facts of one kind.
+struct Section {
+    FactKind kind;
+    const char* name;
+    int depth;  ///< how many names lead from it to a value
+};
+
+constexpr Section SECTIONS[] = {
+    {FactKind::ExitStatus, "exitStatus", 0},
+    {FactKind::Step, "steps", 1},
+    {FactKind::Alert, "alerts", 1},
+    {FactKind::Preference, "preferences", 2},
+    {FactKind::FinderFlags, "finderFlags", 1},
+    {FactKind::Entry, "entries", 1},
+};
+
+/// The exit status of a run for its own sake.
+int ownStatus(int status) {
+    const auto is = [=](ExitStatus one) { return status == static_cast<int>(one); };
+    return is(ExitStatus::NotAsExpected) || is(ExitStatus::SomethingChanged) ? 0 : status;
+}
+
+/// "done, resultFlags 0x00000000"
+std::string stepText(const Json& step) {
+    const Json& flags = step.at("resultFlagsAfter");
+    return step.at("outcome").get<std::string>() +
+           (flags.is_null() ? "" : ", resultFlags " + hexNumber(flags.get<std::uint32_t>(), 8));
+}
+
+/// "changed file: contents, mode"
+std::string entryText(const Json& entry) {
+    const Json& now = entry.at("after").is_null() ? entry.at("before") : entry.at("after");
+    std::string text = entry.at("change").get<std::string>() + " " + now.at("type").get<std::string>();
+    if (!entry.at("from").is_null()) {
+        text += " from " + entry.at("from").get<std::string>();
+    }
+    const char* separator = ": ";
+    for (const Json& what : entry.at("differs")) {
+        text += separator + what.get<std::string>();
+        separator = ", ";
+    }
+    return text;
+}
+
+void addSteps(const Json& document, Facts& facts) {
+    for (const Json& step : document.at("steps")) {
+        facts[{FactKind::Step, step.at("step"), ""}] = {stepText(step)};
+    }
+    std::size_t number = 0;
+    for (const Json& alert : document.at("alerts")) {
+        facts[{FactKind::Alert, std::to_string(++number), ""}] = {alert.at("title").get<std::string>() + ": " +
+                                                                  alert.at("text").get<std::string>()};
+    }
+}
+
+void addPreferences(const Json& document, Facts& facts) {
+    for (const Json& key : document.at("preferences")) {
+        const std::string subject = (key.at("domain").is_null() ? key.at("path") : key.at("domain")).get<std::string>();
+        facts[{FactKind::Preference, subject, key.at("key")}] = {TypedValue(key.at("after")),
+                                                                 key.at("change") != "unchanged"};
+    }
+}
+
+void addObjects(const Json& document, Facts& facts) {
+    for (const Json& object : document.at("finderFlags")) {
+        facts[{FactKind::FinderFlags, object.at("path"), ""}] = {TypedValue(object.at("after").at("flags")),
+                                                                 object.at("before") != object.at("after")};
+    }
+    for (const Json& entry : document.at("entries")) {
+        if (entry.at("change") != "times") {
+            facts[{FactKind::Entry, entry.at("path"), ""}] = {entryText(entry)};
+        }
+    }
+}
+
+/// The value as a person writes it, where that tells the type, too.
+Json plain(const TypedValue& value) {
+    const bool isPlain = value.is_object() && (value["type"] == "string" || value["type"] == "integer" ||
+                                               value["type"] == "boolean" || value["type"] == "real");
+    const bool isOddReal = isPlain && value["type"] == "real" && value["value"].is_string();
+    return Json(isPlain && !isOddReal ? value["value"] : value);
+}
+
+[[noreturn]] void refuse(const std::string& name, const std::string& what) {
+    throw std::invalid_argument(inQuotes(name) + " " + what);
+}
+
+/// Whether it is a value with its type, and so is all that it holds.
+bool isTyped(const Json& value) {
+    if (!value.is_object() || !value.contains("type") || !value["type"].is_string() || !value.contains("value")) {
+        return false;
+    }
+    const std::string type = value["type"];
+    const Json& content = value["value"];
+    if (type == "array" || type == "dictionary") {
+        return content.is_structured() && std::all_of(content.begin(), content.end(), isTyped);
+    }
+    const bool isText = type == "string" || type == "data" || type == "date";
+    return isText ? content.is_string() : content.is_primitive();
+}
+
+/// The value of a preference that was written in either way.
+TypedValue typed(const std::string& name, const Json& value) {
+    if (value.is_structured()) {
+        if (!isTyped(value)) {
+            refuse(name, R"(needs a plain value, or {"type": TYPE, "value": VALUE} with more of these in it)");
+        }
+        return TypedValue(value);
+    }
+    const char* type = value.is_string()           ? "string"
+                       : value.is_boolean()        ? "boolean"
+                       : value.is_number_integer() ? "integer"
+                       : value.is_number()         ? "real"
+                                                   : nullptr;
+    return type == nullptr ? TypedValue() : TypedValue{{"type", type}, {"value", TypedValue(value)}};
+}
+
+TypedValue valueOf(FactKind kind, const std::string& name, const Json& value) {
+    if (kind == FactKind::Preference) {
+        return typed(name, value);
+    }
+    const bool isNumber = kind == FactKind::ExitStatus || kind == FactKind::FinderFlags;
+    if (!value.is_null() && !(isNumber ? value.is_number_integer() : value.is_string())) {
+        refuse(name, isNumber ? "needs a whole number, or null" : "needs a text, or null");
+    }
+    return TypedValue(value);
+}
+
+/// Adds the facts in `value`, which lies `level` names below its section.
+void addFacts(const Section& section, int level, const FactName& name, const Json& value, Facts& facts) {
+    const std::string label = level == 0 ? section.name : level == 1 ? name.subject : name.key;
+    if (level == section.depth) {
+        facts[name] = {valueOf(name.kind, label, value)};
+        return;
+    }
+    if (!value.is_object()) {
+        refuse(label, "is not an object");
+    }
+    for (const auto& [member, inner] : value.items()) {
+        if (level == 0 && member.empty()) {
+            refuse(label, "has a member without a name");
+        }
+        FactName next = name;
+        (level == 0 ? next.subject : next.key) = member;
+        addFacts(section, level + 1, next, inner, facts);
+    }
+}
+
+}  // namespace
+
+Facts factsOf(const Json& runDocument) {
+    Facts facts;
+    if (runDocument.contains("steps")) {
+        addSteps(runDocument, facts);
+        addPreferences(runDocument, facts);
+        addObjects(runDocument, facts);
+    }
+    facts[{FactKind::ExitStatus, "", ""}] = {ownStatus(runDocument.at("exitStatus"))};
+    return facts;
+}
+
+Json toJson(const Facts& facts) {
+    Json object = Json::object();
+    for (const auto& [name, fact] : facts) {
+        const Section& section = SECTIONS[static_cast<int>(name.kind)];
+        Json* place = &object[section.name];
+        place = section.depth > 0 ? &(*place)[name.subject] : place;
+        place = section.depth > 1 ? &(*place)[name.key] : place;
+        *place = name.kind == FactKind::Preference ? plain(fact.value) : Json(fact.value);
+    }
+    return object;
+}
+
+Facts factsFrom(const Json& object) {
+    Facts facts;
+    for (const Section& section : SECTIONS) {
+        if (object.contains(section.name)) {
+            addFacts(section, 0, {section.kind, "", ""}, object[section.name], facts);
+        }
+    }
+    return facts;
+}
+
+bool isKindOfFact(const std::string& member) {
+    for (const Section& section : SECTIONS) {
+        if (member == section.name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace host
