@@ -84,6 +84,9 @@ void addExpectation(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
 void addTimeout(CLI::App& app, Options& options);
 
+/// Adds the option that names a private root.
+CLI::Option* addRoot(CLI::App& app, Options& options, const std::string& help);
+
 /// Adds the two options that say where the command works, and returns the second, --machine.
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp);
 

@@ -19,14 +19,17 @@ namespace {
 constexpr const char* SCHEMA = "2.1";
 
 const char* nameOf(Command command) {
-    return command == Command::Run ? "run" : command == Command::Check ? "check" : "show";
-}
-
-/// What every report begins with.
-Json beginReport(std::optional<Command> command) {
-    return {{"schema", SCHEMA},
-            {"host", INSTALLER_HOST_VERSION},
-            {"command", command ? Json(nameOf(*command)) : Json(nullptr)}};
+    switch (command) {
+        case Command::Run:
+            return "run";
+        case Command::Matrix:
+            return "matrix";
+        case Command::Check:
+            return "check";
+        case Command::Show:
+            break;
+    }
+    return "show";
 }
 
 const char* nameOf(Change change) {
@@ -70,22 +73,6 @@ Json orNull(const std::string& text) {
 template <typename T>
 Json orNull(const std::optional<T>& value) {
     return value ? Json(*value) : Json(nullptr);
-}
-
-/// Ends a report with what it comes to.
-Json endReport(Json report, const Judgement& judgement) {
-    // The first line says what happened, the others what to do.
-    const std::string& message = judgement.message;
-    const std::size_t end = std::min(message.find('\n'), message.size());
-    const bool isError = judgement.status != ExitStatus::Done && judgement.status != ExitStatus::SomethingChanged;
-    report["error"] = nullptr;
-    if (isError) {
-        report["error"] = {{"status", static_cast<int>(judgement.status)},
-                           {"what", message.substr(0, end)},
-                           {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
-    }
-    report["exitStatus"] = static_cast<int>(judgement.status);
-    return report;
 }
 
 Json stepJson(const StepResult& result) {
@@ -270,8 +257,29 @@ std::string jsonText(const Json& document) {
     return document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
+Json beginDocument(std::optional<Command> command) {
+    return {{"schema", SCHEMA},
+            {"host", INSTALLER_HOST_VERSION},
+            {"command", command ? Json(nameOf(*command)) : Json(nullptr)}};
+}
+
+Json endDocument(Json document, const Judgement& judgement) {
+    // The first line says what happened, the others what to do.
+    const std::string& message = judgement.message;
+    const std::size_t end = std::min(message.find('\n'), message.size());
+    const bool isError = judgement.status != ExitStatus::Done && judgement.status != ExitStatus::SomethingChanged;
+    document["error"] = nullptr;
+    if (isError) {
+        document["error"] = {{"status", static_cast<int>(judgement.status)},
+                             {"what", message.substr(0, end)},
+                             {"whatToDo", orNull(message.substr(std::min(end + 1, message.size())))}};
+    }
+    document["exitStatus"] = static_cast<int>(judgement.status);
+    return document;
+}
+
 Json runDocument(const RunResult& result, const Judgement& judgement) {
-    Json report = beginReport(Command::Run);
+    Json report = beginDocument(Command::Run);
     addMetadata(report, result);
     for (const char* list : {"steps", "alerts", "notStored"}) {
         report[list] = Json::array();
@@ -292,11 +300,11 @@ Json runDocument(const RunResult& result, const Judgement& judgement) {
     report["summary"] = summaryOf(result);
     report["counts"] = countsJson(result);
     addChanges(report, result.changes);
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
 Json showDocument(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
-    Json report = beginReport(Command::Show);
+    Json report = beginDocument(Command::Show);
     report["root"] = orNull(root);
     for (const char* list : {"domains", "files", "finderFlags", "unreadable"}) {
         report[list] = Json::array();
@@ -313,22 +321,22 @@ Json showDocument(const Snapshot& snapshot, const std::string& root, const Judge
     for (const auto& [path, problem] : snapshot.unreadable) {
         report["unreadable"].push_back(unreadableJson({Unreadable::Kind::Unseen, path, problem}));
     }
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
 Json checkDocument(const RunResult& result, const Judgement& judgement) {
-    Json report = beginReport(Command::Check);
+    Json report = beginDocument(Command::Check);
     report["bundle"] = result.options.bundle;
     report["ok"] = judgement.status == ExitStatus::Done;
     report["findings"] = Json::array();
     for (const Finding& finding : result.findings) {
         report["findings"].push_back({{"subject", finding.subject}, {"ok", finding.ok}, {"text", finding.text}});
     }
-    return endReport(report, judgement);
+    return endDocument(report, judgement);
 }
 
 Json errorDocument(std::optional<Command> command, const Judgement& judgement) {
-    return endReport(beginReport(command), judgement);
+    return endDocument(beginDocument(command), judgement);
 }
 
 }  // namespace host

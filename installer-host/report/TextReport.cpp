@@ -308,7 +308,11 @@ std::string headText(const RunResult& result) {
 }  // namespace
 
 std::string runText(const RunResult& result) {
-    std::string text = headText(result) + "\nSteps\n";
+    return headText(result) + "\n" + runBody(result);
+}
+
+std::string runBody(const RunResult& result) {
+    std::string text = "Steps\n";
     for (const StepResult& step : result.steps) {
         text += stepLine(step);
     }

@@ -291,6 +291,10 @@ int takeInterruption() {
     return HeldSignals::instance().take();
 }
 
+int interruptionDescriptor() {
+    return HeldSignals::instance().fd();
+}
+
 void endBySignal(int signal) {
     std::signal(signal, SIG_DFL);
     sigset_t held;
