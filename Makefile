@@ -5,7 +5,7 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
+.PHONY: all build run test release-check test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
 .PHONY: install-deps help
 
 all: build
@@ -29,6 +29,13 @@ run: ## install a product into a sample root and print the report
 
 test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
+
+release-check: ## install every product in every language, and compare with what is expected
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
+	@tools/release-check $(BUILD)
 
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"

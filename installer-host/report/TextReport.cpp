@@ -273,6 +273,15 @@ std::string problemsText(const RunResult& result) {
     return text.empty() ? text : "\nProblems\n" + text;
 }
 
+std::string processesText(const RunResult& result) {
+    std::string text =
+        result.leftProcesses.empty() ? "" : "\nProcesses that the steps left running, ended by the host\n";
+    for (const std::string& name : result.leftProcesses) {
+        text += Line(2).addWords(escaped(name)).text();
+    }
+    return text;
+}
+
 std::string limitsText(const RunResult& result) {
     std::string text = result.limits.empty() ? "" : "\nLimits\n";
     for (const std::string& limit : result.limits) {
@@ -317,7 +326,7 @@ std::string runBody(const RunResult& result) {
         text += stepLine(step);
     }
     return text + alertsText(result) + preferencesText(result.changes) + finderText(result.changes) +
-           entriesText(result.changes) + problemsText(result) + limitsText(result) + "\n" +
+           entriesText(result.changes) + problemsText(result) + processesText(result) + limitsText(result) + "\n" +
            Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
 }
 
