@@ -48,7 +48,8 @@ Json performCase(const CaseSettings& settings, const MatrixCase& one) {
     if (settings.options.root.empty()) {
         verdict.document["root"] = nullptr;
     }
-    const std::string text = runBody(result) + expectationText(verdict.document["expectation"]);
+    const std::string expected = expectationText(verdict.document["expectation"]);
+    const std::string text = expected + "\n" + runBody(result);
     return {{"report", std::move(verdict.document)}, {"text", text}};
 }
 

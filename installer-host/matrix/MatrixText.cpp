@@ -59,7 +59,7 @@ std::string outlineOf(const CaseResult& result) {
     const Json expectation = result.report.value("expectation", Json());
     if (result.status == ExitStatus::NotAsExpected && expectation.is_object()) {
         const Json& differences = expectation["differences"];
-        return escaped(differences[0]["text"].get<std::string>()) +
+        return differences[0]["text"].get<std::string>() +
                (differences.size() > 1 ? ", and " + std::to_string(differences.size() - 1) + " more" : "");
     }
     return error.is_null() ? result.report["summary"].get<std::string>() : error["what"].get<std::string>();
