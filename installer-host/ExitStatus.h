@@ -18,7 +18,8 @@ enum class ExitStatus : int {
     NotStored = 7,          ///< something could not be stored or read
     NotAsExpected = 8,      ///< the outcome is not the one that the user expects
     TimedOut = 9,           ///< the time-out ended the run
-    SomethingChanged = 10,  ///< all went well, and the user asked for this status on a change
+    SomethingChanged = 10,  ///< all went well, and the user asked for this status on a change; two roots differ
+    NotThere = 11,          ///< what the user asked for does not exist
 };
 
 /// With the number of a signal added, the status of a run that its user ended by it.

@@ -108,11 +108,25 @@ Judgement judge(const RunResult& result) {
     return result.options.command == Command::Check ? judgeCheck(result) : judgeRun(result);
 }
 
-Judgement judge(const Snapshot& snapshot) {
+Judgement judge(const Snapshot& snapshot, const Selection& selection) {
     if (!snapshot.isComplete()) {
         return {ExitStatus::NotStored, "not everything could be read; the report says what and why"};
     }
+    if (!selection.domain.empty() && snapshot.domains.empty()) {
+        return {ExitStatus::NotThere, "there is no domain '" + escaped(selection.domain) + "'"};
+    }
+    if (!selection.key.empty() && snapshot.domains.begin()->second.keys.empty()) {
+        return {ExitStatus::NotThere,
+                "there is no key '" + escaped(selection.key) + "' in '" + escaped(selection.domain) + "'"};
+    }
     return {};
+}
+
+Judgement judge(const SnapshotDiff& diff) {
+    if (!diff.unreadable.empty()) {
+        return {ExitStatus::NotStored, "not everything could be compared; the report says what and why"};
+    }
+    return {diff.any() ? ExitStatus::SomethingChanged : ExitStatus::Done, ""};
 }
 
 }  // namespace host

@@ -3,7 +3,8 @@
 #include <string>
 
 #include "installer-host/RunResult.h"
-#include "installer-host/look/Snapshot.h"
+#include "installer-host/look/Selection.h"
+#include "installer-host/look/SnapshotDiff.h"
 
 namespace host {
 
@@ -18,7 +19,10 @@ struct Judgement {
 /// asked to hear about. For a check, the first finding that is not ok counts.
 Judgement judge(const RunResult& result);
 
-/// The same for what `show` saw.
-Judgement judge(const Snapshot& snapshot);
+/// The same for what `show` saw of the selection.
+Judgement judge(const Snapshot& snapshot, const Selection& selection);
+
+/// The same for the comparison of two roots.
+Judgement judge(const SnapshotDiff& diff);
 
 }  // namespace host

@@ -1,9 +1,15 @@
 #include "installer-host/Message.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <utility>
 
+#include "installer-host/EventLog.h"
+#include "installer-host/terminal/Colors.h"
+#include "installer-host/terminal/Terminal.h"
 #include "platform/PropertyList/Utf.h"
 
 namespace host {
@@ -16,6 +22,17 @@ bool isHarmless(char32_t character) {
         (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
     return character == '\n' || character == '\t' ||
            (!isControl && !turnsDirection && character != cv::plist::NO_CHARACTER);
+}
+
+Talk g_talk = Talk::Usual;
+std::string g_heldBack;
+
+std::string asMessage(const std::string& message, Paint paint) {
+    std::string text = printable(message);
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
+        text.insert(end + 1, "  ");
+    }
+    return paintedFor(STDERR_FILENO, "installer-host:", paint) + " " + text + "\n";
 }
 
 }  // namespace
@@ -38,12 +55,37 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+void chooseTalk(Talk talk) {
+    g_talk = talk;
+}
+
 void say(const std::string& message) {
-    std::string text = printable(message);
-    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end + 1)) {
-        text.insert(end + 1, "  ");
+    logEvent("message", message);
+    writeError(asMessage(message, Paint::Heading));
+}
+
+void sayWhatFailed(const std::string& message) {
+    logEvent("failure", message);
+    writeError(std::exchange(g_heldBack, "") + asMessage(message, Paint::Bad));
+}
+
+void remark(Talk least, const std::string& message) {
+    if (least == Talk::Usual) {
+        logEvent("message", message);
     }
-    std::fprintf(stderr, "installer-host: %s\n", text.c_str());
+    if (g_talk == Talk::Quiet && least == Talk::Usual) {
+        g_heldBack += asMessage(message, Paint::Heading);
+    } else if (least <= g_talk) {
+        writeError(asMessage(message, Paint::Heading));
+    }
+}
+
+void passOn(std::string_view text) {
+    if (g_talk == Talk::Quiet) {
+        g_heldBack += text;
+    } else {
+        writeError(text);
+    }
 }
 
 }  // namespace host

@@ -53,24 +53,24 @@ std::string findBundle(const std::string& path) {
 }
 
 /// The folders of a private root must not be the machine's own.
-void refuseMachine(const fs::path& root) {
+void refuseMachine(const std::string& option, const fs::path& root) {
     for (const fs::path& own : {fs::path("/"), fs::path("/Library"), fs::path("/Applications")}) {
         std::error_code ignored;
         if (fs::equivalent(root / own.relative_path(), own, ignored)) {
-            throw Failure(ExitStatus::Usage, "--root: '" + root.string() + "' is the machine itself",
+            throw Failure(ExitStatus::Usage, option + ": '" + root.string() + "' is the machine itself",
                           "Say --machine to work there.");
         }
     }
 }
 
-std::string findRoot(const std::string& path) {
+std::string findRoot(const std::string& option, const std::string& path) {
     if (path.empty()) {
         return path;
     }
     std::error_code error;
     const fs::path found = fs::canonical(path, error);
     const RootFolder exists(error ? path : found.string());
-    refuseMachine(found);
+    refuseMachine(option, found);
     return found;
 }
 
@@ -80,7 +80,8 @@ Plan::Plan(Options options) : options_(std::move(options)) {
     if (options_.command != Command::Show) {
         options_.bundle = findBundle(options_.bundle);
     }
-    options_.root = findRoot(options_.root);
+    options_.root = findRoot("--root", options_.root);
+    options_.diff = findRoot("--diff", options_.diff);
     for (std::string& folder : options_.scope) {
         folder = fs::absolute(folder).lexically_normal();
     }

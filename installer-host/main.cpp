@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "installer-host/EventLog.h"
 #include "installer-host/Message.h"
 #include "installer-host/commands/Commands.h"
 #include "installer-host/commands/Output.h"
@@ -44,8 +45,10 @@ ExitStatus perform(const Options& options) {
 }
 
 /// Performs the command. When an error prevents the report, JSON output gets an error report in its place.
-ExitStatus performAndTell(const Options& options) {
+ExitStatus performAndTell(const Options& options, const std::string& commandLine) {
     try {
+        beginAsAsked(options);
+        logEvent("starts", commandLine);
         endIfInterrupted();
         return perform(options);
     } catch (...) {
@@ -56,6 +59,15 @@ ExitStatus performAndTell(const Options& options) {
         }
         return judgement.status;
     }
+}
+
+/// The command line in one line, for the log.
+std::string joined(int argc, char** argv) {
+    std::string line = "installer-host";
+    for (int i = 1; i < argc; ++i) {
+        line += std::string(" ") + argv[i];
+    }
+    return line;
 }
 
 /// Prints the help, the version or what is wrong with the command line.
@@ -81,14 +93,15 @@ int main(int argc, char** argv) {
     ExitStatus status = ExitStatus::Done;
     try {
         const ParsedOptions parsed = parseOptions(argc, argv);
-        status = parsed.proceed ? performAndTell(parsed.options) : tellUsage(parsed);
+        status = parsed.proceed ? performAndTell(parsed.options, joined(argc, argv)) : tellUsage(parsed);
     } catch (const OutputLost& lost) {
-        say(lost.what());
+        sayWhatFailed(lost.what());
         status = ExitStatus::NotStored;
     } catch (const std::exception& fault) {
-        say(std::string("the run cannot go on: ") + fault.what());
+        sayWhatFailed(std::string("the run cannot go on: ") + fault.what());
         status = ExitStatus::RootNotMade;
     }
+    logEvent("exits", "with status " + std::to_string(static_cast<int>(status)));
     // Only now, when the copy of a dry run is gone.
     if (static_cast<int>(status) > SIGNALLED) {
         endBySignal(static_cast<int>(status) - SIGNALLED);

@@ -12,8 +12,11 @@ ExitStatus checkCommand(const Options& given) {
     const Options& options = plan.options();
     const RunResult result = runWorker(options, nullptr);
     const Judgement judgement = judge(result);
-    print(options.format == Format::Text ? checkText(result)
-                                         : formatted(checkDocument(result, judgement), options.format));
+    if (options.format == Format::Text) {
+        printText(checkText(result, options.quiet));
+    } else {
+        print(formatted(checkDocument(result, judgement), options.format));
+    }
     explain(judgement);
     return judgement.status;
 }

@@ -12,6 +12,7 @@
 #include "installer-host/matrix/MatrixDocument.h"
 #include "installer-host/matrix/MatrixText.h"
 #include "installer-host/run/ThrowAwayFolder.h"
+#include "installer-host/terminal/MovingLine.h"
 
 namespace host {
 
@@ -50,8 +51,11 @@ MatrixResult performMatrix(const Options& options) {
     result.unused = unusedOf(result);
     const ThrowAwayFolder empty("/");
     const std::string& root = options.root.empty() ? empty.path() : options.root;
-    result.results = runCases(
-        {result.options, root, result.expectation, result.list}, [](std::size_t, std::size_t) {}, result.signal);
+    ProgressLine line("cases", result.list.cases.size());
+    const auto show = [&](std::size_t done, std::size_t failed) {
+        line.show(done, failed == 0 ? "" : std::to_string(failed) + " failed");
+    };
+    result.results = runCases({result.options, root, result.expectation, result.list}, show, result.signal);
     return result;
 }
 
@@ -70,7 +74,11 @@ ExitStatus matrixCommand(const Options& given) {
         replaceFile(options.matrix.junit, matrixJUnit(result));
     }
     explain(judgement);
-    print(options.format == Format::Text ? matrixText(result, document) : formatted(document, options.format));
+    if (options.format == Format::Text) {
+        printText(options.quiet ? matrixProblemsText(result) : matrixText(result, document));
+    } else {
+        print(formatted(document, options.format));
+    }
     return judgement.status;
 }
 

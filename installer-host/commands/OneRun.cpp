@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "installer-host/Activity.h"
 #include "installer-host/commands/Output.h"
 #include "installer-host/look/BundleInfo.h"
 #include "installer-host/run/Listener.h"
@@ -29,6 +30,17 @@ std::vector<std::string> scopeOf(const Plan& plan) {
     return scope;
 }
 
+Look takeLook(const RootFolder& root, const std::vector<std::string>& scope, const Look* before) {
+    Activity activity(before == nullptr ? "looking at what is there" : "looking at what changed");
+    Look seen = before == nullptr ? look(root, scope, nullptr, endIfInterrupted) : look(root, scope, before);
+    std::size_t entries = 0;
+    for (const auto& folder : seen.tree.folders) {
+        entries += folder.second.entries.size();
+    }
+    activity.setResult(std::to_string(entries) + " entries");
+    return seen;
+}
+
 void addMetadata(RunResult& result, const BundleInfo& info) {
     const passwd* user = getpwuid(geteuid());
     result.userId = geteuid();
@@ -46,10 +58,10 @@ RunResult performRun(const Plan& plan, Changes* everything) {
     RootFolder root(plan.workedOn());
     root.makePrivateFolders();
     const std::vector<std::string> scope = scopeOf(plan);
-    const Look before = look(root, scope, nullptr, endIfInterrupted);
+    const Look before = takeLook(root, scope, nullptr);
     RunResult result = runWorker(options, &root);
-    const Look after = look(root, scope, &before);
-    result.changes = compare(before, after, options.verbose);
+    const Look after = takeLook(root, scope, &before);
+    result.changes = compare(before, after, options.verbose > 0);
     if (everything != nullptr) {
         *everything = compare(before, after, true);
     }

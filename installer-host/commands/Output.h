@@ -14,8 +14,15 @@ struct OutputLost : std::runtime_error {
     OutputLost() : std::runtime_error("the report could not be written to standard output") {}
 };
 
+/// Makes the program as talkative and as colourful as the options say, and opens the log. Throws Failure (Usage) when
+/// the log lies where its lines would count as changes, and what openLog() throws.
+void beginAsAsked(const Options& options);
+
 /// Writes a report, or the help, to standard output, to the last byte. Throws OutputLost.
 void print(const std::string& text);
+
+/// The same for a report of TextReport.h, in colours where standard output has them.
+void printText(const std::string& report);
 
 /// The document in a format other than text, which the documents are not made for.
 std::string formatted(const Json& document, Format format);

@@ -41,8 +41,12 @@ ExitStatus runCommand(const Options& given) {
         replaceFile(options.writeExpect, expectationFileText(factsOf(verdict.document)));
     }
     explain(verdict.judgement);
-    print(options.format == Format::Text ? runText(result) + expectationText(verdict.document["expectation"])
-                                         : formatted(verdict.document, options.format));
+    if (options.format == Format::Text) {
+        printText((options.quiet ? runProblemsText(result) : runText(result)) +
+                  expectationText(verdict.document["expectation"]));
+    } else {
+        print(formatted(verdict.document, options.format));
+    }
     return verdict.judgement.status;
 }
 

@@ -1,21 +1,62 @@
+#include <unistd.h>
+
+#include "installer-host/Activity.h"
+#include "installer-host/Message.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
 #include "installer-host/commands/Output.h"
-#include "installer-host/look/Snapshot.h"
 #include "installer-host/report/JsonReport.h"
-#include "installer-host/report/TextReport.h"
+#include "installer-host/report/ShowText.h"
 
 namespace host {
 
-ExitStatus showCommand(const Options& given) {
-    const Plan plan(given);
-    const Options& options = plan.options();
-    const Snapshot snapshot = takeSnapshot(RootFolder(plan.workedOn()));
-    const Judgement judgement = judge(snapshot);
-    print(options.format == Format::Text ? showText(snapshot, options.root)
-                                         : formatted(showDocument(snapshot, options.root, judgement), options.format));
+namespace {
+
+Snapshot lookAt(const std::string& root, const Selection& selection) {
+    const Activity activity("looking at the preferences");
+    return select(takeSnapshot(RootFolder(root)), selection);
+}
+
+/// Prints the value that somebody else stored. A script gets its bytes; a terminal is to do nothing by them.
+void printValue(const std::string& value) {
+    print(isatty(STDOUT_FILENO) == 1 ? printable(value) : value);
+}
+
+ExitStatus showState(const Options& options) {
+    const Snapshot snapshot = lookAt(options.root, options.selection);
+    const Judgement judgement = judge(snapshot, options.selection);
+    if (options.format != Format::Text) {
+        print(formatted(showDocument(snapshot, options.root, options.selection, judgement), options.format));
+    } else if (options.quiet) {
+        printText(unreadableText(snapshot));
+    } else if (options.selection.domain.empty()) {
+        printText(showText(snapshot, options.root));
+    } else {
+        printValue(selectionText(snapshot, options.selection));
+    }
     explain(judgement);
     return judgement.status;
+}
+
+ExitStatus showDiff(const Options& options) {
+    const Snapshot first = lookAt(options.root, options.selection);
+    const Snapshot second = lookAt(options.diff, options.selection);
+    const SnapshotDiff diff = compare({first, options.root}, {second, options.diff});
+    const Judgement judgement = judge(diff);
+    if (options.format != Format::Text) {
+        print(formatted(diffDocument(diff, options.root, options.diff, options.selection, judgement), options.format));
+    } else {
+        printText(options.quiet ? unreadableText(diff) : diffText(diff, options.root, options.diff));
+    }
+    explain(judgement);
+    return judgement.status;
+}
+
+}  // namespace
+
+ExitStatus showCommand(const Options& given) {
+    const Plan plan(given);
+    return plan.options().diff.empty() ? showState(plan.options()) : showDiff(plan.options());
 }
 
 }  // namespace host

@@ -8,8 +8,6 @@ namespace host {
 
 namespace {
 
-using Keys = std::map<std::string, TypedValue>;
-
 TypedValue valueOr(const Keys& keys, const std::string& key) {
     const auto found = keys.find(key);
     return found == keys.end() ? TypedValue() : found->second;
@@ -65,18 +63,23 @@ void compareKeys(const std::string& path, const Entry* before, const Entry* afte
         changes.unreadable.push_back({Unreadable::Kind::Unseen, path, detailsOf(*before).propertyListProblem});
         return;
     }
+    compareKeys({path, domainAt(path)}, old.keys, now.keys, listUnchanged, changes.preferences);
+}
+
+void compareKeys(const KeyPlace& place, const Keys& before, const Keys& after, bool listUnchanged,
+                 std::vector<KeyChange>& changes) {
     std::set<std::string> keys;
-    for (const Keys* side : {&old.keys, &now.keys}) {
+    for (const Keys* side : {&before, &after}) {
         for (const auto& item : *side) {
             keys.insert(item.first);
         }
     }
     for (const std::string& key : keys) {
-        const TypedValue was = valueOr(old.keys, key);
-        const TypedValue is = valueOr(now.keys, key);
+        const TypedValue was = valueOr(before, key);
+        const TypedValue is = valueOr(after, key);
         const Change change = kindOf(was, is);
         if (change != Change::Unchanged || listUnchanged) {
-            changes.preferences.push_back({path, domainAt(path), key, change, was, is});
+            changes.push_back({place.path, place.domain, key, change, was, is});
         }
     }
 }

@@ -1,14 +1,13 @@
 #include "installer-host/matrix/MatrixText.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <map>
 
 #include "installer-host/matrix/MatrixDocument.h"
 #include "installer-host/report/Lines.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
+#include "installer-host/report/TextPieces.h"
 
 namespace host {
 
@@ -17,16 +16,6 @@ namespace {
 using Outcome = CaseResult::Outcome;
 
 constexpr std::size_t NAME_WIDTH = 24;
-
-std::string secondsText(std::chrono::milliseconds time) {
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);
-    return text.data();
-}
-
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
-}
 
 std::string rightAligned(const std::string& text, std::size_t width) {
     return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
@@ -204,13 +193,17 @@ std::string unusedText(const MatrixResult& matrix) {
 
 }  // namespace
 
+std::string matrixProblemsText(const MatrixResult& matrix) {
+    return unusedText(matrix) + failuresText(matrix);
+}
+
 std::string matrixText(const MatrixResult& matrix, const Json& document) {
     std::string text = headText(matrix) + "\nCases\n";
     for (std::size_t i = 0; i < matrix.results.size(); ++i) {
         text += caseLine(matrix.list.cases[i], matrix.results[i]);
     }
     text += matrix.results.empty() ? "  none\n" : "\n" + Grid(matrix, document).text();
-    text += noticesText(matrix) + unusedText(matrix) + failuresText(matrix);
+    text += noticesText(matrix) + matrixProblemsText(matrix);
     const Json& counts = document["counts"];
     const std::string notRun = counts["notRun"] == 0 ? "" : ", " + counts["notRun"].dump() + " not run";
     return text + "\n" +

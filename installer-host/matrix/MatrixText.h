@@ -10,4 +10,7 @@ namespace host {
 /// of the cases that failed. `document` is the one of the same result.
 std::string matrixText(const MatrixResult& result, const Json& document);
 
+/// Of the same report what went wrong; empty when nothing did.
+std::string matrixProblemsText(const MatrixResult& result);
+
 }  // namespace host

@@ -10,6 +10,7 @@ void addCheckCommand(CLI::App& app, Options& options) {
     addBundle(check, options);
     addFormat(check, options);
     addTimeout(check, options);
+    addManners(check, options);
     check.callback([&] {
         options.command = Command::Check;
         options.installation.steps.clear();

@@ -117,6 +117,7 @@ void addMatrixCommand(CLI::App& app, Options& options) {
             "Write a report for continuous integration, JUnit's XML, into FILE");
     addFormat(matrix, options);
     addTimeout(matrix, options);
+    addManners(matrix, options);
     matrix.callback([&] {
         options.command = Command::Matrix;
         checkedPath("BUNDLE", options.bundle);

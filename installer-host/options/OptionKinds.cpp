@@ -1,5 +1,6 @@
 #include "installer-host/options/OptionKinds.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 
@@ -33,7 +34,8 @@ const std::string& checkedPath(const std::string& name, const std::string& path)
 const std::string& checkedFolder(const std::string& name, const std::string& folder) {
     checkedPath(name, folder);
     if (folder.front() == '-') {
-        throw CLI::ValidationError(name, quoted(folder) + " looks like an option; put ./ before the name of a folder");
+        throw CLI::ValidationError(
+            name, quoted(folder) + " looks like an option; put ./ before the name of a file or folder");
     }
     return folder;
 }
@@ -94,6 +96,21 @@ void addTimeout(CLI::App& app, Options& options) {
 CLI::Option* addRoot(CLI::App& app, Options& options, const std::string& help) {
     const auto take = [&](const std::string& given) { options.root = checkedFolder("--root", given); };
     return app.add_option_function<std::string>("--root", take, help)->type_name("DIR");
+}
+
+void addManners(CLI::App& app, Options& options, const std::string& verboseHelp) {
+    CLI::Option* quiet =
+        addFlag(app, "-q,--quiet", options.quiet, "Print nothing when all is well, and only what went wrong otherwise");
+    app.add_flag_function(
+           "-v,--verbose",
+           [&](std::int64_t times) { options.verbose = static_cast<unsigned>(std::min<std::int64_t>(times, 2)); },
+           "Say on standard error what is done" + verboseHelp + "; twice: with times and commands")
+        ->disable_flag_override()
+        ->excludes(quiet);
+    addFile(app, "--log", options.log, "Add a line for each event to FILE, with the time and a number for the run");
+    addChoice<ColorWhen>(app, "--color", options.color,
+                         {{"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}},
+                         "When to use colours; auto: on a terminal, unless NO_COLOR is set (default: auto)");
 }
 
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp) {

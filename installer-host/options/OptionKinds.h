@@ -67,11 +67,11 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
 /// A path as it stands on the command line.
 const std::string& checkedPath(const std::string& name, const std::string& path);
 
+/// The same for an option's path. Without this, an option that lacks its value would take the next option as its value.
+const std::string& checkedFolder(const std::string& name, const std::string& folder);
+
 /// Adds an option with the path of a file.
 CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, const std::string& help);
-
-/// The same for a folder's path. Without this, an option that lacks its value would take the next option as its value.
-const std::string& checkedFolder(const std::string& name, const std::string& folder);
 
 /// Adds an option that may be given several times, each time with a folder.
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
@@ -83,6 +83,10 @@ void addCalls(CLI::App& app, Options& options);  ///< which steps are called, an
 void addExpectation(CLI::App& app, Options& options);
 void addFormat(CLI::App& app, Options& options);
 void addTimeout(CLI::App& app, Options& options);
+
+/// Adds what every command takes: how much it tells, in what colours, and the log. `verboseHelp` says what --verbose
+/// adds to the report.
+void addManners(CLI::App& app, Options& options, const std::string& verboseHelp = "");
 
 /// Adds the option that names a private root.
 CLI::Option* addRoot(CLI::App& app, Options& options, const std::string& help);

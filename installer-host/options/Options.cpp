@@ -33,7 +33,8 @@ Exit status:
    7  something could not be stored or read
    8  the outcome is not the expected one
    9  the time-out ended the run
-  10  something changed, with --changes-exit
+  10  something changed, with --changes-exit; two roots differ, with --diff
+  11  what --domain and --key name is not there
  129 to 143  128 and the number of the signal by which the user ended the run)";
 
 /// What is wrong with a word that the parser cannot place.

@@ -6,6 +6,8 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/Installation.h"
+#include "installer-host/look/Selection.h"
+#include "installer-host/terminal/Colors.h"
 
 namespace host {
 
@@ -38,7 +40,12 @@ struct Options {
     MatrixOptions matrix;
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
-    bool verbose = false;
+    Selection selection;    ///< `show`: what of the preferences
+    std::string diff;       ///< `show`: the root to compare with; empty: none
+    bool quiet = false;     ///< only failures are told
+    unsigned verbose = 0;   ///< how often it was asked to tell more: 0, 1, 2
+    std::string log;        ///< the file that gets a line for each event; empty: none
+    ColorWhen color = ColorWhen::Auto;
 };
 
 /// What the command line came to: options to work with, or a text for the user and the end.

@@ -52,7 +52,7 @@ void addRunCommand(CLI::App& app, Options& options) {
     addExpectation(run, options);
     addFormat(run, options);
     addTimeout(run, options);
-    addFlag(run, "--verbose", options.verbose, "Report progress on standard error; list unchanged preferences, too");
+    addManners(run, options, ", and list unchanged preferences and mere changes of times, too");
     run.callback([&] {
         options.command = Command::Run;
         checkedPath("BUNDLE", options.bundle);

@@ -184,6 +184,14 @@ Json finderJson(const FinderObject& object) {
             {"problem", orNull(object.problem)}};
 }
 
+Json finderChangeJson(const FinderChange& change) {
+    Json json = Json::object();
+    addPath(json, "path", change.after.path);
+    json["before"] = finderJson(change.before);
+    json["after"] = finderJson(change.after);
+    return json;
+}
+
 Json unreadableJson(const Unreadable& unreadable) {
     const bool isFinder = unreadable.kind == Unreadable::Kind::Finder;
     const bool isUnseen = unreadable.kind == Unreadable::Kind::Unseen;
@@ -221,12 +229,8 @@ void addChanges(Json& report, const Changes& changes) {
     for (const KeyChange& change : changes.preferences) {
         report["preferences"].push_back(preferenceJson(change));
     }
-    for (const auto& [before, after] : changes.finder) {
-        Json json = Json::object();
-        addPath(json, "path", after.path);
-        json["before"] = finderJson(before);
-        json["after"] = finderJson(after);
-        report["finderFlags"].push_back(json);
+    for (const FinderChange& change : changes.finder) {
+        report["finderFlags"].push_back(finderChangeJson(change));
     }
     for (const Unreadable& one : changes.unreadable) {
         report["unreadable"].push_back(unreadableJson(one));
@@ -249,6 +253,15 @@ void addMetadata(Json& report, const RunResult& result) {
                    {"language", installation.language},
                    {"blockVersion", installation.blockVersion},
                    {"entry", installation.direct ? "direct" : "table"}});
+}
+
+/// What both kinds of reports of `show` begin with.
+Json beginShow(const std::string& root, const Selection& selection) {
+    Json report = beginDocument(Command::Show);
+    report["root"] = orNull(root);
+    report["domain"] = orNull(selection.domain);
+    report["key"] = orNull(selection.key);
+    return report;
 }
 
 }  // namespace
@@ -303,14 +316,18 @@ Json runDocument(const RunResult& result, const Judgement& judgement) {
     return endDocument(report, judgement);
 }
 
-Json showDocument(const Snapshot& snapshot, const std::string& root, const Judgement& judgement) {
-    Json report = beginDocument(Command::Show);
-    report["root"] = orNull(root);
+Json showDocument(const Snapshot& snapshot, const std::string& root, const Selection& selection,
+                  const Judgement& judgement) {
+    Json report = beginShow(root, selection);
+    report["value"] = nullptr;
     for (const char* list : {"domains", "files", "finderFlags", "unreadable"}) {
         report[list] = Json::array();
     }
     for (const auto& [domain, file] : snapshot.domains) {
         report["domains"].push_back({{"domain", domain}, {"problem", orNull(file.problem)}, {"keys", file.keys}});
+        if (!selection.key.empty() && !file.keys.empty()) {
+            report["value"] = file.keys.begin()->second;
+        }
     }
     report["files"] = snapshot.otherFiles;
     for (const FinderObject& object : snapshot.objects) {
@@ -320,6 +337,26 @@ Json showDocument(const Snapshot& snapshot, const std::string& root, const Judge
     }
     for (const auto& [path, problem] : snapshot.unreadable) {
         report["unreadable"].push_back(unreadableJson({Unreadable::Kind::Unseen, path, problem}));
+    }
+    return endDocument(report, judgement);
+}
+
+Json diffDocument(const SnapshotDiff& diff, const std::string& first, const std::string& second,
+                  const Selection& selection, const Judgement& judgement) {
+    Json report = beginShow(first, selection);
+    report["other"] = second;
+    report["differs"] = diff.any();
+    for (const char* list : {"preferences", "finderFlags", "unreadable"}) {
+        report[list] = Json::array();
+    }
+    for (const KeyChange& change : diff.preferences) {
+        report["preferences"].push_back(preferenceJson(change));
+    }
+    for (const FinderChange& change : diff.finder) {
+        report["finderFlags"].push_back(finderChangeJson(change));
+    }
+    for (const Unreadable& one : diff.unreadable) {
+        report["unreadable"].push_back(unreadableJson(one));
     }
     return endDocument(report, judgement);
 }

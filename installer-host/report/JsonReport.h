@@ -25,8 +25,11 @@ Json endDocument(Json document, const Judgement& judgement);
 Json runDocument(const RunResult& result, const Judgement& judgement);
 Json checkDocument(const RunResult& result, const Judgement& judgement);
 
-/// `root` is empty for the machine itself.
-Json showDocument(const Snapshot& snapshot, const std::string& root, const Judgement& judgement);
+/// `snapshot` is what select() left of it. A root is empty for the machine itself.
+Json showDocument(const Snapshot& snapshot, const std::string& root, const Selection& selection,
+                  const Judgement& judgement);
+Json diffDocument(const SnapshotDiff& diff, const std::string& first, const std::string& second,
+                  const Selection& selection, const Judgement& judgement);
 
 /// What there is to say when something went wrong before there was anything to report. `command` is unset when the
 /// command line did not come to one.

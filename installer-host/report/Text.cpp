@@ -63,4 +63,10 @@ std::string hexNumber(std::uint32_t value, int digits) {
     return text.data();
 }
 
+std::string secondsText(std::chrono::milliseconds time) {
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);
+    return text.data();
+}
+
 }  // namespace host

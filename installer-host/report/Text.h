@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -14,5 +15,8 @@ std::string escaped(std::string_view text);
 
 /// "0x" and `digits` hexadecimal digits.
 std::string hexNumber(std::uint32_t value, int digits);
+
+/// "0.012 s".
+std::string secondsText(std::chrono::milliseconds time);
 
 }  // namespace host

@@ -8,34 +8,13 @@
 #include "installer-host/report/Lines.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
+#include "installer-host/report/TextPieces.h"
 #include "platform/FinderAttribute.h"
 #include "plugin/ParamBlock.h"
 
 namespace host {
 
 namespace {
-
-std::string flagsText(const FinderObject& object) {
-    if (!object.problem.empty()) {
-        return "cannot be read: " + object.problem;
-    }
-    if (!object.exists) {
-        return "does not exist";
-    }
-    const std::string names = flagNames(object.flags);
-    return hexNumber(object.flags, 4) + (names.empty() ? "" : " (" + names + ")");
-}
-
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
-}
-
-/// "0.012 s".
-std::string secondsText(std::chrono::milliseconds time) {
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);
-    return text.data();
-}
 
 std::string outcomeText(const StepResult& result) {
     switch (result.outcome) {
@@ -89,53 +68,6 @@ std::string alertsText(const RunResult& result) {
             buttons.addWords("not answered: the run ended first");
         }
         text += buttons.text();
-    }
-    return text;
-}
-
-/// Adds a value and its type.
-void addValue(Line& line, const TypedValue& value) {
-    line.addWords(describe(value)).add("(" + value["type"].get<std::string>() + ")");
-}
-
-std::string preferenceLine(const KeyChange& change) {
-    static constexpr const char* SIGNS[] = {"+ ", "~ ", "- ", "  "};
-    Line line(4);
-    line.add(SIGNS[static_cast<int>(change.change)] + inQuotes(change.key)).add("=");
-    addValue(line, change.before.is_null() ? change.after : change.before);
-    if (change.change == Change::Changed) {
-        line.add("->");
-        addValue(line, change.after);
-    } else if (change.change == Change::Unchanged) {
-        line.join(",").addWords(unchangedNote(change));
-    }
-    return line.text();
-}
-
-std::string preferencesText(const Changes& changes) {
-    std::string text = "\nPreferences (+ added, ~ changed, - removed)\n";
-    const std::string* path = nullptr;
-    for (const KeyChange& change : changes.preferences) {
-        if (path == nullptr || *path != change.path) {
-            path = &change.path;
-            text += Line(2).addWords(escaped(change.domain.empty() ? change.path : change.domain)).text();
-        }
-        text += preferenceLine(change);
-    }
-    return text + (changes.preferences.empty() ? "  nothing changed\n" : "");
-}
-
-std::string finderText(const Changes& changes) {
-    std::string text = "\nFinder flags\n";
-    for (const FinderChange& change : changes.finder) {
-        Line line(2);
-        line.addWords(padded(escaped(change.after.path), 30) + "  " + flagsText(change.before));
-        if (differs(change)) {
-            line.add("->").addWords(flagsText(change.after));
-        } else if (change.after.exists) {
-            line.join(",").add("unchanged");
-        }
-        text += line.text();
     }
     return text;
 }
@@ -290,10 +222,6 @@ std::string limitsText(const RunResult& result) {
     return text;
 }
 
-std::string placeText(const std::string& root) {
-    return root.empty() ? "this machine" : "the private root " + escaped(root);
-}
-
 std::string headText(const RunResult& result) {
     const Options& options = result.options;
     std::string text =
@@ -325,44 +253,34 @@ std::string runBody(const RunResult& result) {
     for (const StepResult& step : result.steps) {
         text += stepLine(step);
     }
-    return text + alertsText(result) + preferencesText(result.changes) + finderText(result.changes) +
-           entriesText(result.changes) + problemsText(result) + processesText(result) + limitsText(result) + "\n" +
+    return text + alertsText(result) +
+           preferencesText("+ added, ~ changed, - removed", result.changes.preferences, "nothing changed") +
+           finderText(result.changes.finder) + entriesText(result.changes) + problemsText(result) +
+           processesText(result) + limitsText(result) + "\n" +
            Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
 }
 
-std::string checkText(const RunResult& result) {
+std::string runProblemsText(const RunResult& result) {
+    std::string text;
+    for (const StepResult& step : result.steps) {
+        const bool isDone =
+            step.outcome == StepResult::Outcome::Done && (step.flagsAfter.value_or(0) & XCOD_RESULT_FAILED) == 0;
+        text += isDone ? "" : stepLine(step);
+    }
+    return (text.empty() ? "" : "Steps\n" + text) + problemsText(result);
+}
+
+std::string checkText(const RunResult& result, bool onlyFailed) {
     constexpr std::size_t TEXT_COLUMN = 24;
-    std::string text = Line(0).addWords(escaped(result.options.bundle)).text();
+    std::string text = onlyFailed ? "" : Line(0).addWords(escaped(result.options.bundle)).text();
     for (const Finding& finding : result.findings) {
+        if (onlyFailed && finding.ok) {
+            continue;
+        }
         text += Line(2, TEXT_COLUMN)
                     .add((finding.ok ? "ok      " : "failed  ") + padded(finding.subject, 13))
                     .addWords(escaped(finding.text))
                     .text();
-    }
-    return text;
-}
-
-std::string showText(const Snapshot& snapshot, const std::string& root) {
-    std::string text = Line(0, 2).addWords("Preferences of " + placeText(root)).text();
-    for (const auto& [path, problem] : snapshot.unreadable) {
-        text += Line(2).addWords(escaped(path) + " cannot be read: " + problem).text();
-    }
-    for (const auto& [domain, file] : snapshot.domains) {
-        const std::string problem = file.problem.empty() ? "" : " cannot be read: " + file.problem;
-        text += Line(2).addWords(escaped(domain) + problem).text();
-        for (const auto& [key, value] : file.keys) {
-            Line line(4);
-            addValue(line.add(inQuotes(key)).add("="), value);
-            text += line.text();
-        }
-    }
-    for (const std::string& path : snapshot.otherFiles) {
-        text += Line(2).addWords("file " + escaped(path)).text();
-    }
-    const bool isEmpty = snapshot.domains.empty() && snapshot.otherFiles.empty() && snapshot.unreadable.empty();
-    text += isEmpty ? "  none\n\nFinder flags\n" : "\nFinder flags\n";
-    for (const FinderObject& object : snapshot.objects) {
-        text += Line(2).addWords(padded(escaped(object.path), 30) + "  " + flagsText(object)).text();
     }
     return text;
 }

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "installer-host/RunResult.h"
-#include "installer-host/look/Snapshot.h"
 
 namespace host {
 
@@ -11,9 +10,11 @@ namespace host {
 
 std::string runText(const RunResult& result);
 std::string runBody(const RunResult& result);  ///< the same without its head, which says what was run where
-std::string checkText(const RunResult& result);
 
-/// `root` is empty for the machine itself.
-std::string showText(const Snapshot& snapshot, const std::string& root);
+/// Of the same report what went wrong; empty when nothing did.
+std::string runProblemsText(const RunResult& result);
+
+/// `onlyFailed` leaves out what is as it should be.
+std::string checkText(const RunResult& result, bool onlyFailed = false);
 
 }  // namespace host

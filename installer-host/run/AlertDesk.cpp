@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "installer-host/EventLog.h"
 #include "installer-host/Message.h"
 #include "platform/Alert/AlertMessage.h"
 #include "platform/Alert/ConsoleAlert.h"
@@ -133,6 +134,7 @@ std::vector<Watcher> AlertDesk::watchers() {
 /// Something is asked; from now on the process that asks the user listens there.
 Watching AlertDesk::beginToAsk() {
     const pid_t parent = getpid();
+    still_.emplace();
     pid_ = fork();
     if (pid_ == 0) {
         theirs_ = cv::Descriptor();
@@ -160,9 +162,11 @@ void AlertDesk::hearLine(const std::string& line) {
     const json told = json::parse(line);
     if (told.contains("text")) {
         records_.push_back({told["title"], told["text"], told["buttons"], std::nullopt, ""});
+        logEvent("alert", records_.back().text);
     } else if (!records_.empty()) {
         records_.back().answer = told["answer"].get<std::string>();
         records_.back().answeredBy = told["by"];
+        logEvent("answer", *records_.back().answer + " by " + records_.back().answeredBy);
     }
 }
 
@@ -174,6 +178,7 @@ void AlertDesk::end() {
     while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
     }
     pid_ = 0;
+    still_.reset();
     told_.write = cv::Descriptor();
 }
 

@@ -2,11 +2,13 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "installer-host/RunResult.h"
 #include "installer-host/run/ChildProcess.h"
+#include "installer-host/terminal/Terminal.h"
 #include "platform/Descriptor.h"
 
 namespace host {
@@ -40,6 +42,7 @@ private:
     Pipe told_;
     std::string line_;
     pid_t pid_ = 0;
+    std::optional<Still> still_;  ///< from the first alert on: the process that asks writes to the terminal, too
     std::vector<AlertRecord> records_;
 };
 

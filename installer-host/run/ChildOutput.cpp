@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
+#include "installer-host/EventLog.h"
 #include "installer-host/Message.h"
 
 namespace host {
@@ -44,7 +44,7 @@ void ChildOutput::pass(std::string_view text) {
     if (passed_ >= MOST_OUTPUT) {
         out += "\n| (there was more)\n";
     }
-    std::fwrite(out.data(), 1, out.size(), stderr);
+    passOn(out);
 }
 
 void ChildOutput::keepLastLine(std::string_view text) {
@@ -52,6 +52,9 @@ void ChildOutput::keepLastLine(std::string_view text) {
         if (c != '\n' && line_.size() < LONGEST_KEPT_LINE) {
             line_ += c;
         } else if (c == '\n' && !line_.empty()) {
+            if (passed_ < MOST_OUTPUT) {
+                logEvent("output", line_);
+            }
             lastLine_ = std::move(line_);
             line_.clear();
         }

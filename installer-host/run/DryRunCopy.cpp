@@ -4,11 +4,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <cstdio>
+#include <cstdint>
 #include <iterator>
 #include <vector>
 
+#include "installer-host/Activity.h"
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "installer-host/look/RootFolder.h"
@@ -21,37 +21,15 @@ namespace host {
 
 namespace {
 
-/// Shows the user who watches how far the copying is, and lets the user end it.
-class CopyWatch {
-public:
-    ~CopyWatch() {
-        if (isShown_) {
-            std::fputs("\r\033[K", stderr);
-        }
+/// Shows the user how far the copying is, and lets the user end it.
+void watchCopy(Activity& activity, std::uintmax_t entries, std::uintmax_t bytes) {
+    constexpr std::uintmax_t MEGABYTE = 1000000;
+    if (const int signal = takeInterruption(); signal != 0) {
+        throw Interrupted{signal};
     }
-    CopyWatch() = default;
-    CopyWatch(const CopyWatch&) = delete;
-    CopyWatch& operator=(const CopyWatch&) = delete;
-
-    void see(std::uintmax_t entries, std::uintmax_t bytes) {
-        if (const int signal = takeInterruption(); signal != 0) {
-            throw Interrupted{signal};
-        }
-        const auto now = std::chrono::steady_clock::now();
-        if (now < next_ || !isWatched_) {
-            return;
-        }
-        next_ = now + std::chrono::milliseconds(200);
-        isShown_ = true;
-        std::fprintf(stderr, "\rinstaller-host: copying for the dry run: %ju entries, %ju MB\033[K", entries,
-                     bytes / 1000000);
-    }
-
-private:
-    bool isWatched_ = isatty(STDERR_FILENO) == 1;
-    bool isShown_ = false;
-    std::chrono::steady_clock::time_point next_ = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-};
+    activity.show("copying for the dry run: " + std::to_string(entries) + " entries, " +
+                  std::to_string(bytes / MEGABYTE) + " MB");
+}
 
 void copyRoot(const std::string& root, const std::string& path) {
     const RootFolder original(root);
@@ -67,8 +45,9 @@ void copyRoot(const std::string& root, const std::string& path) {
         const cv::Descriptor& view = views.emplace_back(readOnlyView(folder.folder.get(), place));
         sources.push_back({view.isOpen() ? view.get() : folder.folder.get(), view.isOpen(), place, folder.name + 1});
     }
-    CopyWatch watch;
-    copyTrees(sources, copy.get(), [&](std::uintmax_t entries, std::uintmax_t bytes) { watch.see(entries, bytes); });
+    Activity activity("copying for the dry run");
+    copyTrees(sources, copy.get(),
+              [&](std::uintmax_t entries, std::uintmax_t bytes) { watchCopy(activity, entries, bytes); });
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "installer-host/Message.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/Confinement.h"
 #include "installer-host/run/Transcript.h"
@@ -69,6 +70,23 @@ std::string workerProgram() {
     return program;
 }
 
+/// A command as a shell would take it.
+std::string commandText(const std::vector<std::string>& command) {
+    std::string text;
+    for (const std::string& word : command) {
+        const bool isPlain =
+            !word.empty() &&
+            word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_./=:,+@%") ==
+                std::string::npos;
+        std::string quoted = word;
+        for (std::size_t at = quoted.find('\''); at != std::string::npos; at = quoted.find('\'', at + 4)) {
+            quoted.replace(at, 1, "'\\''");
+        }
+        text += (text.empty() ? "" : " ") + (isPlain ? word : "'" + quoted + "'");
+    }
+    return text;
+}
+
 }  // namespace
 
 RunResult runWorker(const Options& options, const RootFolder* root) {
@@ -78,6 +96,7 @@ RunResult runWorker(const Options& options, const RootFolder* root) {
     const WorkerOrder order{events.childEnd(), confinement.bundle(), options.installation};
     ChildOrder child = confinement.order(toArguments(order), {events.childEnd()});
     child.watchers.insert(child.watchers.begin(), events.watcher());
+    remark(Talk::Detailed, "starting " + commandText(child.command));
     const ChildEnd end = runChild(child);
     if (!transcript.hasStarted() && end.how == ChildEnd::How::ByItself) {
         throw confinement.refusal();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "installer-host/Activity.h"
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "platform/Descriptor.h"
@@ -118,6 +119,7 @@ void removeAll(const fs::path& path) {
 /// What matters is elsewhere: nothing is lost with a folder that stays.
 void removeQuietly(const std::string& path) noexcept {
     try {
+        const Activity activity("removing a temporary copy");
         removeAll(path);
     } catch (...) {
         return;

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "installer-host/Message.h"
+#include "installer-host/EventLog.h"
 
 namespace host {
 
@@ -41,6 +41,7 @@ Transcript::Transcript(const Options& options) {
     for (const Step step : options.installation.steps) {
         result_.steps.emplace_back().step = step;
     }
+    goOnWith(result_.steps.empty() ? "checking the bundle" : "starting the bundle's code");
 }
 
 bool Transcript::hear(std::string_view line) {
@@ -82,9 +83,7 @@ bool Transcript::isNext(const StepBegins& event) {
     state_ = State::InStep;
     stepBegan_ = std::chrono::steady_clock::now();
     result_.steps[begun_++].flagsBefore = event.flags;
-    if (result_.options.verbose) {
-        say(std::string("running the ") + longName(event.step));
-    }
+    goOnWith(std::string("running the ") + longName(event.step));
     return true;
 }
 
@@ -100,6 +99,7 @@ bool Transcript::isNext(const StepEnds& event) {
     step.fault = event.exceptionType;
     step.faultMessage = event.exceptionMessage;
     step.outcome = step.fault.empty() ? Outcome::Done : Outcome::Exception;
+    goOnWith("waiting for the bundle's code", step.fault.empty() ? "done" : "exception " + step.fault);
     return true;
 }
 
@@ -113,6 +113,7 @@ bool Transcript::ranAll() const {
 }
 
 bool Transcript::isNext(const NotStored& event) {
+    logEvent("not-stored", event.fault.what + ": " + event.fault.reason);
     result_.notStored.push_back(event.fault);
     return state_ == State::Between && ranAll() && result_.notStored.size() <= MOST_FAULTS;
 }
@@ -140,6 +141,17 @@ bool Transcript::isNext(const Finished&) {
     return true;
 }
 
+/// Ends what went on until now.
+void Transcript::goOnWith(const std::string& activity, const std::string& resultOfLast) {
+    if (activity_) {
+        activity_->setResult(resultOfLast);
+    }
+    activity_.reset();
+    if (!activity.empty()) {
+        activity_.emplace(activity);
+    }
+}
+
 RunResult Transcript::finish(const ChildEnd& end) {
     if (isBroken_) {
         result_.failure.reset();
@@ -152,6 +164,7 @@ RunResult Transcript::finish(const ChildEnd& end) {
     } else if (state_ != State::Over || end.exitStatus != 0) {
         endEarly(WorkerEnd::Died, endText(end.exitStatus));
     }
+    goOnWith("", result_.endText);
     return result_;
 }
 

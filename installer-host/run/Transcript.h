@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "installer-host/Activity.h"
 #include "installer-host/RunResult.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/WorkerProtocol.h"
@@ -48,6 +49,7 @@ private:
     bool ranAll() const;
     void endEarly(WorkerEnd end, const std::string& text);
     void endFindings();
+    void goOnWith(const std::string& activity, const std::string& resultOfLast = "");
 
     RunResult result_;
     State state_ = State::Silent;
@@ -55,6 +57,7 @@ private:
     std::size_t heard_ = 0;
     std::chrono::steady_clock::time_point stepBegan_;
     bool isBroken_ = false;
+    std::optional<Activity> activity_;  ///< what goes on, for the user
 };
 
 }  // namespace host

@@ -138,7 +138,8 @@ private:
             refuseCopy(entry, "it is mounted for reading only, which a copy would not be");
         }
         if (depth > 0) {
-            say("'" + entry.path + "' is another file system; the dry run works on a copy of what is in it");
+            remark(Talk::Usual,
+                   "'" + entry.path + "' is another file system; the dry run works on a copy of what is in it");
         }
     }
 

@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "installer-host/report/JsonReport.h"
+#include "installer-host/report/ShowText.h"
 #include "installer-host/report/TextReport.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"

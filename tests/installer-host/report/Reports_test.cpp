@@ -6,6 +6,7 @@
 
 #include "installer-host/report/JsonReport.h"
 #include "installer-host/report/Lines.h"
+#include "installer-host/report/ShowText.h"
 #include "installer-host/report/Text.h"
 #include "installer-host/report/TextReport.h"
 #include "tests/support/TempDir.h"
@@ -48,7 +49,7 @@ TEST(Reports, ShowEveryTypeOfValueAndWhatCannotBeRead) {
   out of the root cannot be read: No such file or directory
   file d.plist.corrupt-1
 )"));
-    const json keys = json::parse(jsonText(showDocument(snapshot, "", {})))["domains"][1]["keys"];
+    const json keys = json::parse(jsonText(showDocument(snapshot, "", {}, {})))["domains"][1]["keys"];
     EXPECT_EQ(keys["m"]["value"]["k"], json({{"type", "boolean"}, {"value", false}}));
 }
 
