@@ -5,8 +5,8 @@ PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
 
-.PHONY: all build run test release-check test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
-.PHONY: install-deps help
+.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
+.PHONY: install-deps help archive release-check test-fleet test-fleet-deb
 
 all: build
 
@@ -57,6 +57,21 @@ abi: ## compare the libraries' binary interface with the recorded one
 	@mkdir -p build
 	@tools/abi
 
+archive: ## pack the host and the plug-in for machines without our packages
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall CvBase_platform
+	@tools/archive $(BUILD)
+
+test-fleet: archive ## roll the plug-in out to 24 folders as machines with Ansible, over ssh
+	@tools/install-deps fleet
+	@tests/deploy/fleet.py $(BUILD)/corvane-install.tar.gz
+
+test-fleet-deb: package ## roll the Debian packages out to a Debian root as a machine (as root)
+	@tools/install-deps fleet
+	@tests/deploy/fleet.py --packages build/package/packages
+
 check-darwin: ## compile for the Mac, and link and look at the plug-in
 	@tools/check-darwin
 
@@ -89,4 +104,4 @@ clean: ## remove everything that was built
 	rm -rf build
 
 help: ## list these commands
-	@sed -n 's/^\([a-z0-9-]*\):.*## /\1\t/p' $(MAKEFILE_LIST) | awk -F '\t' '{ printf "make %-13s %s\n", $$1, $$2 }'
+	@sed -n 's/^\([a-z0-9-]*\):.*## /\1\t/p' $(MAKEFILE_LIST) | awk -F '\t' '{ printf "make %-15s %s\n", $$1, $$2 }'

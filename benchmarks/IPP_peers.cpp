@@ -3,6 +3,9 @@
 #include <memory>
 #include <stdexcept>
 
+#if CV_PEER_HIGHWAY
+#include "benchmarks/IPP_highway.h"
+#endif
 #if CV_PEER_VOLK
 #include <volk/volk.h>
 #endif
@@ -103,6 +106,9 @@ Peers<short, double> peerConversions() {
 template <>
 Peers<int, float> peerConversions() {
     Peers<int, float> peers;
+#if CV_PEER_HIGHWAY
+    peers.push_back({"Highway", highwayIntToFloat});
+#endif
 #if CV_PEER_VOLK
     peers.push_back({"VOLK", [](std::size_t n, const int* src, float* dst) {
                          volk_32i_s32f_convert_32f(dst, src, 2147483648.0F, countOf(n));

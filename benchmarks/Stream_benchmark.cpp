@@ -33,6 +33,8 @@ constexpr unsigned int TEXTS = 100000;
 constexpr unsigned int TEXT_LENGTH = 20;
 constexpr unsigned int BLOCK_SIZE = 64 * 1024;
 constexpr unsigned int BLOCKS = 64;
+constexpr unsigned int GROWN_BLOCK_SIZE = 4096;
+constexpr unsigned int GROWN_SIZE = 64 * 1024 * 1024;
 
 /// Eight values of different types: RECORDS of these are a million values.
 struct Record {
@@ -203,6 +205,27 @@ void addBlocks() {
     add("Stream/read-blocks", {"memcpy", [memory, vector] { copyBlocks(memory->data(), vector->data()); }, copied});
 }
 
+/// Writes GROWN_SIZE bytes block by block; the source, which is smaller, over and over.
+template <typename Write>
+void writeGrowing(Write write) {
+    const Byte* const source = bench::source<Byte>(bench::IN_CACHE);
+    for (unsigned int written = 0; written < GROWN_SIZE; written += GROWN_BLOCK_SIZE) {
+        write(source);
+    }
+}
+
+void addGrowing() {
+    addAnswering(
+        "Stream/grow-to-64-MiB", "CvBase",
+        [] {
+            Util::ByteStream stream(0);
+            Util::DataStream& base = stream;
+            writeGrowing([&base](const Byte* block) { base.Write(GROWN_BLOCK_SIZE, block); });
+            return base.GetSize();
+        },
+        GROWN_SIZE);
+}
+
 #if CV_PEER_BOOST
 
 template <typename T>
@@ -327,6 +350,16 @@ void addQt() {
             return readRecords(qt->stream);
         },
         recordsMixed());
+    addAnswering(
+        "Stream/grow-to-64-MiB", "QDataStream",
+        [] {
+            QtStream growing(0);
+            writeGrowing([&growing](const Byte* block) {
+                growing.stream.writeRawData(reinterpret_cast<const char*>(block), GROWN_BLOCK_SIZE);
+            });
+            return static_cast<std::uint64_t>(growing.memory.size());
+        },
+        GROWN_SIZE);
     addQtTexts("QDataStream (QString)", QString(TEXT_LENGTH, 'x'));
     addQtTexts("QDataStream (QByteArray)", QByteArray(TEXT_LENGTH, 'x'));
 }
@@ -337,6 +370,7 @@ void addQt() {
     addValues();
     addTexts();
     addBlocks();
+    addGrowing();
 #if CV_PEER_BOOST
     addBoost();
 #endif

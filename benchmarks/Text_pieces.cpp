@@ -249,18 +249,6 @@ void addUpperCase() {
 #endif
 }
 
-void addUtf16() {
-    const std::string work = "Text/utf16-there-and-back";
-    addAnswering(
-        work, "CvBase", [text = String(line().c_str())] { return String(text.Unicode().get()).Length(); },
-        line().size());
-#if CV_PEER_QT
-    addAnswering(
-        work, "QString", [text = QByteArray(line().c_str())] { return lengthOf(QString::fromUtf8(text).toUtf8()); },
-        line().size());
-#endif
-}
-
 [[maybe_unused]] const bool added = [] {
     addCopying<String>("CvBase");
     addCopying<std::string>("std::string");
@@ -277,7 +265,6 @@ void addUtf16() {
     addJoining();
     addReplacing();
     addUpperCase();
-    addUtf16();
     return true;
 }();
 

@@ -3,6 +3,8 @@
 
 include(CMakePackageConfigHelpers)
 
+set(CV_ZSH_COMPLETION_FOLDER zsh/site-functions CACHE STRING "Where zsh finds completions, below share")
+
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/CvBase)
 set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/cvbase-${PROJECT_VERSION_MAJOR})
 
@@ -57,6 +59,12 @@ if(NOT APPLE)
     install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT Host)
     install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host COMPONENT Host)
     install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
+    set(completion ${PROJECT_BINARY_DIR}/installer-host/completion/installer-host)
+    install(FILES ${completion}.bash RENAME installer-host
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT Host)
+    install(FILES ${completion}.zsh RENAME _installer-host
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/${CV_ZSH_COMPLETION_FOLDER} COMPONENT Host)
+    install(FILES ${completion}.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT Host)
     set_target_properties(installer-host-worker PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     set_target_properties(CorvaneInstall PROPERTIES INSTALL_RPATH "\$ORIGIN/../../..")
 endif()

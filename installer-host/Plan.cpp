@@ -77,7 +77,7 @@ std::string findRoot(const std::string& option, const std::string& path) {
 }  // namespace
 
 Plan::Plan(Options options) : options_(std::move(options)) {
-    if (options_.command != Command::Show) {
+    if (options_.command == Command::Run || options_.command == Command::Check) {
         options_.bundle = findBundle(options_.bundle);
     }
     options_.root = findRoot("--root", options_.root);
@@ -85,7 +85,7 @@ Plan::Plan(Options options) : options_(std::move(options)) {
     for (std::string& folder : options_.scope) {
         folder = fs::absolute(folder).lexically_normal();
     }
-    if (options_.dryRun) {
+    if (options_.dryRun && options_.command == Command::Run) {
         copy_.emplace(options_.root.empty() ? "/" : options_.root);
     }
 }

@@ -36,6 +36,8 @@ ExitStatus perform(const Options& options) {
             return runCommand(options);
         case Command::Matrix:
             return matrixCommand(options);
+        case Command::Undo:
+            return undoCommand(options);
         case Command::Check:
             return checkCommand(options);
         case Command::Show:

@@ -10,6 +10,7 @@ namespace host {
 
 ExitStatus runCommand(const Options& options);
 ExitStatus matrixCommand(const Options& options);
+ExitStatus undoCommand(const Options& options);
 ExitStatus checkCommand(const Options& options);
 ExitStatus showCommand(const Options& options);
 

@@ -5,11 +5,17 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include "installer-host/Activity.h"
+#include "installer-host/Message.h"
 #include "installer-host/commands/Output.h"
+#include "installer-host/journal/RunJournal.h"
 #include "installer-host/look/BundleInfo.h"
+#include "installer-host/report/Phrases.h"
 #include "installer-host/run/Listener.h"
 
 namespace host {
@@ -41,6 +47,53 @@ Look takeLook(const RootFolder& root, const std::vector<std::string>& scope, con
     return seen;
 }
 
+/// The journal that the user asks for, begun.
+std::unique_ptr<RunJournal> beginJournal(const Options& options, const RootFolder& root,
+                                         const std::vector<std::string>& scope,
+                                         std::chrono::system_clock::time_point started) {
+    if (options.journal.empty()) {
+        return nullptr;
+    }
+    Journal journal;
+    journal.root = options.root;
+    journal.started = timeText(started);
+    journal.bundle = options.bundle;
+    journal.product = options.installation.product;
+    journal.language = options.installation.language;
+    journal.scope = scope;
+    return std::make_unique<RunJournal>(options.journal, std::move(journal), root, endIfInterrupted);
+}
+
+/// Writes what stands in the root, and tells the user what the journal can put back.
+void prepareJournal(RunJournal& journal, const Tree& before) {
+    journal.prepare(before);
+    std::string message;
+    for (const std::string& sentence : journal.promises()) {
+        message += (message.empty() ? "" : "\n") + sentence;
+    }
+    say(message);
+}
+
+/// Runs the steps. A journal of a run that could not begin, and changed nothing, is forgotten.
+RunResult runSteps(const Options& options, const RootFolder& root, const std::vector<std::string>& scope,
+                   const Look& before, RunJournal* journal) {
+    try {
+        return runWorker(options, &root);
+    } catch (...) {
+        if (journal != nullptr) {
+            journal->abandonIfUnchanged(before.tree, takeLook(root, scope, &before).tree);
+        }
+        throw;
+    }
+}
+
+void completeJournal(RunJournal& journal, const Tree& after, RunResult& result) {
+    result.options.journal = journal.path();
+    if (const std::optional<cv::Fault> fault = journal.complete(after, result.changes)) {
+        result.notStored.push_back(*fault);
+    }
+}
+
 void addMetadata(RunResult& result, const BundleInfo& info) {
     const passwd* user = getpwuid(geteuid());
     result.userId = geteuid();
@@ -58,12 +111,19 @@ RunResult performRun(const Plan& plan, Changes* everything) {
     RootFolder root(plan.workedOn());
     root.makePrivateFolders();
     const std::vector<std::string> scope = scopeOf(plan);
+    const std::unique_ptr<RunJournal> journal = beginJournal(options, root, scope, started);
     const Look before = takeLook(root, scope, nullptr);
-    RunResult result = runWorker(options, &root);
+    if (journal) {
+        prepareJournal(*journal, before.tree);
+    }
+    RunResult result = runSteps(options, root, scope, before, journal.get());
     const Look after = takeLook(root, scope, &before);
     result.changes = compare(before, after, options.verbose > 0);
     if (everything != nullptr) {
         *everything = compare(before, after, true);
+    }
+    if (journal) {
+        completeJournal(*journal, after.tree, result);
     }
     result.started = started;
     addMetadata(result, info);

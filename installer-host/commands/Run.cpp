@@ -28,6 +28,12 @@ std::optional<Expectation> readExpectation(const std::string& file) {
     return expectation;
 }
 
+std::string reportText(const RunResult& result, const Json& expectation, bool onlyProblems) {
+    const bool isMet = expectation.is_null() || expectation["met"];
+    const std::string compared = onlyProblems && isMet ? "" : expectationText(expectation);
+    return (onlyProblems ? runProblemsText(result) : runText(result)) + compared;
+}
+
 }  // namespace
 
 ExitStatus runCommand(const Options& given) {
@@ -42,8 +48,7 @@ ExitStatus runCommand(const Options& given) {
     }
     explain(verdict.judgement);
     if (options.format == Format::Text) {
-        printText((options.quiet ? runProblemsText(result) : runText(result)) +
-                  expectationText(verdict.document["expectation"]));
+        printText(reportText(result, verdict.document["expectation"], options.quiet));
     } else {
         print(formatted(verdict.document, options.format));
     }

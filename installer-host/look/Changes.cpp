@@ -1,7 +1,5 @@
 #include "installer-host/look/Changes.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -17,10 +15,6 @@ namespace {
 
 bool isVendorObject(const std::string& path) {
     return std::find(std::begin(FINDER_OBJECTS), std::end(FINDER_OBJECTS), path) != std::end(FINDER_OBJECTS);
-}
-
-bool isPropertyList(const Entry& entry) {
-    return S_ISREG(entry.status.mode) && isPropertyListName(entry.name);
 }
 
 /// The entry when it is a property list, null otherwise.

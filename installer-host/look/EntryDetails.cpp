@@ -75,8 +75,10 @@ int openFile(const std::string& name) {
 
 }  // namespace
 
-bool isPropertyListName(const std::string& name) {
-    return name.size() > SUFFIX.size() && strcasecmp(name.c_str() + name.size() - SUFFIX.size(), SUFFIX.data()) == 0;
+bool isPropertyList(const Entry& entry) {
+    const std::string& name = entry.name;
+    return S_ISREG(entry.status.mode) && name.size() > SUFFIX.size() &&
+           strcasecmp(name.c_str() + name.size() - SUFFIX.size(), SUFFIX.data()) == 0;
 }
 
 void DetailsReader::readPropertyList(const Entry& entry, const std::string& name, Details& details) {
@@ -108,7 +110,7 @@ void DetailsReader::complete(Entry& entry, const std::string& name) {
     readAttributes(entry, name, details);
     if (S_ISLNK(entry.status.mode)) {
         readTarget(entry, name, details);
-    } else if (S_ISREG(entry.status.mode) && isPropertyListName(entry.name)) {
+    } else if (isPropertyList(entry)) {
         readPropertyList(entry, name, details);
     } else if (details.attributes.empty()) {
         return;

@@ -20,7 +20,7 @@ private:
     std::size_t bytesKept_ = 0;
 };
 
-/// Whether the name is that of a property list.
-bool isPropertyListName(const std::string& name);
+/// Whether the entry is a file that is named as property lists are.
+bool isPropertyList(const Entry& entry);
 
 }  // namespace host

@@ -1,19 +1,12 @@
 #pragma once
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
+#include "installer-host/look/TypedValue.h"
+
 namespace host {
-
-/// A value of a property list as data: {"type": TYPE, "value": VALUE}. TYPE is one of string, integer, real, boolean,
-/// date, data, array, dictionary and uid. A date is text in ISO 8601, data is hexadecimal text, and a real that
-/// JSON cannot write is text ("nan", "inf", "-inf"); arrays and dictionaries hold values of this kind again.
-using TypedValue = nlohmann::json;
-
-/// Two hexadecimal digits for each byte.
-std::string hexText(std::string_view bytes);
 
 /// What the file of one preference domain holds.
 struct PreferenceDomain {

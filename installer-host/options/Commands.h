@@ -10,6 +10,7 @@ namespace host {
 
 void addRunCommand(CLI::App& app, Options& options);
 void addMatrixCommand(CLI::App& app, Options& options);
+void addUndoCommand(CLI::App& app, Options& options);
 void addCheckCommand(CLI::App& app, Options& options);
 void addShowCommand(CLI::App& app, Options& options);
 

@@ -41,7 +41,6 @@ std::string entry(const std::string& name, const std::string& text) {
 
 HelpFormatter::HelpFormatter() {
     label("Positionals", "Argument");
-    label("Subcommands", "Commands");
     label("SUBCOMMAND", "COMMAND");
 }
 

@@ -46,8 +46,8 @@ CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& value, const 
 
 /// Adds an option with one of a few words.
 template <typename Value>
-void addChoice(CLI::App& app, const std::string& name, Value& value,
-               const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
+CLI::Option* addChoice(CLI::App& app, const std::string& name, Value& value,
+                       const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
     std::string names;
     for (const auto& choice : choices) {
         names += (names.empty() ? "" : "|") + choice.first;
@@ -61,7 +61,7 @@ void addChoice(CLI::App& app, const std::string& name, Value& value,
         }
         throw CLI::ValidationError(name, quoted(text) + " is not one of " + names);
     };
-    app.add_option_function<std::string>(name, choose, help)->type_name(names);
+    return app.add_option_function<std::string>(name, choose, help)->type_name(names);
 }
 
 /// A path as it stands on the command line.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "installer-host/options/Commands.h"
+#include "installer-host/options/Completion.h"
 #include "installer-host/options/HelpFormatter.h"
 #include "installer-host/options/NearestWord.h"
 #include "installer-host/options/OptionKinds.h"
@@ -19,6 +20,7 @@ constexpr const char* MAIN_FOOTER = R"(Examples:
   installer-host check CorvaneInstall.bundle
   installer-host run --product 5100 --language 1 --root /tmp/root \
       CorvaneInstall.bundle
+  installer-host undo journal.json --root /tmp/root
   installer-host show --root /tmp/root
 
 Exit status:
@@ -30,7 +32,7 @@ Exit status:
    5  a step let an exception escape, or ended the process
    6  the private root, or something else that a run needs, is missing or
       could not be made
-   7  something could not be stored or read
+   7  something could not be stored, read or put back
    8  the outcome is not the expected one
    9  the time-out ended the run
   10  something changed, with --changes-exit; two roots differ, with --diff
@@ -134,6 +136,15 @@ void requireValues(const std::vector<std::string>& arguments) {
     }
 }
 
+void addCompletionCommand(CLI::App& app, Shell& shell) {
+    CLI::App& completion =
+        *app.add_subcommand("completion", "Print the script by which a shell completes installer-host's command lines");
+    completion.footer("Example, for the shell that runs it:\n  source <(installer-host completion bash)");
+    addChoice<Shell>(completion, "SHELL", shell, {{"bash", Shell::Bash}, {"zsh", Shell::Zsh}, {"fish", Shell::Fish}},
+                     "The shell that is to read the script")
+        ->required();
+}
+
 }  // namespace
 
 ParsedOptions parseOptions(int argc, const char* const* argv) {
@@ -146,9 +157,13 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     app.require_subcommand(1);
     addRunCommand(app, options);
     addMatrixCommand(app, options);
+    addUndoCommand(app, options);
     addCheckCommand(app, options);
     addShowCommand(app, options);
+    Shell shell = Shell::Bash;
+    addCompletionCommand(app, shell);
     for (CLI::App* command : app.get_subcommands(nullptr)) {
+        command->group("Commands");
         command->formatter(std::make_shared<HelpFormatter>());
     }
     app.formatter(std::make_shared<HelpFormatter>());
@@ -158,6 +173,10 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return stopWith(app, error, options.format);
+    }
+    if (app.got_subcommand("completion")) {
+        parsed.text = completionScript(app, shell);
+        return parsed;
     }
     parsed.proceed = true;
     return parsed;

@@ -11,7 +11,7 @@
 
 namespace host {
 
-enum class Command { Run, Matrix, Check, Show };
+enum class Command { Run, Matrix, Undo, Check, Show };
 enum class Format { Text, Json };
 
 /// What only `matrix` has. Each list is in the order of the command line.
@@ -33,6 +33,7 @@ struct Options {
     bool machine = false;       ///< `run` and `show`: work on the machine itself
     std::string root;           ///< the private root; empty with `machine`, and for `check`, which works on neither
     std::vector<std::string> scope;  ///< `run` with `machine`: the folders that are looked at, absolute paths
+    std::string journal;             ///< `run`: the journal to write, if any; `undo`: the one to undo
     bool dryRun = false;
     bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
     std::string expect;        ///< the file with the expected outcome; empty: none

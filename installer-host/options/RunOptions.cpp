@@ -47,6 +47,9 @@ void addRunCommand(CLI::App& app, Options& options) {
                "With --machine: look at DIR; repeat the option for more folders (default: /Library and /Applications)")
         ->needs(machine)
         ->excludes(dryRun);
+    addFile(run, "--journal", options.journal,
+            "Write into FILE, a new file, what undoing the run takes; see 'installer-host undo --help'")
+        ->excludes(dryRun);
     addFlag(run, "--changes-exit", options.changesExit,
             "End with status 10 when something changed, or in a dry run would have changed");
     addExpectation(run, options);

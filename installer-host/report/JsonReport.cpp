@@ -5,11 +5,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
+#include "installer-host/look/JsonPath.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
-#include "platform/PropertyList/Utf.h"
 
 namespace host {
 
@@ -24,6 +23,8 @@ const char* nameOf(Command command) {
             return "run";
         case Command::Matrix:
             return "matrix";
+        case Command::Undo:
+            return "undo";
         case Command::Check:
             return "check";
         case Command::Show:
@@ -91,23 +92,6 @@ Json alertJson(const AlertRecord& alert) {
             {"buttons", alert.buttons},
             {"answer", orNull(alert.answer)},
             {"answeredBy", alert.answer ? orNull(alert.answeredBy) : Json(nullptr)}};
-}
-
-bool isUtf8(std::string_view text) {
-    for (std::size_t position = 0; position < text.size();) {
-        if (cv::plist::nextCharacter(text, position) == cv::plist::NO_CHARACTER) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// Adds a path, and its bytes where it is not UTF-8.
-void addPath(Json& object, const std::string& key, const std::string& path) {
-    object[key] = path;
-    if (!isUtf8(path)) {
-        object[key + "Bytes"] = hexText(path);
-    }
 }
 
 /// What an entry was or is.
@@ -248,6 +232,7 @@ void addMetadata(Json& report, const RunResult& result) {
                    {"scope", options.scope},
                    {"user", {{"id", result.userId}, {"name", orNull(result.userName)}}},
                    {"started", timeText(result.started)},
+                   {"journal", orNull(options.journal)},
                    {"dryRun", options.dryRun},
                    {"product", installation.product},
                    {"language", installation.language},

@@ -88,7 +88,7 @@ private:
         if (isIn("Steps")) {
             return paintOfStep(text);
         }
-        if (isIn("Problems") || beginsWith(text, "failed  ")) {
+        if (isIn("Problems") || beginsWith(text, "failed  ") || beginsWith(text, "! ")) {
             return Paint::Bad;
         }
         if (isIn("Finder flags")) {

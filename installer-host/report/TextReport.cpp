@@ -234,6 +234,9 @@ std::string headText(const RunResult& result) {
     if (!result.bundleIdentifier.empty()) {
         text += Line(2).addWords(escaped(result.bundleIdentifier) + " " + escaped(result.bundleVersion)).text();
     }
+    if (!options.journal.empty()) {
+        text += Line(2).addWords("journal " + escaped(options.journal)).text();
+    }
     const std::string id = std::to_string(result.userId);
     return text + Line(2)
                       .addWords("started " + timeText(result.started) + " by " +

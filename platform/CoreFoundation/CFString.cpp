@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <unordered_map>
@@ -42,8 +43,7 @@ std::optional<std::string> utf8Of(CFTypeRef text) {
 
 CFStringRef createString(std::string_view utf8) {
     // Decoding drops one such mark, so it is given one to drop.
-    const auto units = decodeText("\xEF\xBB\xBF" + std::string(utf8), kCFStringEncodingUTF8);
-    return units ? __CFString::make(*units) : nullptr;
+    return __CFString::decode("\xEF\xBB\xBF" + std::string(utf8), kCFStringEncodingUTF8);
 }
 
 }  // namespace cv
@@ -64,12 +64,13 @@ const __CFString* __CFString::make(std::u16string_view text, std::uint32_t refer
     return new (block) __CFString(std::u16string_view(units, text.size()), references);
 }
 
-namespace {
-
-CFStringRef createDecoded(std::string_view bytes, CFStringEncoding encoding) {
-    const auto units = cv::decodeText(bytes, encoding);
-    return units ? __CFString::make(*units) : nullptr;
+const __CFString* __CFString::decode(std::string_view bytes, CFStringEncoding encoding, std::uint32_t references) {
+    const std::unique_ptr<char16_t[]> units(new char16_t[bytes.size()]);
+    const auto count = cv::decodeText(bytes, encoding, units.get());
+    return count ? make({units.get(), *count}, references) : nullptr;
 }
+
+namespace {
 
 bool isByteEncoding(CFStringEncoding encoding) {
     return encoding == kCFStringEncodingUTF8 || encoding == kCFStringEncodingASCII ||
@@ -90,17 +91,16 @@ CFStringRef __CFStringMakeConstantString(const char* utf8) {
     const std::lock_guard<std::mutex> lock(mutex);
     CFStringRef& constant = constants[utf8];
     if (constant == nullptr) {
-        const auto units = cv::decodeText(utf8, kCFStringEncodingUTF8);
-        if (!units) {
+        constant = __CFString::decode(utf8, kCFStringEncodingUTF8, objc_object::IMMORTAL);
+        if (constant == nullptr) {
             cv::fail("CFSTR", "the literal is not UTF-8");
         }
-        constant = __CFString::make(*units, objc_object::IMMORTAL);
     }
     return constant;
 }
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef, const char* bytes, CFStringEncoding encoding) {
-    return bytes != nullptr && isByteEncoding(encoding) ? createDecoded(bytes, encoding) : nullptr;
+    return bytes != nullptr && isByteEncoding(encoding) ? __CFString::decode(bytes, encoding) : nullptr;
 }
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, CFIndex count) {
@@ -118,7 +118,7 @@ CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef, const UInt8* bytes, CF
     if (byteCount < 0 || (bytes == nullptr && byteCount != 0)) {
         return nullptr;
     }
-    return createDecoded({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(byteCount)}, encoding);
+    return __CFString::decode({reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(byteCount)}, encoding);
 }
 
 CFIndex CFStringGetLength(CFStringRef string) {

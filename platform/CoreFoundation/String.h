@@ -18,6 +18,10 @@ struct __CFString : objc_object {
     /// A new string with a copy of the units. Throws std::bad_alloc.
     static const __CFString* make(std::u16string_view text, std::uint32_t references = 1);
 
+    /// A new string of the text that `bytes` are in `encoding`, as decodeText() has it; null when they are not. Throws
+    /// std::bad_alloc.
+    static const __CFString* decode(std::string_view bytes, CFStringEncoding encoding, std::uint32_t references = 1);
+
     constexpr std::u16string_view units() const noexcept { return units_; }
     bool operator==(const __CFString& other) const noexcept { return units_ == other.units_; }
     CFHashCode hash() const noexcept { return std::hash<std::u16string_view>()(units_); }

@@ -1,15 +1,14 @@
 #include "platform/CoreFoundation/TextConversion.h"
 
 #include <unicode/ucnv.h>
-#include <unicode/ustring.h>
 #include <unicode/utf16.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <new>
-#include <vector>
+
+#include "platform/CoreFoundation/Utf8.h"
 
 namespace cv {
 namespace {
@@ -33,50 +32,36 @@ bool isPaired(std::u16string_view units) {
     return true;
 }
 
-std::optional<std::u16string> decodeUTF8(std::string_view bytes) {
+/// `bytes` without the mark at their start, if there is one.
+std::string_view withoutMark(std::string_view bytes) {
     constexpr std::string_view MARK = "\xEF\xBB\xBF";
-    if (bytes.substr(0, MARK.size()) == MARK) {
-        bytes.remove_prefix(MARK.size());
-    }
-    std::u16string units(bytes.size(), u'\0');
-    std::int32_t count = 0;
-    UErrorCode error = U_ZERO_ERROR;
-    u_strFromUTF8(units.data(), length32(units.size()), &count, bytes.data(), length32(bytes.size()), &error);
-    if (U_FAILURE(error)) {
-        return std::nullopt;
-    }
-    units.resize(static_cast<std::size_t>(count));
-    return units;
+    return bytes.substr(0, MARK.size()) == MARK ? bytes.substr(MARK.size()) : bytes;
 }
 
-std::optional<std::u16string> decodeUTF16(std::string_view bytes) {
+std::optional<std::size_t> decodeUTF16(std::string_view bytes, char16_t* units) {
     constexpr char16_t MARK = 0xFEFF;
     constexpr char16_t SWAPPED_MARK = 0xFFFE;
     if (bytes.size() % sizeof(char16_t) != 0) {
         return std::nullopt;
     }
-    std::u16string units(bytes.size() / sizeof(char16_t), u'\0');
-    std::copy(bytes.begin(), bytes.end(), reinterpret_cast<char*>(units.data()));
-    if (!units.empty() && units.front() == SWAPPED_MARK) {
-        for (char16_t& unit : units) {
-            unit = static_cast<char16_t>(unit << 8 | unit >> 8);
-        }
+    std::size_t count = bytes.size() / sizeof(char16_t);
+    bytes.copy(reinterpret_cast<char*>(units), bytes.size());
+    if (count != 0 && *units == SWAPPED_MARK) {
+        std::transform(units, units + count, units,
+                       [](char16_t unit) { return static_cast<char16_t>(unit << 8 | unit >> 8); });
     }
-    if (!units.empty() && units.front() == MARK) {
-        units.erase(0, 1);
+    if (count != 0 && *units == MARK) {
+        --count;
+        std::copy(units + 1, units + 1 + count, units);
     }
-    if (!isPaired(units)) {
-        return std::nullopt;
-    }
-    return units;
+    return isPaired({units, count}) ? std::optional<std::size_t>(count) : std::nullopt;
 }
 
-std::optional<std::u16string> decodeUTF32LE(std::string_view bytes) {
+std::optional<std::size_t> decodeUTF32LE(std::string_view bytes, char16_t* units) {
     if (bytes.size() % sizeof(UChar32) != 0) {
         return std::nullopt;
     }
-    std::u16string units;
-    units.reserve(bytes.size() / sizeof(UChar32));
+    std::size_t count = 0;
     for (std::size_t i = 0; i < bytes.size(); i += sizeof(UChar32)) {
         const auto byte = [&](std::size_t index) {
             return std::uint32_t{static_cast<unsigned char>(bytes[i + index])};
@@ -85,14 +70,9 @@ std::optional<std::u16string> decodeUTF32LE(std::string_view bytes) {
         if (character > 0x10FFFF || U_IS_SURROGATE(character)) {
             return std::nullopt;
         }
-        if (U_IS_BMP(character)) {
-            units += static_cast<char16_t>(character);
-        } else {
-            units += static_cast<char16_t>(U16_LEAD(character));
-            units += static_cast<char16_t>(U16_TRAIL(character));
-        }
+        U16_APPEND_UNSAFE(units, count, character);
     }
-    return units;
+    return count;
 }
 
 /// Leaves the error as it is, which ends the conversion. ICU's own callback for that skips the characters that Unicode
@@ -129,37 +109,32 @@ bool isConverted(UErrorCode error) {
     return U_SUCCESS(error);
 }
 
-std::optional<std::u16string> decodeBytes(std::string_view bytes, CFStringEncoding encoding) {
+std::optional<std::size_t> decodeBytes(std::string_view bytes, CFStringEncoding encoding, char16_t* units) {
     const icu::LocalUConverterPointer converter = openConverter(encoding);
     if (converter.isNull()) {
         return std::nullopt;
     }
-    std::u16string units(bytes.size(), u'\0');
     UErrorCode error = U_ZERO_ERROR;
-    const std::int32_t count = ucnv_toUChars(converter.getAlias(), units.data(), length32(units.size()), bytes.data(),
+    const std::int32_t count = ucnv_toUChars(converter.getAlias(), units, length32(bytes.size()), bytes.data(),
                                              length32(bytes.size()), &error);
-    if (!isConverted(error)) {
-        return std::nullopt;
-    }
-    units.resize(static_cast<std::size_t>(count));
-    return units;
+    return isConverted(error) ? std::optional<std::size_t>(static_cast<std::size_t>(count)) : std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::u16string> decodeText(std::string_view bytes, CFStringEncoding encoding) {
+std::optional<std::size_t> decodeText(std::string_view bytes, CFStringEncoding encoding, char16_t* units) {
     if (bytes.size() > LONGEST) {
         return std::nullopt;
     }
     switch (encoding) {
         case kCFStringEncodingUTF8:
-            return decodeUTF8(bytes);
+            return decodeUTF8(withoutMark(bytes), units);
         case kCFStringEncodingUTF16:
-            return decodeUTF16(bytes);
+            return decodeUTF16(bytes, units);
         case kCFStringEncodingUTF32LE:
-            return decodeUTF32LE(bytes);
+            return decodeUTF32LE(bytes, units);
         default:
-            return decodeBytes(bytes, encoding);
+            return decodeBytes(bytes, encoding, units);
     }
 }
 
@@ -168,18 +143,16 @@ std::optional<std::size_t> encodeText(std::u16string_view units, CFStringEncodin
     if (units.size() > LONGEST) {
         return std::nullopt;
     }
-    const std::int32_t room = length32(std::min(capacity, LONGEST));
-    std::int32_t count = 0;
-    UErrorCode error = U_ZERO_ERROR;
     if (encoding == kCFStringEncodingUTF8) {
-        u_strToUTF8(buffer, room, &count, units.data(), length32(units.size()), &error);
-    } else {
-        const icu::LocalUConverterPointer converter = openConverter(encoding);
-        if (converter.isNull()) {
-            return std::nullopt;
-        }
-        count = ucnv_fromUChars(converter.getAlias(), buffer, room, units.data(), length32(units.size()), &error);
+        return encodeUTF8(units, buffer, capacity);
     }
+    const icu::LocalUConverterPointer converter = openConverter(encoding);
+    if (converter.isNull()) {
+        return std::nullopt;
+    }
+    UErrorCode error = U_ZERO_ERROR;
+    const std::int32_t count = ucnv_fromUChars(converter.getAlias(), buffer, length32(std::min(capacity, LONGEST)),
+                                               units.data(), length32(units.size()), &error);
     return isConverted(error) ? std::optional<std::size_t>(static_cast<std::size_t>(count)) : std::nullopt;
 }
 

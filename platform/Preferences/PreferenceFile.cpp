@@ -1,23 +1,17 @@
 #include "platform/Preferences/PreferenceFile.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <new>
 #include <stdexcept>
-#include <string_view>
 #include <utility>
 
 #include "platform/Descriptor.h"
+#include "platform/Preferences/LockedFolder.h"
 #include "platform/PropertyList/PropertyList.h"
 #include "platform/Report.h"
 
@@ -28,30 +22,11 @@ namespace {
 constexpr mode_t FILE_MODE = 0644;
 constexpr mode_t FOLDER_MODE = 0755;
 
-// A temporary file's name has a length of its own, so that every name a preference file can have is possible.
-constexpr std::string_view TEMPORARY_PREFIX = ".preferences-";
-constexpr std::string_view TEMPORARY_SUFFIX = ".new";
-constexpr std::size_t RANDOM_DIGITS = 16;
-
-[[noreturn]] void fail(const std::string& path, int error) {
-    if (error == ENOMEM) {
-        throw std::bad_alloc();
-    }
-    throw Fault{path, errorText(error)};
-}
-
 /// Gives a new file or folder the owner of the folder it is in, so that a file that root makes for a user is the
 /// user's. Only root may do that, and in a user namespace only for the users it knows; the file is as good without.
 void adoptOwner(int fd, const struct stat& folder) {
     if (fchown(fd, folder.st_uid, folder.st_gid) != 0) {
         return;
-    }
-}
-
-/// Flushes the folder's entries to the disk; file systems that cannot say so.
-void flushFolder(const Descriptor& folder, const std::string& path) {
-    if (fsync(folder.get()) != 0 && errno != EINVAL) {
-        fail(path, errno);
     }
 }
 
@@ -66,25 +41,25 @@ Descriptor makeFolder(const std::string& path) {
         return folder;
     }
     if (errno != ENOENT || path.empty()) {
-        fail(path, errno);
+        failWith(path, errno);
     }
     const std::size_t slash = path.rfind('/');
     const Descriptor parent = makeFolder(slash == 0 ? "/" : path.substr(0, slash));
     const bool isNew = mkdirat(parent.get(), path.c_str() + slash + 1, FOLDER_MODE) == 0;
     if (!isNew && errno != EEXIST) {
-        fail(path, errno);
+        failWith(path, errno);
     }
     folder = openFolder(path);
     struct stat status {};
     if (!folder.isOpen() || fstat(parent.get(), &status) != 0) {
-        fail(path, errno);
+        failWith(path, errno);
     }
     if (isNew) {
         adoptOwner(folder.get(), status);
         if (fchmod(folder.get(), FOLDER_MODE) != 0) {
-            fail(path, errno);
+            failWith(path, errno);
         }
-        flushFolder(parent, path);
+        flushFolder(parent.get(), path);
     }
     return folder;
 }
@@ -96,71 +71,20 @@ int readFile(int fd, off_t expectedSize, std::string& bytes) {
     return readAll(fd, plist::MAX_FILE_SIZE, bytes);
 }
 
-std::string randomName(const std::string& path) {
-    std::uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number) {
-        throw Fault{path, "there is no random number to name a temporary file with: " + errorText(errno)};
-    }
-    char digits[RANDOM_DIGITS + 1];
-    static_cast<void>(std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(number)));
-    return std::string(TEMPORARY_PREFIX) + digits + std::string(TEMPORARY_SUFFIX);
-}
-
-bool isTemporaryName(std::string_view name) {
-    const std::size_t length = TEMPORARY_PREFIX.size() + RANDOM_DIGITS + TEMPORARY_SUFFIX.size();
-    return name.size() == length && name.substr(0, TEMPORARY_PREFIX.size()) == TEMPORARY_PREFIX &&
-           name.substr(length - TEMPORARY_SUFFIX.size()) == TEMPORARY_SUFFIX &&
-           name.find_first_not_of("0123456789abcdef", TEMPORARY_PREFIX.size()) == length - TEMPORARY_SUFFIX.size();
-}
-
 /// One writer's work on one file, under the folder's lock.
 class Update {
 public:
     explicit Update(const PreferenceLocation& location)
-        : location_(location), path_(location.path()), folder_(makeFolder(location.folder)) {
-        while (flock(folder_.get(), LOCK_EX) != 0) {
-            if (errno != EINTR) {
-                fail(location.folder, errno);
-            }
-        }
-    }
+        : location_(location), path_(location.path()), folder_(makeFolder(location.folder), location.folder) {}
 
     void run(const PreferenceChanges& changes) {
-        removeLeftovers();
+        folder_.removeLeftovers();
         if (const std::optional<std::string> bytes = newContent(changes)) {
             store(*bytes);
         }
     }
 
 private:
-    /// Temporary files are made under the lock that is held now, so their makers are dead.
-    void removeLeftovers() {
-        const int fd = openat(folder_.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (fd < 0) {
-            fail(location_.folder, errno);
-        }
-        const std::unique_ptr<DIR, int (*)(DIR*)> entries(fdopendir(fd), closedir);
-        if (entries == nullptr) {
-            const int error = errno;
-            close(fd);
-            fail(location_.folder, error);
-        }
-        while (const dirent* entry = nextEntry(entries.get())) {
-            if (isTemporaryName(entry->d_name)) {
-                unlinkat(folder_.get(), entry->d_name, 0);
-            }
-        }
-    }
-
-    const dirent* nextEntry(DIR* entries) const {
-        errno = 0;
-        const dirent* const entry = readdir(entries);
-        if (entry == nullptr && errno != 0) {
-            fail(location_.folder, errno);
-        }
-        return entry;
-    }
-
     /// What the file is to hold; nothing when there is none and none is needed.
     std::optional<std::string> newContent(const PreferenceChanges& changes) {
         std::optional<plist::Dictionary> old = readOld();
@@ -188,25 +112,25 @@ private:
     /// The dictionary of the file in place; nothing when there is none, or none that is a preference file.
     std::optional<plist::Dictionary> readOld() {
         const Descriptor file(
-            openat(folder_.get(), location_.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+            openat(folder_.descriptor(), location_.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         if (!file.isOpen()) {
             if (errno == ELOOP) {
                 foreign_ = "it is a symbolic link";
             } else if (errno != ENOENT) {
-                fail(path_, errno);
+                failWith(path_, errno);
             }
             return std::nullopt;
         }
         struct stat status {};
         if (fstat(file.get(), &status) != 0) {
-            fail(path_, errno);
+            failWith(path_, errno);
         }
         if (!S_ISREG(status.st_mode)) {
             throw Fault{path_, "it is not a regular file"};
         }
         std::string bytes;
         if (const int error = readFile(file.get(), status.st_size, bytes)) {
-            fail(path_, error);
+            failWith(path_, error);
         }
         return parseOld(bytes);
     }
@@ -229,7 +153,8 @@ private:
         for (unsigned number = 1;; ++number) {
             const std::string name = location_.name + ".corrupt-" + std::to_string(number);
             const std::string line = path_ + ": " + foreign_ + "; kept as " + name;
-            if (renameat2(folder_.get(), location_.name.c_str(), folder_.get(), name.c_str(), RENAME_NOREPLACE) == 0) {
+            if (renameat2(folder_.descriptor(), location_.name.c_str(), folder_.descriptor(), name.c_str(),
+                          RENAME_NOREPLACE) == 0) {
                 report("CFPreferencesSynchronize", line);
                 return;
             }
@@ -244,41 +169,30 @@ private:
         if (const plist::Parsed again = plist::parse(bytes); !again.root) {
             throw Fault{path_, "what was to be written cannot be read back: " + again.reason};
         }
-        const std::string temporary = randomName(path_);
-        try {
-            writeTemporary(temporary, bytes);
-            if (!foreign_.empty()) {
-                moveAside();
-            }
-            if (renameat(folder_.get(), temporary.c_str(), folder_.get(), location_.name.c_str()) != 0) {
-                fail(path_, errno);
-            }
-        } catch (...) {
-            unlinkat(folder_.get(), temporary.c_str(), 0);
-            throw;
-        }
-        flushFolder(folder_, location_.folder);
+        folder_.replace(
+            location_.name, bytes, [this](int fd) { makePreferenceFile(fd); },
+            [this] {
+                if (!foreign_.empty()) {
+                    moveAside();
+                }
+            });
     }
 
-    void writeTemporary(const std::string& name, const std::string& bytes) {
-        const Descriptor file(openat(folder_.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                     S_IRUSR | S_IWUSR));
+    /// Gives the new file the owner and the mode of a preference file.
+    void makePreferenceFile(int fd) const {
         struct stat folder {};
-        if (!file.isOpen() || fstat(folder_.get(), &folder) != 0) {
-            fail(path_, errno);
+        if (fstat(folder_.descriptor(), &folder) != 0) {
+            failWith(path_, errno);
         }
-        if (const int error = writeAll(file.get(), bytes)) {
-            fail(path_, error);
-        }
-        adoptOwner(file.get(), folder);
-        if (fchmod(file.get(), FILE_MODE) != 0 || fsync(file.get()) != 0) {
-            fail(path_, errno);
+        adoptOwner(fd, folder);
+        if (fchmod(fd, FILE_MODE) != 0) {
+            failWith(path_, errno);
         }
     }
 
     const PreferenceLocation& location_;
     std::string path_;
-    Descriptor folder_;
+    LockedFolder folder_;
     std::string foreign_;  ///< why what is in the file's place is not a preference file; empty when it is, or absent
 };
 

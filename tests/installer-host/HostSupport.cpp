@@ -55,12 +55,25 @@ void setFinderInfo(const std::string& path, const std::string& value) {
     }
 }
 
-ProcessResult kept(ProcessResult result) {
+namespace {
+
+/// The name of one more file to keep.
+std::string nextName() {
     static int number = 0;
+    return "/" + std::to_string(getpid()) + "-" + std::to_string(++number) + ".json";
+}
+
+}  // namespace
+
+ProcessResult kept(ProcessResult result) {
     if (!result.out.empty() && result.out[0] == '{') {
-        writeFile(CV_REPORTS "/" + std::to_string(getpid()) + "-" + std::to_string(++number) + ".json", result.out);
+        writeFile(CV_REPORTS + nextName(), result.out);
     }
     return result;
+}
+
+void keepJournal(const std::string& path) {
+    writeFile(CV_JOURNALS + nextName(), readFile(path));
 }
 
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options) {

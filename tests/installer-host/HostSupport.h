@@ -40,6 +40,9 @@ void setFinderInfo(const std::string& path, const std::string& value);
 /// The same result, its report kept when it is JSON: check-reports holds all reports of the tests to their schema.
 ProcessResult kept(ProcessResult result);
 
+/// Keeps a copy of a journal, for the same.
+void keepJournal(const std::string& path);
+
 /// Runs the program with these arguments and without a display.
 ProcessResult runHost(const std::vector<std::string>& arguments, ProcessOptions options = {});
 

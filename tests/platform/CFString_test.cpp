@@ -75,6 +75,37 @@ TEST(CFString, OutputIsAllOrNothing) {
     }
 }
 
+/// ASCII is converted in blocks, and what lies between the blocks apart from them.
+TEST(CFString, ConvertsUTF8BetweenASCIIOfEveryLength) {
+    const std::optional<std::u16string> NONE;
+    // clang-format off
+    const struct { std::string bytes; std::optional<std::u16string> units; } rows[] = {
+        {"\x7F", u"\x7F"}, {"\xC2\x80", u"\u0080"}, {"\xE2\x82\xAC", u"\u20AC"}, {"\xF0\x9F\x98\x80", u"\U0001F600"},
+        {"\xC3", NONE}, {"\xA9", NONE}, {"\xE2\x82", NONE}, {"\xF0\x9F\x98", NONE}, {"\xC1\xBF", NONE}, {"\xED\xA0\x80", NONE},
+    };
+    // clang-format on
+    for (const auto& row : rows) {
+        for (std::size_t length = 0; length <= 3 * 40; ++length) {
+            const std::size_t before = length % 40, after = length / 3;
+            const std::string bytes = std::string(before, 'a') + row.bytes + std::string(after, 'b') + row.bytes;
+            const auto decoded = fromBytes(bytes, UTF8);
+            ASSERT_EQ(bool(decoded), row.units.has_value()) << PrintToString(bytes);
+            if (decoded) {
+                const std::u16string between(after, u'b');
+                EXPECT_EQ(units(decoded.get()), std::u16string(before, u'a') + *row.units + between + *row.units);
+                std::string encoded(bytes.size() + 1, 'x');
+                const auto size = static_cast<CFIndex>(encoded.size());
+                EXPECT_FALSE(CFStringGetCString(decoded.get(), encoded.data(), size - 1, UTF8));
+                EXPECT_TRUE(CFStringGetCString(decoded.get(), encoded.data(), size, UTF8));
+                EXPECT_EQ(encoded, bytes + '\0');
+            }
+            const auto unpaired = makeString(std::u16string(before, u'a') + u'\xD83D' + std::u16string(after, u'b'));
+            std::string refused(4 * length + 8, 'x');
+            EXPECT_FALSE(CFStringGetCString(unpaired.get(), refused.data(), CFIndex(refused.size()), UTF8));
+        }
+    }
+}
+
 const CFStringRef MADE_AT_START = CFSTR("made at start");
 
 TEST(CFString, ConstantsAreOneObjectForOneText) {

@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <utility>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include "CvBase/common/string/common_string_bytes.h"
 #include "CvBase/common/string/common_string_decimal_point.h"
@@ -16,122 +18,219 @@ using Width = checked_value<unsigned int>;
 
 constexpr unsigned int PLACEHOLDER_LENGTH = 2;  // '%' and a digit
 
-/// `digits` with zeros in front up to `width`.
-std::string padded(std::string_view digits, const Width& width) {
-    std::string text;
-    if (width.Value() > digits.size()) {
-        text.reserve(width.Value() + std::size_t{1});  // the caller may put a sign in front
-        text.assign(width.Value() - digits.size(), '0');
+constexpr char DIGITS[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+
+/// The two decimal digits of every number below 100: a division for each pair of digits takes half the time of one for
+/// each digit.
+constexpr std::array<char, 200> DIGIT_PAIRS = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        pairs[i] = static_cast<char>('0' + (i % 2 == 0 ? i / 20 : i / 2 % 10));
     }
-    return text.append(digits);
+    return pairs;
+}();
+
+/// Writes the decimal digits of `value` in front of `end` and returns where they begin.
+template <typename Unsigned>
+char* writeDecimal(Unsigned value, char* end) {
+    while (value >= 100) {
+        end -= 2;
+        std::memcpy(end, &DIGIT_PAIRS[static_cast<std::size_t>(value % 100) * 2], 2);
+        value /= 100;
+    }
+    if (value >= 10) {
+        end -= 2;
+        std::memcpy(end, &DIGIT_PAIRS[static_cast<std::size_t>(value) * 2], 2);
+        return end;
+    }
+    *--end = static_cast<char>('0' + value);
+    return end;
+}
+
+/// The same in a base from 2 to 36.
+template <typename Unsigned>
+char* writeDigits(Unsigned value, unsigned int base, char* end) {
+    if (base == 10) {
+        return writeDecimal(value, end);
+    }
+    do {
+        *--end = DIGITS[value % base];
+        value /= base;
+    } while (value != 0);
+    return end;
 }
 
 unsigned int knownBase(unsigned int base) {
     return base >= 2 && base <= 36 ? base : 10;
 }
 
-std::string formatUnsigned(std::uint32_t value, unsigned int base, const Width& width) {
-    static const char DIGITS[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    base = knownBase(base);
-    std::array<char, 32> digits;
-    std::size_t first = digits.size();
-    do {
-        digits[--first] = DIGITS[value % base];
-        value /= base;
-    } while (value != 0);
-    return padded({digits.data() + first, digits.size() - first}, width);
-}
-
-std::string formatInteger(std::int32_t value, unsigned int base, const Width& width) {
-    if (value >= 0) {
-        return formatUnsigned(static_cast<std::uint32_t>(value), base, width);
+/// A number's text: a minus sign or none, zeros up to a width, the digits. All but the widest take no memory.
+class NumberText {
+public:
+    /// The rules of 32 bits.
+    NumberText(std::uint32_t value, unsigned int base, const Width& width) {
+        write(value, knownBase(base), width, false);
     }
-    const std::uint32_t magnitude = 0U - static_cast<std::uint32_t>(value);
-    if (value != INT32_MIN) {
-        return formatUnsigned(magnitude, base, width).insert(0, 1, '-');
+    NumberText(std::int32_t value, unsigned int base, const Width& width) {
+        const std::uint32_t bits = static_cast<std::uint32_t>(value);
+        if (value == INT32_MIN && width.IsSet()) {
+            writeLeast(knownBase(base), width);
+        } else {
+            write(value < 0 ? 0 - bits : bits, knownBase(base), width, value < 0);
+        }
     }
-    // The least value's magnitude has no positive counterpart: its last digit is rendered, and padded, on its own.
-    base = knownBase(base);
-    return formatInteger(-static_cast<std::int32_t>(magnitude / base), base, width) +
-           formatUnsigned(magnitude % base, base, width);
-}
 
-std::string formatUnsigned64(unsigned long long value, unsigned int base, const Width& width) {
-    std::array<char, 4096> digits;
-    const int length = base == 16 ? std::snprintf(digits.data(), digits.size(), "%llX", value)
-                                  : std::snprintf(digits.data(), digits.size(), "%llu", value);
-    return padded({digits.data(), static_cast<std::size_t>(length)}, width);
-}
-
-std::string formatInteger64(long long value, unsigned int base, const Width& width) {
-    const auto bits = static_cast<unsigned long long>(value);
-    if (value >= 0) {
-        return formatUnsigned64(bits, base, width);
+    /// The rules of 64 bits: all is decimal but base 16.
+    NumberText(unsigned long long value, unsigned int base, const Width& width) {
+        write(value, base == 16 ? 16 : 10, width, false);
     }
-    // Without a width, hexadecimal is the bare two's complement; with one it has a sign as well.
-    std::string text = formatUnsigned64(base == 16 ? bits : 0 - bits, base, width);
-    return base != 16 || width.IsSet() ? text.insert(0, 1, '-') : text;
-}
+    NumberText(long long value, unsigned int base, const Width& width) {
+        const auto bits = static_cast<unsigned long long>(value);
+        if (base == 16) {
+            // Without a width, it is the bare two's complement; with one it has a sign as well.
+            write(bits, 16, width, value < 0 && width.IsSet());
+        } else {
+            write(value < 0 ? 0 - bits : bits, 10, width, value < 0);
+        }
+    }
 
-String formatFloating(double value, unsigned int precision, const checked_value<unsigned int>& format) {
-    const unsigned int wanted = format.Value();
-    const bool isKnown = wanted != 0 && wanted < 0x80 && std::strchr("fFeEgG", static_cast<char>(wanted)) != nullptr;
-    const char conversion[] = {'%', '.', '*', isKnown ? static_cast<char>(wanted) : 'f', '\0'};
-    const int decimals = precision == String::NO_PRECISION ? -1 : static_cast<int>(std::min(precision, 99U));
-    std::array<char, 1024> buffer{};
+    NumberText(const NumberText&) = delete;
+    NumberText& operator=(const NumberText&) = delete;
+    ~NumberText() = default;
+
+    [[nodiscard]] std::string_view Bytes() const { return bytes_; }
+
+private:
+    template <typename Unsigned>
+    void write(Unsigned magnitude, unsigned int base, const Width& width, bool isNegative) {
+        char* const end = buffer_.data() + buffer_.size();
+        char* first = writeDigits(magnitude, base, end);
+        const std::size_t wanted = width.Value();
+        if (wanted >= buffer_.size()) {
+            writeWide({first, static_cast<std::size_t>(end - first)}, wanted, isNegative);
+            return;
+        }
+        while (static_cast<std::size_t>(end - first) < wanted) {
+            *--first = '0';
+        }
+        if (isNegative) {
+            *--first = '-';
+        }
+        bytes_ = {first, static_cast<std::size_t>(end - first)};
+    }
+
+    /// What does not fit the buffer.
+    void writeWide(std::string_view digits, std::size_t width, bool isNegative) {
+        wide_.reserve(width + 1);
+        wide_.append(isNegative ? 1 : 0, '-').append(width - digits.size(), '0').append(digits);
+        bytes_ = wide_;
+    }
+
+    /// The magnitude of the least value has no positive counterpart: its last digit is rendered, and padded, on its
+    /// own.
+    void writeLeast(unsigned int base, const Width& width) {
+        constexpr std::uint32_t MAGNITUDE = 0x80000000;
+        const NumberText others(-static_cast<std::int32_t>(MAGNITUDE / base), base, width);
+        const NumberText last(MAGNITUDE % base, base, width);
+        wide_.append(others.Bytes()).append(last.Bytes());
+        bytes_ = wide_;
+    }
+
+    std::array<char, 40> buffer_;  // the longest: 32 binary digits and a sign
+    std::string wide_;
+    std::string_view bytes_;
+};
+
+/// A floating-point number's text.
+class FloatingText {
+public:
+    FloatingText(double value, unsigned int precision, const checked_value<unsigned int>& format) {
+        const unsigned int wanted = format.Value();
+        const bool isKnown =
+            wanted != 0 && wanted < 0x80 && std::strchr("fFeEgG", static_cast<char>(wanted)) != nullptr;
+        const char conversion[] = {'%', '.', '*', isKnown ? static_cast<char>(wanted) : 'f', '\0'};
+        const int decimals = precision == String::NO_PRECISION ? -1 : static_cast<int>(std::min(precision, 99U));
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    static_cast<void>(std::snprintf(buffer.data(), buffer.size(), conversion, decimals, value));  // -1: no precision
+        // -1: no precision
+        const int size = std::snprintf(buffer_.data(), buffer_.size(), conversion, decimals, value);
 #pragma GCC diagnostic pop
-    return String(buffer.data());
-}
+        size_ = static_cast<std::size_t>(std::max(size, 0));
+        // Whichever separator the C library has put in, the user's is what remains.
+        std::replace_if(
+            buffer_.data(), buffer_.data() + size_, [](char c) { return c == '.' || c == ','; }, g_chDecimalPoint);
+    }
 
-/// The text with the user's decimal separator in place of `separator`, unless they are the same.
-String withUsersDecimalPoint(const String& text, char separator) {
-    return g_chDecimalPoint == separator ? text : text.StripWhiteSpace().ReplaceChar(separator, g_chDecimalPoint);
-}
+    [[nodiscard]] std::string_view Bytes() const {
+        return {buffer_.data(), size_};
+    }
 
-/// Where the template's next placeholder begins.
-checked_value<unsigned int> findPlaceholder(std::string_view text) {
-    checked_value<unsigned int> found;
-    const std::string_view starts = text.substr(0, text.empty() ? 0 : text.size() - 1);  // a digit has to follow
+private:
+    std::array<char, 1024> buffer_;  // the longest, -DBL_MAX with 99 decimals, has 410 bytes
+    std::size_t size_;
+};
+
+/// Where the next placeholder of `pattern` begins; npos when it has none.
+std::size_t findPlaceholder(std::string_view pattern) {
+    std::size_t found = std::string_view::npos;
+    const std::string_view starts = pattern.substr(0, pattern.empty() ? 0 : pattern.size() - 1);  // a digit follows
     for (std::size_t i = starts.find('%'); i != std::string_view::npos; i = starts.find('%', i + 1)) {
-        if (Char(text[i + 1]).IsDigit() && (!found.IsSet() || text[i + 1] < text[found.Value() + 1])) {
-            found = static_cast<unsigned int>(i);
+        if (Char(pattern[i + 1]).IsDigit() &&
+            (found == std::string_view::npos || pattern[i + 1] < pattern[found + 1])) {
+            found = i;
         }
     }
     return found;
 }
 
+/// A new text: `pattern` with `value` in place of the placeholder at `found`, or at the end for npos.
+std::string* newFilled(std::string_view pattern, std::size_t found, std::string_view value) {
+    const std::string_view head = pattern.substr(0, found);
+    const std::string_view tail =
+        found != std::string_view::npos ? pattern.substr(found + PLACEHOLDER_LENGTH) : std::string_view();
+    // Blanks to write over cost less than three calls of append().
+    auto text = std::make_unique<std::string>(head.size() + value.size() + tail.size(), ' ');
+    char* end = text->data();
+    for (const std::string_view piece : {head, value, tail}) {
+        end += piece.copy(end, piece.size());
+    }
+    return text.release();
+}
+
+/// What Arg() gives for a value that is not empty and no String: always a text of its own.
+std::string* newFilled(const String& pattern, std::string_view value) {
+    const std::string_view bytes = bytesOf(pattern);
+    return newFilled(bytes, findPlaceholder(bytes), value);
+}
+
 }  // namespace
 
 String String::Number(int value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatInteger(value, base, width));
+    return String(new std::string(NumberText(value, base, width).Bytes()));
 }
 
 String String::Number(long value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatInteger(static_cast<std::int32_t>(value), base, width));
+    return String(new std::string(NumberText(static_cast<std::int32_t>(value), base, width).Bytes()));
 }
 
 String String::Number(unsigned int value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatUnsigned(value, base, width));
+    return String(new std::string(NumberText(value, base, width).Bytes()));
 }
 
 String String::Number(unsigned long value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatUnsigned(static_cast<std::uint32_t>(value), base, width));
+    return String(new std::string(NumberText(static_cast<std::uint32_t>(value), base, width).Bytes()));
 }
 
 String String::Number(long long value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatInteger64(value, base, width));
+    return String(new std::string(NumberText(value, base, width).Bytes()));
 }
 
 String String::Number(unsigned long long value, unsigned int base, const checked_value<unsigned int>& width) {
-    return fromBytes(formatUnsigned64(value, base, width));
+    return String(new std::string(NumberText(value, base, width).Bytes()));
 }
 
 String String::Number(double value, unsigned int precision, const checked_value<unsigned int>& format) {
-    // Whichever separator the C library has put in, the user's is what remains.
-    return withUsersDecimalPoint(withUsersDecimalPoint(formatFloating(value, precision, format), '.'), ',');
+    return String(new std::string(FloatingText(value, precision, format).Bytes()));
 }
 
 String String::Number(float value, unsigned int precision, const checked_value<unsigned int>& format) {
@@ -139,70 +238,63 @@ String String::Number(float value, unsigned int precision, const checked_value<u
 }
 
 String String::Arg(const String& value) const {
-    const checked_value<unsigned int> placeholder = findPlaceholder(bytesOf(*this));
-    if (!placeholder.IsSet()) {
+    const std::string_view bytes = bytesOf(*this);
+    const std::size_t found = findPlaceholder(bytes);
+    if (found == std::string_view::npos) {
         return *this + value;
     }
-    const std::string_view bytes = bytesOf(*this);
-    if (bytes.size() == PLACEHOLDER_LENGTH && !value.IsEmpty()) {
-        return value;
-    }
-    std::string filled;
-    filled.reserve(bytes.size() - PLACEHOLDER_LENGTH + value.Length());
-    filled.append(bytes, 0, placeholder.Value());
-    filled.append(bytesOf(value));
-    filled.append(bytes, placeholder.Value() + PLACEHOLDER_LENGTH);
-    return fromBytes(std::move(filled));
+    const bool isValueAlone = bytes.size() == PLACEHOLDER_LENGTH && !value.IsEmpty();
+    return isValueAlone ? value : String(newFilled(bytes, found, bytesOf(value)));
 }
 
 String String::Arg(const char* s) const {
-    return Arg(String(s));
+    return s == nullptr || *s == '\0' ? Arg(String(s)) : String(newFilled(*this, s));
 }
 
 String String::Arg(char c) const {
-    return Arg(String(c));
+    return String(newFilled(*this, {&c, 1}));
 }
 
 String String::Arg(const Char& c) const {
-    return Arg(String(c));
+    return Arg(static_cast<char>(c));
 }
 
 String String::Arg(int v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(v, base, width).Bytes()));
 }
 
 String String::Arg(long v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(static_cast<std::int32_t>(v), base, width).Bytes()));
 }
 
 String String::Arg(short v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(int{v}, base, width));
+    return String(newFilled(*this, NumberText(int{v}, base, width).Bytes()));
 }
 
 String String::Arg(unsigned short v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(int{v}, base, width));
+    return String(newFilled(*this, NumberText(int{v}, base, width).Bytes()));
 }
 
 String String::Arg(unsigned int v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(v, base, width).Bytes()));
 }
 
 String String::Arg(unsigned long v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(static_cast<std::uint32_t>(v), base, width).Bytes()));
 }
 
 String String::Arg(long long v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(v, base, width).Bytes()));
 }
 
 String String::Arg(unsigned long long v, unsigned int base, const checked_value<unsigned int>& width) const {
-    return Arg(Number(v, base, width));
+    return String(newFilled(*this, NumberText(v, base, width).Bytes()));
 }
 
 String String::Arg(double v, unsigned int precision, const checked_value<unsigned int>& format) const {
-    return Arg(Number(v, precision, format));
+    return String(newFilled(*this, FloatingText(v, precision, format).Bytes()));
 }
 
 String String::Arg(float v, unsigned int precision, const checked_value<unsigned int>& format) const {
-    return Arg(Number(v, precision, format));
+    return Arg(double{v}, precision, format);
 }

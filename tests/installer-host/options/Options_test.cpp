@@ -36,7 +36,7 @@ TEST(Options, AreRead) {
                                         "json",
                                         "--timeout",
                                         "0",
-                                        "--verbose",
+                                        "-vv",
                                         "--changes-exit",
                                         "--",
                                         "-x"});
@@ -47,7 +47,7 @@ TEST(Options, AreRead) {
     EXPECT_EQ(options.installation.language, -1);
     EXPECT_THAT(options.installation.steps, ElementsAre(Step::PostInstall));
     EXPECT_EQ(options.installation.blockVersion, 65535);
-    EXPECT_TRUE(options.installation.direct && options.dryRun && options.verbose && options.changesExit);
+    EXPECT_TRUE(options.installation.direct && options.dryRun && options.verbose == 2 && options.changesExit);
     EXPECT_EQ(options.root, "/r");
     EXPECT_FALSE(options.machine);
     EXPECT_EQ(options.format, Format::Json);
@@ -89,7 +89,7 @@ struct WrongUsage {
 TEST(Options, SayWhatIsWrong) {
     const std::string longName(5000, 'a');
     const WrongUsage cases[] = {
-        {{}, "run, matrix, check or show"},
+        {{}, "a command is missing: run, "},
         {{"run", "X.bundle"}, "--product is required"},
         {{"run", "X.bundle", "--product", "0x10"}, "'0x10' is not a whole number from -2147483648 to 2147483647"},
         {{"run", "X.bundle", "--product", "5100", "--language", "fr"}, "0 for English or 1 for French"},
@@ -116,6 +116,14 @@ TEST(Options, SayWhatIsWrong) {
         {{"show", "--root"}, "--root"},
         {{"show", "--root", "--machine"}, "'--machine' looks like an option"},
         {{"show", "--root", "/r", "--machine"}, "excludes --"},
+        {{"show", "--root", "/r", "--key", "K"}, "--key requires --domain"},
+        {{"show", "--root", "/r", "--domain=", "K"}, "--domain: its value is empty"},
+        {{"show", "--root", "/r", "--domain", "--key"}, "--domain: '--key' is not a name"},
+        {{"show", "--root", "/r", "--diff", "-x"}, "'-x' looks like an option"},
+        {{"show", "--root", "/r", "--log", "--quiet"}, "'--quiet' looks like an option"},
+        {{"show", "--root", "/r", "--color", "red"}, "'red' is not one of auto|always|never"},
+        {{"show", "--root", "/r", "-q", "-v"}, "excludes --"},
+        {{"completion", "tcsh"}, "'tcsh' is not one of bash|zsh|fish"},
         {{"show"}, "--root DIR for a private root, or --machine"},
         {{"run", "X.bundle", "--product", "1", "--root", "/r", "--expect", "e", "--write-expect", "f"}, "excludes --"},
         {{"matrix", "X.bundle"}, "--product LIST, --cases FILE or --rerun FILE"},
@@ -143,7 +151,12 @@ TEST(Options, SayWhatIsWrong) {
 TEST(Options, HelpShowsHowToBegin) {
     using Arguments = std::vector<const char*>;
     for (const Arguments& arguments :
-         {Arguments{"--help"}, {"run", "--help"}, {"matrix", "--help"}, {"check", "--help"}, {"show", "--help"}}) {
+         {Arguments{"--help"},
+          {"run", "--help"},
+          {"matrix", "--help"},
+          {"check", "--help"},
+          {"show", "--help"},
+          {"completion", "--help"}}) {
         const ParsedOptions parsed = parse(arguments);
         EXPECT_TRUE(!parsed.proceed && parsed.status == ExitStatus::Done);
         EXPECT_THAT(parsed.text, AllOf(HasSubstr("Usage: installer-host"), HasSubstr("xample"))) << arguments.front();

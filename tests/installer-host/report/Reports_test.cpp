@@ -3,9 +3,11 @@
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "installer-host/report/JsonReport.h"
 #include "installer-host/report/Lines.h"
+#include "installer-host/report/Paint.h"
 #include "installer-host/report/ShowText.h"
 #include "installer-host/report/Text.h"
 #include "installer-host/report/TextReport.h"
@@ -102,6 +104,61 @@ Limits
 
 In all: no step changed anything.
 )"));
+}
+
+TEST(Paint, FollowsTheSectionsOfAReport) {
+    const std::string painted = paintedReport(R"(Steps
+  pre-install step  done in 0.012 s
+  post-install step ended the process: signal
+      11
+
+Preferences (+ added)
+  + d
+    + "a" = "a long
+        text"
+      "b" = 1
+    ~ "- c" = 1
+
+Finder flags
+  /a    0x0000 -> 0x0400
+  /b    0x0000
+
+Files and folders (+ created)
+  + file /a
+  - file /b
+  > file /c -> /d
+
+Problems
+  not stored: + x
+
+In all: 1.
+)");
+    EXPECT_EQ(std::regex_replace(painted, std::regex("\x1B\\[([0-9;]+)m"), "<$1>"), R"(<1>Steps<0>
+  pre-install step  done in 0.012 s
+  <1;31>post-install step ended the process: signal<0>
+      <1;31>11<0>
+
+<1>Preferences (+ added)<0>
+  + d
+    <32>+ "a" = "a long<0>
+        <32>text"<0>
+      "b" = 1
+    <33>~ "- c" = 1<0>
+
+<1>Finder flags<0>
+  <33>/a    0x0000 -> 0x0400<0>
+  /b    0x0000
+
+<1>Files and folders (+ created)<0>
+  <32>+ file /a<0>
+  <31>- file /b<0>
+  <36>> file /c -> /d<0>
+
+<1>Problems<0>
+  <1;31>not stored: + x<0>
+
+In all: 1.
+)");
 }
 
 TEST(Line, KeepsToTheWidth) {

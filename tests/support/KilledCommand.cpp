@@ -1,0 +1,104 @@
+#include "tests/support/KilledCommand.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+
+#include "tests/support/TempDir.h"
+
+namespace test {
+
+namespace {
+
+/// Calls that change the disk whatever their arguments are.
+const std::set<unsigned long> CHANGING{SYS_mkdir,     SYS_mkdirat,     SYS_rename,       SYS_renameat, SYS_renameat2,
+                                       SYS_link,      SYS_linkat,      SYS_unlink,       SYS_unlinkat, SYS_rmdir,
+                                       SYS_fchmod,    SYS_fchmodat,    SYS_chmod,        SYS_fchown,   SYS_chown,
+                                       SYS_fchownat,  SYS_setxattr,    SYS_fsetxattr,    SYS_fsync,    SYS_ftruncate,
+                                       SYS_lsetxattr, SYS_removexattr, SYS_lremovexattr, SYS_utimensat};
+
+bool isOnDisk(pid_t process, unsigned long fd) {
+    std::error_code error;
+    const auto target =
+        std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/fd/" + std::to_string(fd), error);
+    return !error && target.string().front() == '/' && target.string().rfind("/dev/", 0) != 0;
+}
+
+bool changesTheDisk(pid_t process, const __ptrace_syscall_info& info) {
+    const auto call = static_cast<unsigned long>(info.entry.nr);
+    const auto* arguments = info.entry.args;
+    return CHANGING.count(call) != 0 || (call == SYS_open && (arguments[1] & O_CREAT) != 0) ||
+           (call == SYS_openat && (arguments[2] & O_CREAT) != 0) ||
+           (call == SYS_write && isOnDisk(process, static_cast<unsigned long>(arguments[0])));
+}
+
+/// Ends all processes that are traced, and waits for their ends.
+void killAll(const std::set<pid_t>& processes) {
+    for (const pid_t process : processes) {
+        kill(process, SIGKILL);
+    }
+    int status = 0;
+    for (pid_t process = 0; (process = waitpid(-1, &status, __WALL)) > 0;) {
+        if (WIFSTOPPED(status)) {
+            kill(process, SIGKILL);  // it was just begun
+        }
+    }
+}
+
+/// The signal that a stopped process is to get when it goes on.
+int signalFor(int status, bool isNew) {
+    const int signal = WSTOPSIG(status);
+    const bool isOfTracing = signal == (SIGTRAP | 0x80) || signal == SIGTRAP || status >> 16 != 0;
+    return isOfTracing || (isNew && signal == SIGSTOP) ? 0 : signal;
+}
+
+}  // namespace
+
+bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call) {
+    const pid_t first = fork();
+    if (first == 0) {
+        setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the leak checker traces, too; there is room for one only
+        std::vector<char*> arguments;
+        for (const std::string& argument : command) {
+            arguments.push_back(const_cast<char*>(argument.c_str()));
+        }
+        arguments.push_back(nullptr);
+        const int nothing = open("/dev/null", O_RDWR);
+        dup2(nothing, 1);
+        dup2(nothing, 2);
+        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        execvp(arguments[0], arguments.data());
+        _exit(127);
+    }
+    constexpr auto OPTIONS = PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK |
+                             PTRACE_O_TRACECLONE | PTRACE_O_TRACEEXEC;
+    std::set<pid_t> processes;
+    int status = 0;
+    for (pid_t process = 0; (process = waitpid(-1, &status, __WALL)) > 0;) {
+        if (!WIFSTOPPED(status)) {
+            processes.erase(process);
+            continue;
+        }
+        const bool isNew = processes.insert(process).second;
+        ptrace(PTRACE_SETOPTIONS, process, nullptr, OPTIONS);
+        __ptrace_syscall_info info{};
+        const bool isCall = WSTOPSIG(status) == (SIGTRAP | 0x80) &&
+                            ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info) > 0 &&
+                            info.op == PTRACE_SYSCALL_INFO_ENTRY;
+        if (isCall && changesTheDisk(process, info) &&
+            readFile("/proc/" + std::to_string(process) + "/comm").rfind(name, 0) == 0 && call-- == 0) {
+            killAll(processes);
+            return true;
+        }
+        ptrace(PTRACE_SYSCALL, process, nullptr, signalFor(status, isNew));
+    }
+    return false;
+}
+
+}  // namespace test

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// Runs the command, and kills it with all that it started before the system call number `call` by which one of its
+/// processes whose name begins with `name` would change the disk. False when they made fewer such calls, and the
+/// command came to its end.
+bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call);
+
+}  // namespace test
