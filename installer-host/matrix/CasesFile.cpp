@@ -149,8 +149,8 @@ std::vector<CaseLine> readCasesFile(const std::string& file) {
         }
         return lines;
     } catch (const std::invalid_argument& fault) {
-        throw Failure(ExitStatus::Usage,
-                      list + (isJson ? ", case " : ", line ") + std::to_string(number) + ": " + fault.what());
+        const std::string place = number == 0 ? "" : (isJson ? ", case " : ", line ") + std::to_string(number);
+        throw Failure(ExitStatus::Usage, list + place + ": " + fault.what());
     } catch (const nlohmann::json::exception& fault) {
         throw Failure(ExitStatus::Usage, list + " is not JSON: " + fault.what());
     }

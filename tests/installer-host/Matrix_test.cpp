@@ -1,5 +1,5 @@
 #include <filesystem>
-#include <set>
+#include <map>
 
 #include "tests/installer-host/HostSupport.h"
 #include "tests/support/Test.h"

@@ -1,6 +1,5 @@
 #include "installer-host/matrix/CaseList.h"
 
-#include "installer-host/matrix/CaseProcess.h"
 #include "installer-host/matrix/MatrixResult.h"
 #include "plugin/InstallStatusFile.h"
 #include "tests/support/Test.h"
