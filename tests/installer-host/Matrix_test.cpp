@@ -32,9 +32,11 @@ json steady(json report) {
         report.erase(name);
     }
     for (json& member : report) {
-        member = member.is_object() ? steady(member) : member;
-        for (json& inner : member.is_array() ? member : json::array()) {
-            inner = inner.is_object() ? steady(inner) : inner;
+        if (member.is_object()) {
+            member = steady(member);
+        } else if (member.is_array()) {
+            std::transform(member.begin(), member.end(), member.begin(),
+                           [](const json& inner) { return inner.is_object() ? steady(inner) : inner; });
         }
     }
     return report;
@@ -56,7 +58,7 @@ TEST(Matrix, GivesTheSameReportWithOneJobAndWithMany) {
         return json::parse(result.out);
     };
     const json one = reportOf("1"), eight = reportOf("8");
-    EXPECT_EQ(steady(one), steady(eight));
+    EXPECT_EQ(json::diff(steady(one), steady(eight)), json::array());
     EXPECT_EQ(readRoot(root.path()).dump(), before);
     EXPECT_EQ(readFile(root.statusPath()), "UpdatesDisabled\n");
     const std::vector<std::string> languages{"en", "fr", "ja"};
