@@ -4,9 +4,10 @@
 PRESET ?= release
 BUILD := build/$(PRESET)
 TEST_FLAGS ?=
+SECONDS ?= 60
 
-.PHONY: all build run test test-i386 test-package package test-deb abi check-darwin lint lint-all attack bench docs clean
-.PHONY: install-deps help archive release-check test-fleet test-fleet-deb
+# No target is a file.
+.PHONY: $(shell sed -n 's/^\([a-z0-9-]*\):.*/\1/p' $(firstword $(MAKEFILE_LIST)))
 
 all: build
 
@@ -36,6 +37,10 @@ release-check: ## install every product in every language, and compare with what
 	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
 	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
 	@tools/release-check $(BUILD)
+
+test-page: build ## look at the HTML reports in a browser
+	@tools/install-deps page
+	@tests/installer-host/page/drive-pages $(BUILD)
 
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
@@ -86,6 +91,17 @@ lint-all: ## the same, and clang-tidy on every source
 attack: build ## attack the machine with a hostile plug-in, and see each protection missed
 	@tests/installer-host/attack/attack.py $(BUILD)
 	@tests/installer-host/attack/attack.py --prove $(BUILD)
+
+fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
+	@tools/install-deps fuzz
+	@mkdir -p build
+	@cmake --preset fuzz
+	@cmake --build --preset fuzz
+	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
+
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench

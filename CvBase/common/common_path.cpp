@@ -217,5 +217,5 @@ FilePath operator+(const FolderPath& folder, const String& name) {
 }
 
 FolderPath operator/(const FolderPath& folder, const String& name) {
-    return FolderPath((folder + name).GetInternal(), false);
+    return FolderPath(folder.GetInternal() + name, false);
 }

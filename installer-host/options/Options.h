@@ -12,7 +12,7 @@
 namespace host {
 
 enum class Command { Run, Matrix, Undo, Check, Show };
-enum class Format { Text, Json };
+enum class Format { Text, Json, Html };
 
 /// What only `matrix` has. Each list is in the order of the command line.
 struct MatrixOptions {

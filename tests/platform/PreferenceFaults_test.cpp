@@ -140,6 +140,9 @@ bool storeAndKill(int call) {
             waitpid(writer, &status, 0);
             return true;
         }
+        if (isCall && info.entry.nr == SYS_openat && (info.entry.args[2] & O_CREAT) != 0) {
+            EXPECT_NE(info.entry.args[2] & O_EXCL, 0U) << "what somebody else put there would be written into";
+        }
         if (isCall && info.entry.nr == SYS_renameat) {
             EXPECT_TRUE(std::exchange(isFlushed, false)) << "a file without its bytes would take the old one's place";
         } else if (isCall && (info.entry.nr == SYS_fsync || (info.entry.nr == SYS_write && info.entry.args[0] > 2))) {
@@ -205,6 +208,7 @@ TEST_F(PreferenceFaults, AFullDiskKeepsTheOldFile) {
         $store set Old 1 sync
         cp $file /Applications/before
         dd if=/dev/zero of=/Library/fill bs=4096 2>/dev/null || true
+        truncate -s -8192 /Library/fill  # room for a part
         $store set New "$(head -c 20000 /dev/zero | tr '\0' x)" sync run "
             cp $file /Applications/full; ls -A /Library/Preferences >/Applications/names; rm /Library/fill" sync
         cp $file /Applications/after)sh";

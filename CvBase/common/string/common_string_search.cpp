@@ -4,8 +4,14 @@
 #include <cstring>
 
 #include "CvBase/common/string/common_string_bytes.h"
+#include "CvBase/common/string/common_string_finder.h"
+
+using StringDetail::Finder;
 
 namespace {
+
+/// Up to about this length strstr is faster than a Finder, and has no time to become slow.
+constexpr unsigned int SHORT_TEXT = 256;
 
 bool sameByte(char a, char b) {
     return a == b;
@@ -20,6 +26,14 @@ bool equalViews(std::string_view bytes, const String& text, bool caseSensitive) 
     const std::string_view a = viewOf(bytes);
     const std::string_view b = viewOf(bytesOf(text));
     return caseSensitive ? a == b : std::equal(a.begin(), a.end(), b.begin(), b.end(), sameByteFolded);
+}
+
+/// The position `hit` in the text, unless it is Finder::NOWHERE or a NUL byte lies between `start` and it.
+checked_value<unsigned int> positionIn(const String& text, unsigned int start, std::size_t hit) {
+    if (hit == Finder::NOWHERE || std::memchr(text.CStr() + start, '\0', hit - start) != nullptr) {
+        return {};
+    }
+    return static_cast<unsigned int>(hit);
 }
 
 }  // namespace
@@ -62,17 +76,18 @@ checked_value<unsigned int> String::Find(const char* needle, unsigned int start,
     if (start >= Length()) {
         return {};
     }
-    if (caseSensitive) {
+    if (caseSensitive && Length() - start < SHORT_TEXT) {
         const char* const hit = std::strstr(CStr() + start, needle);
         return hit != nullptr ? checked_value<unsigned int>(static_cast<unsigned int>(hit - CStr()))
                               : checked_value<unsigned int>();
     }
-    // Folding drops what follows a NUL byte, so the folded text may end before `start`; find() then finds nothing.
+    if (caseSensitive) {
+        return positionIn(*this, start, Finder(bytesOf(*this), needle).find(start));
+    }
+    // Folding drops what follows a NUL byte, so the folded text may end before `start`; nothing is found then.
     const String folded = ToLower();
     const String foldedNeedle = String(needle).ToLower();
-    const std::size_t hit = bytesOf(folded).find(bytesOf(foldedNeedle), start);
-    return hit != std::string_view::npos ? checked_value<unsigned int>(static_cast<unsigned int>(hit))
-                                         : checked_value<unsigned int>();
+    return positionIn(folded, start, Finder(bytesOf(folded), bytesOf(foldedNeedle)).find(start));
 }
 
 bool String::BeginsWith(const String& prefix, bool caseSensitive) const {

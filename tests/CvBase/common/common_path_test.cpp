@@ -1,5 +1,6 @@
 #include "CvBase/common/common_path.h"
 
+#include "fuzz/PathModel.h"
 #include "tests/support/Surroundings.h"
 #include "tests/support/Text.h"
 
@@ -37,6 +38,8 @@ TEST_F(PathTest, HomeAndWorkingFolderMakeAPathAbsolute) {
         EXPECT_EQ(str(file(row.text).GetInternal()), row.stored) << row.text;
         EXPECT_EQ(str(FilePath(row.text.c_str(), true).GetInternal()), row.stored) << row.text;
     }
+    setHome("relative");
+    EXPECT_EQ(str((FolderPath() / "~").GetInternal()), "relative/") << "made absolute once";
     for (const char* blank : {static_cast<const char*>(nullptr), "", " ", " \t\n ", "\xA0\xA0"}) {
         FilePath reused = file("/a");
         reused.construct(blank, false);
@@ -68,46 +71,6 @@ TEST_F(PathTest, FoldingALongPathTakesLinearTime) {
     EXPECT_EQ(str(file(text + "/b").ToString()), "/b");
 }
 
-/// The same rules written down another way: by erasing from the text and from the list of components.
-namespace model {
-
-std::string folded(std::string text) {
-    std::replace(text.begin(), text.end(), '\\', '/');
-    while (text.size() > 1 && text.back() == '/') {
-        text.pop_back();
-    }
-    for (std::size_t at = text.substr(0, 2) == "//" ? 2 : 0; (at = text.find("//", at)) != std::string::npos;) {
-        text.erase(at, 1);
-    }
-    std::vector<std::string> parts(1);
-    for (const char c : text) {
-        if (c == '/') {
-            parts.emplace_back();
-        } else {
-            parts.back() += c;
-        }
-    }
-    for (std::size_t i = 0; i < parts.size();) {
-        if (parts[i] == ".." && i != 0) {
-            const auto at = parts.begin() + static_cast<std::ptrdiff_t>(i);
-            parts.erase(at - 1, at + 1);
-        } else {
-            ++i;
-        }
-    }
-    std::string joined;
-    for (const std::string& part : parts) {
-        joined += (&part == parts.data() ? "" : "/") + part;
-    }
-    joined += '/';
-    while (joined.size() > 1 && joined[joined.size() - 2] == '/') {
-        joined.pop_back();
-    }
-    return joined;
-}
-
-}  // namespace model
-
 /// Calls `use` with every text of at most `length` characters out of `letters`.
 void forEachText(const std::string& letters, std::size_t length, const std::function<void(const std::string&)>& use,
                  const std::string& begin = {}) {
@@ -125,12 +88,12 @@ TEST_F(PathTest, EveryShortPathFoldsAsTheModelSays) {
     for (const std::string home : {"a", "..", ".", "\\"}) {
         setHome(home);
         forEachText("a./\\", 6, [&](const std::string& rest) {
-            ASSERT_EQ(str(folder("~/" + rest).ToString()), model::folded(home + "/" + rest));
+            ASSERT_EQ(str(folder("~/" + rest).ToString()), fuzz::foldedPath(home + "/" + rest));
         });
     }
     forEachText("a./\\", 8, [&](const std::string& rest) {
         const std::string text = "/" + rest;
-        const std::string folded = model::folded(text);
+        const std::string folded = fuzz::foldedPath(text);
         ASSERT_EQ(str(file(text).ToString()), folded.substr(0, folded.size() - 1)) << text;
         ASSERT_EQ(folder(text).IsTopLevel(), folded == "/" || folded == "./") << text;
     });

@@ -80,6 +80,20 @@ TYPED_TEST(SmartPtr, DisposeGivesTheShareUpOnce) {
     EXPECT_EQ(b.get(), pointer);
 }
 
+/// A list that only its first handle keeps alive.
+struct Node {
+    shared_ptr<Node> next;
+};
+
+TEST(SharedPtr, GoesOnToTheRestOfAListThatItHoldsAlone) {
+    shared_ptr<Node> list(new Node);
+    list->next = shared_ptr<Node>(new Node);
+    Node* const rest = list->next.get();
+    list = list->next;
+    EXPECT_EQ(list.get(), rest);
+    EXPECT_EQ(list.use_count(), 1U);
+}
+
 TEST(SharedPtr, ReplaceLeavesTheOtherHolders) {
     shared_ptr<Counted> a(new Counted(1));
     volatile unsigned int* const count = a.count();

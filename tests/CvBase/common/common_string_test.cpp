@@ -186,6 +186,7 @@ TEST(StringFind, ByteFromEitherEnd) {
 }
 
 TEST(StringFind, Text) {
+    const std::string LONG(400, 'x');
     // clang-format off
     const struct { MaybeBytes text; const char* needle; unsigned int start; bool caseSensitive; Position found; } rows[] = {
         {"abc", "bc", 0, true, 1}, {"abc", "bd", 0, true, {}}, {"abc", "", 1, true, 1}, {"abc", "", 3, true, {}},
@@ -197,6 +198,9 @@ TEST(StringFind, Text) {
         {"ab\0cdef"s, "cd", 3, false, {}}, {"ab\0cdef"s, "", 2, false, 2}, {"ab\0cdef"s, "", 3, false, {}},
         {"ab\0cdef"s, "", 6, false, {}}, {"\0cdef"s, "c", 0, false, {}}, {"\0cdef"s, "c", 1, false, {}},
         {"", "", 0, true, {}}, {NONE, "", 0, true, {}}, {NONE, "a", 0, false, {}},
+        {LONG + "\0cd"s, "cd", 0, true, {}}, {LONG + "\0cd"s, "cd", 400, true, {}}, {LONG + "\0cd"s, "cd", 401, true, 401},
+        {LONG + "cd\0"s, "cd", 7, true, 400}, {LONG + "cd", "CD", 7, false, 400}, {LONG + "cd", "", 7, true, 7},
+        {"\0"s + LONG + "cd", "cd", 0, true, {}}, {"\0"s + LONG + "cd", "cd", 1, true, 401},
     };
     // clang-format on
     for (const auto& row : rows) {
