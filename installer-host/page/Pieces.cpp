@@ -124,7 +124,7 @@ void Table::add(const std::vector<Markup>& cells, const char* classes) {
     for (std::size_t column = 1; column < titles_.size(); ++column) {
         row += element("td", {{"role", "cell"}, {"data-title", titles_[column]}}, cells.at(column));
     }
-    rows_ += element(std::string("tr.") + classes, {{"role", "row"}}, row);
+    rows_ += element(std::string(*classes == '\0' ? "tr" : "tr.") + classes, {{"role", "row"}}, row);
 }
 
 Markup Table::markup(const std::string& classes) const {

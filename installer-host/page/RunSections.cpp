@@ -88,8 +88,11 @@ Markup limitSection(const Json& limits, int level) {
     return limits.empty() ? Markup() : section(level, "Limits that held for the bundle's code", anyValue(limits));
 }
 
-Markup placeOf(const Json& root) {
-    return root.is_null() ? Markup("this machine") : "the private root " + path(root);
+/// Where the steps worked. Without a root, a run has a scope on the machine, and a case of a matrix has none.
+Markup placeOf(const Json& report) {
+    return !report.at("root").is_null() ? "the private root " + path(report.at("root"))
+           : report.at("scope").empty() ? Markup("an empty private root of its own")
+                                        : Markup("this machine");
 }
 
 Markup userText(const Json& user) {
@@ -147,7 +150,7 @@ Markup runFacts(const Json& report) {
     return factList(
                {{"Bundle", path(report.at("bundle"))},
                 {"Identifier", textOf("bundleIdentifier") + ", version " + textOf("bundleVersion")},
-                {"Worked on", placeOf(report.at("root"))},
+                {"Worked on", placeOf(report)},
                 {"Looked at", report.at("scope").empty() ? Markup() : anyValue(report.at("scope"))},
                 {"Dry run", report.at("dryRun").get<bool>() ? "yes: on a copy, the root itself is unchanged" : "no"},
                 {"Started", foreign(report.at("started")) + " by " + userText(report.at("user"))},
