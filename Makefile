@@ -31,6 +31,10 @@ run: ## install a product into a sample root and print the report
 test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
+test-page: build ## look at the HTML reports in a browser
+	@tools/install-deps page
+	@tests/installer-host/page/drive-pages $(BUILD)
+
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 

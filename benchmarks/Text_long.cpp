@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "CvBase/common/common_string.h"
+#include "benchmarks/support/FloorText.h"
 #include "benchmarks/support/Main.h"
 
 #if CV_PEER_QT
@@ -60,27 +60,14 @@ const std::string& fields() {
     return made;
 }
 
-/// What a String owns: a text and a count, each in a block of memory of its own. Nothing that makes Strings takes less
-/// than making and deleting these.
-class Floor {
-public:
-    Floor(const char* begin, const char* end) : text_(new std::string(begin, end)), count_(new unsigned int(1)) {}
-
-    [[nodiscard]] std::string_view bytes() const { return *text_; }
-
-private:
-    std::unique_ptr<std::string> text_;
-    std::unique_ptr<unsigned int> count_;
-};
-
 std::string bytesOf(const String& text) {
     return {text.CStr(), text.Length()};
 }
 std::string bytesOf(const std::string& text) {
     return text;
 }
-std::string bytesOf(const Floor& text) {
-    return std::string(text.bytes());
+std::string bytesOf(const bench::FloorText& text) {
+    return text.Text();
 }
 #if CV_PEER_QT
 std::string bytesOf(const QByteArray& text) {
@@ -236,13 +223,12 @@ template <typename Field>
 std::vector<Field> splitByHand(const std::string& text) {
     std::vector<Field> made;
     made.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), ',')) + 1);
-    const char* start = text.data();
-    const char* const end = start + text.size();
-    while (const auto* hit = static_cast<const char*>(std::memchr(start, ',', static_cast<std::size_t>(end - start)))) {
-        made.emplace_back(start, hit);
-        start = hit + 1;
+    const std::string_view bytes = text;
+    std::size_t start = 0;
+    for (std::size_t end; (end = bytes.find(',', start)) != std::string_view::npos; start = end + 1) {
+        made.emplace_back(bytes.substr(start, end - start));
     }
-    made.emplace_back(start, end);
+    made.emplace_back(bytes.substr(start));
     return made;
 }
 
@@ -257,7 +243,7 @@ void addSplitting() {
         },
         fields());
     addMaking(
-        work, "floor", [] { return splitByHand<Floor>(fields()); }, fields());
+        work, "floor", [] { return splitByHand<bench::FloorText>(fields()); }, fields());
     addMaking(
         work, "std::string", [] { return splitByHand<std::string>(fields()); }, fields());
 #if CV_PEER_ABSEIL

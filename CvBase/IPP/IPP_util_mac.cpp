@@ -22,6 +22,10 @@ std::int32_t shiftedOne(unsigned int bits) {
 template <typename T>
 T powerOfTwo(int scale) {
     constexpr int BEYOND_EVERY_EXPONENT = 4096;
+    // What audio uses is one division: ldexp() takes a tenth of what converting 4096 samples does.
+    if (scale >= 0 && scale < 32) {
+        return T{1} / static_cast<T>(std::uint32_t{1} << static_cast<unsigned int>(scale));
+    }
     return std::ldexp(T{1}, -std::clamp(scale, -BEYOND_EVERY_EXPONENT, BEYOND_EVERY_EXPONENT));
 }
 

@@ -113,7 +113,9 @@ String operator+(const String& a, const char* b) {
 
 void blankCutSequence(std::string& bytes) {
     constexpr std::size_t LONGEST_SEQUENCE = 7;
-    for (std::size_t i = bytes.size(); i-- > 0;) {
+    // A lead byte before these has all of its sequence.
+    const std::size_t first = bytes.size() - std::min(bytes.size(), LONGEST_SEQUENCE - 1);
+    for (std::size_t i = bytes.size(); i-- > first;) {
         const unsigned char lead = static_cast<unsigned char>(bytes[i]);
         if (lead < 0xC0) {
             continue;

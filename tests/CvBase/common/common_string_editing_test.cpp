@@ -59,6 +59,17 @@ TEST(StringCase, MapsAsciiOnly) {
         EXPECT_EQ(bytesOf(makeText(row.text).ToUpper()), row.upper);
         EXPECT_EQ(bytesOf(makeText(row.text).ToLower()), row.lower);
     }
+    for (unsigned int length = 0; length < 130; ++length) {
+        std::string bytes;
+        std::string upper;
+        for (unsigned int i = 0; i < length; ++i) {
+            const Char c = static_cast<char>((length * 131 + i) % 255 + 1);
+            bytes += c;
+            upper += c.ToUpper();
+        }
+        EXPECT_EQ(str(makeText(bytes).ToUpper()), upper);
+        EXPECT_EQ(str(makeText(upper).ToLower()), str(makeText(bytes).ToLower()));
+    }
     // Upper shares a text that has nothing to map, lower does not.
     for (const String& text : {String(), String("")}) {
         EXPECT_TRUE(text.ToUpper().SharesTextWith(text));
