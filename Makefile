@@ -66,7 +66,7 @@ archive: ## pack the host and the plug-in for machines without our packages
 	@tools/install-deps
 	@mkdir -p build
 	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
-	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall CvBase_platform
+	@cmake --build --preset $(PRESET) --target completion CorvaneInstall CvBase_platform
 	@tools/archive $(BUILD)
 
 test-fleet: archive ## roll the plug-in out to 24 folders as machines with Ansible, over ssh
