@@ -31,6 +31,10 @@ run: ## install a product into a sample root and print the report
 test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
+test-page: build ## look at the HTML reports in a browser
+	@tools/install-deps page
+	@tests/installer-host/page/drive-pages $(BUILD)
+
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
@@ -87,6 +91,10 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@cmake --preset fuzz
 	@cmake --build --preset fuzz
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
+
+mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
+	@tools/install-deps test
+	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
 	@tools/install-deps bench

@@ -205,12 +205,13 @@ void addBlocks() {
     add("Stream/read-blocks", {"memcpy", [memory, vector] { copyBlocks(memory->data(), vector->data()); }, copied});
 }
 
-/// Writes GROWN_SIZE bytes block by block; the source, which is smaller, over and over.
+/// Writes GROWN_SIZE bytes as one block over and over. The block is out of a vector, as in reading.
 template <typename Write>
 void writeGrowing(Write write) {
-    const Byte* const source = bench::source<Byte>(bench::IN_CACHE);
+    static const Bytes block(bench::source<Byte>(bench::IN_CACHE),
+                             bench::source<Byte>(bench::IN_CACHE) + GROWN_BLOCK_SIZE);
     for (unsigned int written = 0; written < GROWN_SIZE; written += GROWN_BLOCK_SIZE) {
-        write(source);
+        write(block.data());
     }
 }
 

@@ -57,7 +57,7 @@ install(FILES plugin/InstallerInterface.h plugin/ParamBlock.h DESTINATION ${head
 if(NOT APPLE)
     install(TARGETS installer-host COMPONENT Host)
     install(TARGETS installer-host-worker DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT Host)
-    install(FILES docs/report.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host COMPONENT Host)
+    install(FILES docs/report.schema.json docs/journal.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/installer-host COMPONENT Host)
     install(FILES docs/installer-host.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Host)
     set(completion ${PROJECT_BINARY_DIR}/installer-host/completion/installer-host)
     install(FILES ${completion}.bash RENAME installer-host

@@ -1,7 +1,6 @@
 #include "CvBase/Util/ByteStream.h"
 
 #include <algorithm>
-#include <limits>
 #include <new>
 
 #include "CvBase/IPP/IPP_util_mac.h"
@@ -24,18 +23,6 @@ enum FailureLine { TextLengthLine = 74, TextLine = 81, VectorLine = 104, ReadLin
     ::Exception::Throw(DataStreamIO(message.Arg(static_cast<unsigned long long>(count))), "Util/ByteStream", line);
 }
 
-/// The most bytes that a stream can hold: its positions have 32 bits.
-std::uint64_t maxSize(const std::vector<unsigned char>& buffer) {
-    return std::min<std::uint64_t>(buffer.max_size(), std::numeric_limits<unsigned int>::max());
-}
-
-const std::vector<unsigned char>& checkedForSize(const std::vector<unsigned char>& bytes) {
-    if (bytes.size() > maxSize(bytes)) {
-        throw std::bad_alloc();
-    }
-    return bytes;
-}
-
 }  // namespace
 
 ByteStream::ByteStream(unsigned int reserve) {
@@ -43,12 +30,13 @@ ByteStream::ByteStream(unsigned int reserve) {
 }
 
 ByteStream::ByteStream(unsigned int size, const unsigned char* data) : ByteStream(size) {
-    if (size != 0) {
-        buffer_.assign(data, data + size);
-    }
+    buffer_.append(size, data);
 }
 
-ByteStream::ByteStream(const std::vector<unsigned char>& bytes) : buffer_(checkedForSize(bytes)) {}
+ByteStream::ByteStream(const std::vector<unsigned char>& bytes) {
+    makeRoom(bytes.size());
+    buffer_.append(bytes.size(), bytes.data());
+}
 
 ByteStream::~ByteStream() = default;
 
@@ -137,13 +125,13 @@ void ByteStream::makeRoom(std::uint64_t count) {
     if (count == 0) {
         return;
     }
-    const std::uint64_t limit = maxSize(buffer_);
-    if (count > limit || position_ > limit - count) {
+    constexpr std::uint64_t LIMIT = Detail::ByteBuffer::MAX_SIZE;
+    if (count > LIMIT || position_ > LIMIT - count) {
         throw std::bad_alloc();
     }
     const std::uint64_t end = position_ + count;
     if (end > buffer_.capacity()) {
-        buffer_.reserve(static_cast<std::size_t>(std::max(end, std::min(limit, 2 * std::uint64_t{buffer_.size()}))));
+        buffer_.reserve(static_cast<std::size_t>(std::max(end, std::min(LIMIT, 2 * std::uint64_t{buffer_.size()}))));
     }
 }
 
@@ -153,12 +141,13 @@ void ByteStream::write(std::size_t count, const unsigned char* src) {
     }
     makeRoom(count);
     if (position_ > buffer_.size()) {
-        buffer_.resize(position_);
+        const std::size_t gap = position_ - buffer_.size();
+        IPP::Zero(static_cast<unsigned int>(gap), buffer_.extend(gap));
     }
     // What lies past the end is appended as it is: zero bytes to write over would cost as much again.
     const std::size_t inside = std::min(count, buffer_.size() - position_);
     IPP::Copy(static_cast<unsigned int>(inside), src, buffer_.data() + position_);
-    buffer_.insert(buffer_.end(), src + inside, src + count);
+    buffer_.append(count - inside, src + inside);
     position_ += static_cast<unsigned int>(count);
 }
 

@@ -102,6 +102,53 @@ void addMetadata(RunResult& result, const BundleInfo& info) {
     result.bundleVersion = info.version;
 }
 
+/// The journal that the user asks for, begun; null when he asks for none.
+std::unique_ptr<RunJournal> beginJournal(const Options& options, const RootFolder& root,
+                                         const std::vector<std::string>& scope,
+                                         std::chrono::system_clock::time_point started) {
+    if (options.journal.empty()) {
+        return nullptr;
+    }
+    Journal journal;
+    journal.root = options.root;
+    journal.started = timeText(started);
+    journal.bundle = options.bundle;
+    journal.product = options.installation.product;
+    journal.language = options.installation.language;
+    journal.scope = scope;
+    return std::make_unique<RunJournal>(options.journal, std::move(journal), root, endIfInterrupted);
+}
+
+/// Writes what stands in the root, and tells the user what the journal can put back.
+void prepareJournal(RunJournal& journal, const Tree& before) {
+    journal.prepare(before);
+    std::string message;
+    for (const std::string& sentence : journal.promises()) {
+        message += (message.empty() ? "" : "\n") + sentence;
+    }
+    remark(Talk::Usual, message);
+}
+
+/// Runs the steps. The journal of a run that could not begin, and changed nothing, is forgotten.
+RunResult runSteps(const Options& options, const RootFolder& root, const std::vector<std::string>& scope,
+                   const Look& before, RunJournal* journal) {
+    try {
+        return runWorker(options, &root);
+    } catch (...) {
+        if (journal != nullptr) {
+            journal->abandonIfUnchanged(before.tree, look(root, scope, &before).tree);
+        }
+        throw;
+    }
+}
+
+void completeJournal(RunJournal& journal, const Tree& after, RunResult& result) {
+    result.options.journal = journal.path();
+    if (const std::optional<cv::Fault> fault = journal.complete(after, result.changes)) {
+        result.notStored.push_back(*fault);
+    }
+}
+
 }  // namespace
 
 RunResult performRun(const Plan& plan, Changes* everything) {

@@ -11,6 +11,7 @@
 #include "installer-host/EventLog.h"
 #include "installer-host/Message.h"
 #include "installer-host/look/PrivateFolders.h"
+#include "installer-host/page/HtmlPage.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/terminal/Colors.h"
 #include "installer-host/terminal/Terminal.h"
@@ -71,8 +72,8 @@ void printText(const std::string& report) {
     print(hasColors(STDOUT_FILENO) ? paintedReport(report) : report);
 }
 
-std::string formatted(const Json& document, Format) {
-    return jsonText(document);
+std::string formatted(const Json& document, Format format) {
+    return format == Format::Html ? htmlPage(document) : jsonText(document);
 }
 
 void explain(const Judgement& judgement) {

@@ -1,4 +1,5 @@
 #include "installer-host/journal/Undo.h"
+#include "installer-host/Activity.h"
 #include "installer-host/Plan.h"
 #include "installer-host/commands/Commands.h"
 #include "installer-host/commands/Output.h"
@@ -17,16 +18,24 @@ Judgement judge(const UndoResult& result) {
     return {};
 }
 
+UndoResult putBack(const Options& options, const RootFolder& root) {
+    const Activity activity("putting back what the run changed");
+    return undo(options.journal, root, options.root, options.dryRun, endIfInterrupted);
+}
+
 }  // namespace
 
 ExitStatus undoCommand(const Options& given) {
     const Plan plan(given);
     const Options& options = plan.options();
     const RootFolder root(options.root);
-    const UndoResult result = undo(options.journal, root, options.root, options.dryRun, endIfInterrupted);
+    const UndoResult result = putBack(options, root);
     const Judgement judgement = judge(result);
-    print(options.format == Format::Text ? undoText(result)
-                                         : formatted(undoDocument(result, judgement), options.format));
+    if (options.format == Format::Text) {
+        printText(options.quiet ? undoProblemsText(result) : undoText(result));
+    } else {
+        print(formatted(undoDocument(result, judgement), options.format));
+    }
     explain(judgement);
     return judgement.status;
 }

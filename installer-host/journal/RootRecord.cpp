@@ -103,7 +103,7 @@ void RootRecord::set(const std::optional<JournalName>& last) {
         addPath(json, "journal", last->path);
         json["id"] = last->id;
         const std::string text = json.dump(1, ' ', true, nlohmann::ordered_json::error_handler_t::replace) + "\n";
-        folder_.removeLeftovers();
+        removeLeftovers();
         folder_.replace(name_, text, [&](int fd) {
             if (fchmod(fd, FILE_MODE) != 0) {
                 cv::failWith(path(), errno);

@@ -33,6 +33,9 @@ public:
     /// Where the record is, on the machine.
     std::string path() const { return folder_.pathOf(name_); }
 
+    /// Removes what a killed writer of the record left. Throws cv::Fault.
+    void removeLeftovers() const { folder_.removeLeftovers(); }
+
     /// Puts another journal on record, or none. Throws cv::Fault.
     void set(const std::optional<JournalName>& last);
 

@@ -25,10 +25,21 @@ std::string placeOf(const std::string& root) {
     return root.empty() ? "the machine" : "the root '" + root + "'";
 }
 
+bool isLast(const Journal& journal, const RootRecord& record) {
+    return record.last() && record.last()->id == journal.name.id;
+}
+
+/// Whether the journal was undone, or its run was killed before it was put on record: either has nothing to undo.
+bool isSpent(const Journal& journal, const RootRecord& record, const std::string& rootPath) {
+    const bool hasNothing = journal.state == Journal::State::Undone || journal.state == Journal::State::Begun;
+    return hasNothing && !isLast(journal, record) && journal.root == rootPath;
+}
+
 /// Throws Failure unless this journal is the next to undo on the root. A root that was moved took its record along.
-void requireTurn(const Journal& journal, const std::optional<JournalName>& last, const std::string& rootPath) {
+void requireTurn(const Journal& journal, const RootRecord& record, const std::string& rootPath) {
     const std::string what = "the journal '" + journal.name.path + "'";
-    if (last && last->id == journal.name.id) {
+    const std::optional<JournalName>& last = record.last();
+    if (isLast(journal, record) || isSpent(journal, record, rootPath)) {
         return;
     }
     if (journal.root != rootPath) {
@@ -50,8 +61,13 @@ void tellKilledRun(Journal& journal, const RootFolder& root, const std::function
     journal.edits = editsBetween(journal.inventory, inventoryOf(now));
 }
 
-/// Removes what a killed run left half written beside the property lists.
-void removeLeftovers(UndoWork& work, const Inventory& inventory) {
+/// Removes what a killed run left half written, beside the record and beside the property lists.
+void removeLeftovers(const UndoWork& work, const RootRecord& record, const Inventory& inventory) {
+    try {
+        record.removeLeftovers();
+    } catch (const cv::Fault&) {
+        return;  // nothing can be written here, as putting back will show
+    }
     std::set<std::string> folders;
     for (const auto& [path, entry] : inventory.entries) {
         if (isPropertyList(entry) && folders.insert(path.substr(0, path.rfind('/') + 1)).second) {
@@ -91,14 +107,21 @@ std::string timeNow() {
 
 /// Marks the journal as undone, and then puts the one before it on record. Between the two a second undo only does the
 /// latter.
-void markUndone(JournalFile& file, Journal journal, RootRecord& record) {
-    if (journal.state != Journal::State::Undone) {
-        journal.state = Journal::State::Undone;
-        journal.undone = timeNow();
-        journal.inventory = {};
-        file.write(journal);
+void markUndone(UndoWork& work, JournalFile& file, RootRecord& record) {
+    Journal journal = work.result.journal;
+    try {
+        if (journal.state != Journal::State::Undone) {
+            journal.state = Journal::State::Undone;
+            journal.undone = timeNow();
+            journal.inventory = {};
+            file.write(journal);
+        }
+        if (isLast(journal, record)) {
+            record.set(journal.previous);
+        }
+    } catch (const cv::Fault& fault) {
+        work.leave({UndoItem::What::Other, file.path(), "journal", {}, {}, "", false}, fault.reason, true);
     }
-    record.set(journal.previous);
 }
 
 }  // namespace
@@ -117,29 +140,19 @@ UndoResult undo(const std::string& path, const RootFolder& root, const std::stri
     result.root = rootPath;
     result.dryRun = dryRun;
     RootRecord record(root, rootPath);
-    const bool isUndone = journal.state == Journal::State::Undone;
-    const bool isLast = record.last() && record.last()->id == journal.name.id;
-    const bool hasNothing = isUndone || journal.state == Journal::State::Begun;
-    if (hasNothing && !isLast && journal.root == rootPath) {
-        return result;
-    }
-    requireTurn(journal, record.last(), rootPath);
+    requireTurn(journal, record, rootPath);
     UndoWork work{root, result, endIfInterrupted, {}};
+    if (!dryRun) {
+        removeLeftovers(work, record, journal.inventory);
+    }
     if (journal.state == Journal::State::Prepared) {
         tellKilledRun(journal, root, endIfInterrupted);
-        if (!dryRun) {
-            removeLeftovers(work, journal.inventory);
-        }
     }
-    if (!isUndone) {
+    if (journal.state != Journal::State::Undone) {
         undoAll(work, journal);
     }
     if (!dryRun && !result.hasFaults()) {
-        try {
-            markUndone(file, journal, record);
-        } catch (const cv::Fault& fault) {
-            work.leave({UndoItem::What::Other, path, "journal", {}, {}, "", false}, fault.reason, true);
-        }
+        markUndone(work, file, record);
     }
     return result;
 }

@@ -83,9 +83,13 @@ void addExpectation(CLI::App& app, Options& options) {
         ->excludes(expect);
 }
 
+const std::vector<std::pair<std::string, Format>> FORMATS = {
+    {"text", Format::Text}, {"json", Format::Json}, {"html", Format::Html}};
+
 void addFormat(CLI::App& app, Options& options) {
-    addChoice<Format>(app, "--format", options.format, {{"text", Format::Text}, {"json", Format::Json}},
-                      "The format of the report (default: text)");
+    addChoice<Format>(app, "--format", options.format, FORMATS,
+                      "The format of the report: text, JSON, or an HTML page that needs nothing but itself (default: "
+                      "text)");
 }
 
 void addTimeout(CLI::App& app, Options& options) {

@@ -77,6 +77,9 @@ CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, 
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
                         const std::string& help);
 
+/// The words for the formats.
+extern const std::vector<std::pair<std::string, Format>> FORMATS;
+
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);
 void addCalls(CLI::App& app, Options& options);  ///< which steps are called, and how

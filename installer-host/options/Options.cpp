@@ -116,8 +116,10 @@ Format wantedFormat(const std::vector<std::string>& arguments) {
         if (before == "--") {
             break;
         }
-        if (argument == "--format=json" || (before == "--format" && argument == "json")) {
-            return Format::Json;
+        for (const auto& [word, format] : FORMATS) {
+            if (argument == "--format=" + word || (before == "--format" && argument == word)) {
+                return format;
+            }
         }
         before = argument;
     }

@@ -11,7 +11,7 @@
 namespace host {
 
 enum class Command { Run, Undo, Check, Show };
-enum class Format { Text, Json };
+enum class Format { Text, Json, Html };
 
 /// What the command line asks for. The fields that a command does not have keep their defaults.
 struct Options {

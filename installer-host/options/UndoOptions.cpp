@@ -21,6 +21,7 @@ void addUndoCommand(CLI::App& app, Options& options) {
              "The run worked on the machine itself");
     addFlag(undo, "--dry-run", options.dryRun, "Only report what would be put back");
     addFormat(undo, options);
+    addManners(undo, options);
     undo.callback([&] {
         options.command = Command::Undo;
         options.installation.steps.clear();

@@ -77,7 +77,7 @@ public:
 private:
     bool isIn(std::string_view section) const { return beginsWith(section_, section); }
 
-    std::size_t signColumn() const { return isIn("Preferences") ? 4 : 2; }
+    std::size_t signColumn() const { return isIn("Preferences") || isIn("Put back") ? 4 : 2; }
 
     Paint paintOfHead(std::string_view line) {
         last_ = Paint::Plain;
@@ -88,13 +88,13 @@ private:
         if (isIn("Steps")) {
             return paintOfStep(text);
         }
-        if (isIn("Problems") || beginsWith(text, "failed  ") || beginsWith(text, "! ")) {
+        if (isIn("Problems") || isIn("Not put back") || beginsWith(text, "failed  ") || beginsWith(text, "! ")) {
             return Paint::Bad;
         }
         if (isIn("Finder flags")) {
             return text.find(" -> ") != std::string_view::npos ? Paint::Changed : Paint::Plain;
         }
-        const bool hasSigns = isIn("Preferences (") || isIn("Files and folders (");
+        const bool hasSigns = isIn("Preferences (") || isIn("Put back (") || isIn("Files and folders (");
         return hasSigns && indent == signColumn() ? paintOfSign(text) : Paint::Plain;
     }
 

@@ -25,10 +25,6 @@ std::string describeItems(const TypedValue& value) {
 
 }  // namespace
 
-std::string placeText(const std::string& root) {
-    return root.empty() ? "this machine" : "the private root " + escaped(root);
-}
-
 std::string describe(const TypedValue& value) {
     constexpr std::size_t MOST_HEX_DIGITS = 64;
     const std::string type = value["type"];

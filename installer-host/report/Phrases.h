@@ -9,9 +9,6 @@ namespace host {
 
 // What more than one line of the reports, or both forms of them, say alike.
 
-/// What a command worked on: the private root at `root`, or this machine when that is empty.
-std::string placeText(const std::string& root);
-
 /// The value for a reader: "fr", 2, 1.5, true, 2026-01-02T03:04:05Z, <00ff>, ["a", 1], {"key": "text"}. Long data is
 /// cut.
 std::string describe(const TypedValue& value);

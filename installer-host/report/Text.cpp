@@ -34,16 +34,18 @@ bool isPlain(char32_t character) {
     const bool isLayout = (character >= 0x200B && character <= 0x200F) ||
                           (character >= 0x2028 && character <= 0x202E) ||
                           (character >= 0x2060 && character <= 0x206F) || character == 0xFEFF;
-    return !isControl && !isLayout && character != '"' && character != '\\' && character != cv::plist::NO_CHARACTER;
+    return !isControl && !isLayout && character != cv::plist::NO_CHARACTER;
 }
 
-}  // namespace
+bool isQuoteOrBackslash(char32_t character) {
+    return character == '"' || character == '\\';
+}
 
-std::string escaped(std::string_view text) {
+std::string escapedWhere(bool (*isKept)(char32_t), std::string_view text) {
     std::string result;
     for (std::size_t position = 0; position < text.size();) {
         std::size_t end = position;
-        if (isPlain(cv::plist::nextCharacter(text, end))) {
+        if (isKept(cv::plist::nextCharacter(text, end))) {
             result += text.substr(position, end - position);
             position = end;
         } else {
@@ -51,6 +53,16 @@ std::string escaped(std::string_view text) {
         }
     }
     return result;
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) {
+    return escapedWhere([](char32_t character) { return isPlain(character) && !isQuoteOrBackslash(character); }, text);
+}
+
+std::string visible(std::string_view text) {
+    return escapedWhere(isPlain, text);
 }
 
 std::string inQuotes(std::string_view text) {

@@ -13,6 +13,9 @@ std::string inQuotes(std::string_view text);
 /// The same without the quotes around it: fit for one line of a report.
 std::string escaped(std::string_view text);
 
+/// The same for text in which quotes and backslashes are not escaped: those of this program's own sentences.
+std::string visible(std::string_view text);
+
 /// "0x" and `digits` hexadecimal digits.
 std::string hexNumber(std::uint32_t value, int digits);
 

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include "installer-host/look/JsonPath.h"
 #include "installer-host/look/Snapshot.h"
 #include "installer-host/report/Lines.h"
 #include "installer-host/report/Phrases.h"
 #include "installer-host/report/Text.h"
+#include "installer-host/report/TextPieces.h"
+#include "platform/FinderAttribute.h"
 
 namespace host {
 
@@ -22,33 +25,50 @@ std::string nameOf(What what) {
     return NAMES[static_cast<std::size_t>(what)];
 }
 
-/// A value of a key with its type, or another thing as it stands.
-std::string told(const TypedValue& value) {
-    if (value.is_object()) {
-        return describe(value) + " (" + value["type"].get<std::string>() + ")";
-    }
-    return value.is_null() ? "none" : escaped(value.get<std::string>());
+bool isFinderInfo(const UndoItem& item) {
+    return item.what == What::Attribute && item.name == cv::FINDER_INFO_ATTRIBUTE;
 }
 
-/// "~ ": the sign of what undoing makes of it.
-std::string signOf(const UndoItem& item) {
-    return item.what == What::Other ? "  " : item.from.is_null() ? "+ " : item.to.is_null() ? "- " : "~ ";
+/// A value of a key with its type, the Finder flags, or another thing as it stands.
+std::string told(const UndoItem& item, const TypedValue& value) {
+    if (value.is_null()) {
+        return "none";
+    }
+    if (item.what == What::Key) {
+        return describe(value) + " (" + value["type"].get<std::string>() + ")";
+    }
+    const std::string text = value.get<std::string>();
+    if (isFinderInfo(item)) {
+        const std::string bytes = bytesOfHex(text);
+        return flagsText(finderObject(item.path, &bytes));
+    }
+    return escaped(text);
+}
+
+/// What undoing makes of it: "+ ", "- " or "~ ", and what it is.
+std::string subjectOf(const UndoItem& item) {
+    const char* sign = item.what == What::Other ? "  " : item.from.is_null() ? "+ " : item.to.is_null() ? "- " : "~ ";
+    switch (item.what) {
+        case What::Key:
+            return sign + inQuotes(item.name) + " =";
+        case What::Attribute:
+            return sign + (isFinderInfo(item) ? "Finder flags" : "attribute " + escaped(item.name));
+        case What::Other:
+            return sign + escaped(item.name);
+        default:
+            return sign + nameOf(item.what);
+    }
 }
 
 std::string itemLine(const UndoItem& item) {
     Line line(4);
-    line.add(signOf(item) + (item.what == What::Key ? inQuotes(item.name) : nameOf(item.what)));
-    if (item.what == What::Key) {
-        line.add("=");
-    } else if (item.what == What::Attribute || item.what == What::Other) {
-        line.addWords(escaped(item.name));
+    line.add(subjectOf(item));
+    const bool isWhole = item.what == What::File || item.what == What::Folder || item.what == What::Other;
+    if (!isWhole) {
+        line.addWords(told(item, item.from.is_null() ? item.to : item.from));
     }
-    if (!item.from.is_string() || item.to.is_string() || item.what == What::Attribute) {
-        const bool hasBoth = !item.from.is_null() && !item.to.is_null();
-        line.addWords(item.what == What::Other ? "" : told(item.from.is_null() ? item.to : item.from));
-        if (hasBoth) {
-            line.add("->").addWords(told(item.to));
-        }
+    if (!isWhole && !item.from.is_null() && !item.to.is_null()) {
+        line.add("->").addWords(told(item, item.to));
     }
     if (!item.reason.empty()) {
         line.join(":").addWords(escaped(item.reason));
@@ -145,6 +165,13 @@ std::string undoText(const UndoResult& result) {
     text += "\nPut back (+ added, ~ changed, - removed)\n" + itemsText(result.restored);
     text += "\nLeft alone\n" + itemsText(result.left);
     return text + "\n" + Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
+}
+
+std::string undoProblemsText(const UndoResult& result) {
+    std::vector<UndoItem> faults;
+    std::copy_if(result.left.begin(), result.left.end(), std::back_inserter(faults),
+                 [](const UndoItem& item) { return item.isFault; });
+    return faults.empty() ? "" : "Not put back\n" + itemsText(faults);
 }
 
 Json undoDocument(const UndoResult& result, const Judgement& judgement) {

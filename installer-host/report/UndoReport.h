@@ -11,6 +11,9 @@ namespace host {
 // The reports of an undo: for a reader, and for a program.
 
 std::string undoText(const UndoResult& result);
+
+/// Of the same report what could not be put back; empty when nothing failed.
+std::string undoProblemsText(const UndoResult& result);
 Json undoDocument(const UndoResult& result, const Judgement& judgement);
 
 }  // namespace host

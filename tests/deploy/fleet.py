@@ -12,6 +12,7 @@ import argparse
 import ast
 import json
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -140,6 +141,9 @@ class Tester:
                      if isinstance(node, ast.keyword) and node.arg == "argument_spec")
         self.expect("options", {option: {key: text[key] for key in text if key in ("type", "choices", "default", "elements")}
                                 for option, text in documented.items()}, taken)
+        version = re.search(r"^ +VERSION (\S+)", (PROJECT / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
+        manifest = json.loads((self.fleet.collection / "MANIFEST.json").read_text())
+        self.expect("the collection's version", manifest["collection_info"]["version"], version)
         role = self.fleet.ansible("ansible-doc", "-t", "role", "corvane.installer.rollout")
         self.expect("ansible-doc of the role", "rollout_product" in role.stdout, True)
         for command in (["ansible-lint", "--offline", "--nocolor"], ["ansible-test", "sanity", "--color", "no", "--python",
@@ -150,10 +154,12 @@ class Tester:
 
     def packages(self):
         """A machine that has never seen the packages gets them, and uses them on itself."""
+        undo = "corvane.installer.undo"
         for name, arguments, result, changed_tasks in (
-                ("fresh, check mode", ["--check"], None, 1), ("fresh", [], True, 3),
-                ("check mode", ["--check"], False, 0), ("again", [], False, 0)):
-            play = self.fleet.play(EVERYWHERE, *arguments)
+                ("fresh, check mode", [EVERYWHERE, "--check"], None, 1), ("fresh", [EVERYWHERE], True, 3),
+                ("check mode", [EVERYWHERE, "--check"], False, 0), ("again", [EVERYWHERE], False, 0),
+                ("undo, check mode", [undo, "--check"], True, 1), ("undo", [undo], True, 1), ("undo again", [undo], False, 0)):
+            play = self.fleet.play(*arguments)
             self.expect(f"{name}: changed", play.results.get("debian", {}).get("changed"), result)
             self.expect(f"{name}: recap", {key: play.recap["debian"][key] for key in ("changed", "failures", "unreachable")},
                         {"changed": changed_tasks, "failures": 0, "unreachable": 0})

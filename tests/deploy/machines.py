@@ -27,6 +27,7 @@ PasswordAuthentication no
 KbdInteractiveAuthentication no
 UsePAM no
 MaxStartups 200
+Subsystem sftp internal-sftp
 """
 
 
@@ -62,10 +63,13 @@ class Sshd:
             time.sleep(0.05)
         return self
 
-    def __exit__(self, *_):
+    def close_connections(self):
         for connection in (self.folder / "control").glob("*"):
             subprocess.run(["ssh", "-F", "/dev/null", "-O", "exit", "-o", f"ControlPath={connection}", "fleet"],
                            stderr=subprocess.DEVNULL)
+
+    def __exit__(self, *_):
+        self.close_connections()
         self.process.terminate()
         self.process.wait()
 
@@ -74,7 +78,7 @@ class Sshd:
                 f"-o UserKnownHostsFile={self.folder}/known_hosts -o GlobalKnownHostsFile=/dev/null")
 
 
-Play = collections.namedtuple("Play", "results recap seconds")
+Play = collections.namedtuple("Play", "results recap seconds main_seconds")
 
 
 class Fleet:
@@ -130,7 +134,7 @@ class Fleet:
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
     def play(self, playbook, *arguments, **variables):
-        """Runs a playbook, on all machines at once: what came of the plug-in's task on each, the recap, and the time."""
+        """Runs a playbook, on all machines at once: what came of the plug-in's task on each, the recap, and the times."""
         inventory = self.work / "inventory.json"
         inventory.write_text(json.dumps({"machines": {"hosts": self.hosts}}))
         self.record.write_text("")
@@ -140,7 +144,8 @@ class Fleet:
         results = dict(map(json.loads, self.record.read_text().splitlines()))
         if None not in results:
             raise SystemExit(f"fleet: ansible-playbook failed:\n{told.stdout}")
-        return Play(results, results.pop(None), seconds)
+        recap, main_seconds = results.pop(None)
+        return Play(results, recap, seconds, main_seconds)
 
     def look(self, part=""):
         """All that lies on the machines, or in a part of them, but for Ansible's own temporary files."""

@@ -257,34 +257,4 @@ TEST(PropertyList, XmlNumbersDoNotDependOnTheLocale) {
     }));
 }
 
-TEST(PropertyList, AnyBytesAreReadOrRefused) {
-    const std::string sample =
-        "<plist><dict><key>text</key><string>\xC3\xA9&amp;</string><key>list</key><array><integer>-5</integer>"
-        "<real>0.25</real><true/><date>2026-01-02T03:04:05Z</date><data>AAEC</data><dict/></array><key>long</key>"
-        "<string>a text that needs a count of its own</string></dict></plist>";
-    const std::string seeds[] = {toBinary(parse(sample).root.value()), sample};
-
-    std::mt19937 random(1);
-    int read = 0;
-    for (int round = 0; round < 20000; ++round) {
-        std::string bytes = seeds[round % 2];
-        for (unsigned change = random() % 4 + 1; change > 0; --change) {
-            const std::size_t position = random() % bytes.size();
-            const std::size_t lost = random() % 8, gained = random() % 16;
-            bytes.replace(position, lost, bytes.substr(random() % bytes.size(), gained));
-            bytes[random() % bytes.size()] = static_cast<char>(random());
-        }
-        const Parsed parsed = parse(bytes);
-        EXPECT_EQ(parsed.root.has_value(), parsed.verdict == Verdict::Good);
-        if (parsed.root) {
-            ++read;
-            const std::string stored = toBinary(*parsed.root);
-            const Parsed again = parse(stored);
-            ASSERT_TRUE(again.root) << again.reason;
-            EXPECT_EQ(toBinary(*again.root), stored);
-        }
-    }
-    EXPECT_GT(read, 100) << "the changes spared some";
-}
-
 }  // namespace

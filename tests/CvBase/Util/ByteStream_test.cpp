@@ -110,6 +110,22 @@ TEST(ByteStream, GrowsAsItIsWrittenTo) {
     }
 }
 
+TEST(ByteStream, KeepsItsBytesAsItGrowsLarge) {
+    for (const unsigned int reserved : {0U, 300000U, 1U << 22}) {
+        ByteStream stream(reserved);
+        for (int round = 0; round < 2; ++round) {
+            stream.Clear();
+            Bytes model;
+            for (unsigned int i = 1; model.size() < 2000000; ++i) {
+                const Bytes block(i * 37 % 9000, static_cast<unsigned char>(i));
+                stream << block << static_cast<unsigned char>(i);
+                model.insert(model.end(), block.size() + 1, static_cast<unsigned char>(i));
+            }
+            EXPECT_TRUE(bytesOf(stream) == model) << reserved << " reserved, round " << round;
+        }
+    }
+}
+
 TEST(ByteStream, RefusesToGrowBeyondItsPositions) {
     const Bytes two{1, 2};
     ByteStream stream(two);

@@ -1,7 +1,11 @@
-"""Writes what came of each task that ran the plug-in, and the recap, as lines of JSON into the file $FLEET_RECORD."""
+"""Writes what came of each task that ran the plug-in, as lines of JSON into the file $FLEET_RECORD.
+
+The last line has the recap, and the processor time of Ansible's main process.
+"""
 
 import json
 import os
+import time
 
 from ansible.plugins.callback import CallbackBase
 
@@ -23,4 +27,4 @@ class CallbackModule(CallbackBase):
         self.write(result._host.name, result._result)
 
     def v2_playbook_on_stats(self, stats):
-        self.write(None, {host: stats.summarize(host) for host in stats.processed})
+        self.write(None, [{host: stats.summarize(host) for host in stats.processed}, time.process_time()])

@@ -157,9 +157,15 @@ report:
 
 import json
 import os
+import re
 
 from ansible.module_utils.basic import AnsibleModule
 from ansible.module_utils.common.text.converters import to_text
+
+
+def quoted(value):
+    """As JSON, and without the control characters that JSON leaves in: names may hold what a terminal obeys."""
+    return re.sub("[\x7f-\x9f]", lambda found: "\\u%04x" % ord(found.group()), json.dumps(value, ensure_ascii=False))
 
 
 def text_of(value):
@@ -168,34 +174,33 @@ def text_of(value):
     if value["type"] == "array":
         return "[" + ", ".join(map(text_of, inner)) + "]"
     if value["type"] == "dictionary":
-        return "{" + ", ".join("%s: %s" % (json.dumps(key), text_of(inner[key])) for key in sorted(inner)) + "}"
-    return "%s (%s)" % (json.dumps(inner, ensure_ascii=False), value["type"])
+        return "{" + ", ".join("%s: %s" % (quoted(key), text_of(inner[key])) for key in sorted(inner)) + "}"
+    return "%s (%s)" % (quoted(inner), value["type"])
 
 
 def entry_line(path, entry):
     parts = [entry["type"], "mode %s" % entry["mode"], "owner %d:%d" % (entry["owner"], entry["group"])]
     parts += ["%d bytes" % entry["size"]] if entry["size"] is not None else []
-    parts += ["to %s" % entry["target"]] if entry["target"] is not None else []
+    parts += ["to %s" % quoted(entry["target"])] if entry["target"] is not None else []
     parts += ["device %s" % entry["device"]] if entry["device"] is not None else []
-    parts += ["%s=%s" % attribute for attribute in sorted(entry["attributes"].items())]
-    return "%s: %s" % (json.dumps(path, ensure_ascii=False), ", ".join(parts))
+    parts += ["%s=%s" % (quoted(name), value) for name, value in sorted(entry["attributes"].items())]
+    return "%s: %s" % (quoted(path), ", ".join(parts))
 
 
 def entry_pair(entry):
-    """How an entry of the report looked before and after; what its line does not tell stands after it."""
-    before, after = entry["before"], entry["after"]
-    differs = " (other %s)" % ", ".join(entry["differs"]) if entry["differs"] else ""
-    return (before and entry_line(entry["from"] or entry["path"], before),
-            after and entry_line(entry["path"], after) + differs)
+    """How an entry of the report looked before and after. Where that looks the same, what differs stands after it."""
+    before = entry["before"] and entry_line(entry["from"] or entry["path"], entry["before"])
+    after = entry["after"] and entry_line(entry["path"], entry["after"])
+    return before, after + " (other %s)" % ", ".join(entry["differs"]) if before == after else after
 
 
 def key_pair(change):
-    return tuple(side and "%s = %s" % (json.dumps(change["key"], ensure_ascii=False), text_of(side))
+    return tuple(side and "%s = %s" % (quoted(change["key"]), text_of(side))
                  for side in (change["before"], change["after"]))
 
 
 def flags_pair(change):
-    return tuple("%s: 0x%04x" % (json.dumps(change["path"], ensure_ascii=False), side["flags"])
+    return tuple("%s: 0x%04x" % (quoted(change["path"]), side["flags"])
                  if side["flags"] is not None else None for side in (change["before"], change["after"]))
 
 
@@ -203,9 +208,9 @@ def diff_of(report):
     """What the report says changed, in the form in which Ansible shows differences: one for each group of lines."""
     groups = {}
     for change in report.get("preferences", []):
-        groups.setdefault(change["path"], []).append(key_pair(change))
+        groups.setdefault(quoted(change["path"]), []).append(key_pair(change))
     for item in report.get("restored", []):
-        groups.setdefault(item["path"], []).append(undone_pair(item))
+        groups.setdefault(quoted(item["path"]), []).append(undone_pair(item))
     groups["Finder flags"] = [flags_pair(change) for change in report.get("finderFlags", [])]
     groups["files and folders"] = [entry_pair(entry) for entry in report.get("entries", [])]
     diff = []
@@ -217,7 +222,7 @@ def diff_of(report):
 
 
 def undone_line(item, side):
-    name = item["what"] + (" " + json.dumps(item["name"], ensure_ascii=False) if item["name"] else "")
+    name = item["what"] + (" " + quoted(item["name"]) if item["name"] else "")
     if side is None or side == item["what"]:
         return side
     return "%s = %s" % (name, text_of(side) if isinstance(side, dict) else side)
@@ -325,9 +330,9 @@ def tell(module, report, **known):
     if module._diff:
         result["diff"] = diff_of(report) if result["changed"] else []
     for alert in report.get("alerts", []):
-        module.warn("the plug-in showed an alert, answered with %r: %s" % (alert["answer"], alert["text"]))
+        module.warn("the plug-in showed the alert %s, answered with %s" % (quoted(alert["text"]), quoted(alert["answer"])))
     for item in report.get("left", []):
-        module.warn("left alone: %s of %s: %s" % (item["what"], item["path"], item["reason"]))
+        module.warn("left alone: %s of %s: %s" % (item["what"], quoted(item["path"]), item["reason"]))
     error = report["error"]
     if error is not None:
         fail(module, error["what"], error["whatToDo"], error["status"], **result)
