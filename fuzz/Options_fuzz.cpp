@@ -39,7 +39,8 @@ void checkAnyWords(fuzz::Input& input) {
         const bool isCheck = options.command == Command::Check;
         expectEqual("one place to work in", options.machine != !options.root.empty(), !isCheck);
         fuzz::expect("a scope without a machine", options.machine || options.scope.empty());
-        expectEqual("a bundle", !options.bundle.empty(), options.command != Command::Show);
+        const bool takesBundle = isCheck || options.command == Command::Run;
+        expectEqual("a bundle", !options.bundle.empty(), takesBundle);
         fuzz::expect("steps of a run", !options.installation.steps.empty() || options.command != Command::Run);
     } else if (parsed.status == ExitStatus::Done) {
         fuzz::expect("help without being asked", parsed.text.find("installer-host") != std::string::npos);
