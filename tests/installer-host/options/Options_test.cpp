@@ -153,13 +153,12 @@ TEST(Options, SayWhatIsWrong) {
 
 TEST(Options, HelpShowsHowToBegin) {
     using Arguments = std::vector<const char*>;
-    for (const Arguments& arguments :
-         {Arguments{"--help"},
-          {"run", "--help"},
-          {"matrix", "--help"},
-          {"check", "--help"},
-          {"show", "--help"},
-          {"completion", "--help"}}) {
+    for (const Arguments& arguments : {Arguments{"--help"},
+                                       {"run", "--help"},
+                                       {"matrix", "--help"},
+                                       {"check", "--help"},
+                                       {"show", "--help"},
+                                       {"completion", "--help"}}) {
         const ParsedOptions parsed = parse(arguments);
         EXPECT_TRUE(!parsed.proceed && parsed.status == ExitStatus::Done);
         EXPECT_THAT(parsed.text, AllOf(HasSubstr("Usage: installer-host"), HasSubstr("xample"))) << arguments.front();
