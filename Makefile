@@ -31,6 +31,13 @@ run: ## install a product into a sample root and print the report
 test: build ## build and run every test; TEST_FLAGS go to ctest
 	@ctest --preset $(PRESET) $(TEST_FLAGS)
 
+release-check: ## install every product in every language, and compare with what is expected
+	@tools/install-deps
+	@mkdir -p build
+	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
+	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall
+	@tools/release-check $(BUILD)
+
 test-page: build ## look at the HTML reports in a browser
 	@tools/install-deps page
 	@tests/installer-host/page/drive-pages $(BUILD)
@@ -59,7 +66,7 @@ archive: ## pack the host and the plug-in for machines without our packages
 	@tools/install-deps
 	@mkdir -p build
 	@test -f $(BUILD)/build.ninja || cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=OFF
-	@cmake --build --preset $(PRESET) --target installer-host CorvaneInstall CvBase_platform
+	@cmake --build --preset $(PRESET) --target completion CorvaneInstall CvBase_platform
 	@tools/archive $(BUILD)
 
 test-fleet: archive ## roll the plug-in out to 24 folders as machines with Ansible, over ssh

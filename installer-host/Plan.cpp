@@ -77,7 +77,7 @@ std::string findRoot(const std::string& option, const std::string& path) {
 }  // namespace
 
 Plan::Plan(Options options) : options_(std::move(options)) {
-    if (options_.command == Command::Run || options_.command == Command::Check) {
+    if (options_.command != Command::Show && options_.command != Command::Undo) {
         options_.bundle = findBundle(options_.bundle);
     }
     options_.root = findRoot("--root", options_.root);

@@ -34,6 +34,8 @@ ExitStatus perform(const Options& options) {
     switch (options.command) {
         case Command::Run:
             return runCommand(options);
+        case Command::Matrix:
+            return matrixCommand(options);
         case Command::Undo:
             return undoCommand(options);
         case Command::Check:
@@ -46,27 +48,18 @@ ExitStatus perform(const Options& options) {
 
 /// Performs the command. When an error prevents the report, JSON output gets an error report in its place.
 ExitStatus performAndTell(const Options& options, const std::string& commandLine) {
-    const auto tell = [&](const Judgement& judgement) {
-        explain(judgement);
-        if (options.format != Format::Text) {
-            print(formatted(errorDocument(options.command, judgement), options.format));
-        }
-        return judgement.status;
-    };
     try {
         beginAsAsked(options);
         logEvent("starts", commandLine);
         endIfInterrupted();
         return perform(options);
-    } catch (const Failure& failure) {
-        return tell({failure.status(),
-                     std::string(failure.what()) + (failure.advice().empty() ? "" : "\n" + failure.advice())});
-    } catch (const Interrupted& interrupted) {
-        return tell({static_cast<ExitStatus>(SIGNALLED + interrupted.signal), "the user ended the run"});
-    } catch (const OutputLost&) {
-        throw;
-    } catch (const std::exception& fault) {
-        return tell({ExitStatus::RootNotMade, std::string("the run cannot go on: ") + fault.what()});
+    } catch (...) {
+        const Judgement judgement = judgementOfException();
+        explain(judgement);
+        if (options.format != Format::Text) {
+            print(formatted(errorDocument(options.command, judgement), options.format));
+        }
+        return judgement.status;
     }
 }
 

@@ -14,14 +14,11 @@
 #include "CvBase/common/common_path.h"
 #include "CvBase/common/common_string.h"
 #include "plugin/Catalogue.h"
+#include "plugin/InstallStatusFile.h"
 #include "plugin/StepSupport.h"
 #include "plugin/Steps.h"
 
 namespace {
-
-/// Left by an earlier part of the installation. Text; its first 14 bytes are the user's choice.
-constexpr char INSTALL_STATUS_FILE[] = "/Library/Application Support/Corvane/Updater/install_status.txt";
-constexpr char UPDATES_ENABLED[] = "UpdatesEnabled";
 
 /// The values of the updater's "UpdateInterval".
 enum UpdateInterval : SInt32 { UpdatesOff = 0, UpdatesOn = 2 };

@@ -9,6 +9,7 @@ namespace host {
 // OutputLost.
 
 ExitStatus runCommand(const Options& options);
+ExitStatus matrixCommand(const Options& options);
 ExitStatus undoCommand(const Options& options);
 ExitStatus checkCommand(const Options& options);
 ExitStatus showCommand(const Options& options);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 #include <vector>
@@ -79,6 +80,21 @@ std::string formatted(const Json& document, Format format) {
 void explain(const Judgement& judgement) {
     if (!judgement.message.empty()) {
         sayWhatFailed(judgement.message);
+    }
+}
+
+Judgement judgementOfException() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return {failure.status(),
+                std::string(failure.what()) + (failure.advice().empty() ? "" : "\n" + failure.advice())};
+    } catch (const Interrupted& interrupted) {
+        return {static_cast<ExitStatus>(SIGNALLED + interrupted.signal), "the user ended the run"};
+    } catch (const OutputLost&) {
+        throw;
+    } catch (const std::exception& fault) {
+        return {ExitStatus::RootNotMade, std::string("the run cannot go on: ") + fault.what()};
     }
 }
 

@@ -30,6 +30,9 @@ std::string formatted(const Json& document, Format format);
 /// Explains to the user on standard error what went wrong, if anything did.
 void explain(const Judgement& judgement);
 
+/// What the exception that is being handled means for a command that it leaves without a report. Passes OutputLost on.
+Judgement judgementOfException();
+
 /// Throws Interrupted if the user has asked for the end; for use while there is nothing to report.
 void endIfInterrupted();
 

@@ -1,34 +1,17 @@
 #include "installer-host/expect/Expectation.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <stdexcept>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/InputFile.h"
 #include "installer-host/report/Text.h"
-#include "platform/Descriptor.h"
 
 namespace host {
 
 namespace {
 
-constexpr std::size_t MOST_BYTES = std::size_t{1} << 28U;
 constexpr const char* ANY = "*";
-
-std::string readText(const std::string& path) {
-    const cv::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::string text;
-    const int error = file.isOpen() ? cv::readAll(file.get(), MOST_BYTES, text) : errno;
-    if (error != 0 || text.size() > MOST_BYTES) {
-        throw Failure(
-            ExitStatus::RootNotMade,
-            "the expectation '" + path + "' cannot be read: " + (error != 0 ? cv::errorText(error) : "it is too long"),
-            error == ENOENT ? "Make it with --write-expect '" + path + "'." : "");
-    }
-    return text;
-}
 
 bool isMatch(const CaseParts& pattern, const CaseParts& name) {
     return std::equal(
@@ -64,7 +47,7 @@ Expectation Expectation::read(const std::string& file) {
     Expectation expectation;
     expectation.file_ = file;
     try {
-        expectation.take(Json::parse(readText(file)));
+        expectation.take(Json::parse(readInput(file, "expectation")));
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + fault.what());
     } catch (const Json::exception& fault) {

@@ -144,8 +144,8 @@ std::vector<std::string> RunJournal::promises() const {
         std::count_if(entries.begin(), entries.end(), [](const auto& entry) { return isPropertyList(entry.second); });
     std::vector<std::string> sentences{
         "the journal '" + path() + "' holds the property lists (" + std::to_string(lists) +
-            ") and the Finder information of what is there; undo can put these back, and remove the property lists "
-            "and folders that the run makes",
+            ") and the extended attributes, such as Finder flags, of all that is there; undo can put these back, and "
+            "remove the property lists and folders that the run makes",
         "it does not hold other files, links and access lists: undo cannot put back what the run changes in them"};
     for (const auto& [unseen, problem] : journal_.inventory.unseen) {
         sentences.push_back("it does not hold '" + unseen + "': " + problem);

@@ -295,6 +295,9 @@ private:
             write(wanted);
         } else if (!done_.empty() && !work_.result.dryRun) {
             giveOwnerAndMode(present_.file.get());
+            if (fsync(present_.file.get()) != 0) {
+                cv::failWith(edit_.path, errno);
+            }
         }
     }
 

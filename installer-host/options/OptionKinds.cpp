@@ -97,6 +97,11 @@ void addTimeout(CLI::App& app, Options& options) {
               "End the run when the bundle's code takes longer than SECONDS; 0: no limit (default: 60)");
 }
 
+CLI::Option* addRoot(CLI::App& app, Options& options, const std::string& help) {
+    const auto take = [&](const std::string& given) { options.root = checkedFolder("--root", given); };
+    return app.add_option_function<std::string>("--root", take, help)->type_name("DIR");
+}
+
 void addManners(CLI::App& app, Options& options, const std::string& verboseHelp) {
     CLI::Option* quiet =
         addFlag(app, "-q,--quiet", options.quiet, "Print nothing when all is well, and only what went wrong otherwise");
@@ -113,10 +118,7 @@ void addManners(CLI::App& app, Options& options, const std::string& verboseHelp)
 }
 
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp) {
-    CLI::Option* root =
-        app.add_option_function<std::string>(
-               "--root", [&](const std::string& given) { options.root = checkedFolder("--root", given); }, rootHelp)
-            ->type_name("DIR");
+    CLI::Option* root = addRoot(app, options, rootHelp);
     return addFlag(app, "--machine", options.machine, machineHelp)->excludes(root);
 }
 

@@ -91,6 +91,9 @@ void addTimeout(CLI::App& app, Options& options);
 /// adds to the report.
 void addManners(CLI::App& app, Options& options, const std::string& verboseHelp = "");
 
+/// Adds the option that names a private root.
+CLI::Option* addRoot(CLI::App& app, Options& options, const std::string& help);
+
 /// Adds the two options that say where the command works, and returns the second, --machine.
 CLI::Option* addPlace(CLI::App& app, Options& options, const std::string& rootHelp, const std::string& machineHelp);
 

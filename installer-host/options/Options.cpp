@@ -158,6 +158,7 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
     app.footer(MAIN_FOOTER);
     app.require_subcommand(1);
     addRunCommand(app, options);
+    addMatrixCommand(app, options);
     addUndoCommand(app, options);
     addCheckCommand(app, options);
     addShowCommand(app, options);

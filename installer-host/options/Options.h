@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,8 +11,19 @@
 
 namespace host {
 
-enum class Command { Run, Undo, Check, Show };
+enum class Command { Run, Matrix, Undo, Check, Show };
 enum class Format { Text, Json, Html };
+
+/// What only `matrix` has. Each list is in the order of the command line.
+struct MatrixOptions {
+    std::vector<std::int32_t> products;
+    std::vector<std::int32_t> languages;
+    std::vector<std::string> statuses;  ///< words, or paths of files
+    std::string cases;                  ///< the file with the cases, in place of the lists; empty: none
+    std::string rerun;                  ///< the report whose failed cases are to be run; empty: none
+    std::string junit;                  ///< the file that gets a report for JUnit; empty: none
+    unsigned jobs = 0;                  ///< how many cases run at a time; 0: as many as there are processors
+};
 
 /// What the command line asks for. The fields that a command does not have keep their defaults.
 struct Options {
@@ -26,6 +38,7 @@ struct Options {
     bool changesExit = false;  ///< a run that changed something, or would have, ends with a status of its own
     std::string expect;        ///< the file with the expected outcome; empty: none
     std::string writeExpect;   ///< the file to write the outcome into; empty: none
+    MatrixOptions matrix;
     Format format = Format::Text;
     unsigned timeout = 60;  ///< seconds; 0: none
     Selection selection;    ///< `show`: what of the preferences

@@ -21,6 +21,8 @@ const char* nameOf(Command command) {
     switch (command) {
         case Command::Run:
             return "run";
+        case Command::Matrix:
+            return "matrix";
         case Command::Undo:
             return "undo";
         case Command::Check:

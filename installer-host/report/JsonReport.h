@@ -17,6 +17,10 @@ using Json = nlohmann::ordered_json;
 /// The document as it is printed, in ASCII. Bytes of names and preferences that are not UTF-8 become U+FFFD.
 std::string jsonText(const Json& document);
 
+/// What every document begins and ends with. The end says what the command came to.
+Json beginDocument(std::optional<Command> command);
+Json endDocument(Json document, const Judgement& judgement);
+
 /// `judgement` is what the run or the check comes to. A run's "expectation" is null; who compares, fills it in.
 Json runDocument(const RunResult& result, const Judgement& judgement);
 Json checkDocument(const RunResult& result, const Judgement& judgement);

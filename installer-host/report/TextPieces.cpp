@@ -27,6 +27,10 @@ std::string padded(const std::string& text, std::size_t width) {
     return text + std::string(text.size() < width ? width - text.size() : 0, ' ');
 }
 
+std::string placeText(const std::string& root) {
+    return root.empty() ? "this machine" : "the private root " + escaped(root);
+}
+
 std::string flagsText(const FinderObject& object) {
     if (!object.problem.empty()) {
         return "cannot be read: " + object.problem;

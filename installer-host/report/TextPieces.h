@@ -14,6 +14,9 @@ namespace host {
 /// The text, followed by spaces up to `width` characters of ASCII.
 std::string padded(const std::string& text, std::size_t width);
 
+/// "this machine", or the private root that is at `root`.
+std::string placeText(const std::string& root);
+
 /// "0x0400 (custom icon)", or why there are none.
 std::string flagsText(const FinderObject& object);
 

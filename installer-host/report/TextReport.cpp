@@ -205,6 +205,15 @@ std::string problemsText(const RunResult& result) {
     return text.empty() ? text : "\nProblems\n" + text;
 }
 
+std::string processesText(const RunResult& result) {
+    std::string text =
+        result.leftProcesses.empty() ? "" : "\nProcesses that the steps left running, ended by the host\n";
+    for (const std::string& name : result.leftProcesses) {
+        text += Line(2).addWords(escaped(name)).text();
+    }
+    return text;
+}
+
 std::string limitsText(const RunResult& result) {
     std::string text = result.limits.empty() ? "" : "\nLimits\n";
     for (const std::string& limit : result.limits) {
@@ -239,14 +248,19 @@ std::string headText(const RunResult& result) {
 }  // namespace
 
 std::string runText(const RunResult& result) {
-    std::string text = headText(result) + "\nSteps\n";
+    return headText(result) + "\n" + runBody(result);
+}
+
+std::string runBody(const RunResult& result) {
+    std::string text = "Steps\n";
     for (const StepResult& step : result.steps) {
         text += stepLine(step);
     }
     return text + alertsText(result) +
            preferencesText("+ added, ~ changed, - removed", result.changes.preferences, "nothing changed") +
-           finderText(result.changes.finder) + entriesText(result.changes) + problemsText(result) + limitsText(result) +
-           "\n" + Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
+           finderText(result.changes.finder) + entriesText(result.changes) + problemsText(result) +
+           processesText(result) + limitsText(result) + "\n" +
+           Line(0, 2).addWords("In all: " + summaryOf(result) + ".").text();
 }
 
 std::string runProblemsText(const RunResult& result) {

@@ -8,16 +8,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 #include <system_error>
+
+#include "installer-host/run/ProcessTable.h"
 
 namespace host {
 
@@ -106,30 +103,6 @@ void keepOpen(const std::vector<int>& kept) {
 int millisecondsUntil(Clock::time_point time) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - Clock::now()).count();
     return left < 0 ? 0 : static_cast<int>(left) + 1;
-}
-
-/// The parent of a process, from the line that /proc has of it; the name in it may hold anything, parentheses, too.
-pid_t parentOf(const std::string& process) {
-    std::ifstream file("/proc/" + process + "/stat");
-    const std::string line{std::istreambuf_iterator<char>(file), {}};
-    std::istringstream rest(line.substr(std::min(line.size(), line.rfind(')') + 1)));
-    char state = 0;
-    pid_t parent = 0;
-    rest >> state >> parent;
-    return parent;
-}
-
-/// The processes whose parent is this one.
-std::vector<pid_t> children() {
-    std::vector<pid_t> found;
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc", ignored)) {
-        const std::string name = entry.path().filename();
-        if (name.find_first_not_of("0123456789") == std::string::npos && parentOf(name) == getpid()) {
-            found.push_back(std::stoi(name));
-        }
-    }
-    return found;
 }
 
 }  // namespace
@@ -259,8 +232,10 @@ private:
                 return;  // there is no other child
             }
             if (ended == 0) {
-                for (const pid_t orphan : children()) {
-                    kill(orphan, SIGKILL);
+                for (const ProcessEntry& process : processTable()) {
+                    if (process.parent == getpid()) {
+                        kill(process.id, SIGKILL);
+                    }
                 }
             }
         }
@@ -289,6 +264,10 @@ ChildEnd runChild(const ChildOrder& order) {
 
 int takeInterruption() {
     return HeldSignals::instance().take();
+}
+
+int interruptionDescriptor() {
+    return HeldSignals::instance().fd();
 }
 
 void endBySignal(int signal) {

@@ -66,6 +66,9 @@ ChildEnd runChild(const ChildOrder& order);
 /// The signal by which the user asked for the end since the last call, or 0.
 int takeInterruption();
 
+/// Can be read when the user has asked for the end.
+int interruptionDescriptor();
+
 /// Thrown when the user ends the run before there is anything to report.
 struct Interrupted {
     int signal;

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "installer-host/run/ThrowAwayFolder.h"
+
 namespace host {
 
 /// A copy of the part of a root that an installation can change (Library and Applications), to try an installation on.
@@ -9,17 +11,14 @@ namespace host {
 /// the end of the scope.
 class DryRunCopy {
 public:
-    /// `root` is an absolute path without symbolic links. The copy is made in $TMPDIR, or in /var/tmp when that is not
-    /// set or lies in the root. Throws Failure (RootNotMade) when a faithful copy cannot be made, and Interrupted.
+    /// `root` is an absolute path without symbolic links. Throws Failure (RootNotMade) when a faithful copy cannot be
+    /// made, and Interrupted.
     explicit DryRunCopy(const std::string& root);
-    ~DryRunCopy();
-    DryRunCopy(const DryRunCopy&) = delete;
-    DryRunCopy& operator=(const DryRunCopy&) = delete;
 
-    const std::string& path() const { return path_; }
+    const std::string& path() const { return folder_.path(); }
 
 private:
-    std::string path_;
+    ThrowAwayFolder folder_;
 };
 
 }  // namespace host

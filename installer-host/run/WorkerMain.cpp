@@ -1,6 +1,8 @@
 // The program installer-host-worker: carries out its order on a bundle, and reports to the host what happens.
 
 #include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -12,10 +14,12 @@
 #include <iterator>
 #include <new>
 #include <system_error>
+#include <vector>
 
 #include "installer-host/bundle/BundleSession.h"
 #include "installer-host/bundle/Checks.h"
 #include "installer-host/look/FinderObject.h"
+#include "installer-host/run/ProcessTable.h"
 #include "installer-host/run/WorkerProtocol.h"
 #include "platform/Descriptor.h"
 #include "platform/StoreFailures.h"
@@ -69,7 +73,18 @@ void tellFailures(const WorkerOrder& order) {
     }
 }
 
+/// Reports what the steps started and did not await.
+void tellProcesses(const WorkerOrder& order) {
+    std::vector<ProcessEntry> left = descendantsOf(getpid());
+    left.resize(std::min(left.size(), MOST_PROCESSES_LEFT));
+    for (const ProcessEntry& process : left) {
+        tell(order, ProcessLeft{process.name});
+    }
+}
+
 void runSteps(const WorkerOrder& order) {
+    // What loses its parent becomes a child of this process, which can then tell of it.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const BundleSession session(order.bundle);
     const StepEntries entries(session, order.installation);
     for (const Step step : order.installation.steps) {
@@ -78,6 +93,7 @@ void runSteps(const WorkerOrder& order) {
         }
     }
     tellFailures(order);
+    tellProcesses(order);
 }
 
 void runChecks(const WorkerOrder& order) {

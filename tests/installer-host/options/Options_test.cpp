@@ -69,6 +69,18 @@ TEST(Options, NameTheMachineItself) {
     EXPECT_THAT(scopeOf({"--scope=/a", "X.bundle", "--scope", "/b"}), ElementsAre("/a", "/b"));
 }
 
+TEST(Options, NameTheCasesOfAMatrix) {
+    const ParsedOptions parsed = parse({"matrix", "--product=5100,-3--1", "--language", "0-2,11", "X.bundle"});
+    ASSERT_TRUE(parsed.proceed) << parsed.text;
+    EXPECT_THAT(parsed.options.matrix.products, ElementsAre(5100, -3, -2, -1));
+    EXPECT_THAT(parsed.options.matrix.languages, ElementsAre(0, 1, 2, 11));
+    EXPECT_THAT(parsed.options.matrix.statuses, ElementsAre("as-is"));
+    const ParsedOptions most = parse({"matrix", "--product=2147483646-2147483647", "--status=on,./on", "X.bundle"});
+    EXPECT_THAT(most.options.matrix.products, ElementsAre(2147483646, 2147483647));
+    EXPECT_THAT(most.options.matrix.languages, ElementsAre(0));
+    EXPECT_THAT(most.options.matrix.statuses, ElementsAre("on", "./on"));
+}
+
 struct WrongUsage {
     std::vector<const char*> arguments;
     const char* message;
@@ -116,6 +128,18 @@ TEST(Options, SayWhatIsWrong) {
         {{"show", "--root", "/r", "-q", "-v"}, "excludes --"},
         {{"completion", "tcsh"}, "'tcsh' is not one of bash|zsh|fish"},
         {{"show"}, "--root DIR for a private root, or --machine"},
+        {{"run", "X.bundle", "--product", "1", "--root", "/r", "--expect", "e", "--write-expect", "f"}, "excludes --"},
+        {{"matrix", "X.bundle"}, "--product LIST, --cases FILE or --rerun FILE"},
+        {{"matrix", "X.bundle", "--product", "5100,fr"}, "'fr' is neither a whole number nor a range such as 0-3"},
+        {{"matrix", "X.bundle", "--product", "3-1"}, "'3-1' is neither"},
+        {{"matrix", "X.bundle", "--product", "1-2-3"}, "'1-2-3' is neither"},
+        {{"matrix", "X.bundle", "--product", "1,,2"}, "'1,,2' has an empty place"},
+        {{"matrix", "X.bundle", "--product", "-2147483648-2147483647"}, "more than 10000 codes"},
+        {{"matrix", "X.bundle", "--product", "2147483648"}, "'2147483648' is neither"},
+        {{"matrix", "X.bundle", "--cases", "c", "--product", "1"}, "excludes --"},
+        {{"matrix", "X.bundle", "--cases", "c", "--status", "on"}, "--status"},
+        {{"matrix", "X.bundle", "--product", "1", "--jobs", "0"}, "'0' is not a whole number from 1"},
+        {{"matrix", "X.bundle", "--product", "1", "--machine"}, "no option '--machine'"},
         {{"show", "--machine", "--format", "xml"}, "'xml' is not one of text|json"},
     };
     for (const WrongUsage& wrong : cases) {
@@ -130,7 +154,12 @@ TEST(Options, SayWhatIsWrong) {
 TEST(Options, HelpShowsHowToBegin) {
     using Arguments = std::vector<const char*>;
     for (const Arguments& arguments :
-         {Arguments{"--help"}, {"run", "--help"}, {"check", "--help"}, {"show", "--help"}, {"completion", "--help"}}) {
+         {Arguments{"--help"},
+          {"run", "--help"},
+          {"matrix", "--help"},
+          {"check", "--help"},
+          {"show", "--help"},
+          {"completion", "--help"}}) {
         const ParsedOptions parsed = parse(arguments);
         EXPECT_TRUE(!parsed.proceed && parsed.status == ExitStatus::Done);
         EXPECT_THAT(parsed.text, AllOf(HasSubstr("Usage: installer-host"), HasSubstr("xample"))) << arguments.front();

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "installer-host/matrix/MatrixResult.h"
+
+namespace host {
+
+/// The report for a reader: a line for each case, the grid of products and languages with totals, and the whole reports
+/// of the cases that failed. `document` is the one of the same result.
+std::string matrixText(const MatrixResult& result, const Json& document);
+
+/// Of the same report what went wrong; empty when nothing did.
+std::string matrixProblemsText(const MatrixResult& result);
+
+}  // namespace host
