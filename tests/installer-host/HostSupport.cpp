@@ -66,7 +66,7 @@ std::string nextName() {
 }  // namespace
 
 ProcessResult kept(ProcessResult result) {
-    if (!result.out.empty() && result.out[0] == '{') {
+    if (result.out.compare(0, 2, "{\n") == 0) {  // not the value of a dictionary, which is one line
         writeFile(CV_REPORTS + nextName(), result.out);
     }
     return result;
