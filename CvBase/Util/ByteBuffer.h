@@ -31,6 +31,7 @@ public:
     [[nodiscard]] unsigned char* data() { return begin_; }
     [[nodiscard]] const unsigned char* data() const { return begin_; }
 
+    /// How many bytes there are.
     [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(end_ - begin_); }
 
     /// For how many bytes there is memory, and for how many more than there are.
