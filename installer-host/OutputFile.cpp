@@ -37,7 +37,7 @@ mode_t modeFor(const std::string& path) {
 
 void replaceFile(const std::string& path, std::string_view bytes) {
     const mode_t mode = modeFor(path);
-    std::string temporary = path + ".XXXXXX";
+    std::string temporary = path + "." + std::string(6, 'X');  // mkostemp puts the letters of a new name here
     const cv::Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
     if (!file.isOpen()) {
         fail(path, cv::errorText(errno));

@@ -235,7 +235,7 @@ std::string zshValue(const ValueKind& value) {
     return "";
 }
 
-/// The specifications that _arguments takes, one for each name.
+/// The words that tell _arguments, zsh's completion of options, of an option: one for each name.
 std::string zshOptions(const KnownCommand& command, const std::string& indent) {
     std::string text;
     for (const KnownOption& option : command.options) {
