@@ -219,7 +219,7 @@ fi
 )";
 
 std::string zshValue(const ValueKind& value) {
-    const std::string message = ":" + value.name + ":";
+    std::string message = ":" + value.name + ":";
     switch (value.is) {
         case ValueKind::Is::Words:
             return message + "(" + value.words + ")";
@@ -278,7 +278,7 @@ std::string fishQuoted(const std::string& text) {
 
 /// `isArgument` for a value that no option stands before.
 std::string fishValue(const ValueKind& value, bool isArgument) {
-    const std::string only = isArgument ? " -f" : " -x";
+    std::string only = isArgument ? " -f" : " -x";
     switch (value.is) {
         case ValueKind::Is::Words:
             return only + " -a " + fishQuoted(value.words);
