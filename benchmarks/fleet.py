@@ -8,6 +8,7 @@ controller and that of all machines. Ansible's own share is told by processor ti
 """
 
 import collections
+import itertools
 import os
 import pathlib
 import resource
@@ -29,12 +30,12 @@ def processor_seconds():
     return usage.ru_utime + usage.ru_stime
 
 
-def measure(fleet, count):
-    """One rollout to so many machines, over new connections."""
+def measure(fleet, names):
+    """One rollout to these machines, over new connections."""
     fleet.sshd.close_connections()
     before = processor_seconds()
-    play = fleet.play(machines.EVERYWHERE, "--limit", ",".join(list(fleet.hosts)[:count]))
-    if len(play.recap) != count or any(line["failures"] or line["unreachable"] for line in play.recap.values()):
+    play = fleet.play(machines.EVERYWHERE, "--limit", ",".join(names))
+    if len(play.recap) != len(names) or any(line["failures"] or line["unreachable"] for line in play.recap.values()):
         sys.exit(f"fleet: a rollout failed: {play.recap}")
     return Times(play.seconds, processor_seconds() - before, play.main_seconds)
 
@@ -43,20 +44,28 @@ def print_row(name, times):
     print(f"| {name} | " + " | ".join(f"{time:.1f}" for time in times) + " |", flush=True)
 
 
+def measure_all(fleet):
+    names = list(fleet.hosts)
+    untouched = iter(names)
+    for count in COUNTS:
+        few = list(itertools.islice(untouched, count))
+        print_row(f"the first, {count} machines, 20 forks, pipelining", measure(fleet, few))
+    for forks, pipelining, counts in SETTINGS:
+        fleet.configure(forks, pipelining)
+        for count in counts:
+            words = "pipelining" if pipelining else "no pipelining"
+            print_row(f"a later one, {count} machines, {forks} forks, {words}", measure(fleet, names[:count]))
+
+
 def main():
     with tempfile.TemporaryDirectory(prefix="fleet.") as name:
         work = pathlib.Path(name)
         with machines.Fleet(work, machines.Sshd(work / "ssh")) as fleet:
-            for number in range(COUNTS[-1]):
+            for number in range(sum(COUNTS)):
                 fleet.add_folder(f"machine-{number}", pathlib.Path(sys.argv[1]).resolve(), machines.furnish)
             print(f"Seconds, on {os.cpu_count()} processors\n\n"
                   "| rollout | in all | processor time of Ansible | of its main process |\n|---|---|---|---|")
-            print_row(f"the first, {COUNTS[-1]} machines, 20 forks, pipelining", measure(fleet, COUNTS[-1]))
-            for forks, pipelining, counts in SETTINGS:
-                fleet.configure(forks, pipelining)
-                for count in counts:
-                    words = "pipelining" if pipelining else "no pipelining"
-                    print_row(f"a later one, {count} machines, {forks} forks, {words}", measure(fleet, count))
+            measure_all(fleet)
 
 
 main()
