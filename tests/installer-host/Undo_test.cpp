@@ -286,6 +286,8 @@ TEST(Undo, TrustsOnlyAJournalThatIsOne) {
         {"cp $0 $0.real; echo '[1]' >$0", "is not a journal that can be read: "},
         {"cp $0 $0.real; sed -i 's/\"1.0\"/\"2.0\"/' $0", "has version 2.0"},
         {"cp $0 $0.real; sed -i 's|/Library/Pref|/../Pref|' $0", "is not a path"},
+        {"cp $0 $0.real; sed -i 's/\"product\": /&1e300, \"was\": /' $0", "product is not a whole number"},
+        {"cp $0 $0.real; printf '%0100000d' 0 | tr 0 '[' >$0", "is nested too deeply"},
         {"cp $0 $0.real; sed -i 's/0644/9644/' $0", "is not a journal that can be read: "},
         {"cp $0 $0.real; sed -i 's/\"string\"/\"number\"/' $0", "'number' is not a type"},
         {"cp -p $0 $0.real; chmod 666 $0", "can be written by other users"},

@@ -9,13 +9,13 @@ namespace {
 using namespace host;
 using namespace test;
 
-/// The names of the cases in a file with this text.
-std::string namesIn(const std::string& text) {
+/// The names of the cases in a file with this text, a list of cases or a report.
+std::string namesIn(const std::string& text, std::string MatrixOptions::*option = &MatrixOptions::cases) {
     const TempDir folder;
     writeFile(folder / "cases", text);
     writeFile(folder / "own, status.txt", "own");
     MatrixOptions options;
-    options.cases = folder / "cases";
+    options.*option = folder / "cases";
     std::string names;
     for (const MatrixCase& one : casesOf(options).cases) {
         names += one.name + ";";
@@ -33,7 +33,7 @@ TEST(CaseList, ComesFromAFile) {
     for (const auto& [text, names] : right) {
         EXPECT_EQ(namesIn(text), names);
     }
-    const std::pair<const char*, const char*> wrong[] = {
+    const std::pair<std::string, const char*> wrong[] = {
         {"", "is empty"},
         {"product\n", "is empty"},
         {"language\n1\n", "line 1: the header lacks the column product"},
@@ -51,6 +51,7 @@ TEST(CaseList, ComesFromAFile) {
         {R"([{"product": 1, "lang": 2}])", "case 1:"},
         {R"({"product": 1})", "no array"},
         {"[1", "is not JSON"},
+        {"[{\"product\": 1, \"language\":" + std::string(100000, '[') + std::string(100000, ']') + "}]", "too deeply"},
     };
     for (const auto& [text, problem] : wrong) {
         try {
@@ -58,6 +59,17 @@ TEST(CaseList, ComesFromAFile) {
         } catch (const Failure& failure) {
             EXPECT_THAT(failure.what(), HasSubstr(problem)) << text;
         }
+    }
+}
+
+TEST(CaseList, ComesFromAReport) {
+    const auto failed = [](const std::string& product) {
+        return R"({"statuses": [{"status": "on", "file": null}], "cases": [{"outcome": "failed", "status": "on", "product": )" +
+               product + R"(, "language": 1}, {"outcome": "passed", "name": "5100/0/on"}]})";
+    };
+    EXPECT_EQ(namesIn(failed("7"), &MatrixOptions::rerun), "7/1/on;");
+    for (const char* product : {"7.5", "1e300", "2147483648", "\"7\"", "[[]]"}) {
+        EXPECT_THROW(namesIn(failed(product), &MatrixOptions::rerun), Failure) << product;
     }
 }
 
