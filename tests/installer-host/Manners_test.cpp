@@ -38,6 +38,7 @@ TEST(Show, PrintsWhatIsAskedFor) {
     writeFile(other.preferenceFile("worse"), "?");
     other.makeVendorFolder();
     setFinderInfo(other / "Applications/Corvane", "0x" + std::string(16, '0') + "0400" + std::string(44, '0'));
+    setFinderInfo(other / "Applications/Corvane/Icon\r", "short");
     const std::string diff =
         "Differences between the private root " + root.path() + " and the private\n  root " + other.path();
     const ShowCase cases[] = {
@@ -56,7 +57,9 @@ TEST(Show, PrintsWhatIsAskedFor) {
         {{"--diff", root.path(), "--domain=d"}, 0, "\n  nothing differs\n"},
         {{"--diff", other.path(), "--domain=d", "--key=a/b"}, 10, "    ~ \"a/b\" = \"flat\" (string) -> 1 (integer)\n"},
         {{"--diff", other.path(), "--domain=d"}, 10, "    - \"t\" = \"two\\n\\\"lines\\\" \\\\\" (string)\n"},
-        {{"--diff", other.path()}, 7, "  /Applications/Corvane           does not exist -> 0x0400 (custom icon)\n"},
+        {{"--diff", other.path()},
+         7,
+         "  /Applications/Corvane           does not exist -> 0x0400 (custom icon)\n\nProblems"},
         {{"--diff", other.path()}, 7, "broken.plist cannot be read"},
         {{"--diff", other.path(), "--domain=broken"}, 7, "\n  nothing differs\n"},
         {{"--diff", other.path(), "--domain=worse"}, 7, "worse.plist cannot be read"},
