@@ -100,7 +100,7 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
 
 mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
-	@tools/install-deps test
+	@tools/install-deps mutants
 	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table
