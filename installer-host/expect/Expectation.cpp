@@ -7,7 +7,11 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+<<<<<<< HEAD
 #include "installer-host/JsonInput.h"
+=======
+#include "installer-host/look/JsonPath.h"
+>>>>>>> main
 #include "installer-host/report/Text.h"
 
 namespace host {
@@ -78,9 +82,7 @@ Expectation Expectation::read(const std::string& file) {
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + fault.what());
     } catch (const Json::exception& fault) {
-        const std::string what = fault.what();
-        throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " +
-                                             what.substr(std::min(what.find("] ") + 2, what.size())));
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + faultText(fault));
     }
     return expectation;
 }
