@@ -109,8 +109,15 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@cmake --build --preset fuzz
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
 
+coverage: ## see how much of the code the tests reach; the page is build/coverage/html/index.html
+	@tools/install-deps coverage
+	@mkdir -p build
+	@cmake --preset coverage
+	@cmake --build --preset coverage
+	@tools/coverage $(TEST_FLAGS)
+
 mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
-	@tools/install-deps test
+	@tools/install-deps mutants
 	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table

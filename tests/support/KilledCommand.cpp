@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <set>
 
 #include "tests/support/TempDir.h"
@@ -25,6 +26,10 @@ const std::set<int> CHANGING{SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),     SCMP_SY
                              SCMP_SYS(setxattr),  SCMP_SYS(fsetxattr),   SCMP_SYS(fsync),        SCMP_SYS(ftruncate),
                              SCMP_SYS(lsetxattr), SCMP_SYS(removexattr), SCMP_SYS(lremovexattr), SCMP_SYS(utimensat)};
 
+/// Calls that begin a change, besides the making of a file.
+const std::set<unsigned long> BEGINNING{SYS_rename,   SYS_renameat, SYS_linkat,
+                                        SYS_unlinkat, SYS_setxattr, SYS_removexattr};
+
 bool isOnDisk(pid_t process, unsigned long fd) {
     std::error_code error;
     const auto target =
@@ -38,6 +43,10 @@ bool changesTheDisk(pid_t process, const __ptrace_syscall_info& info) {
     return CHANGING.count(call) != 0 || (call == SCMP_SYS(open) && (arguments[1] & O_CREAT) != 0) ||
            (call == SCMP_SYS(openat) && (arguments[2] & O_CREAT) != 0) ||
            (call == SCMP_SYS(write) && isOnDisk(process, static_cast<unsigned long>(arguments[0])));
+}
+
+std::string nameOf(pid_t process) {
+    return readFile("/proc/" + std::to_string(process) + "/comm");
 }
 
 /// Ends all processes that are traced, and waits for their ends.
@@ -60,9 +69,10 @@ int signalFor(int status, bool isNew) {
     return isOfTracing || (isNew && signal == SIGSTOP) ? 0 : signal;
 }
 
-}  // namespace
-
-bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call) {
+/// Runs the command, and kills it with all that it started before the first system call that `isLast` chooses. False
+/// when it chose none, and the command came to its end.
+bool runUntil(const std::vector<std::string>& command,
+              const std::function<bool(pid_t process, const __ptrace_syscall_info& info)>& isLast) {
     const pid_t first = fork();
     if (first == 0) {
         setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the leak checker traces, too; there is room for one only
@@ -93,14 +103,35 @@ bool runAndKill(const std::vector<std::string>& command, const std::string& name
         const bool isCall = WSTOPSIG(status) == (SIGTRAP | 0x80) &&
                             ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info) > 0 &&
                             info.op == PTRACE_SYSCALL_INFO_ENTRY;
-        if (isCall && changesTheDisk(process, info) &&
-            readFile("/proc/" + std::to_string(process) + "/comm").rfind(name, 0) == 0 && call-- == 0) {
+        if (isCall && isLast(process, info)) {
             killAll(processes);
             return true;
         }
         ptrace(PTRACE_SYSCALL, process, nullptr, signalFor(status, isNew));
     }
     return false;
+}
+
+}  // namespace
+
+bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call) {
+    return runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
+        return changesTheDisk(process, info) && nameOf(process).rfind(name, 0) == 0 && call-- == 0;
+    });
+}
+
+bool flushesEachChange(const std::vector<std::string>& command, const std::string& name) {
+    bool isFlushed = true;
+    return !runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
+        const auto call = static_cast<unsigned long>(info.entry.nr);
+        const bool begins = BEGINNING.count(call) != 0 || (call == SYS_openat && (info.entry.args[2] & O_CREAT) != 0);
+        if ((!begins && call != SYS_fchmod && call != SYS_fsync) || nameOf(process) != name + "\n") {
+            return false;
+        }
+        const bool isTooEarly = begins && !isFlushed;
+        isFlushed = call == SYS_fsync || call == SYS_linkat;  // of two names of a file either may be lost
+        return isTooEarly;
+    });
 }
 
 }  // namespace test
