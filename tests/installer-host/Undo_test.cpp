@@ -263,6 +263,7 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     EXPECT_EQ(runHost({"undo", machine.journal("second"), "--root", moved}).exitStatus, 0);
     fs::rename(moved, machine.root());
 
+    expectRefusal({"undo", machine.journal("root.first"), "--machine"}, 2, "belongs to the root '");
     expectRefusal(machine.undoCommand("copy"), 2, "'" + machine.journal("root.first") + "' must be undone first");
     expectRefusal(machine.undoCommand("none"), 6, "cannot be read: No such file");
     EXPECT_EQ(machine.undo("root.first")["changed"], true);
