@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <iomanip>
@@ -212,6 +213,10 @@ std::string floating(double value, unsigned int precision, const checked_value<u
         << value;
     std::string text = out.str();
     std::replace(text.begin(), text.end(), '.', userPoint());
+    if (letter == 'F' && !std::isfinite(value)) {  // for which a stream has no form of its own
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](char c) { return c == '-' ? c : static_cast<char>(c - 32); });
+    }
     return text;
 }
 

@@ -5,6 +5,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+#include "installer-host/look/JsonPath.h"
 #include "installer-host/report/Text.h"
 
 namespace host {
@@ -51,9 +52,7 @@ Expectation Expectation::read(const std::string& file) {
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + fault.what());
     } catch (const Json::exception& fault) {
-        const std::string what = fault.what();
-        throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " +
-                                             what.substr(std::min(what.find("] ") + 2, what.size())));
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + faultText(fault));
     }
     return expectation;
 }

@@ -7,6 +7,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+#include "installer-host/look/JsonPath.h"
 #include "installer-host/matrix/CasesFile.h"
 #include "installer-host/report/JsonReport.h"
 
@@ -85,7 +86,7 @@ Report readReport(const std::string& file) {
         }
         return report;
     } catch (const Json::exception& fault) {
-        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + fault.what());
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + faultText(fault));
     }
 }
 

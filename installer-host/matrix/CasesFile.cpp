@@ -10,6 +10,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+#include "installer-host/look/JsonPath.h"
 
 namespace host {
 
@@ -64,8 +65,10 @@ std::vector<std::string> fieldsOf(const std::string& line) {
 void requireHeader(const std::vector<std::string>& header) {
     for (const std::string& name : header) {
         if (!isColumn(name) || std::count(header.begin(), header.end(), name) > 1) {
-            throw std::invalid_argument("the header needs the columns product, language and status, not '" + name +
-                                        "'");
+            throw std::invalid_argument(
+                "the columns are product, language and status, with commas between them and "
+                "each once, not '" +
+                name + "'");
         }
     }
     if (std::find(header.begin(), header.end(), COLUMNS[0]) == header.end()) {
@@ -75,8 +78,8 @@ void requireHeader(const std::vector<std::string>& header) {
 
 CaseLine lineOf(const std::vector<std::string>& header, const std::vector<std::string>& fields) {
     if (fields.size() != header.size()) {
-        throw std::invalid_argument(std::to_string(fields.size()) + " fields where the header has " +
-                                    std::to_string(header.size()));
+        throw std::invalid_argument("the header has " + std::to_string(header.size()) + " columns, this line has " +
+                                    std::to_string(fields.size()));
     }
     CaseLine line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -152,7 +155,7 @@ std::vector<CaseLine> readCasesFile(const std::string& file) {
         const std::string place = number == 0 ? "" : (isJson ? ", case " : ", line ") + std::to_string(number);
         throw Failure(ExitStatus::Usage, list + place + ": " + fault.what());
     } catch (const nlohmann::json::exception& fault) {
-        throw Failure(ExitStatus::Usage, list + " is not JSON: " + fault.what());
+        throw Failure(ExitStatus::Usage, list + " is not JSON: " + faultText(fault));
     }
 }
 

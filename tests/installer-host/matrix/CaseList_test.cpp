@@ -47,7 +47,7 @@ TEST(CaseList, ComesFromAFile) {
         {"product,product\n", "not 'product'"},
         {"product\n5100\nfr\n", "line 3: 'fr' is not the code of a product"},
         {"product,language\n5100,2147483648\n", "line 2: '2147483648' is not the code of a language"},
-        {"product,language\n5100\n", "line 2: 1 fields where the header has 2"},
+        {"product,language\n5100\n", "line 2: the header has 2 columns, this line has 1"},
         {"product,status\n5100,\"on\n", "line 2: a double quote is missing"},
         {"product\n5100\n5100\n", "the case 5100/0/as-is is there twice"},
         {"product,status\n1,own, status.txt", "3 fields"},
