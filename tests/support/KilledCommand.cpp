@@ -27,8 +27,8 @@ const std::set<int> CHANGING{SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),     SCMP_SY
                              SCMP_SYS(lsetxattr), SCMP_SYS(removexattr), SCMP_SYS(lremovexattr), SCMP_SYS(utimensat)};
 
 /// Calls that begin a change, besides the making of a file.
-const std::set<unsigned long> BEGINNING{SYS_rename,   SYS_renameat, SYS_linkat,
-                                        SYS_unlinkat, SYS_setxattr, SYS_removexattr};
+const std::set<int> BEGINNING{SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(linkat),
+                              SCMP_SYS(unlinkat), SCMP_SYS(setxattr), SCMP_SYS(removexattr)};
 
 bool isOnDisk(pid_t process, unsigned long fd) {
     std::error_code error;
@@ -123,13 +123,14 @@ bool runAndKill(const std::vector<std::string>& command, const std::string& name
 bool flushesEachChange(const std::vector<std::string>& command, const std::string& name) {
     bool isFlushed = true;
     return !runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
-        const auto call = static_cast<unsigned long>(info.entry.nr);
-        const bool begins = BEGINNING.count(call) != 0 || (call == SYS_openat && (info.entry.args[2] & O_CREAT) != 0);
-        if ((!begins && call != SYS_fchmod && call != SYS_fsync) || nameOf(process) != name + "\n") {
+        const auto call = static_cast<int>(info.entry.nr);
+        const bool begins =
+            BEGINNING.count(call) != 0 || (call == SCMP_SYS(openat) && (info.entry.args[2] & O_CREAT) != 0);
+        if ((!begins && call != SCMP_SYS(fchmod) && call != SCMP_SYS(fsync)) || nameOf(process) != name + "\n") {
             return false;
         }
         const bool isTooEarly = begins && !isFlushed;
-        isFlushed = call == SYS_fsync || call == SYS_linkat;  // of two names of a file either may be lost
+        isFlushed = call == SCMP_SYS(fsync) || call == SCMP_SYS(linkat);  // of two names of a file either may be lost
         return isTooEarly;
     });
 }
