@@ -2,54 +2,75 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
+#include <optional>
 
 #include "installer-host/ExitStatus.h"
 #include "platform/Descriptor.h"
+#include "platform/NewFile.h"
+#include "platform/Result.h"
 
 namespace host {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& path, const std::string& reason) {
-    throw Failure(ExitStatus::NotStored, "'" + path + "' could not be written: " + reason);
+constexpr std::string_view TEMPORARY_PREFIX = ".installer-host-";
+constexpr mode_t PERMISSIONS = 0777;
+constexpr mode_t NEW_FILE_MODE = 0666;  // less what the user's umask takes
+
+/// The folder and the name of a file.
+struct Place {
+    std::string folder, name;
+};
+
+Place placeOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) {
+        return {".", path};
+    }
+    return {path.substr(0, slash + 1), path.substr(slash + 1)};
 }
 
-/// The mode that the new file gets: that of the old one, or what the user gives new files.
-mode_t modeFor(const std::string& path) {
+/// The mode of the file that stands there; nothing when none does. Throws cv::Fault when it is something else.
+std::optional<mode_t> modeOfOld(int folder, const std::string& name) {
     struct stat old {};
-    if (lstat(path.c_str(), &old) == 0) {
-        if (!S_ISREG(old.st_mode)) {
-            fail(path, S_ISLNK(old.st_mode) ? "it is a link" : "it is not a file");
-        }
-        return old.st_mode & 0777U;
+    if (fstatat(folder, name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0) {
+        return std::nullopt;
     }
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666U & ~mask;
+    if (!S_ISREG(old.st_mode)) {
+        throw cv::Fault{name, S_ISLNK(old.st_mode) ? "it is a link" : "it is not a file"};
+    }
+    return old.st_mode & PERMISSIONS;
+}
+
+void replaceIn(int folder, const std::string& name, std::string_view bytes) {
+    const std::optional<mode_t> mode = modeOfOld(folder, name);
+    cv::NewFile file(folder, name, TEMPORARY_PREFIX, NEW_FILE_MODE);
+    file.write(bytes);
+    if (mode && fchmod(file.descriptor(), *mode) != 0) {
+        cv::failWith(name, errno);
+    }
+    file.flush();
+    file.replace(name);
+}
+
+[[noreturn]] void fail(const std::string& path, const std::string& reason) {
+    throw Failure(ExitStatus::NotStored, "'" + path + "' could not be written: " + reason);
 }
 
 }  // namespace
 
 void replaceFile(const std::string& path, std::string_view bytes) {
-    const mode_t mode = modeFor(path);
-    std::string temporary = path + "." + std::string(6, 'X');  // mkostemp puts the letters of a new name here
-    const cv::Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
-    if (!file.isOpen()) {
+    const Place place = placeOf(path);
+    const cv::Descriptor folder(open(place.folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen()) {
         fail(path, cv::errorText(errno));
     }
-    int error = cv::writeAll(file.get(), bytes);
-    if (error == 0 && (fchmod(file.get(), mode) != 0 || fsync(file.get()) != 0 ||
-                       std::rename(temporary.c_str(), path.c_str()) != 0)) {
-        error = errno;
-    }
-    if (error != 0) {
-        unlink(temporary.c_str());
-        fail(path, cv::errorText(error));
+    try {
+        replaceIn(folder.get(), place.name.empty() ? "." : place.name, bytes);
+    } catch (const cv::Fault& fault) {
+        fail(path, fault.reason);
     }
 }
 

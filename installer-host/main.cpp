@@ -15,6 +15,7 @@
 #include "installer-host/options/Options.h"
 #include "installer-host/report/JsonReport.h"
 #include "installer-host/run/ChildProcess.h"
+#include "installer-host/terminal/Colors.h"
 
 namespace {
 
@@ -78,6 +79,7 @@ ExitStatus tellUsage(const ParsedOptions& parsed) {
         print(parsed.text);
         return parsed.status;
     }
+    chooseColors(parsed.options.color);
     const Judgement judgement{parsed.status, parsed.text + "\n" + parsed.advice};
     explain(judgement);
     if (parsed.options.format != Format::Text) {

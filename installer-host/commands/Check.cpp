@@ -12,11 +12,8 @@ ExitStatus checkCommand(const Options& given) {
     const Options& options = plan.options();
     const RunResult result = runWorker(options, nullptr);
     const Judgement judgement = judge(result);
-    if (options.format == Format::Text) {
-        printText(checkText(result, options.quiet));
-    } else {
-        print(formatted(checkDocument(result, judgement), options.format));
-    }
+    printReport(
+        options, [&] { return checkText(result, options.quiet); }, [&] { return checkDocument(result, judgement); });
     explain(judgement);
     return judgement.status;
 }

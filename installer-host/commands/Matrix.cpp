@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 #include "installer-host/OutputFile.h"
@@ -49,8 +50,8 @@ MatrixResult performMatrix(const Options& options) {
         result.expectation = Expectation::read(options.expect);
     }
     result.unused = unusedOf(result);
-    const ThrowAwayFolder empty("/");
-    const std::string& root = options.root.empty() ? empty.path() : options.root;
+    std::optional<ThrowAwayFolder> empty;
+    const std::string root = options.root.empty() ? empty.emplace("/").path() : options.root;
     ProgressLine line("cases", result.list.cases.size());
     const auto show = [&](std::size_t done, std::size_t failed) {
         line.show(done, failed == 0 ? "" : std::to_string(failed) + " failed");
@@ -74,11 +75,9 @@ ExitStatus matrixCommand(const Options& given) {
         replaceFile(options.matrix.junit, matrixJUnit(result));
     }
     explain(judgement);
-    if (options.format == Format::Text) {
-        printText(options.quiet ? matrixProblemsText(result) : matrixText(result, document));
-    } else {
-        print(formatted(document, options.format));
-    }
+    printReport(
+        options, [&] { return options.quiet ? matrixProblemsText(result) : matrixText(result, document); },
+        [&]() -> const Json& { return document; });
     return judgement.status;
 }
 

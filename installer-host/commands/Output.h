@@ -27,6 +27,17 @@ void printText(const std::string& report);
 /// The document in a format other than text, which the documents are not made for.
 std::string formatted(const Json& document, Format format);
 
+/// Prints a report in the format that the user asked for. Of the two functions that make its text and its document,
+/// only the one that is needed is called. Throws OutputLost.
+template <typename Text, typename Document>
+void printReport(const Options& options, const Text& text, const Document& document) {
+    if (options.format == Format::Text) {
+        printText(text());
+    } else {
+        print(formatted(document(), options.format));
+    }
+}
+
 /// Explains to the user on standard error what went wrong, if anything did.
 void explain(const Judgement& judgement);
 

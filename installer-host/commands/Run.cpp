@@ -47,11 +47,9 @@ ExitStatus runCommand(const Options& given) {
         replaceFile(options.writeExpect, expectationFileText(factsOf(verdict.document)));
     }
     explain(verdict.judgement);
-    if (options.format == Format::Text) {
-        printText(reportText(result, verdict.document["expectation"], options.quiet));
-    } else {
-        print(formatted(verdict.document, options.format));
-    }
+    printReport(
+        options, [&] { return reportText(result, verdict.document["expectation"], options.quiet); },
+        [&]() -> const Json& { return verdict.document; });
     return verdict.judgement.status;
 }
 

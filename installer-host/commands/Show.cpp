@@ -25,14 +25,12 @@ void printValue(const std::string& value) {
 ExitStatus showState(const Options& options) {
     const Snapshot snapshot = lookAt(options.root, options.selection);
     const Judgement judgement = judge(snapshot, options.selection);
-    if (options.format != Format::Text) {
-        print(formatted(showDocument(snapshot, options.root, options.selection, judgement), options.format));
-    } else if (options.quiet) {
-        printText(unreadableText(snapshot));
-    } else if (options.selection.domain.empty()) {
-        printText(showText(snapshot, options.root));
-    } else {
+    if (options.format == Format::Text && !options.quiet && !options.selection.domain.empty()) {
         printValue(selectionText(snapshot, options.selection));
+    } else {
+        printReport(
+            options, [&] { return options.quiet ? unreadableText(snapshot) : showText(snapshot, options.root); },
+            [&] { return showDocument(snapshot, options.root, options.selection, judgement); });
     }
     explain(judgement);
     return judgement.status;
@@ -43,11 +41,9 @@ ExitStatus showDiff(const Options& options) {
     const Snapshot second = lookAt(options.diff, options.selection);
     const SnapshotDiff diff = compare({first, options.root}, {second, options.diff});
     const Judgement judgement = judge(diff);
-    if (options.format != Format::Text) {
-        print(formatted(diffDocument(diff, options.root, options.diff, options.selection, judgement), options.format));
-    } else {
-        printText(options.quiet ? unreadableText(diff) : diffText(diff, options.root, options.diff));
-    }
+    printReport(
+        options, [&] { return options.quiet ? unreadableText(diff) : diffText(diff, options.root, options.diff); },
+        [&] { return diffDocument(diff, options.root, options.diff, options.selection, judgement); });
     explain(judgement);
     return judgement.status;
 }

@@ -31,11 +31,9 @@ ExitStatus undoCommand(const Options& given) {
     const RootFolder root(options.root);
     const UndoResult result = putBack(options, root);
     const Judgement judgement = judge(result);
-    if (options.format == Format::Text) {
-        printText(options.quiet ? undoProblemsText(result) : undoText(result));
-    } else {
-        print(formatted(undoDocument(result, judgement), options.format));
-    }
+    printReport(
+        options, [&] { return options.quiet ? undoProblemsText(result) : undoText(result); },
+        [&] { return undoDocument(result, judgement); });
     explain(judgement);
     return judgement.status;
 }

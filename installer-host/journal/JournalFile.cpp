@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/look/JsonPath.h"
 #include "platform/Result.h"
 
 namespace host {
@@ -105,7 +106,7 @@ Journal JournalFile::read() {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& fault) {
-        throw unusable(path_, std::string("is not a journal that can be read: ") + fault.what(),
+        throw unusable(path_, "is not a journal that can be read: " + faultText(fault),
                        "Name the file that 'run --journal' wrote.");
     }
 }

@@ -35,6 +35,13 @@ bool isSpent(const Journal& journal, const RootRecord& record, const std::string
     return hasNothing && !isLast(journal, record) && journal.root == rootPath;
 }
 
+[[noreturn]] void refuseElsewhere(const Journal& journal, const std::string& rootPath) {
+    throw Failure(
+        ExitStatus::Usage,
+        "the journal '" + journal.name.path + "' belongs to " + placeOf(journal.root) + ", not to " + placeOf(rootPath),
+        journal.root.empty() ? "Say --machine." : "Say --root '" + journal.root + "'.");
+}
+
 /// Throws Failure unless this journal is the next to undo on the root. A root that was moved took its record along.
 void requireTurn(const Journal& journal, const RootRecord& record, const std::string& rootPath) {
     const std::string what = "the journal '" + journal.name.path + "'";
@@ -43,16 +50,14 @@ void requireTurn(const Journal& journal, const RootRecord& record, const std::st
         return;
     }
     if (journal.root != rootPath) {
-        throw Failure(ExitStatus::Usage,
-                      what + " belongs to " + placeOf(journal.root) + ", not to " + placeOf(rootPath),
-                      journal.root.empty() ? "Say --machine." : "Say --root '" + journal.root + "'.");
+        refuseElsewhere(journal, rootPath);
     }
     if (!last) {
         throw Failure(ExitStatus::Usage, what + " is not on record: " + placeOf(rootPath) + " has no run left to undo",
                       "What one copy of a journal undid, another one does not undo again.");
     }
     throw Failure(ExitStatus::Usage, what + " is not the last one: '" + last->path + "' must be undone first",
-                  "Undo that one first. Without it, its run and those before it cannot be undone.");
+                  "Without it, neither its run nor those before it can be undone.");
 }
 
 /// Looks at the root anew and tells what a killed run changed there until now.
@@ -136,6 +141,9 @@ UndoResult undo(const std::string& path, const RootFolder& root, const std::stri
     Journal& journal = result.journal;
     JournalFile file(path, endIfInterrupted);
     journal = file.read();
+    if (journal.root.empty() != rootPath.empty()) {
+        refuseElsewhere(journal, rootPath);
+    }
     RootRecord::requireOutside(file.path(), journal);
     result.root = rootPath;
     result.dryRun = dryRun;

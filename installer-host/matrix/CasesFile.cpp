@@ -10,6 +10,8 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+#include "installer-host/JsonInput.h"
+#include "installer-host/look/JsonPath.h"
 
 namespace host {
 
@@ -64,8 +66,10 @@ std::vector<std::string> fieldsOf(const std::string& line) {
 void requireHeader(const std::vector<std::string>& header) {
     for (const std::string& name : header) {
         if (!isColumn(name) || std::count(header.begin(), header.end(), name) > 1) {
-            throw std::invalid_argument("the header needs the columns product, language and status, not '" + name +
-                                        "'");
+            throw std::invalid_argument(
+                "the columns are product, language and status, with commas between them and "
+                "each once, not '" +
+                name + "'");
         }
     }
     if (std::find(header.begin(), header.end(), COLUMNS[0]) == header.end()) {
@@ -75,8 +79,8 @@ void requireHeader(const std::vector<std::string>& header) {
 
 CaseLine lineOf(const std::vector<std::string>& header, const std::vector<std::string>& fields) {
     if (fields.size() != header.size()) {
-        throw std::invalid_argument(std::to_string(fields.size()) + " fields where the header has " +
-                                    std::to_string(header.size()));
+        throw std::invalid_argument("the header has " + std::to_string(header.size()) + " columns, this line has " +
+                                    std::to_string(fields.size()));
     }
     CaseLine line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -110,7 +114,7 @@ std::vector<CaseLine> fromCsv(const std::string& text, std::size_t& number) {
 std::vector<CaseLine> fromJson(const std::string& text, std::size_t& number) {
     using nlohmann::json;
     std::vector<CaseLine> lines;
-    const json cases = json::parse(text);
+    const json cases = parsedJson<json>(text);
     if (!cases.is_array()) {
         throw std::invalid_argument("the file holds no array");
     }
@@ -123,7 +127,7 @@ std::vector<CaseLine> fromJson(const std::string& text, std::size_t& number) {
         for (const auto& [name, value] : one.items()) {
             if (!isColumn(name) || (name == "status" ? !value.is_string() : !value.is_number_integer())) {
                 throw std::invalid_argument("a case has the members product, language and status, a text, not \"" +
-                                            name + "\": " + value.dump());
+                                            name + "\": " + value.type_name());
             }
             set(line, name, value.is_string() ? value.get<std::string>() : value.dump());
         }
@@ -152,7 +156,7 @@ std::vector<CaseLine> readCasesFile(const std::string& file) {
         const std::string place = number == 0 ? "" : (isJson ? ", case " : ", line ") + std::to_string(number);
         throw Failure(ExitStatus::Usage, list + place + ": " + fault.what());
     } catch (const nlohmann::json::exception& fault) {
-        throw Failure(ExitStatus::Usage, list + " is not JSON: " + fault.what());
+        throw Failure(ExitStatus::Usage, list + " is not JSON: " + faultText(fault));
     }
 }
 

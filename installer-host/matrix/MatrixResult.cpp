@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "installer-host/report/Text.h"
+
 namespace host {
 
 namespace {
@@ -56,9 +58,9 @@ Judgement judge(const MatrixResult& result) {
     if (worst == ExitStatus::Done) {
         return {};
     }
-    const std::string unused = std::to_string(result.unused.size()) + " that are expected were not run";
-    return {worst, std::to_string(failed) + " of " + std::to_string(result.results.size()) + " cases failed" +
-                       (result.unused.empty() ? "" : "; " + unused)};
+    return {worst,
+            std::to_string(failed) + " of " + counted(result.results.size(), "case", "cases") + " failed" +
+                (result.unused.empty() ? "" : "; expected, and not run: " + std::to_string(result.unused.size()))};
 }
 
 }  // namespace host

@@ -25,7 +25,7 @@ std::string headText(const MatrixResult& matrix) {
     const Options& options = matrix.options;
     std::string text =
         Line(0, 2)
-            .addWords("Matrix of " + std::to_string(matrix.results.size()) + " cases, each in " +
+            .addWords("Matrix of " + counted(matrix.results.size(), "case", "cases") + ", each in " +
                       (options.root.empty() ? "an empty root" : "a copy of the private root " + escaped(options.root)))
             .text();
     text += Line(2).addWords("with " + escaped(options.bundle)).text();
@@ -35,6 +35,9 @@ std::string headText(const MatrixResult& matrix) {
     text += Line(2).addWords("started " + timeText(matrix.started) + ", installer-host " INSTALLER_HOST_VERSION).text();
     if (!options.matrix.rerun.empty()) {
         text += Line(2).addWords("only what did not pass in " + escaped(options.matrix.rerun)).text();
+    }
+    if (matrix.expectation) {
+        text += Line(2).addWords("compared with " + escaped(options.expect)).text();
     }
     return text;
 }

@@ -86,6 +86,9 @@ void addExpectation(CLI::App& app, Options& options) {
 const std::vector<std::pair<std::string, Format>> FORMATS = {
     {"text", Format::Text}, {"json", Format::Json}, {"html", Format::Html}};
 
+const std::vector<std::pair<std::string, ColorWhen>> COLORS = {
+    {"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}};
+
 void addFormat(CLI::App& app, Options& options) {
     addChoice<Format>(app, "--format", options.format, FORMATS,
                       "The format of the report: text, JSON, or an HTML page that needs nothing but itself (default: "
@@ -112,8 +115,7 @@ void addManners(CLI::App& app, Options& options, const std::string& verboseHelp)
         ->disable_flag_override()
         ->excludes(quiet);
     addFile(app, "--log", options.log, "Add a line for each event to FILE, with the time and a number for the run");
-    addChoice<ColorWhen>(app, "--color", options.color,
-                         {{"auto", ColorWhen::Auto}, {"always", ColorWhen::Always}, {"never", ColorWhen::Never}},
+    addChoice<ColorWhen>(app, "--color", options.color, COLORS,
                          "When to use colours; auto: on a terminal, unless NO_COLOR is set (default: auto)");
 }
 

@@ -77,8 +77,9 @@ CLI::Option* addFile(CLI::App& app, const std::string& name, std::string& file, 
 CLI::Option* addFolders(CLI::App& app, const std::string& name, std::vector<std::string>& folders,
                         const std::string& help);
 
-/// The words for the formats.
+/// The words for the formats, and for when to use colours.
 extern const std::vector<std::pair<std::string, Format>> FORMATS;
+extern const std::vector<std::pair<std::string, ColorWhen>> COLORS;
 
 /// The options that several commands have.
 void addBundle(CLI::App& app, Options& options);

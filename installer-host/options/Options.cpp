@@ -1,6 +1,7 @@
 #include "installer-host/options/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -39,16 +40,37 @@ Exit status:
   11  what --domain and --key name is not there
  129 to 143  128 and the number of the signal by which the user ended the run)";
 
-/// What is wrong with a word that the parser cannot place.
-std::string unknownWord(const CLI::App& subject, const std::string& word, bool isCommand) {
-    const std::string name = word.substr(0, word.find('='));
+/// A word of the command line that the parser could not place.
+struct UnknownWord {
+    std::string word;  ///< empty: there is none
+    bool isOption = false;
+};
+
+/// The first of them. After a "--", which is itself one of them, no word is an option; what a command does not take
+/// there, the parser leaves to the program.
+UnknownWord unknownWordOf(const CLI::App& app, const CLI::App& subject) {
+    for (const CLI::App* place : {&subject, &app}) {
+        const std::vector<std::string> left = place->remaining();
+        const auto isMark = [](const std::string& word) { return word == "--"; };
+        const auto found = std::find_if_not(left.begin(), left.end(), isMark);
+        if (found != left.end() && !found->empty()) {
+            return {*found, found->front() == '-' && found == left.begin() && place == &subject};
+        }
+    }
+    return {};
+}
+
+/// What is wrong with it.
+std::string describeUnknown(const CLI::App& subject, const UnknownWord& unknown, bool hasCommand) {
+    const bool isCommand = !hasCommand && !unknown.isOption;
+    const std::string name = unknown.word.substr(0, unknown.word.find('='));
     std::vector<std::string> known;
     if (isCommand) {
         for (const CLI::App* command : subject.get_subcommands(nullptr)) {
             known.push_back(command->get_name());
         }
-    } else if (name.front() != '-') {
-        return quoted(word) + " is one argument too many; does a name with spaces lack its quotes?";
+    } else if (!unknown.isOption) {
+        return quoted(unknown.word) + " is one argument too many; does a name with spaces lack its quotes?";
     } else {
         for (const CLI::Option* option : subject.get_options()) {
             for (const std::string& longName : option->get_lnames()) {
@@ -74,9 +96,8 @@ std::string commandNames(const CLI::App& app) {
 
 std::string describeError(const CLI::App& app, const CLI::App& subject, const CLI::ParseError& error) {
     const bool hasCommand = &app != &subject;
-    const std::vector<std::string> left = subject.remaining();
-    if (!left.empty() && !left.front().empty()) {
-        return unknownWord(subject, left.front(), !hasCommand && left.front().front() != '-');
+    if (const UnknownWord unknown = unknownWordOf(app, subject); !unknown.word.empty()) {
+        return describeUnknown(subject, unknown, hasCommand);
     }
     const std::string text = error.what();
     if (text.find("disallowed flag override") != std::string::npos) {
@@ -91,9 +112,8 @@ std::string describeError(const CLI::App& app, const CLI::App& subject, const CL
 }
 
 /// What to print when the parser gives no set of options: help, the version or an error.
-ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error, Format format) {
+ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error) {
     ParsedOptions parsed;
-    parsed.options.format = format;
     const auto commands = app.get_subcommands();
     const CLI::App& subject = commands.empty() ? app : *commands.front();
     if (dynamic_cast<const CLI::CallForHelp*>(&error) != nullptr) {
@@ -109,21 +129,31 @@ ParsedOptions stopWith(const CLI::App& app, const CLI::ParseError& error, Format
     return parsed;
 }
 
-/// The format of the report, even when the rest of the command line is wrong.
-Format wantedFormat(const std::vector<std::string>& arguments) {
+/// What an option with one of a few words comes to, even when the rest of the command line is wrong.
+template <typename Value>
+Value wanted(const std::vector<std::string>& arguments, const std::string& name,
+             const std::vector<std::pair<std::string, Value>>& choices, Value otherwise) {
     std::string before;
     for (const std::string& argument : arguments) {
         if (before == "--") {
             break;
         }
-        for (const auto& [word, format] : FORMATS) {
-            if (argument == "--format=" + word || (before == "--format" && argument == word)) {
-                return format;
+        for (const auto& [word, value] : choices) {
+            if (argument == name + "=" + word || (before == name && argument == word)) {
+                return value;
             }
         }
         before = argument;
     }
-    return Format::Text;
+    return otherwise;
+}
+
+/// How the user is to be told that the command line is wrong.
+Options wantedOfWrong(const std::vector<std::string>& arguments) {
+    Options options;
+    options.format = wanted(arguments, "--format", FORMATS, options.format);
+    options.color = wanted(arguments, "--color", COLORS, options.color);
+    return options;
 }
 
 /// An unset variable leaves "--root=", and CLI11 would then take the next argument as the value.
@@ -169,12 +199,14 @@ ParsedOptions parseOptions(int argc, const char* const* argv) {
         command->formatter(std::make_shared<HelpFormatter>());
     }
     app.formatter(std::make_shared<HelpFormatter>());
-    options.format = wantedFormat({argv, argv + argc});
+    const std::vector<std::string> arguments(argv, argv + argc);
     try {
-        requireValues({argv, argv + argc});
+        requireValues(arguments);
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return stopWith(app, error, options.format);
+        ParsedOptions stopped = stopWith(app, error);
+        stopped.options = wantedOfWrong(arguments);
+        return stopped;
     }
     if (app.got_subcommand("completion")) {
         parsed.text = completionScript(app, shell);

@@ -52,7 +52,7 @@ struct Options {
 /// What the command line came to: options to work with, or a text for the user and the end.
 struct ParsedOptions {
     bool proceed = false;
-    Options options;                       ///< without `proceed` only the format counts
+    Options options;                       ///< without `proceed` only the format and the colours count
     ExitStatus status = ExitStatus::Done;  ///< when there is nothing to do
     std::string text;                      ///< then: for standard output with Done, what is wrong otherwise
     std::string advice;                    ///< what to do about what is wrong

@@ -81,9 +81,9 @@ Markup messagesOf(const Json& oneCase) {
 
 Markup caseItem(const Json& oneCase, std::size_t index, bool isOpen) {
     const Markup title = element("h3", path(oneCase.at("name")));
-    const Markup time = element("span.time", " " + oneCase.at("milliseconds").dump() + " ms");
     const Json& status = oneCase.at("exitStatus");
-    const Markup exit = status.is_null() ? Markup() : element("span.status", " exit status " + status.dump());
+    const Markup exit = status.is_null() ? Markup() : element("span.status", " exit status " + status.dump() + ",");
+    const Markup time = element("span.time", " " + oneCase.at("milliseconds").dump() + " ms");
     const Markup back = element("p.back", element("a", {{"href", "#to-" + anchorOf(index)}}, "Back to the grid"));
     const Markup body = element("div.case-body", {{"id", anchorOf(index)}, {"tabindex", "-1"}},
                                 messagesOf(oneCase) + caseReport(oneCase.at("report")) + back);

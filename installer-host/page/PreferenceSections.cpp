@@ -95,7 +95,7 @@ Markup expectationSection(const Json& report, int level) {
     for (const Json& one : expectation.at("differences")) {
         differences.add({one.at("what").get<std::string>() + textAfter(": ", one.at("key")),
                          textAfter("", one.at("domain")) + textAfter(" ", one.at("path")), anyValue(one.at("expected")),
-                         anyValue(one.at("found")), foreign(one.at("text"))});
+                         anyValue(one.at("found")), lines(one.at("text"))});
     }
     return section(level, "Expectation",
                    element("p", isMet ? state(Mood::Good, "met") : state(Mood::Bad, "not met")) +

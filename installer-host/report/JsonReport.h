@@ -31,10 +31,6 @@ Json showDocument(const Snapshot& snapshot, const std::string& root, const Selec
 Json diffDocument(const SnapshotDiff& diff, const std::string& first, const std::string& second,
                   const Selection& selection, const Judgement& judgement);
 
-/// What every document begins and ends with. The end says what the command came to.
-Json beginDocument(std::optional<Command> command);
-Json endDocument(Json document, const Judgement& judgement);
-
 /// What there is to say when something went wrong before there was anything to report. `command` is unset when the
 /// command line did not come to one.
 Json errorDocument(std::optional<Command> command, const Judgement& judgement);

@@ -162,14 +162,23 @@ std::string summaryOf(const RunResult& result) {
                                                                     : "");
     }
     const Counts counts = countsOf(result.changes);
-    const std::pair<std::size_t, const char*> parts[] = {
-        {counts.created, "created"},         {counts.changed, "changed"},      {counts.moved, "moved"},
-        {counts.removed, "removed"},         {counts.keysAdded, "keys added"}, {counts.keysChanged, "keys changed"},
-        {counts.keysRemoved, "keys removed"}};
+    const struct {
+        std::size_t count;
+        const char* one;
+        const char* many;
+    } parts[] = {
+        {counts.created, "created", "created"},
+        {counts.changed, "changed", "changed"},
+        {counts.moved, "moved", "moved"},
+        {counts.removed, "removed", "removed"},
+        {counts.keysAdded, "key added", "keys added"},
+        {counts.keysChanged, "key changed", "keys changed"},
+        {counts.keysRemoved, "key removed", "keys removed"},
+    };
     std::string text;
-    for (const auto& [count, what] : parts) {
+    for (const auto& [count, one, many] : parts) {
         if (count != 0) {
-            text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + what;
+            text += (text.empty() ? "" : ", ") + counted(count, one, many);
         }
     }
     return text;

@@ -75,6 +75,10 @@ std::string hexNumber(std::uint32_t value, int digits) {
     return text.data();
 }
 
+std::string counted(std::size_t count, const char* one, const char* many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 std::string secondsText(std::chrono::milliseconds time) {
     std::array<char, 40> text{};
     std::snprintf(text.data(), text.size(), "%.3f s", static_cast<double>(time.count()) / 1000);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,6 +19,9 @@ std::string visible(std::string_view text);
 
 /// "0x" and `digits` hexadecimal digits.
 std::string hexNumber(std::uint32_t value, int digits);
+
+/// "1 key", "2 keys".
+std::string counted(std::size_t count, const char* one, const char* many);
 
 /// "0.012 s".
 std::string secondsText(std::chrono::milliseconds time);

@@ -85,6 +85,9 @@ void keepOpen(const std::vector<int>& kept) {
     if (getppid() != parent) {
         _exit(127);
     }
+    if (order.isApart) {
+        setpgid(0, 0);
+    }
     dup2(order.input, STDIN_FILENO);
     dup2(order.output, STDOUT_FILENO);
     dup2(order.output, STDERR_FILENO);

@@ -1,5 +1,8 @@
 #include "installer-host/run/Confinement.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 namespace host {
@@ -12,12 +15,6 @@ std::string panelProgram(const std::string& program) {
            "CvPlatform/cv-alert";
 }
 
-/// What has nothing to read and is nobody's: /dev/null would be the machine's.
-cv::Descriptor emptyInput() {
-    Pipe pipe;
-    return std::move(pipe.read);
-}
-
 }  // namespace
 
 Confinement::Confinement(const Options& options, const RootFolder* root, const std::string& program)
@@ -25,8 +22,7 @@ Confinement::Confinement(const Options& options, const RootFolder* root, const s
       bundle_(options.bundle),
       program_(program),
       alerts_(options.bundle, panelProgram(program)),
-      first_([this](pid_t process) { limits_.apply(process); }),
-      nothing_(emptyInput()) {
+      first_([this](pid_t process) { limits_.apply(process); }) {
     if (root == nullptr || !root->isMachine()) {
         sandbox_.emplace(root);
         bundle_ = sandbox_->showBundle(options.bundle);
@@ -48,24 +44,35 @@ std::vector<std::string> Confinement::command(const std::vector<std::string>& ar
 ChildOrder Confinement::order(const std::vector<std::string>& arguments, const std::vector<int>& descriptors) {
     ChildOrder order;
     order.command = command(arguments);
-    order.input = nothing_.get();
+    // A pipe is nobody's, unlike the machine's /dev/null; from this one the worker reads its go, and nothing else.
+    fcntl(input_.read.get(), F_SETFL, 0);
+    order.input = input_.read.get();
     order.output = output_.childEnd();
     order.descriptors = descriptors;
     order.descriptors.push_back(alerts_.socket());
     order.timeout = timeout_;
     order.watchers = alerts_.watchers();
     order.watchers.push_back(output_.watcher());
+    order.watchers.push_back(left_.watcher());
     if (sandbox_) {
+        order.isApart = true;
         const std::vector<int> needed = sandbox_->descriptors();
         order.descriptors.insert(order.descriptors.end(), needed.begin(), needed.end());
         order.descriptors.insert(order.descriptors.end(), {first_.info(), first_.go()});
         order.watchers.push_back(first_.watcher());
     }
     order.endOthers = [this] {
-        first_.end();
         alerts_.end();
+        left_.look();
+        first_.end();
     };
     return order;
+}
+
+void Confinement::workerStarted() {
+    left_.begin(sandbox_ ? first_.process() : getpid());
+    static_cast<void>(cv::writeAll(input_.write.get(), "g"));
+    input_.write = cv::Descriptor();
 }
 
 Failure Confinement::refusal() const {
@@ -79,6 +86,9 @@ Failure Confinement::refusal() const {
 
 void Confinement::complete(RunResult& result) const {
     result.alerts = alerts_.records();
+    if (!result.steps.empty()) {
+        result.leftProcesses = left_.names();
+    }
     result.limits = sandbox_ ? limits_.sentences(timeout_)
                              : std::vector<std::string>{"none but the time-out: the bundle's code was not confined"};
 }

@@ -10,6 +10,7 @@
 #include "installer-host/run/ChildOutput.h"
 #include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/FirstProcess.h"
+#include "installer-host/run/LeftProcesses.h"
 #include "installer-host/run/Limits.h"
 #include "installer-host/run/Sandbox.h"
 
@@ -34,7 +35,10 @@ public:
     /// Why the worker could not be started, once it has ended without a word.
     Failure refusal() const;
 
-    /// Adds to the result of a run what became known here: the alerts and the limits.
+    /// To be called when the worker has said that it runs: lets it go on.
+    void workerStarted();
+
+    /// Adds to the result what became known here: the alerts, the limits, and which processes were left.
     void complete(RunResult& result) const;
 
 private:
@@ -46,8 +50,9 @@ private:
     AlertDesk alerts_;
     Limits limits_;
     FirstProcess first_;
+    LeftProcesses left_;
     std::optional<Sandbox> sandbox_;
-    cv::Descriptor nothing_;
+    Pipe input_;
 };
 
 }  // namespace host

@@ -37,12 +37,12 @@ bool FirstProcess::begin(const std::string& told) {
         return false;
     }
     // It waits for the byte, so the number is still its own.
-    const pid_t process = info["child-pid"];
-    process_ = cv::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
+    id_ = info["child-pid"].get<pid_t>();
+    process_ = cv::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, id_, 0)));
     if (!process_.isOpen()) {
         return false;
     }
-    onMade_(process);
+    onMade_(id_);
     return cv::writeAll(go_.write.get(), "g") == 0;
 }
 

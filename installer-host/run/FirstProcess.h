@@ -23,6 +23,9 @@ public:
 
     Watcher watcher();
 
+    /// The process; 0 while it is not known.
+    pid_t process() const { return id_; }
+
     /// Ends everything in the sandbox and waits for that, but for a few seconds only: the kernel itself may hold up a
     /// process.
     void end();
@@ -34,6 +37,7 @@ private:
     std::function<void(pid_t)> onMade_;
     Pipe info_, go_;
     std::string told_;
+    pid_t id_ = 0;
     cv::Descriptor process_;
 };
 

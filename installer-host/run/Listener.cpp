@@ -5,7 +5,9 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <string_view>
+#include <utility>
 
 #include "installer-host/Message.h"
 #include "installer-host/run/ChildProcess.h"
@@ -21,7 +23,9 @@ namespace {
 /// The pipe for the worker's events, and how far it was read.
 class EventPipe {
 public:
-    explicit EventPipe(Transcript& transcript) : transcript_(transcript) {}
+    /// `onStart` is called when the worker has said that it runs.
+    EventPipe(Transcript& transcript, std::function<void()> onStart)
+        : transcript_(transcript), onStart_(std::move(onStart)) {}
 
     int childEnd() const { return pipe_.write.get(); }
 
@@ -39,8 +43,12 @@ private:
         text_ += bytes;
         std::size_t start = 0;
         for (std::size_t end; (end = text_.find('\n', start)) != std::string::npos; start = end + 1) {
+            const bool isFirst = !transcript_.hasStarted();
             if (!transcript_.hear(std::string_view(text_).substr(start, end - start))) {
                 return false;
+            }
+            if (isFirst) {
+                onStart_();
             }
         }
         text_.erase(0, start);
@@ -52,6 +60,7 @@ private:
     }
 
     Transcript& transcript_;
+    std::function<void()> onStart_;
     Pipe pipe_;
     std::string text_;
 };
@@ -91,8 +100,8 @@ std::string commandText(const std::vector<std::string>& command) {
 
 RunResult runWorker(const Options& options, const RootFolder* root) {
     Transcript transcript(options);
-    EventPipe events(transcript);
     Confinement confinement(options, root, workerProgram());
+    EventPipe events(transcript, [&] { confinement.workerStarted(); });
     const WorkerOrder order{events.childEnd(), confinement.bundle(), options.installation};
     ChildOrder child = confinement.order(toArguments(order), {events.childEnd()});
     child.watchers.insert(child.watchers.begin(), events.watcher());

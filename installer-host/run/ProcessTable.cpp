@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <set>
 #include <sstream>
 #include <system_error>
 
@@ -26,6 +25,17 @@ ProcessEntry readEntry(const std::string& id) {
     return entry;
 }
 
+/// For kernels that do not list the children of a process (CONFIG_PROC_CHILDREN).
+std::vector<pid_t> childrenInTable(pid_t process) {
+    std::vector<pid_t> children;
+    for (const ProcessEntry& entry : processTable()) {
+        if (entry.parent == process) {
+            children.push_back(entry.id);
+        }
+    }
+    return children;
+}
+
 }  // namespace
 
 std::vector<ProcessEntry> processTable() {
@@ -43,21 +53,36 @@ std::vector<ProcessEntry> processTable() {
     return table;
 }
 
+pid_t parentOf(pid_t process) {
+    return readEntry(std::to_string(process)).parent;
+}
+
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    std::error_code ignored;
+    for (const auto& task :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task", ignored)) {
+        std::ifstream list(task.path() / "children");
+        if (!list.is_open()) {
+            return childrenInTable(process);
+        }
+        children.insert(children.end(), std::istream_iterator<pid_t>(list), {});
+    }
+    return children;
+}
+
 std::vector<ProcessEntry> descendantsOf(pid_t ancestor) {
-    const std::vector<ProcessEntry> table = processTable();
-    std::set<pid_t> family{ancestor};
-    for (std::size_t size = 0; size != family.size();) {
-        size = family.size();
-        for (const ProcessEntry& entry : table) {
-            if (family.count(entry.parent) != 0) {
-                family.insert(entry.id);
-            }
+    std::vector<ProcessEntry> found;
+    std::vector<pid_t> left = childrenOf(ancestor);
+    while (!left.empty()) {
+        const ProcessEntry entry = readEntry(std::to_string(left.back()));
+        left.pop_back();
+        if (entry.state != 0 && entry.state != 'Z') {
+            found.push_back(entry);
+            const std::vector<pid_t> children = childrenOf(entry.id);
+            left.insert(left.end(), children.begin(), children.end());
         }
     }
-    std::vector<ProcessEntry> found;
-    std::copy_if(table.begin(), table.end(), std::back_inserter(found), [&](const ProcessEntry& entry) {
-        return entry.id != ancestor && entry.state != 'Z' && family.count(entry.id) != 0;
-    });
     return found;
 }
 

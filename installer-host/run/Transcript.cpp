@@ -75,7 +75,6 @@ bool Transcript::isNext(const Started&) {
 
 bool Transcript::isNext(const StepBegins& event) {
     const bool mayBegin = state_ == State::Between && begun_ < result_.steps.size() && result_.notStored.empty() &&
-                          result_.leftProcesses.empty() &&
                           (begun_ == 0 || result_.steps[begun_ - 1].outcome == Outcome::Done);
     if (!mayBegin || result_.steps[begun_].step != event.step) {
         return false;
@@ -116,11 +115,6 @@ bool Transcript::isNext(const NotStored& event) {
     logEvent("not-stored", event.fault.what + ": " + event.fault.reason);
     result_.notStored.push_back(event.fault);
     return state_ == State::Between && ranAll() && result_.notStored.size() <= MOST_FAULTS;
-}
-
-bool Transcript::isNext(const ProcessLeft& event) {
-    result_.leftProcesses.push_back(event.name);
-    return state_ == State::Between && ranAll() && result_.leftProcesses.size() <= MOST_PROCESSES_LEFT;
 }
 
 bool Transcript::isNext(const Refused& event) {

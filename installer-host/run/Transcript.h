@@ -41,7 +41,6 @@ private:
     bool isNext(const StepEnds& event);
     bool isNext(const Finding& event);
     bool isNext(const NotStored& event);
-    bool isNext(const ProcessLeft& event);
     bool isNext(const Refused& event);
     bool isNext(const Finished& event);
 

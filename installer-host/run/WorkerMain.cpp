@@ -1,11 +1,11 @@
 // The program installer-host-worker: carries out its order on a bundle, and reports to the host what happens.
 
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
@@ -19,7 +19,6 @@
 #include "installer-host/bundle/BundleSession.h"
 #include "installer-host/bundle/Checks.h"
 #include "installer-host/look/FinderObject.h"
-#include "installer-host/run/ProcessTable.h"
 #include "installer-host/run/WorkerProtocol.h"
 #include "platform/Descriptor.h"
 #include "platform/StoreFailures.h"
@@ -73,18 +72,7 @@ void tellFailures(const WorkerOrder& order) {
     }
 }
 
-/// Reports what the steps started and did not await.
-void tellProcesses(const WorkerOrder& order) {
-    std::vector<ProcessEntry> left = descendantsOf(getpid());
-    left.resize(std::min(left.size(), MOST_PROCESSES_LEFT));
-    for (const ProcessEntry& process : left) {
-        tell(order, ProcessLeft{process.name});
-    }
-}
-
 void runSteps(const WorkerOrder& order) {
-    // What loses its parent becomes a child of this process, which can then tell of it.
-    prctl(PR_SET_CHILD_SUBREAPER, 1);
     const BundleSession session(order.bundle);
     const StepEntries entries(session, order.installation);
     for (const Step step : order.installation.steps) {
@@ -93,17 +81,24 @@ void runSteps(const WorkerOrder& order) {
         }
     }
     tellFailures(order);
-    tellProcesses(order);
 }
 
 void runChecks(const WorkerOrder& order) {
     checkBundle(order.bundle, [&](const Finding& finding) { tell(order, finding); });
 }
 
+/// Waits for the byte that the host sends when it knows this process. No code of the bundle has run until then.
+void awaitGo() {
+    char go = 0;
+    while (read(STDIN_FILENO, &go, 1) < 0 && errno == EINTR) {
+    }
+}
+
 /// Carries out `order` and reports how that went.
 void work(const WorkerOrder& order) {
     fcntl(order.eventFd, F_SETFD, FD_CLOEXEC);
     tell(order, Started{});
+    awaitGo();
     try {
         if (order.installation.steps.empty()) {
             runChecks(order);

@@ -76,10 +76,6 @@ json toJson(const NotStored& event) {
     return {{"event", "notStored"}, {"what", cut(event.fault.what)}, {"reason", cut(event.fault.reason)}};
 }
 
-json toJson(const ProcessLeft& event) {
-    return {{"event", "processLeft"}, {"name", cut(event.name)}};
-}
-
 json toJson(const Refused& event) {
     return {{"event", "refused"}, {"status", static_cast<unsigned>(event.status)}, {"text", cut(event.text)}};
 }
@@ -166,9 +162,6 @@ std::optional<Event> toEvent(const std::string& name, Members& members) {
     }
     if (name == "notStored") {
         return NotStored{{members.text("what"), members.text("reason")}};
-    }
-    if (name == "processLeft") {
-        return ProcessLeft{members.text("name")};
     }
     if (name == "refused") {
         return Refused{members.status("status", false), members.text("text")};

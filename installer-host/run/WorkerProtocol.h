@@ -32,7 +32,7 @@ std::vector<std::string> toArguments(const WorkerOrder& order);
 /// The order in the worker's arguments, which include its name; nothing when they are not an order.
 std::optional<WorkerOrder> parseOrder(int argc, const char* const* argv);
 
-/// The worker runs.
+/// The worker runs. It waits for a byte on its standard input before it loads the bundle's code.
 struct Started {};
 
 /// A step is called next.
@@ -54,11 +54,6 @@ struct NotStored {
     cv::Fault fault;
 };
 
-/// A process that the steps started still runs when all is done.
-struct ProcessLeft {
-    std::string name;
-};
-
 /// The end: the bundle cannot be loaded, or its interface was refused.
 struct Refused {
     ExitStatus status;
@@ -68,15 +63,14 @@ struct Refused {
 /// The end: all was done.
 struct Finished {};
 
-using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, ProcessLeft, Refused, Finished>;
+using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, Refused, Finished>;
 
 /// The longest line that an event takes, with its line feed.
 constexpr std::size_t LONGEST_EVENT = 65536;
 
-/// The most events that the worker sends, and how many of them may be faults and processes.
+/// The most events that the worker sends, and how many of them may be faults.
 constexpr std::size_t MOST_EVENTS = 2000;
 constexpr std::size_t MOST_FAULTS = 1000;
-constexpr std::size_t MOST_PROCESSES_LEFT = 256;
 
 /// The event as a line of JSON with its line feed. Long texts are cut, and bytes that are not UTF-8 are replaced.
 std::string encode(const Event& event);

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "platform/Descriptor.h"
+#include "platform/NewFile.h"
 
 namespace cv {
 
@@ -32,11 +32,11 @@ public:
 
     /// Puts a file with these bytes in the place of `name`, whatever is there but a folder, and flushes it and the
     /// folder to the disk. The file is made for its owner alone; `complete` gives the open file its owner and its mode
-    /// before it is flushed. `makeRoom`, where there is one, is called when the new file is on the disk under another
-    /// name. When anything fails, or one of the two throws, the old file stays; only if the last flush of the folder
-    /// failed, the new one is there.
+    /// before it is flushed. `beforeReplacing`, where there is one, is called when the new file is on the disk under
+    /// another name. When anything fails, or one of the two throws, the old file stays; only if the last flush of the
+    /// folder failed, the new one is there.
     void replace(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
-                 const std::function<void()>& makeRoom = nullptr) const;
+                 const std::function<void()>& beforeReplacing = nullptr) const;
 
     /// The same for a new file: a fault when anything stands in its place.
     void make(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete) const;
@@ -45,11 +45,6 @@ public:
     void remove(const std::string& name) const;
 
 private:
-    void put(const std::string& name, std::string_view bytes, const std::function<void(int fd)>& complete,
-             const std::function<void(const char* temporary)>& moveIntoPlace) const;
-    void writeTemporary(const std::string& name, std::string_view bytes,
-                        const std::function<void(int fd)>& complete) const;
-
     Descriptor folder_;
     std::string path_;
 };
@@ -57,11 +52,5 @@ private:
 /// Whether a file of this name is one that LockedFolder writes before it puts it in its place. One that stays was left
 /// by a killed writer.
 bool isTemporaryName(std::string_view name);
-
-/// Throws the Fault of a system call that failed with this errno value, or std::bad_alloc for the lack of memory.
-[[noreturn]] void failWith(const std::string& path, int error);
-
-/// Flushes the folder's entries to the disk; file systems that cannot do that do it by themselves. Throws as above.
-void flushFolder(int folder, const std::string& path);
 
 }  // namespace cv

@@ -148,21 +148,48 @@ private:
         return std::move(*dictionary);
     }
 
-    /// Moves what is in the file's place, and is not a preference file, to a free name.
-    void moveAside() {
+    /// Keeps what is in the file's place, and is not a preference file, under a free name.
+    void keepAside() {
         for (unsigned number = 1;; ++number) {
             const std::string name = location_.name + ".corrupt-" + std::to_string(number);
             const std::string line = path_ + ": " + foreign_ + "; kept as " + name;
-            if (renameat2(folder_.descriptor(), location_.name.c_str(), folder_.descriptor(), name.c_str(),
-                          RENAME_NOREPLACE) == 0) {
+            if (isKeptAs(name)) {
                 report("CFPreferencesSynchronize", line);
                 return;
             }
-            if (errno != EEXIST) {
-                const int error = errno;
-                throw Fault{path_, foreign_ + ", and it cannot be moved aside: " + errorText(error)};
-            }
         }
+    }
+
+    /// Gives it this name. False when something else has it.
+    bool isKeptAs(const std::string& name) {
+        const int folder = folder_.descriptor();
+        // As a second name, so that it stays in its place until the new file takes that.
+        if (linkat(folder, location_.name.c_str(), folder, name.c_str(), 0) == 0) {
+            return true;
+        }
+        if (errno == EEXIST) {
+            return isSame(name);  // a writer that was killed came to here
+        }
+        // Not every file system has second names, and not every file may get one.
+        if (renameat2(folder, location_.name.c_str(), folder, name.c_str(), RENAME_NOREPLACE) == 0) {
+            return true;
+        }
+        if (errno != EEXIST) {
+            const int error = errno;
+            throw Fault{path_, foreign_ + ", and it cannot be kept aside: " + errorText(error)};
+        }
+        return false;
+    }
+
+    /// Whether that is another name of what is in the file's place.
+    bool isSame(const std::string& name) const {
+        struct stat here {
+        }, there{};
+        const auto look = [this](const std::string& at, struct stat& status) {
+            return fstatat(folder_.descriptor(), at.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+        };
+        return look(location_.name, here) && look(name, there) && here.st_dev == there.st_dev &&
+               here.st_ino == there.st_ino;
     }
 
     void store(const std::string& bytes) {
@@ -173,7 +200,7 @@ private:
             location_.name, bytes, [this](int fd) { makePreferenceFile(fd); },
             [this] {
                 if (!foreign_.empty()) {
-                    moveAside();
+                    keepAside();
                 }
             });
     }

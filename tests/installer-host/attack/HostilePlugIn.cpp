@@ -473,6 +473,17 @@ const std::map<std::string, Attack>& attacks() {
          }},
         {"forks", [](const auto&) { attackForks(); }},
         {"leave behind", [](const auto&) { leaveBehind(); }},
+        {"leave behind and lie",
+         [](const auto&) {
+             leaveBehind();
+             forge(S_IFIFO,
+                   R"({"event":"stepEnds","step":"pre","flags":0,"type":"","message":""})"
+                   "\n"
+                   R"({"event":"finished"})"
+                   "\n",
+                   false);
+             _exit(0);
+         }},
         {"leave behind and hang",
          [](const auto&) {
              leaveBehind();

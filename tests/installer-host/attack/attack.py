@@ -227,9 +227,11 @@ class Attacker:
             time.sleep(0.1)
             self.record(name, "it still runs" if (file.read_text() if file.exists() else "") != before else "")
 
-        for attack in ("leave behind", "leave behind and hang"):
+        for attack in ("leave behind", "leave behind and lie", "leave behind and hang"):
             root = self.root()
-            self.run(root, self.bundle(attack, "/Library/heartbeat"), timeout=1)
+            process = self.run(root, self.bundle(attack, "/Library/heartbeat"), timeout=1)
+            hides = "hang" not in attack and not json.loads(process.stdout).get("leftProcesses")
+            self.record(f"{attack}: the report", "names no process" if hides else "")
             self.record("left behind: it ran", "" if (root / "Library/heartbeat").exists() else NOT_TRIED)
             expect_still(attack, root / "Library/heartbeat")
             free = self.folder(attack)
