@@ -39,7 +39,7 @@ TEST(CaseList, ComesFromAFile) {
     }
     EXPECT_NE(namesIn(many), "");
     many += "-1\n";
-    const std::pair<const char*, const char*> wrong[] = {
+    const std::pair<std::string, const char*> wrong[] = {
         {"", "is empty"},
         {"product\n", "is empty"},
         {"language\n1\n", "line 1: the header lacks the column product"},
@@ -50,14 +50,15 @@ TEST(CaseList, ComesFromAFile) {
         {"product,language\n5100\n", "line 2: the header has 2 columns, this line has 1"},
         {"product,status\n5100,\"on\n", "line 2: a double quote is missing"},
         {"product\n5100\n5100\n", "the case 5100/0/as-is is there twice"},
-        {"product,status\n1,own, status.txt", "3 fields"},
+        {"product,status\n1,own, status.txt", "2 columns, this line has 3"},
         {"product,status\n1,missing.txt", "missing.txt' cannot be read"},
         {"[{\"language\": 1}]", "case 1: it is not an object with a product"},
         {R"([{"product": 1}, {"product": "2"}])", "case 2:"},
         {R"([{"product": 1, "lang": 2}])", "case 1:"},
         {R"({"product": 1})", "no array"},
         {"[1", "is not JSON"},
-        {many.c_str(), "10000 cases at most"},
+        {"[{\"product\": 1, \"language\":" + std::string(100000, '[') + std::string(100000, ']') + "}]", "too deeply"},
+        {many, "10000 cases at most"},
     };
     for (const auto& [text, problem] : wrong) {
         try {
@@ -80,6 +81,12 @@ TEST(CaseList, OfARerunIsWhatDidNotPass) {
     ASSERT_EQ(list.cases.size(), 2U);
     EXPECT_EQ(list.cases[0].name + list.cases[1].name, "2/0/on3/0/on");
     EXPECT_THAT(list.passed, ElementsAre("1/0/on")) << "an expectation of it is none that was not used";
+    for (const char* product : {"7.5", "1e300", "2147483648", "\"7\"", "[[]]"}) {
+        writeFile(options.rerun,
+                  R"({"statuses": [{"status": "on", "file": null}], "cases": [{"outcome": "failed", "product": )" +
+                      std::string(product) + R"(, "language": 0, "status": "on"}]})");
+        EXPECT_THROW(casesOf(options), Failure) << product;
+    }
 }
 
 /// A link in the root must not lead the file out of it.
