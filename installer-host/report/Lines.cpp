@@ -25,6 +25,11 @@ std::size_t bytesOf(std::string_view text, std::size_t count) {
     return bytes;
 }
 
+/// Whether the text fits after `used` characters of a line. Looks at no more of it than that: it may hold megabytes.
+bool fits(std::string_view text, std::size_t used) {
+    return used <= REPORT_WIDTH && bytesOf(text, REPORT_WIDTH - used) == text.size();
+}
+
 }  // namespace
 
 Line::Line(std::size_t indent, std::size_t hanging) : indent_(indent), hanging_(hanging) {}
@@ -59,12 +64,12 @@ std::string Line::text() const {
     };
     for (std::string_view piece : pieces_) {
         const std::size_t room = isFirst ? 0 : 1;
-        if (width + room + widthOf(piece) > REPORT_WIDTH && !isFirst) {
+        if (!isFirst && !fits(piece, width + room)) {
             breakLine();
         }
         text += isFirst ? "" : " ";
         width += isFirst ? 0 : 1;
-        while (width + widthOf(piece) > REPORT_WIDTH) {
+        while (!fits(piece, width)) {
             const std::size_t bytes = bytesOf(piece, REPORT_WIDTH - width);
             text += piece.substr(0, bytes);
             piece.remove_prefix(bytes);

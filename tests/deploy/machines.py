@@ -88,6 +88,8 @@ class Fleet:
         self.work, self.sshd, self.hosts, self.record = work, sshd, {}, work / "record"
         self.collection = work / ".ansible/collections/ansible_collections/corvane/installer"
         self.environment = {**os.environ, "HOME": str(work), "ANSIBLE_CONFIG": str(work / "ansible.cfg"),
+                            # ansible-lint looks in what is before the last slash.
+                            "ANSIBLE_COLLECTIONS_PATH": str(work / ".ansible/collections") + "/.",
                             "FLEET_RECORD": str(self.record), "LC_ALL": "C.UTF-8"}
 
     def __enter__(self):

@@ -71,6 +71,7 @@ TEST(Faults, OnTheMachineItselfAllProcessesEnd) {
         const ProcessResult result =
             runFaulty(fault, {"run", "--product=1", "--step=pre", "--timeout=3", "--machine", "--scope=/nonexistent"});
         EXPECT_EQ(result.exitStatus, exitStatus) << result.err;
+        EXPECT_EQ(result.out.find("\nProcesses that the steps left") != std::string::npos, exitStatus == 0);
         const std::size_t last = result.err.rfind("| ", result.err.find("installer-host:"));
         const int process = std::stoi(result.err.substr(last + 2));
         EXPECT_EQ(kill(process, 0), -1) << "process " << process << " is still there: " << result.err;

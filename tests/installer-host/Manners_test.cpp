@@ -61,7 +61,7 @@ TEST(Show, PrintsWhatIsAskedFor) {
          7,
          "  /Applications/Corvane           does not exist -> 0x0400 (custom icon)\n\nProblems"},
         {{"--diff", other.path()}, 7, "broken.plist cannot be read"},
-        {{"--diff", other.path(), "--domain=broken"}, 7, "\n  nothing differs\n"},
+        {{"--diff", other.path(), "--domain=broken"}, 7, "in the first)\n  nothing differs\n"},
         {{"--diff", other.path(), "--domain=worse"}, 7, "worse.plist cannot be read"},
         {{"--diff", "/"}, 2, ""},
     };

@@ -76,7 +76,7 @@ Files and folders (+ created, ~ changed, - removed, > moved)
   ~ /Library/turned: folder -> file, 7 bytes
 )";
 const char* const SUM =
-    "\nIn all: 7 created, 9 changed, 2 moved, 4 removed, 1 key added, 1 key changed,\n  2 keys removed.\n";
+    "\nIn all: 7 created, 9 changed, 2 moved, 4 removed, 1 key added, 1 key changed, 2\n  keys removed.\n";
 
 std::vector<std::string> command(const InstallRoot& root, const std::string& more) {
     return {"run", "--product=1", "--step=pre", "--root=" + root.path(), more, FAULTY_BUNDLE};

@@ -211,6 +211,7 @@ TEST(Undo, LeavesAloneWhatWasChangedSince) {
         {"rm \"$icon\"; ln -s / \"$icon\"", lang + version + interval + "attribute\n",
          "attribute: something else stands in its place\n"},
         {"rm -r Applications/Corvane", lang + version + interval, ""},
+        {"setfattr -n user.since -v 1 Library/Preferences/*updater.plist", lang + version + interval + finder, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.since);
@@ -230,6 +231,8 @@ TEST(Undo, LeavesAloneWhatWasChangedSince) {
         EXPECT_THAT(told(report["left"]), testing::StartsWith(c.left));
         EXPECT_EQ(told(report["left"]).empty(), c.left.empty());
         const std::string after = stateOf(machine.root());
+        const bool hasAttribute = after.find("user.since") != std::string::npos;
+        EXPECT_EQ(hasAttribute, std::string(c.since).find("user.since") != std::string::npos);
         EXPECT_EQ(machine.undo("journal", isFault ? 7 : 0)["changed"], false);
         EXPECT_EQ(stateOf(machine.root()), after);
     }
@@ -263,6 +266,7 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     EXPECT_EQ(runHost({"undo", machine.journal("second"), "--root", moved}).exitStatus, 0);
     fs::rename(moved, machine.root());
 
+    expectRefusal({"undo", machine.journal("root.first"), "--machine"}, 2, "belongs to the root '");
     expectRefusal(machine.undoCommand("copy"), 2, "'" + machine.journal("root.first") + "' must be undone first");
     expectRefusal(machine.undoCommand("none"), 6, "cannot be read: No such file");
     EXPECT_EQ(machine.undo("root.first")["changed"], true);

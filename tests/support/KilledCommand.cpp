@@ -124,8 +124,8 @@ bool flushesEachChange(const std::vector<std::string>& command, const std::strin
     bool isFlushed = true;
     return !runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
         const auto call = static_cast<int>(info.entry.nr);
-        const bool begins =
-            BEGINNING.count(call) != 0 || (call == SCMP_SYS(openat) && (info.entry.args[2] & O_CREAT) != 0);
+        const bool isMaking = call == SCMP_SYS(openat) && (info.entry.args[2] & O_CREAT) != 0;
+        const bool begins = BEGINNING.count(call) != 0 || isMaking;
         if ((!begins && call != SCMP_SYS(fchmod) && call != SCMP_SYS(fsync)) || nameOf(process) != name + "\n") {
             return false;
         }

@@ -50,7 +50,7 @@ TEST(CaseList, ComesFromAFile) {
         {"product,language\n5100\n", "line 2: the header has 2 columns, this line has 1"},
         {"product,status\n5100,\"on\n", "line 2: a double quote is missing"},
         {"product\n5100\n5100\n", "the case 5100/0/as-is is there twice"},
-        {"product,status\n1,own, status.txt", "this line has 3"},
+        {"product,status\n1,own, status.txt", "2 columns, this line has 3"},
         {"product,status\n1,missing.txt", "missing.txt' cannot be read"},
         {"[{\"language\": 1}]", "case 1: it is not an object with a product"},
         {R"([{"product": 1}, {"product": "2"}])", "case 2:"},
