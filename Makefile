@@ -45,6 +45,16 @@ test-page: build ## look at the HTML reports in a browser
 test-i386: ## the same for 32-bit Intel, in a root of its own (as root)
 	@tools/test-i386 PRESET=$(PRESET) TEST_FLAGS="$(TEST_FLAGS)"
 
+test-arm64: ## build for 64-bit ARM and test in qemu, in a root of its own (as root)
+	@tools/test-arm64 $(TEST_FLAGS)
+
+test-isa: ## test the vector routines with each set of instructions, in qemu where that can
+	@tools/install-deps isa
+	@mkdir -p build
+	@cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=ON
+	@cmake --build --preset $(PRESET) --target IPP_paths_test
+	@tools/test-isa $(BUILD)
+
 test-package: ## install the library, and use it from other projects in every way
 	@tools/install-deps package
 	@tools/test-package
@@ -99,8 +109,15 @@ fuzz: ## let each fuzzer look for faults for SECONDS (60); FUZZERS chooses some
 	@cmake --build --preset fuzz
 	@tools/fuzz --seconds $(SECONDS) $(FUZZERS)
 
+coverage: ## see how much of the code the tests reach; the page is build/coverage/html/index.html
+	@tools/install-deps coverage
+	@mkdir -p build
+	@cmake --preset coverage
+	@cmake --build --preset coverage
+	@tools/coverage $(TEST_FLAGS)
+
 mutants: ## plant faults and see that a test sees each; MUTANTS chooses some
-	@tools/install-deps test
+	@tools/install-deps mutants
 	@tools/mutants $(MUTANTS)
 
 bench: ## measure against other libraries and print the table

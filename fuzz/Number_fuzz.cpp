@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <iomanip>
@@ -131,7 +132,8 @@ std::string textFrom(fuzz::Input& input) {
                                   "ffffffff",
                                   "\xA0",
                                   "\xC2\xA0",
-                                  "\uFF11",
+                                  "\uFF10",
+                                  "\uFF19",
                                   "\uFF0E",
                                   "\u3002",
                                   "\uFF0D",
@@ -212,6 +214,10 @@ std::string floating(double value, unsigned int precision, const checked_value<u
         << value;
     std::string text = out.str();
     std::replace(text.begin(), text.end(), '.', userPoint());
+    if (letter == 'F' && !std::isfinite(value)) {  // for which a stream has no form of its own
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](char c) { return c == '-' ? c : static_cast<char>(c - 32); });
+    }
     return text;
 }
 

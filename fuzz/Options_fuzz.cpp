@@ -2,6 +2,8 @@
 // meant.
 
 #include <algorithm>
+#include <initializer_list>
+#include <limits>
 
 #include "fuzz/Fuzz.h"
 #include "installer-host/options/Options.h"
@@ -22,26 +24,97 @@ ParsedOptions parse(const Words& words) {
     return parseOptions(static_cast<int>(argv.size()), argv.data());
 }
 
+/// What holds of the options of every command line that is taken.
+void checkOptions(const Options& options) {
+    const auto is = [&](std::initializer_list<Command> commands) {
+        return std::find(commands.begin(), commands.end(), options.command) != commands.end();
+    };
+    const MatrixOptions& matrix = options.matrix;
+    const bool hasLists = !matrix.products.empty();
+    const bool hasPlace = is({Command::Run, Command::Undo, Command::Show});
+    expectEqual("one place to work in", options.machine != !options.root.empty(),
+                hasPlace || (is({Command::Matrix}) && !options.root.empty()));
+    fuzz::expect("a matrix on the machine", !options.machine || hasPlace);
+    fuzz::expect("a scope without a machine", options.machine || options.scope.empty());
+    expectEqual("a bundle", !options.bundle.empty(), is({Command::Run, Command::Matrix, Command::Check}));
+    expectEqual("steps", !options.installation.steps.empty(), is({Command::Run, Command::Matrix}));
+    fuzz::expect("a journal to undo", !options.journal.empty() || !is({Command::Undo}));
+    fuzz::expect("a journal of a dry run", options.journal.empty() || !options.dryRun || is({Command::Undo}));
+    fuzz::expect("an expectation that is written and kept", options.expect.empty() || options.writeExpect.empty());
+    fuzz::expect("a key without a domain", options.selection.key.empty() || !options.selection.domain.empty());
+    fuzz::expect("more and less told", !options.quiet || options.verbose == 0);
+    fuzz::expect("how much is told", options.verbose <= 2);
+    fuzz::expect("cases of a matrix",
+                 hasLists || !matrix.cases.empty() || !matrix.rerun.empty() || !is({Command::Matrix}));
+    fuzz::expect("two sources of cases", !hasLists || matrix.cases.empty());
+    for (const std::string& path : {options.root, matrix.cases, matrix.rerun, matrix.junit, options.expect,
+                                    options.writeExpect, options.diff, options.log}) {
+        fuzz::expect("an option as a path", path.empty() || path.front() != '-');
+    }
+}
+
 void checkAnyWords(fuzz::Input& input) {
-    const char* const usual[] = {
-        "run",       "check",    "show",        "--product",      "--product=5100", "--root",       "--root=/r",
-        "--machine", "--scope",  "/a",          "--dry-run",      "--format",       "json",         "--format=text",
-        "--timeout", "0",        "--step=both", "--entry",        "direct",         "--",           "--help",
-        "--version", "X.bundle", "-1",          "--changes-exit", "--verbose",      "--language=1", "--block-version",
-        "-v",        "-"};
+    const char* const usual[] = {"run",
+                                 "matrix",
+                                 "undo",
+                                 "check",
+                                 "show",
+                                 "completion",
+                                 "--product",
+                                 "5100",
+                                 "--product=1-3",
+                                 "--language=1",
+                                 "--status=on",
+                                 "--cases=c",
+                                 "--rerun=r",
+                                 "--jobs",
+                                 "2",
+                                 "--root",
+                                 "--root=/r",
+                                 "--machine",
+                                 "--scope",
+                                 "/a",
+                                 "--dry-run",
+                                 "--journal=j",
+                                 "--format",
+                                 "json",
+                                 "html",
+                                 "text",
+                                 "--timeout",
+                                 "0",
+                                 "--step=both",
+                                 "--entry",
+                                 "direct",
+                                 "--",
+                                 "--help",
+                                 "--version",
+                                 "X.bundle",
+                                 "-1",
+                                 "-",
+                                 "-v",
+                                 "-q",
+                                 "--verbose",
+                                 "--changes-exit",
+                                 "--block-version",
+                                 "--domain",
+                                 "--key=k",
+                                 "--diff=/d",
+                                 "--expect=e",
+                                 "--write-expect",
+                                 "--junit=u",
+                                 "--log=l",
+                                 "--color=",
+                                 "never",
+                                 "--color=always",
+                                 "bash",
+                                 ","};
     Words words;
     while (input.remaining_bytes() > 0 && words.size() < 16) {
         words.push_back(input.ConsumeBool() ? input.PickValueInArray(usual) : input.ConsumeRandomLengthString(40));
     }
     const ParsedOptions parsed = parse(words);
-    const Options& options = parsed.options;
     if (parsed.proceed) {
-        const bool isCheck = options.command == Command::Check;
-        expectEqual("one place to work in", options.machine != !options.root.empty(), !isCheck);
-        fuzz::expect("a scope without a machine", options.machine || options.scope.empty());
-        const bool takesBundle = isCheck || options.command == Command::Run;
-        expectEqual("a bundle", !options.bundle.empty(), takesBundle);
-        fuzz::expect("steps of a run", !options.installation.steps.empty() || options.command != Command::Run);
+        checkOptions(parsed.options);
     } else if (parsed.status == ExitStatus::Done) {
         fuzz::expect("help without being asked", parsed.text.find("installer-host") != std::string::npos);
     } else {
@@ -139,14 +212,53 @@ void checkRun(fuzz::Input& input) {
     expectEqual("the bundle", parsed.options.bundle, bundle);
 }
 
+/// A list of codes as `matrix` takes it; what it means is added to `codes`.
+std::string codeListFrom(fuzz::Input& input, std::vector<std::int32_t>& codes) {
+    std::string list;
+    for (auto count = input.ConsumeIntegralInRange(1, 4); count > 0; --count) {
+        const auto first = input.ConsumeIntegral<std::int32_t>();
+        const std::int64_t last = first + input.ConsumeIntegralInRange(std::int64_t{0}, std::int64_t{3});
+        const bool isRange = last > first && last <= std::numeric_limits<std::int32_t>::max();
+        list += (list.empty() ? "" : ",") + std::to_string(first) + (isRange ? "-" + std::to_string(last) : "");
+        for (std::int64_t code = first; code <= (isRange ? last : first); ++code) {
+            codes.push_back(static_cast<std::int32_t>(code));
+        }
+    }
+    return list;
+}
+
+void checkMatrix(fuzz::Input& input) {
+    Writer writer(input);
+    std::vector<std::int32_t> products, languages;
+    const auto jobs = input.ConsumeIntegralInRange(1U, 256U);
+    const auto told = input.ConsumeIntegralInRange(0U, 4U);
+    const std::string bundle = pathFrom(input), report = pathFrom(input), status = input.ConsumeBool() ? "on" : "a b";
+    writer.value("--product", codeListFrom(input, products));
+    writer.value("--language", codeListFrom(input, languages));
+    writer.value("--status", status + ",none");
+    writer.value("--jobs", std::to_string(jobs));
+    writer.value("--rerun", report);
+    writer.put({bundle});
+    for (unsigned i = 0; i < told; ++i) {
+        writer.flag(i % 2 == 0 ? "-v" : "--verbose", true);
+    }
+    const ParsedOptions parsed = parse(writer.words("matrix"));
+    const MatrixOptions& matrix = parsed.options.matrix;
+    expectEqual("what is wrong", parsed.text, "");
+    fuzz::expect("--product", matrix.products == products);
+    fuzz::expect("--language", matrix.languages == languages);
+    fuzz::expect("--status", matrix.statuses == Words{status, "none"});
+    expectEqual("--jobs", matrix.jobs, jobs);
+    expectEqual("--rerun", matrix.rerun, report);
+    expectEqual("--verbose", parsed.options.verbose, std::min(told, 2U));
+    expectEqual("the bundle", parsed.options.bundle, bundle);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    static constexpr void (*CHECKS[])(fuzz::Input&) = {checkAnyWords, checkRun, checkMatrix};
     fuzz::Input input(data, size);
-    if (input.ConsumeBool()) {
-        checkRun(input);
-    } else {
-        checkAnyWords(input);
-    }
+    input.PickValueInArray(CHECKS)(input);
     return 0;
 }

@@ -106,9 +106,10 @@ public:
     /// Whether the two share one text, as copies do; equal texts need not be shared.
     [[nodiscard]] bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
 
-    /// The view, converted to NUL-terminated UTF-16 from UTF-8, or from Mac OS Roman when `encoding` is 2. Returns an
-    /// empty handle when the bytes are not valid in that encoding or give more than 100000 units, and a single 0 for an
-    /// empty view. Use the array and its copies on the calling thread only.
+    /// The view, converted to NUL-terminated UTF-16 from UTF-8, or from Mac OS Roman when `encoding` is 2. A byte order
+    /// mark at the beginning of UTF-8 is left out. Returns an empty handle when the bytes are not valid in that encoding
+    /// or give more than 100000 units, and a single 0 when there is nothing to convert. Use the array and its copies on
+    /// the calling thread only.
     [[nodiscard]] shared_array<unsigned short> Unicode(unsigned int encoding = 1) const;
 
     /// "\n".
@@ -208,7 +209,8 @@ public:
 
     /// Every `from` replaced by `to`, from left to right; null when that leaves nothing. Shares the text when `from` is
     /// null or empty. A `from` that contains a NUL byte matches where the text has the bytes before the NUL and the NUL
-    /// itself; the bytes after the NUL match any others.
+    /// itself; the bytes after the NUL match any others. If such a `from` is longer than the whole text by two bytes or
+    /// more, the end of the text counts as that NUL.
     [[nodiscard]] String Replace(const String& from, const String& to) const;
 
     /// Every byte `from` replaced by `to`; never null. The result ends before the first NUL byte of the text. If a byte
@@ -283,8 +285,9 @@ public:
     /// @}
     /// @name Reading numbers
     /// The text may have white space around the number. '.', ',' and the user's separator are decimal separators;
-    /// full-width digits, stops and minus signs count as the ASCII ones. Each returns 0 when the whole text is not a
-    /// number in range, and sets `*ok` to whether it is, unless `ok` is null.
+    /// full-width digits, stops and minus signs count as the ASCII ones, and a byte order mark before the number counts
+    /// as nothing. Each returns 0 when the whole text is not a number in range, and sets `*ok` to whether it is, unless
+    /// `ok` is null.
     /// @{
 
     /// Digits in `base`, 2 to 36, letters in either case, after an optional '+' or, for the signed types, '-'.

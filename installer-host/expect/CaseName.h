@@ -1,10 +1,14 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <sstream>
 #include <string>
 
 namespace host {
+
+/// A matrix has this many cases at most.
+constexpr std::size_t MOST_CASES = 10000;
 
 /// The parts of the name of a matrix's case, PRODUCT/LANGUAGE/STATUS. Missing ones are empty.
 using CaseParts = std::array<std::string, 3>;

@@ -1,11 +1,17 @@
 #include "installer-host/expect/Expectation.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <stdexcept>
+#include <utility>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+<<<<<<< HEAD
+#include "installer-host/JsonInput.h"
+=======
 #include "installer-host/look/JsonPath.h"
+>>>>>>> main
 #include "installer-host/report/Text.h"
 
 namespace host {
@@ -29,6 +35,30 @@ std::vector<std::string> textsOf(const Json& array) {
     return texts;
 }
 
+[[noreturn]] void refuseSoManyCases() {
+    throw std::invalid_argument("it covers more than " + std::to_string(MOST_CASES) + " cases");
+}
+
+/// The names of a grid's cases.
+std::vector<std::string> namesIn(const Json& grid) {
+    const auto products = textsOf(grid.at("products"));
+    const auto languages = textsOf(grid.at("languages"));
+    const auto statuses = textsOf(grid.at("statuses"));
+    const std::size_t longest = std::max({products.size(), languages.size(), statuses.size()});
+    if (longest > MOST_CASES || std::uint64_t{products.size()} * languages.size() * statuses.size() > MOST_CASES) {
+        refuseSoManyCases();
+    }
+    std::vector<std::string> names;
+    for (const std::string& product : products) {
+        for (const std::string& language : languages) {
+            for (const std::string& status : statuses) {
+                names.push_back(nameOf({product, language, status}));
+            }
+        }
+    }
+    return names;
+}
+
 bool isReportOf(const char* command, const Json& document) {
     return document.contains("schema") && document.contains("command") && document["command"] == command;
 }
@@ -48,7 +78,7 @@ Expectation Expectation::read(const std::string& file) {
     Expectation expectation;
     expectation.file_ = file;
     try {
-        expectation.take(Json::parse(readInput(file, "expectation")));
+        expectation.take(parsedJson<Json>(readInput(file, "expectation")));
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitStatus::Usage, "'" + file + "' is not an expectation: " + fault.what());
     } catch (const Json::exception& fault) {
@@ -102,12 +132,11 @@ void Expectation::takeCases(const Json& cases) {
 void Expectation::takeCovers(const Json& covers) {
     covers_.emplace();
     for (const Json& grid : covers) {
-        for (const std::string& product : textsOf(grid.at("products"))) {
-            for (const std::string& language : textsOf(grid.at("languages"))) {
-                for (const std::string& status : textsOf(grid.at("statuses"))) {
-                    covers_->push_back(nameOf({product, language, status}));
-                }
-            }
+        for (std::string& name : namesIn(grid)) {
+            covers_->push_back(std::move(name));
+        }
+        if (covers_->size() > MOST_CASES) {
+            refuseSoManyCases();
         }
     }
 }

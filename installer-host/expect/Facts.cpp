@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/JsonInput.h"
 #include "installer-host/report/Text.h"
 
 namespace host {
@@ -37,7 +38,8 @@ int ownStatus(int status) {
 std::string stepText(const Json& step) {
     const Json& flags = step.at("resultFlagsAfter");
     return step.at("outcome").get<std::string>() +
-           (flags.is_null() ? "" : ", resultFlags " + hexNumber(flags.get<std::uint32_t>(), 8));
+           (flags.is_null() ? ""
+                            : ", resultFlags " + hexNumber(wholeNumberIn<std::uint32_t>(step, "resultFlagsAfter"), 8));
 }
 
 /// "changed file: contents, mode"
@@ -55,6 +57,20 @@ std::string entryText(const Json& entry) {
     return text;
 }
 
+/// Whether it is a value with its type, and so is all that it holds.
+bool isTyped(const Json& value) {
+    if (!value.is_object() || !value.contains("type") || !value["type"].is_string() || !value.contains("value")) {
+        return false;
+    }
+    const std::string type = value["type"];
+    const Json& content = value["value"];
+    if (type == "array" || type == "dictionary") {
+        return content.is_structured() && std::all_of(content.begin(), content.end(), isTyped);
+    }
+    const bool isText = type == "string" || type == "data" || type == "date";
+    return isText ? content.is_string() : content.is_primitive();
+}
+
 void addSteps(const Json& document, Facts& facts) {
     for (const Json& step : document.at("steps")) {
         facts[{FactKind::Step, step.at("step"), ""}] = {stepText(step)};
@@ -68,6 +84,9 @@ void addSteps(const Json& document, Facts& facts) {
 
 void addPreferences(const Json& document, Facts& facts) {
     for (const Json& key : document.at("preferences")) {
+        if (!key.at("after").is_null() && !isTyped(key.at("after"))) {
+            throw std::invalid_argument("a preference has a value without a type");
+        }
         const std::string subject = (key.at("domain").is_null() ? key.at("path") : key.at("domain")).get<std::string>();
         facts[{FactKind::Preference, subject, key.at("key")}] = {TypedValue(key.at("after")),
                                                                  key.at("change") != "unchanged"};
@@ -76,8 +95,11 @@ void addPreferences(const Json& document, Facts& facts) {
 
 void addObjects(const Json& document, Facts& facts) {
     for (const Json& object : document.at("finderFlags")) {
-        facts[{FactKind::FinderFlags, object.at("path"), ""}] = {TypedValue(object.at("after").at("flags")),
-                                                                 object.at("before") != object.at("after")};
+        const Json& after = object.at("after");
+        const bool isKnown = !after.at("flags").is_null();
+        facts[{FactKind::FinderFlags, object.at("path"), ""}] = {
+            isKnown ? TypedValue(wholeNumberIn<std::uint16_t>(after, "flags")) : TypedValue(),
+            object.at("before") != after};
     }
     for (const Json& entry : document.at("entries")) {
         if (entry.at("change") != "times") {
@@ -96,20 +118,6 @@ Json plain(const TypedValue& value) {
 
 [[noreturn]] void refuse(const std::string& name, const std::string& what) {
     throw std::invalid_argument(inQuotes(name) + " " + what);
-}
-
-/// Whether it is a value with its type, and so is all that it holds.
-bool isTyped(const Json& value) {
-    if (!value.is_object() || !value.contains("type") || !value["type"].is_string() || !value.contains("value")) {
-        return false;
-    }
-    const std::string type = value["type"];
-    const Json& content = value["value"];
-    if (type == "array" || type == "dictionary") {
-        return content.is_structured() && std::all_of(content.begin(), content.end(), isTyped);
-    }
-    const bool isText = type == "string" || type == "data" || type == "date";
-    return isText ? content.is_string() : content.is_primitive();
 }
 
 /// The value of a preference that was written in either way.
@@ -132,9 +140,12 @@ TypedValue valueOf(FactKind kind, const std::string& name, const Json& value) {
     if (kind == FactKind::Preference) {
         return typed(name, value);
     }
-    const bool isNumber = kind == FactKind::ExitStatus || kind == FactKind::FinderFlags;
-    if (!value.is_null() && !(isNumber ? value.is_number_integer() : value.is_string())) {
-        refuse(name, isNumber ? "needs a whole number, or null" : "needs a text, or null");
+    const bool isStatus = kind == FactKind::ExitStatus, areFlags = kind == FactKind::FinderFlags;
+    const bool isRight = isStatus ? isWhole<int>(value) : areFlags ? isWhole<std::uint16_t>(value) : value.is_string();
+    if (!isRight && !value.is_null()) {
+        refuse(name, isStatus   ? "needs a whole number, or null"
+                     : areFlags ? "needs a whole number from 0 to 65535, or null"
+                                : "needs a text, or null");
     }
     return TypedValue(value);
 }
@@ -168,7 +179,7 @@ Facts factsOf(const Json& runDocument) {
         addPreferences(runDocument, facts);
         addObjects(runDocument, facts);
     }
-    facts[{FactKind::ExitStatus, "", ""}] = {ownStatus(runDocument.at("exitStatus"))};
+    facts[{FactKind::ExitStatus, "", ""}] = {ownStatus(wholeNumberIn<int>(runDocument, "exitStatus"))};
     return facts;
 }
 

@@ -40,7 +40,7 @@ using Facts = std::map<FactName, Fact>;
 
 /// The facts of a run's document that count in a comparison: what became of the steps and what is on the disk, but no
 /// times, sizes, owners or modes. The exit statuses 8 and 10 count as 0: they say how a run was judged. Throws
-/// nlohmann::json::exception when it is no such document.
+/// nlohmann::json::exception or std::invalid_argument when it is no such document.
 Facts factsOf(const Json& runDocument);
 
 /// The facts as an expectation's file has them: an object for each kind, and in it what becomes of what. A value of a

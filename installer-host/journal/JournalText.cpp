@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "installer-host/JsonInput.h"
 #include "installer-host/journal/Journal.h"
 #include "installer-host/look/EntryDetails.h"
 #include "installer-host/look/JsonPath.h"
@@ -63,14 +64,6 @@ std::string pathInRootIn(const Json& object) {
         throw std::invalid_argument("'" + path + "' is not a path");
     }
     return path;
-}
-
-std::uint32_t numberIn(const Json& object, const char* key) {
-    const Json& number = object.at(key);
-    if (!number.is_number_unsigned() || number.get<std::uint64_t>() > UINT32_MAX) {
-        throw std::invalid_argument(std::string(key) + " is not a number of 32 bits");
-    }
-    return number.get<std::uint32_t>();
 }
 
 Json bytesOrNull(const std::optional<std::string>& bytes) {
@@ -129,12 +122,13 @@ std::optional<Entry> listIn(const Json& object, const char* key, bool isWhole) {
     Entry entry;
     entry.hasStatus = true;
     entry.status.mode = S_IFREG | modeOf(json.at("mode").get<std::string>());
-    entry.status.owner = numberIn(json, "owner");
-    entry.status.group = numberIn(json, "group");
+    entry.status.owner = wholeNumberIn<std::uint32_t>(json, "owner");
+    entry.status.group = wholeNumberIn<std::uint32_t>(json, "group");
     Details details;
     if (isWhole) {
         const Json& modified = json.at("modified");
-        entry.status.modified = {modified.at("seconds").get<std::int64_t>(), numberIn(modified, "nanoseconds")};
+        entry.status.modified = {wholeNumberIn<std::int64_t>(modified, "seconds"),
+                                 wholeNumberIn<std::uint32_t>(modified, "nanoseconds")};
         details.propertyList = bytesOfHex(json.at("contents").get<std::string>());
     }
     entry.details = std::make_shared<const Details>(std::move(details));
@@ -309,7 +303,7 @@ std::string journalText(const Journal& journal) {
 }
 
 Journal journalFrom(const std::string& text) {
-    const Json json = Json::parse(text);
+    const auto json = parsedJson<Json>(text);
     requireVersion(json);
     Journal journal;
     journal.name.id = json.at("id").get<std::string>();
@@ -320,8 +314,8 @@ Journal journalFrom(const std::string& text) {
     }
     journal.started = json.at("started").get<std::string>();
     journal.bundle = pathIn(json, "bundle");
-    journal.product = json.at("product").get<std::int32_t>();
-    journal.language = json.at("language").get<std::int32_t>();
+    journal.product = wholeNumberIn<std::int32_t>(json, "product");
+    journal.language = wholeNumberIn<std::int32_t>(json, "language");
     for (const Json& folder : json.at("scope")) {
         journal.scope.push_back(pathInRootIn(folder));
     }

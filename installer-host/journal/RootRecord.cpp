@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "installer-host/ExitStatus.h"
+#include "installer-host/JsonInput.h"
 #include "installer-host/look/JsonPath.h"
 #include "platform/Descriptor.h"
 #include "platform/Result.h"
@@ -88,7 +89,7 @@ void RootRecord::read() {
         failRecord(path(), "cannot be read: " + cv::errorText(error));
     }
     try {
-        const auto json = nlohmann::ordered_json::parse(text);
+        const auto json = parsedJson<nlohmann::ordered_json>(text);
         last_ = {pathIn(json, "journal"), json.at("id").get<std::string>()};
     } catch (const std::bad_alloc&) {
         throw;

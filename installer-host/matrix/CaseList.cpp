@@ -4,10 +4,16 @@
 #include <filesystem>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+<<<<<<< HEAD
+#include "installer-host/JsonInput.h"
+#include "installer-host/expect/CaseName.h"
+=======
 #include "installer-host/look/JsonPath.h"
+>>>>>>> main
 #include "installer-host/matrix/CasesFile.h"
 #include "installer-host/report/JsonReport.h"
 
@@ -17,7 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t MOST_CASES = 10000;
 constexpr const char* KEPT_STATUS = "as-is";
 
 /// Collects the cases.
@@ -70,7 +75,7 @@ struct Report {
 
 Report readReport(const std::string& file) {
     try {
-        const Json document = Json::parse(readInput(file, "report"));
+        const auto document = parsedJson<Json>(readInput(file, "report"));
         std::map<std::string, std::string> files;
         for (const Json& status : document.at("statuses")) {
             const Json& path = status.at("file");
@@ -81,12 +86,19 @@ Report readReport(const std::string& file) {
             if (one.at("outcome") == "passed") {
                 report.passed.insert(one.at("name"));
             } else {
-                report.failed.push_back({one.at("product"), one.at("language"), files[one.at("status")]});
+                report.failed.push_back({wholeNumberIn<std::int32_t>(one, "product"),
+                                         wholeNumberIn<std::int32_t>(one, "language"), files[one.at("status")]});
             }
         }
         return report;
     } catch (const Json::exception& fault) {
+<<<<<<< HEAD
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + fault.what());
+    } catch (const std::invalid_argument& fault) {
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix: " + fault.what());
+=======
         throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + faultText(fault));
+>>>>>>> main
     }
 }
 

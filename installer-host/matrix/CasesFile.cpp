@@ -10,6 +10,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
+#include "installer-host/JsonInput.h"
 #include "installer-host/look/JsonPath.h"
 
 namespace host {
@@ -113,7 +114,7 @@ std::vector<CaseLine> fromCsv(const std::string& text, std::size_t& number) {
 std::vector<CaseLine> fromJson(const std::string& text, std::size_t& number) {
     using nlohmann::json;
     std::vector<CaseLine> lines;
-    const json cases = json::parse(text);
+    const json cases = parsedJson<json>(text);
     if (!cases.is_array()) {
         throw std::invalid_argument("the file holds no array");
     }
@@ -126,7 +127,7 @@ std::vector<CaseLine> fromJson(const std::string& text, std::size_t& number) {
         for (const auto& [name, value] : one.items()) {
             if (!isColumn(name) || (name == "status" ? !value.is_string() : !value.is_number_integer())) {
                 throw std::invalid_argument("a case has the members product, language and status, a text, not \"" +
-                                            name + "\": " + value.dump());
+                                            name + "\": " + value.type_name());
             }
             set(line, name, value.is_string() ? value.get<std::string>() : value.dump());
         }

@@ -34,8 +34,11 @@ TEST(Show, PrintsWhatIsAskedFor) {
                 "<key>t</key><string>two\n\"lines\" \\</string>");
     writeDomain(other, "d", "<key>a/b</key><integer>1</integer><key>l</key><array/>");
     writeFile(root.preferenceFile("broken"), "?");
+    writeDomain(other, "broken", "<key>a</key><true/>");
+    writeFile(other.preferenceFile("worse"), "?");
     other.makeVendorFolder();
     setFinderInfo(other / "Applications/Corvane", "0x" + std::string(16, '0') + "0400" + std::string(44, '0'));
+    setFinderInfo(other / "Applications/Corvane/Icon\r", "short");
     const std::string diff =
         "Differences between the private root " + root.path() + " and the private\n  root " + other.path();
     const ShowCase cases[] = {
@@ -54,8 +57,12 @@ TEST(Show, PrintsWhatIsAskedFor) {
         {{"--diff", root.path(), "--domain=d"}, 0, "\n  nothing differs\n"},
         {{"--diff", other.path(), "--domain=d", "--key=a/b"}, 10, "    ~ \"a/b\" = \"flat\" (string) -> 1 (integer)\n"},
         {{"--diff", other.path(), "--domain=d"}, 10, "    - \"t\" = \"two\\n\\\"lines\\\" \\\\\" (string)\n"},
-        {{"--diff", other.path()}, 7, "  /Applications/Corvane           does not exist -> 0x0400 (custom icon)\n"},
+        {{"--diff", other.path()},
+         7,
+         "  /Applications/Corvane           does not exist -> 0x0400 (custom icon)\n\nProblems"},
         {{"--diff", other.path()}, 7, "broken.plist cannot be read"},
+        {{"--diff", other.path(), "--domain=broken"}, 7, "in the first)\n  nothing differs\n"},
+        {{"--diff", other.path(), "--domain=worse"}, 7, "worse.plist cannot be read"},
         {{"--diff", "/"}, 2, ""},
     };
     for (const ShowCase& c : cases) {
@@ -147,6 +154,16 @@ TEST(Log, IsRefusedWhereItCannotBeOne) {
                                     "--log", folder / "full", FAULTY_BUNDLE + std::string(700, '/')});
     EXPECT_THAT(full.err, HasSubstr("cannot be written any more: File too large")) << full.out;
     EXPECT_EQ(readFile(folder / "full").back(), '\n');
+    // Whoever keeps the log locked gets no line into what he writes, and does not keep the run.
+    const char* const lock = R"(
+import fcntl, subprocess, sys
+log = open(sys.argv[1], "w")
+fcntl.lockf(log, fcntl.LOCK_EX)
+sys.exit(subprocess.call(sys.argv[2:])))";
+    const ProcessResult locked = run(
+        {"python3", "-c", lock, folder / "locked", HOST_PROGRAM, "check", "--log", folder / "locked", FAULTY_BUNDLE});
+    EXPECT_THAT(locked.err, HasSubstr("cannot be written any more: Resource temporarily unavailable"));
+    EXPECT_EQ(readFile(folder / "locked"), "");
 }
 
 }  // namespace

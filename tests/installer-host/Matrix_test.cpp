@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <map>
+#include <sstream>
 
 #include "tests/installer-host/HostSupport.h"
+#include "tests/support/KilledCommand.h"
 #include "tests/support/Test.h"
 
 namespace {
@@ -42,6 +44,17 @@ json steady(json report) {
     return report;
 }
 
+/// How many things were being done at once, as the log tells. A run does one after the other.
+int mostAtOnce(const std::string& log) {
+    std::istringstream lines(readFile(log));
+    int now = 0, most = 0;
+    for (std::string time, id, kind, rest; lines >> time >> id >> kind && std::getline(lines, rest);) {
+        now += kind == "begins" ? 1 : kind == "ends" ? -1 : 0;
+        most = std::max(most, now);
+    }
+    return most;
+}
+
 TEST(Matrix, GivesTheSameReportWithOneJobAndWithMany) {
     const InstallRoot root;
     root.makeVendorFolder();
@@ -53,12 +66,14 @@ TEST(Matrix, GivesTheSameReportWithOneJobAndWithMany) {
         const ProcessResult result =
             Temporary().matrix({"--product=3100,5100", "--language=0-1,11", "--root", root.path(),
                                 "--status=on,off,none,as-is," + folder / "UpdatesEnabled.txt", "--format=json",
-                                "--jobs=" + jobs, PLUGIN_BUNDLE});
+                                "--log=" + folder / "log" + jobs, "--jobs=" + jobs, PLUGIN_BUNDLE});
         EXPECT_EQ(result.exitStatus, 0) << result.err;
         return json::parse(result.out);
     };
     const json one = reportOf("1"), eight = reportOf("8");
     EXPECT_EQ(json::diff(steady(one), steady(eight)), json::array());
+    EXPECT_EQ(mostAtOnce(folder / "log1"), 1);
+    EXPECT_GT(mostAtOnce(folder / "log8"), 1);
     EXPECT_EQ(readRoot(root.path()).dump(), before);
     EXPECT_EQ(readFile(root.statusPath()), "UpdatesDisabled\n");
     const std::vector<std::string> languages{"en", "fr", "ja"};
@@ -175,23 +190,64 @@ TEST(Run, IsHeldToAnExpectation) {
     EXPECT_EQ(install(root, {"--step=post", "--expect", folder / "keys.json"}).exitStatus, 0);
     EXPECT_EQ(install(root, {"--expect", folder / "report.json"}).exitStatus, 8);
     EXPECT_EQ(install(InstallRoot(), {"--expect", folder / "report.json"}).exitStatus, 0);
+    EXPECT_EQ(install(copy, {"-v", "--write-expect", file}).exitStatus, 0);
+    EXPECT_THAT(readFile(file), testing::Not(HasSubstr("corvane"))) << "keys that stay, and times, are no changes";
+}
+
+/// A file that takes another one's place is whole, has its mode, and leaves nothing beside it.
+TEST(WriteExpect, ReplacesAFile) {
+    const InstallRoot root;
+    const TempDir folder;
+    const std::string file = folder / "e.json";
+    const std::vector<std::string> command{HOST_PROGRAM,     "run", "--product=1", "--root", root.path(),
+                                           "--write-expect", file,  PLUGIN_BUNDLE};
+    for (const bool isNew : {true, false}) {
+        EXPECT_TRUE(flushesEachChange(command, "installer-host"));
+        writeFile(folder / "usual", "");
+        EXPECT_EQ(fs::status(file).permissions(), isNew ? fs::status(folder / "usual").permissions() : fs::perms(0640));
+        fs::remove(folder / "usual");
+        fs::permissions(file, fs::perms(0640));
+    }
+    const ProcessResult full = run({"sh", "-c", "trap '' XFSZ; ulimit -f 1; \"$@\"", "sh", HOST_PROGRAM, "matrix",
+                                    "--product=1-9", "--junit", file, PLUGIN_BUNDLE});
+    EXPECT_THAT(full.err, HasSubstr("e.json' could not be written: File too large"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator()), 1);
 }
 
 /// Whoever ends a matrix gets a report of what was done, and no root is left.
 TEST(Matrix, CanBeEnded) {
     for (const std::string signal : {"INT", "TERM"}) {
         const InstallRoot root;
-        const TempDir folder;
+        const TempDir folder, files;
+        const std::string expectation = files / "e.json";
         writeFile(root / "Library/plugin-fault", "by product");
-        const ProcessResult result =
-            kept(run({"env", "TMPDIR=" + folder.path(), "timeout", "--foreground", "--preserve-status", "-s", signal,
-                      "2", HOST_PROGRAM, "matrix", "--product=1,5", "--language=0-1", "--step=pre", "--jobs=2",
-                      "--timeout=0", "--format=json", "--root", root.path(), FAULTY_BUNDLE}));
+        const ProcessResult result = kept(run({"env",
+                                               "TMPDIR=" + folder.path(),
+                                               "timeout",
+                                               "--foreground",
+                                               "--preserve-status",
+                                               "-s",
+                                               signal,
+                                               "2",
+                                               HOST_PROGRAM,
+                                               "matrix",
+                                               "--product=1,5",
+                                               "--language=0-1",
+                                               "--step=pre",
+                                               "--jobs=2",
+                                               "--timeout=0",
+                                               "--format=json",
+                                               "--root",
+                                               root.path(),
+                                               "--write-expect",
+                                               expectation,
+                                               FAULTY_BUNDLE}));
         EXPECT_EQ(result.exitStatus, signal == "INT" ? 130 : 143) << result.err;
         const json report = json::parse(result.out);
         EXPECT_EQ(report["counts"]["failed"], 0);
         EXPECT_GE(report["counts"]["notRun"], 2);
         EXPECT_TRUE(fs::is_empty(folder.path()));
+        EXPECT_FALSE(fs::exists(expectation)) << "what was cut short is not what is expected";
     }
 }
 

@@ -13,12 +13,13 @@ using testing::HasSubstr;
 
 namespace fs = std::filesystem;
 
-/// Everything in a root, one text: names, kinds, modes, owners, links, contents, attributes.
+/// Everything in a root, one text: names, kinds, modes, owners, links, contents, attributes, times of property lists.
 std::string stateOf(const std::string& root) {
     const char* const script = R"sh(
 cd "$0"
 find . -printf '%p %y %m %U %G %l\n' | LC_ALL=C sort
 find . -type f -exec cksum {} + | sort
+find . -name '*.plist' -printf '%p %T@\n' | sort
 getfattr -h -R -P -d -m - --encoding=hex . 2>&1)sh";
     return run({"sh", "-c", script, root}).out;
 }
@@ -210,6 +211,7 @@ TEST(Undo, LeavesAloneWhatWasChangedSince) {
         {"rm \"$icon\"; ln -s / \"$icon\"", lang + version + interval + "attribute\n",
          "attribute: something else stands in its place\n"},
         {"rm -r Applications/Corvane", lang + version + interval, ""},
+        {"setfattr -n user.since -v 1 Library/Preferences/*updater.plist", lang + version + interval + finder, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.since);
@@ -229,6 +231,8 @@ TEST(Undo, LeavesAloneWhatWasChangedSince) {
         EXPECT_THAT(told(report["left"]), testing::StartsWith(c.left));
         EXPECT_EQ(told(report["left"]).empty(), c.left.empty());
         const std::string after = stateOf(machine.root());
+        const bool hasAttribute = after.find("user.since") != std::string::npos;
+        EXPECT_EQ(hasAttribute, std::string(c.since).find("user.since") != std::string::npos);
         EXPECT_EQ(machine.undo("journal", isFault ? 7 : 0)["changed"], false);
         EXPECT_EQ(stateOf(machine.root()), after);
     }
@@ -238,15 +242,16 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     const Machine machine;
     machine.script("true");
     const std::string before = stateOf(machine.root());
-    machine.install("first", "5100");
+    // Beside the root, though its name begins with the path of the root.
+    machine.install("root.first", "5100");
     machine.install("second", "3100");
     const auto expectRefusal = [](const std::vector<std::string>& command, int exitStatus, const std::string& message) {
         const ProcessResult result = runHost(command);
         EXPECT_EQ(result.exitStatus, exitStatus) << result.err;
         EXPECT_THAT(result.err, HasSubstr(message));
     };
-    expectRefusal(machine.undoCommand("first"), 2, "'" + machine.journal("second") + "' must be undone first");
-    expectRefusal(machine.installCommand("first"), 6, "exists already");
+    expectRefusal(machine.undoCommand("root.first"), 2, "'" + machine.journal("second") + "' must be undone first");
+    expectRefusal(machine.installCommand("root.first"), 6, "exists already");
     const std::string both = stateOf(machine.root());
     fs::copy_file(machine.journal("second"), machine.journal("copy"));
     std::vector<std::string> dryRun = machine.undoCommand("second");
@@ -261,14 +266,17 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     EXPECT_EQ(runHost({"undo", machine.journal("second"), "--root", moved}).exitStatus, 0);
     fs::rename(moved, machine.root());
 
-    expectRefusal({"undo", machine.journal("first"), "--machine"}, 2, "belongs to the root '");
-    expectRefusal(machine.undoCommand("copy"), 2, "'" + machine.journal("first") + "' must be undone first");
+    expectRefusal({"undo", machine.journal("root.first"), "--machine"}, 2, "belongs to the root '");
+    expectRefusal(machine.undoCommand("copy"), 2, "'" + machine.journal("root.first") + "' must be undone first");
     expectRefusal(machine.undoCommand("none"), 6, "cannot be read: No such file");
-    EXPECT_EQ(machine.undo("first")["changed"], true);
+    EXPECT_EQ(machine.undo("root.first")["changed"], true);
     EXPECT_EQ(stateOf(machine.root()), before);
-    EXPECT_EQ(machine.undo("first")["journalState"], "undone");
+    EXPECT_EQ(machine.undo("root.first")["journalState"], "undone");
     expectRefusal(machine.undoCommand("copy"), 2, "has no run left to undo");
     EXPECT_EQ(stateOf(machine.root()), before);
+    // What a later run stores is not what the journal put there, although it is the same.
+    EXPECT_EQ(runHost({"run", "--product=5100", "--root", machine.root(), PLUGIN_BUNDLE}).exitStatus, 0);
+    EXPECT_EQ(machine.undo("root.first")["changed"], false);
 }
 
 TEST(Undo, TrustsOnlyAJournalThatIsOne) {
@@ -287,12 +295,15 @@ TEST(Undo, TrustsOnlyAJournalThatIsOne) {
         {"cp $0 $0.real; echo '[1]' >$0", "is not a journal that can be read: "},
         {"cp $0 $0.real; sed -i 's/\"1.0\"/\"2.0\"/' $0", "has version 2.0"},
         {"cp $0 $0.real; sed -i 's|/Library/Pref|/../Pref|' $0", "is not a path"},
+        {"cp $0 $0.real; sed -i 's/\"product\": /&1e300, \"was\": /' $0", "product is not a whole number"},
+        {"cp $0 $0.real; printf '%0100000d' 0 | tr 0 '[' >$0", "is nested too deeply"},
         {"cp $0 $0.real; sed -i 's/0644/9644/' $0", "is not a journal that can be read: "},
         {"cp $0 $0.real; sed -i 's/\"string\"/\"number\"/' $0", "'number' is not a type"},
         {"cp -p $0 $0.real; chmod 666 $0", "can be written by other users"},
         {"cp -p $0 $0.real; chown 65534 $0 || chmod 666 $0", "other user"},
     };
     const std::string before = stateOf(machine.root());
+    EXPECT_EQ(fs::status(machine.journal()).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     for (const auto& c : cases) {
         run({"sh", "-c", c.change, machine.journal()});
         const ProcessResult result = runHost(machine.undoCommand());
@@ -317,26 +328,42 @@ echo more >>notes
 chmod 600 notes
 mv moved away
 rm Preferences/removed.plist
-mkdir made
+mkdir -p made/inside/deep
+echo '<plist><dict/></plist>' >large.plist
 echo '<plist><dict><key>a</key><date>2026-01-02T03:04:05Z</date></dict></plist>' >made/new.plist
 echo x >made/other
 setfattr -n user.note -v new notes
 end
-echo some >Library/notes; echo x >Library/moved
+echo some >Library/notes; echo x >Library/moved; truncate -s 65M Library/large.plist
 echo '<plist><dict/></plist>' >Library/Preferences/removed.plist; chmod 640 Library/Preferences/removed.plist)sh");
     const ProcessResult result = runHost(
         {"run", "--product=1", "--step=pre", "--root", machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
-    ASSERT_EQ(result.exitStatus, 0) << result.err;
+    ASSERT_EQ(result.exitStatus, 7) << "large.plist could not be read before" << result.err;
     EXPECT_THAT(result.err, HasSubstr("it does not hold other files, links and access lists"))
         << "before the first step";
     const json report = machine.undo();
-    EXPECT_EQ(told(report["restored"]), "file\nkey a\nfile\nattribute\n");
+    EXPECT_EQ(told(report["restored"]), "file\nkey a\nfile\nattribute\nfolder\nfolder\n");
     EXPECT_EQ(told(report["left"]),
               "folder: it is not empty\nother: the journal does not hold it\nother: the journal does "
-              "not hold it\nother: the journal does not hold it\n");
+              "not hold it\nother: the journal does not hold it\nother: the journal does not hold it\n");
+    EXPECT_EQ(readFile(machine / "Library/large.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(readFile(machine / "Library/Preferences/removed.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(static_cast<int>(fs::status(machine / "Library/Preferences/removed.plist").permissions()), 0640);
     EXPECT_TRUE(fs::exists(machine / "Library/made/other"));
+}
+
+TEST(Undo, LeavesWhatSomebodyPutInTheJournalsPlaceDuringTheRun) {
+    const Machine machine;
+    machine.script(R"sh(printf script >Library/plugin-fault
+echo 'touch /Library/ready; until [ -e /Library/go ]; do sleep 0.02; done' >Library/script)sh");
+    const ProcessResult result = run({"sh", "-c", R"sh(
+"$@" & until [ -e "$0/Library/ready" ]; do sleep 0.02; done
+mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go"; wait $!)sh",
+                                      machine.root(), HOST_PROGRAM, "run", "--product=1", "--step=pre", "--root",
+                                      machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
+    EXPECT_EQ(result.exitStatus, 7) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("not stored: " + machine.journal() + ": something"));
+    EXPECT_EQ(readFile(machine.journal()), "other\n");
 }
 
 TEST(Undo, RefusesAPlaceForTheJournalThatTheRunCouldChange) {
@@ -366,10 +393,12 @@ TEST(Undo, WorksOnTheMachineAndOnAFullDisk) {
     const std::string script = R"sh(
 set -eu
 host=$0 bundle=$1 journal=/var/lib/undo.json
-state() { cd /Library; find . -printf '%p %y %m\n' | sort; find . -type f -exec cksum {} + | sort; cd /; }
+state() { cd /Library; find . -printf '%p %y %m %U %G\n' | sort; find . -type f -exec cksum {} + | sort; cd /; }
 mkdir /Library/Preferences
 head -c 30000 /dev/zero | tr '\0' x | sed 's|.*|<plist><dict><key>Lang</key><string>&</string></dict></plist>|' \
     >/Library/Preferences/com.corvane.audioplugins.Ambrel.plist
+chown 1:2 /Library/Preferences/*.plist || :  # only root may
+chmod 4640 /Library/Preferences/*.plist      # a change of the owner takes the first bit away
 state >/Applications/before
 $host run --machine --product 5100 --journal $journal $bundle >/dev/null
 dd if=/dev/zero of=/Library/fill bs=4096 2>/dev/null || true
@@ -443,6 +472,26 @@ TEST(Undo, TakesBackARunThatMadeAllItsFilesAndWasKilledAnywhere) {
 
 TEST(Undo, GoesOnWhereItWasKilled) {
     killAndUndo(OLD_VALUES, true);
+}
+
+/// What a kill does not show, a power failure would: that a change is on the disk before the next one begins.
+TEST(Undo, FlushesEachChangeBeforeTheNext) {
+    const std::pair<const char*, const char*> cases[] = {
+        {OLD_VALUES, ""}, {"rmdir Library/Preferences", ""}, {"true", "chmod 600 Library/Preferences/*"}};
+    for (const auto& [before, afterARun] : cases) {
+        SCOPED_TRACE(before);
+        const Machine machine;
+        machine.script(before);
+        if (*afterARun != '\0') {
+            machine.install("earlier");
+            machine.script(afterARun);
+        }
+        for (std::vector<std::string> command : {machine.installCommand(), machine.undoCommand()}) {
+            command.insert(command.begin(), HOST_PROGRAM);
+            EXPECT_TRUE(flushesEachChange(command, "installer-host")) << command[1];
+        }
+        EXPECT_EQ(machine.undo()["journalState"], "undone");
+    }
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ TEST(CFString, ReadsValidTextAndRefusesInvalidBytes) {
         {UTF32, "a\0\0\0\xE9\0\0\0"s, u"a\u00E9"}, {UTF32, "\0\xF6\x01\0"s, u"\U0001F600"}, {UTF32, "\xFF\xFE\0\0a\0\0\0"s, u"\uFEFFa"},
         {UTF32, "a\0\0"s, NONE}, {UTF32, "\0\xD8\0\0"s, NONE}, {UTF32, "\xFF\xDF\0\0"s, NONE}, {UTF32, "\0\0\x11\0"s, NONE}, {UTF32, "\xFF\xFF\xFF\xFF"s, NONE},
         {UTF16, "\xFF\xFE\x61\0"s, u"a"}, {UTF16, "\xFE\xFF\0a\xD8\x3D\xDE\0"s, u"a\U0001F600"},
-        {UTF16, "a\0b"s, NONE}, {UTF16, "\x3D\xD8"s, NONE}, {UTF16, "\0\xDE\x3D\xD8"s, NONE},
+        {UTF16, "a\0b"s, NONE}, {UTF16, "\x3D\xD8"s, NONE}, {UTF16, "\x3D\xD8\x61\0"s, NONE}, {UTF16, "\0\xDE\x3D\xD8"s, NONE},
     };
     // clang-format on
     for (const auto& row : rows) {

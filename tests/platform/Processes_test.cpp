@@ -14,7 +14,7 @@ TEST(GetProcessInformation, NamesARenamedOrRemovedProgramAsItWasStarted) {
     for (const auto& [name, shown] :
          {std::pair{full, full}, {accented, accented}, {"na\xEFve", ""}, {"\xED\xA0\x80", ""}}) {
         const std::string program = folder / name;
-        fs::copy_file("/proc/self/exe", program);
+        fs::copy_file(fs::read_symlink("/proc/self/exe"), program);
         EXPECT_THAT(run({program, SHOW}).out, HasSubstr("<" + shown + ">"));
         fs::remove(folder / "another name");
         fs::create_hard_link(program, folder / "another name");

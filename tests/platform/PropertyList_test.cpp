@@ -193,7 +193,7 @@ TEST(PropertyList, DamagedXmlIsMalformed) {
         {"date", {"", "2024-02-30T00:00:00Z", "2023-02-29T00:00:00Z", "2024-13-01T00:00:00Z", "2024-00-01T00:00:00Z", "2024-01-01T24:00:00Z",
                   "2024-01-01T00:60:00Z", "2024-01-01T00:00:60Z", "2024-01-01T00:00:00", "2024-01-01 00:00:00Z", "2024-1-01T00:00:00Z",
                   "24-01-01T00:00:00Z", "2024-01-01T00:00:+1Z", "2024-01-01T00:00:00ZZ"}},
-        {"data", {"A", "QQ", "QQ=", "Q===", "====", "QQ==QQ==", "QU*D"}}};
+        {"data", {"A", "QQ", "QQ=", "Q===", "====", "QQ==QQ==", "QQ=Q", "QUI=QUJD", "QU*D"}}};
     for (const auto& [element, texts] : damaged) {
         for (const char* text : texts) {
             expectRefused(Verdict::Malformed, {{"in it is damaged", {elementOf(element, text)}}});

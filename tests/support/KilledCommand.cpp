@@ -1,13 +1,14 @@
 #include "tests/support/KilledCommand.h"
 
 #include <fcntl.h>
+#include <seccomp.h>
 #include <signal.h>
 #include <sys/ptrace.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <set>
 
 #include "tests/support/TempDir.h"
@@ -16,12 +17,18 @@ namespace test {
 
 namespace {
 
-/// Calls that change the disk whatever their arguments are.
-const std::set<unsigned long> CHANGING{SYS_mkdir,     SYS_mkdirat,     SYS_rename,       SYS_renameat, SYS_renameat2,
-                                       SYS_link,      SYS_linkat,      SYS_unlink,       SYS_unlinkat, SYS_rmdir,
-                                       SYS_fchmod,    SYS_fchmodat,    SYS_chmod,        SYS_fchown,   SYS_chown,
-                                       SYS_fchownat,  SYS_setxattr,    SYS_fsetxattr,    SYS_fsync,    SYS_ftruncate,
-                                       SYS_lsetxattr, SYS_removexattr, SYS_lremovexattr, SYS_utimensat};
+/// Calls that change the disk whatever their arguments are. One that this processor lacks has a number that no call
+/// has.
+const std::set<int> CHANGING{SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),     SCMP_SYS(rename),       SCMP_SYS(renameat),
+                             SCMP_SYS(renameat2), SCMP_SYS(link),        SCMP_SYS(linkat),       SCMP_SYS(unlink),
+                             SCMP_SYS(unlinkat),  SCMP_SYS(rmdir),       SCMP_SYS(fchmod),       SCMP_SYS(fchmodat),
+                             SCMP_SYS(chmod),     SCMP_SYS(fchown),      SCMP_SYS(chown),        SCMP_SYS(fchownat),
+                             SCMP_SYS(setxattr),  SCMP_SYS(fsetxattr),   SCMP_SYS(fsync),        SCMP_SYS(ftruncate),
+                             SCMP_SYS(lsetxattr), SCMP_SYS(removexattr), SCMP_SYS(lremovexattr), SCMP_SYS(utimensat)};
+
+/// Calls that begin a change, besides the making of a file.
+const std::set<int> BEGINNING{SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(linkat),
+                              SCMP_SYS(unlinkat), SCMP_SYS(setxattr), SCMP_SYS(removexattr)};
 
 bool isOnDisk(pid_t process, unsigned long fd) {
     std::error_code error;
@@ -31,11 +38,15 @@ bool isOnDisk(pid_t process, unsigned long fd) {
 }
 
 bool changesTheDisk(pid_t process, const __ptrace_syscall_info& info) {
-    const auto call = static_cast<unsigned long>(info.entry.nr);
+    const auto call = static_cast<int>(info.entry.nr);
     const auto* arguments = info.entry.args;
-    return CHANGING.count(call) != 0 || (call == SYS_open && (arguments[1] & O_CREAT) != 0) ||
-           (call == SYS_openat && (arguments[2] & O_CREAT) != 0) ||
-           (call == SYS_write && isOnDisk(process, static_cast<unsigned long>(arguments[0])));
+    return CHANGING.count(call) != 0 || (call == SCMP_SYS(open) && (arguments[1] & O_CREAT) != 0) ||
+           (call == SCMP_SYS(openat) && (arguments[2] & O_CREAT) != 0) ||
+           (call == SCMP_SYS(write) && isOnDisk(process, static_cast<unsigned long>(arguments[0])));
+}
+
+std::string nameOf(pid_t process) {
+    return readFile("/proc/" + std::to_string(process) + "/comm");
 }
 
 /// Ends all processes that are traced, and waits for their ends.
@@ -58,9 +69,10 @@ int signalFor(int status, bool isNew) {
     return isOfTracing || (isNew && signal == SIGSTOP) ? 0 : signal;
 }
 
-}  // namespace
-
-bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call) {
+/// Runs the command, and kills it with all that it started before the first system call that `isLast` chooses. False
+/// when it chose none, and the command came to its end.
+bool runUntil(const std::vector<std::string>& command,
+              const std::function<bool(pid_t process, const __ptrace_syscall_info& info)>& isLast) {
     const pid_t first = fork();
     if (first == 0) {
         setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the leak checker traces, too; there is room for one only
@@ -91,14 +103,36 @@ bool runAndKill(const std::vector<std::string>& command, const std::string& name
         const bool isCall = WSTOPSIG(status) == (SIGTRAP | 0x80) &&
                             ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info) > 0 &&
                             info.op == PTRACE_SYSCALL_INFO_ENTRY;
-        if (isCall && changesTheDisk(process, info) &&
-            readFile("/proc/" + std::to_string(process) + "/comm").rfind(name, 0) == 0 && call-- == 0) {
+        if (isCall && isLast(process, info)) {
             killAll(processes);
             return true;
         }
         ptrace(PTRACE_SYSCALL, process, nullptr, signalFor(status, isNew));
     }
     return false;
+}
+
+}  // namespace
+
+bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call) {
+    return runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
+        return changesTheDisk(process, info) && nameOf(process).rfind(name, 0) == 0 && call-- == 0;
+    });
+}
+
+bool flushesEachChange(const std::vector<std::string>& command, const std::string& name) {
+    bool isFlushed = true;
+    return !runUntil(command, [&](pid_t process, const __ptrace_syscall_info& info) {
+        const auto call = static_cast<int>(info.entry.nr);
+        const bool isMaking = call == SCMP_SYS(openat) && (info.entry.args[2] & O_CREAT) != 0;
+        const bool begins = BEGINNING.count(call) != 0 || isMaking;
+        if ((!begins && call != SCMP_SYS(fchmod) && call != SCMP_SYS(fsync)) || nameOf(process) != name + "\n") {
+            return false;
+        }
+        const bool isTooEarly = begins && !isFlushed;
+        isFlushed = call == SCMP_SYS(fsync) || call == SCMP_SYS(linkat);  // of two names of a file either may be lost
+        return isTooEarly;
+    });
 }
 
 }  // namespace test

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "tests/support/Process.h"
+
 namespace test {
 
 namespace fs = std::filesystem;
@@ -41,7 +43,7 @@ std::vector<std::string> PrivateRoot::wrap(const std::vector<std::string>& comma
     add({"--chdir", "/", "--remount-ro", "/"});
     add(arguments);
     add({"--"});
-    add(command);
+    add(startable(command));
     return wrapped;
 }
 

@@ -1,5 +1,6 @@
 #include "tests/support/Process.h"
 
+#include <elf.h>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -7,10 +8,14 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <limits>
+#include <string_view>
 #include <system_error>
 
 #include "platform/Descriptor.h"
@@ -40,6 +45,14 @@ std::string readToEnd(const cv::Descriptor& file) {
     return bytes;
 }
 
+/// The kind of processor that a program is for, as its ELF header has it; empty for every other file.
+std::string processorOf(const std::string& program) {
+    Elf64_Ehdr header{};
+    const bool isElf = std::ifstream(program).read(reinterpret_cast<char*>(&header), offsetof(Elf64_Ehdr, e_version)) &&
+                       std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
+    return isElf ? std::to_string(header.e_ident[EI_CLASS]) + " " + std::to_string(header.e_machine) : "";
+}
+
 [[noreturn]] void runChild(const std::vector<std::string>& command, const ProcessOptions& options) {
     for (const std::string& name : options.unset) {
         unsetenv(name.c_str());
@@ -50,10 +63,11 @@ std::string readToEnd(const cv::Descriptor& file) {
     const bool ready = (options.workingFolder.empty() || chdir(options.workingFolder.c_str()) == 0) &&
                        (options.user == 0 || (setgid(options.user) == 0 && setuid(options.user) == 0));
     if (ready) {
+        std::vector<std::string> arguments = startable(command);
         std::vector<char*> argv;
-        argv.reserve(command.size() + 1);
-        for (const std::string& argument : command) {
-            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.reserve(arguments.size() + 1);
+        for (std::string& argument : arguments) {
+            argv.push_back(argument.data());
         }
         argv.push_back(nullptr);
         execvp(argv[0], argv.data());
@@ -79,6 +93,15 @@ int waitFor(pid_t child) {
 }
 
 }  // namespace
+
+std::vector<std::string> startable(std::vector<std::string> command) {
+    const std::string_view emulator = CV_EMULATOR;
+    const std::string processor = emulator.empty() ? "" : processorOf(command[0]);
+    if (!processor.empty() && processor == processorOf("/proc/self/exe")) {
+        command.insert(command.begin(), std::string(emulator));
+    }
+    return command;
+}
 
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options) {
     // A pipe for one of the outputs, so that this waits for every process that the program leaves behind.

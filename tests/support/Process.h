@@ -24,6 +24,10 @@ struct ProcessOptions {
     unsigned user = 0;                                     ///< the user id to run as, when not 0
 };
 
+/// The command line that starts `command` here: in a build for another processor, the emulator stands before a program
+/// of that build. run() sees to it itself.
+std::vector<std::string> startable(std::vector<std::string> command);
+
 /// Runs `command` (a program found on PATH and its arguments) to its end. Throws std::system_error when it cannot be
 /// started.
 ProcessResult run(const std::vector<std::string>& command, const ProcessOptions& options = {});

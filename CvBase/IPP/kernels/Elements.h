@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 
 /// One element of each conversion. The plain loops consist of these, and the vector loops finish with them.
 ///
@@ -32,7 +33,12 @@ struct Scale {
     using Source = From;
     using Result = To;
     To multiplier;
-    To operator()(From x) const { return static_cast<To>(x) * multiplier; }
+    /// Zero times infinity is a NaN, whose sign each kind of processor chooses: here it is always Intel's.
+    To operator()(From x) const {
+        constexpr To INTELS_NAN = -std::numeric_limits<To>::quiet_NaN();
+        const To product = static_cast<To>(x) * multiplier;
+        return __builtin_isnan(product) ? INTELS_NAN : product;
+    }
 };
 
 struct FloatToDouble {

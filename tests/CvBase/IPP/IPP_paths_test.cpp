@@ -64,6 +64,28 @@ std::string nameOf(const testing::TestParamInfo<Path>& info) {
 
 INSTANTIATE_TEST_SUITE_P(IPP, EveryPath, testing::ValuesIn(supportedPaths()), nameOf);
 
+/// The name of the widest path that this processor has, or that one has that an emulator makes up.
+std::string widestPath() {
+    if (const char* const ofEmulator = std::getenv("IPP_WIDEST_PATH")) {
+        return ofEmulator;
+    }
+    std::string flags = test::readFile("/proc/cpuinfo");
+    std::replace(flags.begin(), flags.end(), '\n', ' ');
+    const auto has = [&](const char* flag) { return flags.find(flag) != std::string::npos; };
+    return has(" avx512f ") && has(" avx512bw ") ? "AVX-512"
+           : has(" avx2 ") && has(" fma ")       ? "AVX2"
+           : has(" sse2 ")                       ? "SSE2"
+                                                 : "plain";
+}
+
+TEST(FirstCall, ChoosesTheWidestPathOfTheProcessor) {
+    const IPP::Detail::Kernels* const chosen = &IPP::Detail::activeKernels();
+    for (const Path path : supportedPaths()) {
+        IPP::Detail::usePath(path);
+        EXPECT_EQ(&IPP::Detail::activeKernels() == chosen, IPP::Detail::nameOf(path) == widestPath()) << widestPath();
+    }
+}
+
 Bytes expected(const Conversion& conversion, std::size_t n, const Bytes& input) {
     Bytes results(n * conversion.resultSize);
     conversion.expect(n, input.data(), results.data());

@@ -48,7 +48,8 @@ T shortToFloating(short x, int scale) {
 
 template <typename T>
 T intToFloating(int x, int scale) {
-    return scale == 0 ? static_cast<T>(x) : static_cast<T>(x) * static_cast<T>(twoToMinus(scale));
+    const T product = scale == 0 ? static_cast<T>(x) : static_cast<T>(x) * static_cast<T>(twoToMinus(scale));
+    return std::isnan(product) ? -std::numeric_limits<T>::quiet_NaN() : product;  // the NaN of Intel's processors
 }
 
 template <typename From, typename To>

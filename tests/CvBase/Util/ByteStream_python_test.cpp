@@ -16,6 +16,9 @@ std::string shown(T value) {
     text << +value << '\n';
     return text.str();
 }
+std::string shown(char value) {
+    return shown(static_cast<signed char>(value));
+}
 std::string shown(const String& text) {
     return str(text) + '\n';
 }

@@ -34,8 +34,10 @@ TEST(PlatformInfo, TheNamesAndTheVersionAreTheMainBundles) {
 }
 
 TEST(PlatformInfo, AProgramWithoutABundleHasItsProcessNameAndNeedsNoUserDatabase) {
-    const ProcessResult result =
-        run({"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--", PRINT_PLATFORM_INFO});
+    std::vector<std::string> command = startable({PRINT_PLATFORM_INFO});
+    const char* const surroundings[] = {"bwrap", "--ro-bind", "/", "/", "--tmpfs", "/etc", "--unsetenv", "HOME", "--"};
+    command.insert(command.begin(), std::begin(surroundings), std::end(surroundings));
+    const ProcessResult result = run(command);
     EXPECT_EQ(result.out, "print_platform_info\nprint_platform_info\n\n");
     EXPECT_EQ(result.exitStatus, 0) << result.err;
 }

@@ -57,7 +57,9 @@ TEST(Expectation, NamesEachDifferenceWithTypes) {
 }
 
 TEST(Expectation, RefusesWhatIsNone) {
-    const std::pair<const char*, const char*> cases[] = {
+    const std::string deep(100000, '['), codes = "[0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0,0]";
+    const std::string run = R"("schema": "2.1", "command": "run", "steps": [], "alerts": [], )";
+    const std::pair<std::string, const char*> cases[] = {
         {"", "unexpected end of input"},
         {"[]", "it holds no object"},
         {R"({"preferenes": {}})", "no \"preferenes\""},
@@ -69,6 +71,14 @@ TEST(Expectation, RefusesWhatIsNone) {
         {R"({"preferences": {"": {"n": 1}}})", "a member without a name"},
         {R"({"preferences": {"d": {"n": {"type": "array", "value": [1]}}}})", "\"n\" needs a plain value"},
         {R"({"covers": [{}], "cases": {}})", "products"},
+        {R"({"cases": {}, "covers": [{"products": )" + codes + ", \"languages\": " + codes +
+             ", \"statuses\": " + codes + "}]}",
+         "more than 10000 cases"},
+        {R"({"preferences": {"d": {"n": )" + deep, "nested too deeply"},
+        {R"({"finderFlags": {"/a": 65536}})", "\"/a\" needs a whole number from 0 to 65535"},
+        {"{" + run + R"("preferences": [{"domain": "d", "key": "k", "change": "added", "after": {}}]})",
+         "a value without a type"},
+        {R"({"schema": "2.1", "command": "run", "exitStatus": 1e300})", "exitStatus is not a whole number"},
         {R"({"schema": "2.1", "command": "run", "steps": [], "exitStatus": 0})", "alerts"},
     };
     for (const auto& [text, problem] : cases) {

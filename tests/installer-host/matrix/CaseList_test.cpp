@@ -33,7 +33,13 @@ TEST(CaseList, ComesFromAFile) {
     for (const auto& [text, names] : right) {
         EXPECT_EQ(namesIn(text), names);
     }
-    const std::pair<const char*, const char*> wrong[] = {
+    std::string many = "product\n";
+    for (int i = 0; i < 10000; ++i) {
+        many += std::to_string(i) + "\n";
+    }
+    EXPECT_NE(namesIn(many), "");
+    many += "-1\n";
+    const std::pair<std::string, const char*> wrong[] = {
         {"", "is empty"},
         {"product\n", "is empty"},
         {"language\n1\n", "line 1: the header lacks the column product"},
@@ -51,6 +57,8 @@ TEST(CaseList, ComesFromAFile) {
         {R"([{"product": 1, "lang": 2}])", "case 1:"},
         {R"({"product": 1})", "no array"},
         {"[1", "is not JSON"},
+        {"[{\"product\": 1, \"language\":" + std::string(100000, '[') + std::string(100000, ']') + "}]", "too deeply"},
+        {many, "10000 cases at most"},
     };
     for (const auto& [text, problem] : wrong) {
         try {
@@ -58,6 +66,26 @@ TEST(CaseList, ComesFromAFile) {
         } catch (const Failure& failure) {
             EXPECT_THAT(failure.what(), HasSubstr(problem)) << text;
         }
+    }
+}
+
+TEST(CaseList, OfARerunIsWhatDidNotPass) {
+    const TempDir folder;
+    MatrixOptions options;
+    options.rerun = folder / "report";
+    writeFile(options.rerun, R"({"statuses": [{"status": "on", "file": null}], "cases": [
+        {"name": "1/0/on", "product": 1, "language": 0, "status": "on", "outcome": "passed"},
+        {"name": "2/0/on", "product": 2, "language": 0, "status": "on", "outcome": "failed"},
+        {"name": "3/0/on", "product": 3, "language": 0, "status": "on", "outcome": "not run"}]})");
+    const CaseList list = casesOf(options);
+    ASSERT_EQ(list.cases.size(), 2U);
+    EXPECT_EQ(list.cases[0].name + list.cases[1].name, "2/0/on3/0/on");
+    EXPECT_THAT(list.passed, ElementsAre("1/0/on")) << "an expectation of it is none that was not used";
+    for (const char* product : {"7.5", "1e300", "2147483648", "\"7\"", "[[]]"}) {
+        writeFile(options.rerun,
+                  R"({"statuses": [{"status": "on", "file": null}], "cases": [{"outcome": "failed", "product": )" +
+                      std::string(product) + R"(, "language": 0, "status": "on"}]})");
+        EXPECT_THROW(casesOf(options), Failure) << product;
     }
 }
 
@@ -101,6 +129,7 @@ TEST(MatrixResult, TakesItsStatusFromTheWorstCase) {
     EXPECT_EQ(statusOf({9, 1, 3}), 9);
     EXPECT_TRUE(matrix.results.front().isSlow && !matrix.results.back().isSlow);
     EXPECT_EQ(statusOf({9, 5}), 5);
+    EXPECT_EQ(statusOf({7, 1}), 1);
     matrix.unused = {"5100/0/on"};
     EXPECT_EQ(statusOf({0}), 8);
     matrix.signal = 2;

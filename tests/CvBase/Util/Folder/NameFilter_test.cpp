@@ -29,6 +29,7 @@ TEST(NameFilter, TheFirstStarStandsForAnythingAndCaseForNothing) {
         EXPECT_EQ(Util::NameFilter(row.filter).matches(row.name, std::strlen(row.name)), row.matches)
             << '"' << row.filter << "\" on \"" << row.name << '"';
     }
+    EXPECT_FALSE(Util::NameFilter("*abc").matches(&"abc"[2], 1)) << "what lies before a name is none of it";
 }
 
 }  // namespace

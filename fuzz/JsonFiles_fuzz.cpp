@@ -1,0 +1,128 @@
+// Files that command lines name, with anything in them: a journal, an expectation, a list of cases, the report of a
+// matrix. Each is taken, or refused with a reason; what is taken is the same after it was written and read again.
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "fuzz/Fuzz.h"
+#include "installer-host/expect/Difference.h"
+#include "installer-host/expect/Expectation.h"
+#include "installer-host/expect/ExpectationFile.h"
+#include "installer-host/journal/Journal.h"
+#include "installer-host/matrix/CaseList.h"
+#include "installer-host/matrix/CasesFile.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+using namespace host;
+
+/// The path of a file that holds the text.
+std::string fileOf(const std::string& text) {
+    static const test::TempDir FOLDER;
+    const std::string path = FOLDER / "file";
+    test::writeFile(path, text);
+    return path;
+}
+
+/// What the reader makes of the text; nothing when it refuses it, which it has to give a reason for.
+template <typename Reader>
+auto readBy(const Reader& read, const std::string& text) -> std::optional<decltype(read(text))> {
+    try {
+        return read(text);
+    } catch (const Failure& failure) {
+        fuzz::expect("a reason", !std::string(failure.what()).empty());
+        return std::nullopt;
+    }
+}
+
+std::optional<Journal> journalOf(const std::string& text) {
+    try {
+        return journalFrom(text);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+}
+
+void checkJournal(const std::string& text) {
+    if (const auto journal = journalOf(text)) {
+        const std::string told = journalText(*journal);
+        const auto again = journalOf(told);
+        fuzz::expect("a journal that is told again is one", again.has_value());
+        fuzz::expectEqual("a journal that is told again", journalText(*again), told);
+    }
+}
+
+Expectation expectationOf(const std::string& text) {
+    return Expectation::read(fileOf(text));
+}
+
+void checkExpectation(const std::string& text) {
+    const auto expectation = readBy(expectationOf, text);
+    const auto facts = expectation ? expectation->of("5100/0/on") : std::nullopt;
+    if (!facts) {
+        return;
+    }
+    for (const Difference& difference : compare(*facts, expectation->isComplete(), {})) {
+        fuzz::expect("a difference in words", !describe(difference).empty());
+        fuzz::expect("a difference as JSON", toJson(difference).at("text") == describe(difference));
+    }
+    const std::string written = expectationFileText(*facts);
+    fuzz::trace() = " " + written;
+    const auto again = readBy(expectationOf, written);
+    fuzz::expect("an expectation that is written again is one", again.has_value());
+    fuzz::expect("an expectation that is written again", compare(*again->of(""), false, *facts).empty());
+}
+
+std::vector<CaseLine> casesIn(const std::string& text) {
+    return readCasesFile(fileOf(text));
+}
+
+/// The cases as CSV with every field in quotes.
+std::string csvOf(const std::vector<CaseLine>& lines) {
+    std::string csv = "product,language,status\n";
+    for (const CaseLine& line : lines) {
+        csv += '"' + std::to_string(line.product) + "\",\"" + std::to_string(line.language) + "\",\"";
+        for (const char c : line.status) {
+            csv += std::string(c == '"' ? 2 : 1, c);
+        }
+        csv += "\"\n";
+    }
+    return csv;
+}
+
+void checkCases(const std::string& text) {
+    const auto lines = readBy(casesIn, text);
+    const std::string csv = csvOf(lines.value_or(std::vector<CaseLine>()));
+    const bool isCsv =
+        std::count(csv.begin(), csv.end(), '\n') == static_cast<std::ptrdiff_t>(lines ? lines->size() + 1 : 0);
+    if (isCsv) {  // a status with a line feed, which JSON can have, is none
+        const auto again = readBy(casesIn, csv);
+        fuzz::trace() = " " + csv;
+        fuzz::expect("cases that are written again", again.has_value());
+        fuzz::expectEqual("cases that are written again", csvOf(*again), csv);
+    }
+}
+
+void checkRerun(const std::string& text) {
+    MatrixOptions options;
+    options.rerun = fileOf(text);
+    readBy([&](const std::string&) { return casesOf(options); }, text);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const std::string text(data, data + size);
+    fuzz::trace().clear();
+    checkJournal(text);
+    checkExpectation(text);
+    checkCases(text);
+    checkRerun(text);
+    return 0;
+}
