@@ -7,11 +7,8 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
-<<<<<<< HEAD
 #include "installer-host/JsonInput.h"
-=======
 #include "installer-host/look/JsonPath.h"
->>>>>>> main
 #include "installer-host/report/Text.h"
 
 namespace host {

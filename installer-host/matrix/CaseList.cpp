@@ -8,12 +8,9 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
-<<<<<<< HEAD
 #include "installer-host/JsonInput.h"
 #include "installer-host/expect/CaseName.h"
-=======
 #include "installer-host/look/JsonPath.h"
->>>>>>> main
 #include "installer-host/matrix/CasesFile.h"
 #include "installer-host/report/JsonReport.h"
 
@@ -92,13 +89,9 @@ Report readReport(const std::string& file) {
         }
         return report;
     } catch (const Json::exception& fault) {
-<<<<<<< HEAD
-        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + fault.what());
+        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + faultText(fault));
     } catch (const std::invalid_argument& fault) {
         throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix: " + fault.what());
-=======
-        throw Failure(ExitStatus::Usage, "'" + file + "' is not the report of a matrix in JSON: " + faultText(fault));
->>>>>>> main
     }
 }
 

@@ -80,6 +80,7 @@ bool runUntil(const std::vector<std::string>& command,
         // between the two would count one that it never came to.
         setenv("LLVM_PROFILE_FILE", "/dev/null", 1);
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string& argument : command) {
             arguments.push_back(const_cast<char*>(argument.c_str()));
         }
