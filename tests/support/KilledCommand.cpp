@@ -77,6 +77,7 @@ bool runUntil(const std::vector<std::string>& command,
     if (first == 0) {
         setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the leak checker traces, too; there is room for one only
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string& argument : command) {
             arguments.push_back(const_cast<char*>(argument.c_str()));
         }
