@@ -15,7 +15,7 @@ install-deps: ## install the packages that building and testing need
 	@tools/install-deps test
 
 # Configures each time: what was installed since, Google Test or GTK, is found then.
-build: install-deps ## build everything
+build: install-deps ## build everything, or what a sanitizer's PRESET tests
 	@mkdir -p build
 	@cmake --preset $(PRESET) -DCVBASE_BUILD_TESTS=ON
 	@cmake --build --preset $(PRESET)

@@ -64,3 +64,12 @@ if(CVBASE_SANITIZERS)
     add_compile_options(-fsanitize=${CVBASE_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${CVBASE_SANITIZERS})
 endif()
+
+# What ccache has compiled before, in whatever build folder, is not compiled again. Where there is no ccache, or another
+# launcher was chosen, nothing is different.
+find_program(CVBASE_CCACHE ccache)
+mark_as_advanced(CVBASE_CCACHE)
+if(CVBASE_CCACHE AND PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CVBASE_CCACHE})
+endif()

@@ -144,6 +144,25 @@ void find(Turn& turn) {
     expectFound("FindRev", real.FindRev(c, last, caseSensitive), model.findRev(c, last, caseSensitive));
 }
 
+/// Few bytes that come again and again, and a part of them with a wrong one, are what takes a search its longest way.
+void repeat(Turn& turn) {
+    const std::string bytes = turn.input.ConsumeRandomLengthString(12), piece = bytes.c_str();
+    std::string text;
+    while (!piece.empty() && text.size() < LONGEST - piece.size()) {
+        text += piece;
+    }
+    std::string needle = text.substr(turn.number() % (text.size() + 1), turn.number());
+    for (std::string* changed : {&text, &needle}) {
+        if (turn.flag() && !changed->empty()) {
+            (*changed)[turn.number() % changed->size()] = 'x';
+        }
+    }
+    Slot& slot = turn.slot();
+    slot = {String(text.c_str()), TextModel(text)};
+    const unsigned int start = turn.number();
+    expectFound("Find in a repetition", slot.real.Find(needle.c_str(), start), slot.model.find(needle, start, true));
+}
+
 void compare(Turn& turn) {
     const auto& [a, modelA] = turn.slot();
     const auto& [b, modelB] = turn.slot();
@@ -210,8 +229,9 @@ const struct {
     const char* name;
     void (*perform)(Turn&);
 } OPERATIONS[] = {
-    {"make", make}, {"copy", copy},       {"append", append}, {"add", add},       {"resize", resize}, {"edit", edit},
-    {"find", find}, {"compare", compare}, {"change", change}, {"change", change}, {"split", split},   {"join", join},
+    {"make", make},     {"repeat", repeat}, {"copy", copy}, {"append", append},   {"add", add},
+    {"resize", resize}, {"edit", edit},     {"find", find}, {"compare", compare}, {"change", change},
+    {"change", change}, {"split", split},   {"join", join},
 };
 
 }  // namespace
