@@ -8,10 +8,10 @@ namespace host {
 // Each performs a command and prints its report. An error that leaves no report throws: Failure, Interrupted,
 // OutputLost.
 
-ExitStatus runCommand(const Options& options);
-ExitStatus matrixCommand(const Options& options);
-ExitStatus undoCommand(const Options& options);
-ExitStatus checkCommand(const Options& options);
-ExitStatus showCommand(const Options& options);
+ExitStatus runCommand(const Options& given);
+ExitStatus matrixCommand(const Options& given);
+ExitStatus undoCommand(const Options& given);
+ExitStatus checkCommand(const Options& given);
+ExitStatus showCommand(const Options& given);
 
 }  // namespace host
