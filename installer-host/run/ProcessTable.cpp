@@ -14,7 +14,8 @@ namespace {
 /// Reads the line that /proc has of a process; the name in it may hold anything, parentheses, too.
 ProcessEntry readEntry(const std::string& id) {
     std::ifstream file("/proc/" + id + "/stat");
-    const std::string line{std::istreambuf_iterator<char>(file), {}};
+    std::string line;
+    std::getline(file, line, '\0');  // unlike the stream's buffer, this throws nothing when the process is gone by now
     const std::size_t begin = std::min(line.find('('), line.size());
     const std::size_t end = std::max(begin, std::min(line.rfind(')'), line.size()));
     ProcessEntry entry;
@@ -60,9 +61,9 @@ pid_t parentOf(pid_t process) {
 std::vector<pid_t> childrenOf(pid_t process) {
     std::vector<pid_t> children;
     std::error_code ignored;
-    for (const auto& task :
-         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task", ignored)) {
-        std::ifstream list(task.path() / "children");
+    std::filesystem::directory_iterator task("/proc/" + std::to_string(process) + "/task", ignored);
+    for (; task != std::filesystem::directory_iterator(); task.increment(ignored)) {
+        std::ifstream list(task->path() / "children");
         if (!list.is_open()) {
             return childrenInTable(process);
         }

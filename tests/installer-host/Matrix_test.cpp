@@ -150,6 +150,8 @@ TEST(Matrix, IsHeldToAnExpectation) {
     };
     EXPECT_EQ(matrix("5100,7700", "--write-expect").exitStatus, 0);
     EXPECT_EQ(matrix("5100,7700", "--expect").exitStatus, 0);
+    EXPECT_THAT(install(InstallRoot(), {"--expect", file}).err, HasSubstr("is that of a matrix"));
+    EXPECT_THAT(install(InstallRoot(), {"--expect", folder / "none"}).err, HasSubstr("cannot be read: No such file"));
     const ProcessResult fewer = matrix("5100", "--expect");
     EXPECT_EQ(fewer.exitStatus, 8);
     EXPECT_EQ(json::parse(fewer.out)["expectation"]["unused"].size(), 4U);

@@ -86,4 +86,22 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
     expectInReport(7, "the Finder flags of /Applications/Corvane cannot be read");
 }
 
+TEST(Report, ThatCannotBePrintedIsAnExitStatus) {
+    const InstallRoot root;
+    const std::vector<std::string> commands[] = {
+        {"--version"},
+        {"show", "--format=json", "--root", root.path()},
+        {"run", "--product=5100", "--root", root.path(), PLUGIN_BUNDLE},
+        {"run", "--product=5100", "--format=json", "--root=/nonexistent", PLUGIN_BUNDLE},
+    };
+    for (const std::vector<std::string>& arguments : commands) {
+        std::vector<std::string> command{"sh", "-c", "exec \"$@\" >/dev/full", "sh", HOST_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const ProcessResult result = run(command);
+        EXPECT_EQ(result.exitStatus, 7) << arguments.back();
+        EXPECT_THAT(result.err, HasSubstr("the report could not be written to standard output"));
+    }
+    EXPECT_EQ(readRoot(root.path())["preferences"][UPDATER]["UpdateInterval"], json({"int", 2})) << "the run is done";
+}
+
 }  // namespace

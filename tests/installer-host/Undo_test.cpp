@@ -357,7 +357,7 @@ TEST(Undo, LeavesWhatSomebodyPutInTheJournalsPlaceDuringTheRun) {
     machine.script(R"sh(printf script >Library/plugin-fault
 echo 'touch /Library/ready; until [ -e /Library/go ]; do sleep 0.02; done' >Library/script)sh");
     const ProcessResult result = run({"sh", "-c", R"sh(
-"$@" & until [ -e "$0/Library/ready" ]; do sleep 0.02; done
+"$@" & until [ -e "$0/Library/ready" ] || ! kill -0 $!; do sleep 0.02; done
 mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go"; wait $!)sh",
                                       machine.root(), HOST_PROGRAM, "run", "--product=1", "--step=pre", "--root",
                                       machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});

@@ -170,12 +170,32 @@ TEST_F(Trash, SaysThatItsModuleIsMissing) {
 }
 
 TEST(AppleEvents, RefuseOtherDescriptorsAndInvalidData) {
-    AEDesc desc{typeType, nullptr};
+    AEDesc desc;
     AppleEvent reply;
-    EXPECT_EQ(AECreateDesc(typeType, nullptr, 4, &desc), paramErr);
-    EXPECT_EQ(AECreateDesc(typeType, "abcd", -1, &desc), paramErr);
     ASSERT_EQ(AECreateDesc(typeAppleEvent, "abcd", 4, &desc), noErr);
+    AEDesc* const none = nullptr;
+    AEDesc spoilt{typeType, nullptr};
+    const std::pair<const char*, OSErr> rows[] = {
+        {"bytes from nowhere", AECreateDesc(typeType, nullptr, 4, &spoilt)},
+        {"less than no bytes", AECreateDesc(typeType, "abcd", -1, &spoilt)},
+        {"no place for the descriptor", AECreateDesc(typeType, "abcd", 4, none)},
+        {"no descriptor", AEDisposeDesc(none)},
+        {"no place for the event", AECreateAppleEvent(kAECoreSuite, kAEMove, &desc, 0, 0, none)},
+        {"no target", AECreateAppleEvent(kAECoreSuite, kAEMove, none, 0, 0, &spoilt)},
+        {"a parameter for no event", AEPutParamPtr(none, keyDirectObject, typeType, "abcd", 4)},
+        {"a parameter from nowhere", AEPutParamPtr(&desc, keyDirectObject, typeType, nullptr, 4)},
+        {"a descriptor for no event", AEPutParamDesc(none, keyDirectObject, &desc)},
+        {"no descriptor for an event", AEPutParamDesc(&desc, keyDirectObject, none)},
+        {"no container", CreateObjSpecifier(cObject, none, formPropertyID, &desc, false, &spoilt)},
+        {"no event to send", AESend(none, &reply, kAEWaitReply, kAENormalPriority, 0, nullptr, nullptr)},
+        {"no place for the reply", AESend(&desc, none, kAEWaitReply, kAENormalPriority, 0, nullptr, nullptr)},
+    };
+    for (const auto& [what, error] : rows) {
+        EXPECT_EQ(error, paramErr) << what;
+    }
+    EXPECT_EQ(spoilt.descriptorType, DescType{typeNull});
     EXPECT_EQ(AEPutParamPtr(&desc, keyDirectObject, typeType, "abcd", 4), errAENotAppleEvent);
+    EXPECT_EQ(AEPutParamDesc(&desc, keyDirectObject, &desc), errAENotAppleEvent);
     EXPECT_EQ(AESend(&desc, &reply, kAEWaitReply, kAENormalPriority, 0, nullptr, nullptr), errAENotAppleEvent);
     AEDisposeDesc(&desc);
 }

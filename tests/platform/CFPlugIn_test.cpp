@@ -106,6 +106,10 @@ TEST(CFPlugIn, RefusalsAreExplained) {
         expectOneLine(text, "", [&, f = factory, t = type] { EXPECT_EQ(newInstance(f, t), nullptr); });
     }
     expectOneLine("", "", [] { EXPECT_EQ(CFPlugInInstanceCreate(nullptr, nullptr, nullptr), nullptr); });
+    expectOneLine("not registered", "", [] { CFPlugInAddInstanceForFactory(test::uuid(TYPE_OF_ALL).get()); });
+    CFPlugInAddInstanceForFactory(test::uuid(SAMPLE).get());
+    CFPlugInRemoveInstanceForFactory(test::uuid(SAMPLE).get());
+    expectOneLine("no instance left", "", [] { CFPlugInRemoveInstanceForFactory(test::uuid(SAMPLE).get()); });
     const TempDir folder;
     fs::copy(SAMPLE_PLUGIN, folder / "Copy.bundle", fs::copy_options::recursive);
     expectOneLine("already registered by", "", [&] { EXPECT_FALSE(createPlugIn(folder / "Copy.bundle")); });

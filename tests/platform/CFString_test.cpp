@@ -36,6 +36,11 @@ TEST(CFString, ReadsValidTextAndRefusesInvalidBytes) {
     }
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, nullptr, UTF8), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(kCFAllocatorDefault, "a\xFF", UTF8), nullptr);
+    for (const CFIndex count : {1, -1}) {
+        EXPECT_EQ(CFStringCreateWithCharacters(kCFAllocatorDefault, nullptr, count), nullptr);
+        EXPECT_EQ(CFStringCreateWithBytesNoCopy(kCFAllocatorDefault, nullptr, count, UTF8, false, kCFAllocatorNull),
+                  nullptr);
+    }
 }
 
 TEST(CFString, KeepsItsUnitsAsTheyAreInMemoryOfItsOwn) {
@@ -54,6 +59,9 @@ TEST(CFString, KeepsItsUnitsAsTheyAreInMemoryOfItsOwn) {
     UniChar middle[2] = {};
     CFStringGetCharacters(wrapped.get(), CFRangeMake(1, 2), middle);
     EXPECT_EQ(std::u16string({middle[0], middle[1]}), u"ef");
+    for (const CFRange range : {CFRangeMake(-1, 1), CFRangeMake(0, -1), CFRangeMake(7, 0), CFRangeMake(5, 2)}) {
+        EXPECT_DEATH(CFStringGetCharacters(wrapped.get(), range, middle), "the range is not inside the string");
+    }
 }
 
 TEST(CFString, OutputIsAllOrNothing) {

@@ -51,6 +51,18 @@ TEST(Instance, AnswersTwoInterfaces) {
     }
 }
 
+TEST(Instance, IsCountedOffWhereItsFactoryCountsIt) {
+    const CFReference factories(CFPlugInFindFactoriesForPlugInTypeInPlugIn(XCodPlugInTypeID(), plugIn()));
+    const auto* const factory = static_cast<CFUUIDRef>(CFArrayGetValueAtIndex(factories.get(), 0));
+    const CFIndex references = CFGetRetainCount(factory);
+    XCodInstance* const instance = makeInstance();
+    instance->factoryID = static_cast<CFUUIDRef>(CFRetain(factory));
+    CFPlugInAddInstanceForFactory(factory);
+    EXPECT_EQ(errorsOf([&] { instance->functionBlock->Release(instance); }), "");
+    EXPECT_EQ(CFGetRetainCount(factory), references);
+    EXPECT_THAT(errorsOf([&] { CFPlugInRemoveInstanceForFactory(factory); }), HasSubstr("no instance left"));
+}
+
 TEST(Instance, CountWrapsWithoutOverflow) {
     XCodInstance* const instance = makeInstance();
     instance->referenceCount = INT_MAX;

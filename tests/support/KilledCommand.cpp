@@ -76,7 +76,11 @@ bool runUntil(const std::vector<std::string>& command,
     const pid_t first = fork();
     if (first == 0) {
         setenv("ASAN_OPTIONS", "detect_leaks=0", 1);  // the leak checker traces, too; there is room for one only
+        // The count of an outcome may be that of its condition less that of the other outcome: a process that is killed
+        // between the two would count one that it never came to.
+        setenv("LLVM_PROFILE_FILE", "/dev/null", 1);
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string& argument : command) {
             arguments.push_back(const_cast<char*>(argument.c_str()));
         }

@@ -58,6 +58,8 @@ TEST(FileRename, GivesTheFileItsNewNameOrLeavesAllAsItIs) {
         {link + "ln -s from to", "from", "to", 0, "d/ d/f=x to@ "},
         {link + "ln -s from between; ln -s between to", "from", "to", 0, "between@nowhere d/ d/f=x to@ "},
         {link + "ln -s ../from d/to", "from", "d/to", 0, "d/ d/f=x d/to@ "},
+        {link + "ln -s \"$PWD/from\" to", "from", "to", 0, "d/ d/f=x to@ "},
+        {"mkdir d e; printf x >d/f; ln -s \"$PWD/d/f\" from; ln -s ../from e/to", "from", "e/to", 0, "d/ d/f=x e/ e/to@ "},
         {twins + "printf y >third; ln -s third to", "from", "to", 0, "third=x* to@ twin=x* "},
     };
     // clang-format on
@@ -123,6 +125,8 @@ TEST(FileTypeTest, IsTheCodeOfTheFinderInformation) {
     writeFile(path, "x");
     ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.FinderInfo", info.data(), info.size(), 0), 0);
     EXPECT_EQ(file.GetOSXFileType(), 0x54455854U);
+    ASSERT_EQ(setxattr(path.c_str(), "user.com.apple.FinderInfo", info.data(), info.size() - 1, 0), 0);
+    EXPECT_EQ(file.GetOSXFileType(), 0U) << "it is no Finder information";
     EXPECT_EQ(File().GetOSXFileType(), 0U);
 }
 

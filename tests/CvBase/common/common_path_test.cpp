@@ -140,6 +140,7 @@ TEST_F(PathTest, NoPathHasNoPartsAndADriveLetterCountsWhereItComesFirst) {
     setHome("C:");
     EXPECT_EQ(str(file("~/x").GetFolder().GetInternal()), "/tmp/C:/");
     EXPECT_EQ(str(file("~").GetFolder().GetInternal()), "/tmp/C:/");
+    EXPECT_EQ(str(file("~").GetFilename()), "");
     EXPECT_EQ(str(file("/x/C:y").GetFilename()), "C:y");
 }
 

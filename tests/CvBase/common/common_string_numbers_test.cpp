@@ -27,6 +27,7 @@ TEST(StringNumber, Of32Bits) {
     EXPECT_EQ(String::Number(UINT_MAX), "4294967295");
     EXPECT_EQ(String::Number(UINT_MAX, 2, 33), "011111111111111111111111111111111");
     EXPECT_EQ(String::Number(UINT_MAX, 36, {}), "1Z141Z3");
+    EXPECT_EQ(String("%1").Arg(UINT_MAX, 16, 10), "00FFFFFFFF");
     // Around what is rendered without taking memory.
     for (unsigned int width = 1; width < 100; ++width) {
         EXPECT_EQ(String::Number(-7, 10, width), ("-" + std::string(width - 1, '0') + "7").c_str());
