@@ -27,8 +27,8 @@ namespace IPP {
 /// `dst[i] = src[i] * multiplier`. From 16 bits the multiplier is 1 / (the 32-bit integer 1 shifted left by `scale` mod
 /// 32): 15 maps the full scale of the samples to ±1.0. The shift by 31 (`scale` 31 or -1) gives a negative integer, and
 /// so a multiplier of -1 / 2^31. From 32 bits the multiplier is 2^-scale, for every scale: 31 maps the full scale to
-/// ±1.0. Where 2^-scale has no finite value in the destination's type it is infinite or 0, and zero times infinity gives
-/// the quiet NaN with the sign bit set. Bytes become 0.0 to 255.0.
+/// ±1.0. Where 2^-scale has no finite value in the destination's type it is infinite or 0, and zero times infinity
+/// gives the quiet NaN with the sign bit set. Bytes become 0.0 to 255.0.
 void Convert(unsigned int n, const unsigned char* src, float* dst);
 void Convert(unsigned int n, const short* src, float* dst, int scale);
 void Convert(unsigned int n, const short* src, double* dst, int scale);

@@ -107,9 +107,9 @@ public:
     [[nodiscard]] bool SharesTextWith(const String& other) const { return text_.count() == other.text_.count(); }
 
     /// The view, converted to NUL-terminated UTF-16 from UTF-8, or from Mac OS Roman when `encoding` is 2. A byte order
-    /// mark at the beginning of UTF-8 is left out. Returns an empty handle when the bytes are not valid in that encoding
-    /// or give more than 100000 units, and a single 0 when there is nothing to convert. Use the array and its copies on
-    /// the calling thread only.
+    /// mark at the beginning of UTF-8 is left out. Returns an empty handle when the bytes are not valid in that
+    /// encoding or give more than 100000 units, and a single 0 when there is nothing to convert. Use the array and its
+    /// copies on the calling thread only.
     [[nodiscard]] shared_array<unsigned short> Unicode(unsigned int encoding = 1) const;
 
     /// "\n".
