@@ -14,18 +14,18 @@ namespace {
 
 /// How an expectation's file holds the facts of one kind.
 struct Section {
-    FactKind kind;
     const char* name;
+    FactKind kind;
     int depth;  ///< how many names lead from it to a value
 };
 
 constexpr Section SECTIONS[] = {
-    {FactKind::ExitStatus, "exitStatus", 0},
-    {FactKind::Step, "steps", 1},
-    {FactKind::Alert, "alerts", 1},
-    {FactKind::Preference, "preferences", 2},
-    {FactKind::FinderFlags, "finderFlags", 1},
-    {FactKind::Entry, "entries", 1},
+    {"exitStatus", FactKind::ExitStatus, 0},
+    {"steps", FactKind::Step, 1},
+    {"alerts", FactKind::Alert, 1},
+    {"preferences", FactKind::Preference, 2},
+    {"finderFlags", FactKind::FinderFlags, 1},
+    {"entries", FactKind::Entry, 1},
 };
 
 /// The exit status of a run for its own sake.

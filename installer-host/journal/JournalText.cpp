@@ -56,7 +56,7 @@ std::string pathOrNullIn(const Json& object, const std::string& key) {
 
 /// A path inside the root. Throws for one that is no clean absolute path.
 std::string pathInRootIn(const Json& object) {
-    const std::string path = pathIn(object, "path");
+    std::string path = pathIn(object, "path");
     const std::string slashed = path + "/";
     const bool isClean = path.find('\0') == std::string::npos && slashed.find("//") == std::string::npos &&
                          slashed.find("/./") == std::string::npos && slashed.find("/../") == std::string::npos;

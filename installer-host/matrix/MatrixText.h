@@ -7,10 +7,10 @@
 namespace host {
 
 /// The report for a reader: a line for each case, the grid of products and languages with totals, and the whole reports
-/// of the cases that failed. `document` is the one of the same result.
-std::string matrixText(const MatrixResult& result, const Json& document);
+/// of the cases that failed. `document` is the one of the same matrix.
+std::string matrixText(const MatrixResult& matrix, const Json& document);
 
 /// Of the same report what went wrong; empty when nothing did.
-std::string matrixProblemsText(const MatrixResult& result);
+std::string matrixProblemsText(const MatrixResult& matrix);
 
 }  // namespace host
