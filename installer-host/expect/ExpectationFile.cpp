@@ -140,7 +140,7 @@ void write(const Json& value, const std::string& indent, std::string& text) {
     text += (isBlock ? "\n" + indent : "") + (isObject ? "}" : "]");
 }
 
-std::string textOf(Json facts) {
+std::string textOf(const Json& facts) {
     Json json{{"expectation", "1.0"}, {"complete", true}};
     json.update(facts);
     std::string text;

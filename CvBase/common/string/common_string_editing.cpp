@@ -150,7 +150,7 @@ String String::Join(const String& separator, const std::vector<String>& parts) {
         size += std::uint64_t{parts.size() - 1} * separator.Length();
     }
     if (pieces < 2) {
-        return pieces == 0 ? String() : String(*last);
+        return last == nullptr ? String() : String(*last);
     }
     std::string joined = nulBytes(size);
     char* end = joined.data();
