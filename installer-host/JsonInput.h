@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -23,6 +25,13 @@ Document parsedJson(const std::string& text) {
         }
         return true;
     });
+}
+
+/// What is wrong with a JSON text, in the words of the JSON library's exception but without its number.
+inline std::string faultText(const std::exception& fault) {
+    const std::string what = fault.what();
+    const std::size_t end = what.rfind("[json.", 0) == 0 ? what.find("] ") : std::string::npos;
+    return end == std::string::npos ? what : what.substr(end + 2);
 }
 
 /// Whether the value is a whole number that a Number holds.

@@ -8,7 +8,6 @@
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
 #include "installer-host/JsonInput.h"
-#include "installer-host/look/JsonPath.h"
 #include "installer-host/report/Text.h"
 
 namespace host {

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "installer-host/ExitStatus.h"
-#include "installer-host/look/JsonPath.h"
+#include "installer-host/JsonInput.h"
 #include "platform/Result.h"
 
 namespace host {

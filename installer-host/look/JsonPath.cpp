@@ -34,10 +34,4 @@ std::string pathIn(const nlohmann::ordered_json& object, const std::string& key)
     return bytes == object.end() ? object.at(key).get<std::string>() : bytesOfHex(bytes->get<std::string>());
 }
 
-std::string faultText(const std::exception& fault) {
-    const std::string what = fault.what();
-    const std::size_t end = what.rfind("[json.", 0) == 0 ? what.find("] ") : std::string::npos;
-    return end == std::string::npos ? what : what.substr(end + 2);
-}
-
 }  // namespace host

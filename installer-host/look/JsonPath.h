@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -14,8 +13,5 @@ void addPath(nlohmann::ordered_json& object, const std::string& key, const std::
 
 /// The name that addPath added. Throws std::invalid_argument, or an exception of the JSON library, when there is none.
 std::string pathIn(const nlohmann::ordered_json& object, const std::string& key);
-
-/// What is wrong with a JSON text, in the words of the JSON library's exception but without its number.
-std::string faultText(const std::exception& fault);
 
 }  // namespace host

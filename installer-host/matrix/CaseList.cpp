@@ -10,7 +10,6 @@
 #include "installer-host/InputFile.h"
 #include "installer-host/JsonInput.h"
 #include "installer-host/expect/CaseName.h"
-#include "installer-host/look/JsonPath.h"
 #include "installer-host/matrix/CasesFile.h"
 #include "installer-host/report/JsonReport.h"
 

@@ -11,7 +11,6 @@
 #include "installer-host/ExitStatus.h"
 #include "installer-host/InputFile.h"
 #include "installer-host/JsonInput.h"
-#include "installer-host/look/JsonPath.h"
 
 namespace host {
 
