@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CoreFoundation/CFPlugInCOM.h>
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <array>

@@ -1,5 +1,7 @@
 // Objects: references to them, equality, and the messages that they understand.
 
+#include <CoreFoundation/CFPlugInCOM.h>
+
 #include "CvBase/Mac/AutoreleasePool.h"
 #include "CvBase/Mac/MessageSend.h"
 #include "platform/CoreFoundation/Object.h"

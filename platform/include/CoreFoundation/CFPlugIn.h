@@ -1,7 +1,7 @@
 #pragma once
 
 #include <CoreFoundation/CFBase.h>
-#include <CoreFoundation/CFPlugInCOM.h>
+#include <CoreFoundation/CFUUID.h>
 
 CF_EXTERN_C_BEGIN
 

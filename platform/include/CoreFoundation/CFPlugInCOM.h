@@ -1,5 +1,7 @@
 #pragma once
 
+// As on a Mac, CoreFoundation.h leaves this header to those who need it.
+
 #include <CoreFoundation/CFUUID.h>
 
 CF_EXTERN_C_BEGIN

@@ -77,26 +77,7 @@ CF_EXPORT CFUUIDRef CFUUIDGetConstantUUIDWithBytes(CFAllocatorRef allocator, UIn
                                                    UInt8 byte8, UInt8 byte9, UInt8 byte10, UInt8 byte11, UInt8 byte12,
                                                    UInt8 byte13, UInt8 byte14, UInt8 byte15);
 
-// CFPlugIn.h and CFPlugInCOM.h
+// CFPlugIn.h
 
 CF_EXPORT void CFPlugInRemoveInstanceForFactory(CFUUIDRef factoryID);
-
-typedef SInt32 HRESULT;
-typedef UInt32 ULONG;
-typedef void* LPVOID;
-typedef CFUUIDBytes REFIID;
-
-#define S_OK ((HRESULT)0x00000000L)
-#define E_NOINTERFACE ((HRESULT)0x80000004L)
-#define STDMETHODCALLTYPE
-
-#define IUNKNOWN_C_GUTS                                                                     \
-    void* _reserved;                                                                        \
-    HRESULT(STDMETHODCALLTYPE* QueryInterface)(void* thisPointer, REFIID iid, LPVOID* ppv); \
-    ULONG(STDMETHODCALLTYPE* AddRef)(void* thisPointer);                                    \
-    ULONG(STDMETHODCALLTYPE* Release)(void* thisPointer)
-
-#define IUnknownUUID                                                                                                   \
-    CFUUIDGetConstantUUIDWithBytes(NULL, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x00, 0x00, \
-                                   0x00, 0x00, 0x46)
 }
