@@ -43,6 +43,7 @@ CF_INLINE CFRange CFRangeMake(CFIndex location, CFIndex length) {
 }
 
 const CF_EXPORT CFAllocatorRef kCFAllocatorDefault;
+const CF_EXPORT CFAllocatorRef kCFAllocatorSystemDefault;
 const CF_EXPORT CFAllocatorRef kCFAllocatorNull;
 
 CF_EXPORT CFTypeRef CFRetain(CFTypeRef cf);

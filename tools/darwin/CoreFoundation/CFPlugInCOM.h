@@ -19,6 +19,6 @@ typedef CFUUIDBytes REFIID;
     ULONG(STDMETHODCALLTYPE* AddRef)(void* thisPointer);                                    \
     ULONG(STDMETHODCALLTYPE* Release)(void* thisPointer)
 
-#define IUnknownUUID                                                                                                   \
-    CFUUIDGetConstantUUIDWithBytes(NULL, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, 0x00, 0x00, 0x00, 0x00, \
-                                   0x00, 0x00, 0x46)
+#define IUnknownUUID                                                                                                \
+    CFUUIDGetConstantUUIDWithBytes(kCFAllocatorSystemDefault, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xC0, \
+                                   0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46)
