@@ -8,7 +8,7 @@ extern "C" {
 
 #pragma pack(push, 2)  // the records' layout since the first Macs, on Intel as well
 
-// Files.h, Finder.h
+// TextCommon.h, UTCUtils.h, Files.h, Finder.h
 
 struct FSRef {
     UInt8 hidden[80];
@@ -17,28 +17,30 @@ typedef struct FSRef FSRef;
 typedef struct FSSpec* FSSpecPtr;
 typedef struct HFSUniStr255 HFSUniStr255;
 
-typedef struct {
+typedef UInt32 TextEncoding;
+typedef SInt16 FSVolumeRefNum;
+typedef struct __FSFileSecurity* FSFileSecurityRef;
+
+struct UTCDateTime {
     UInt16 highSeconds;
     UInt32 lowSeconds;
     UInt16 fraction;
-} UTCDateTime;
+};
+typedef struct UTCDateTime UTCDateTime;
 
-#if __LP64__
-typedef struct {
+struct FSPermissionInfo {
     UInt32 userID;
     UInt32 groupID;
     UInt8 reserved1;
     UInt8 userAccess;
     UInt16 mode;
-    struct __FSFileSecurity* fileSec;
-} FSPermissionInfo;
-#else
-typedef UInt32 FSPermissionInfo[4];
-#endif
+    FSFileSecurityRef fileSec;
+};
+typedef struct FSPermissionInfo FSPermissionInfo;
 
-typedef struct FSCatalogInfo {
+struct FSCatalogInfo {
     UInt16 nodeFlags;
-    SInt16 volume;
+    FSVolumeRefNum volume;
     UInt32 parentDirID;
     UInt32 nodeID;
     UInt8 sharingFlags;
@@ -50,7 +52,11 @@ typedef struct FSCatalogInfo {
     UTCDateTime attributeModDate;
     UTCDateTime accessDate;
     UTCDateTime backupDate;
+#if __LP64__
     FSPermissionInfo permissions;
+#else
+    UInt32 permissions[4];
+#endif
     UInt8 finderInfo[16];
     UInt8 extFinderInfo[16];
     UInt64 dataLogicalSize;
@@ -58,32 +64,35 @@ typedef struct FSCatalogInfo {
     UInt64 rsrcLogicalSize;
     UInt64 rsrcPhysicalSize;
     UInt32 valence;
-    UInt32 textEncodingHint;
-} FSCatalogInfo;
+    TextEncoding textEncodingHint;
+};
+typedef struct FSCatalogInfo FSCatalogInfo;
 static_assert(sizeof(FSCatalogInfo) == (sizeof(void*) == 4 ? 144 : 148));
 
 typedef UInt32 FSCatalogInfoBitmap;
-enum { kFSCatInfoFinderInfo = 0x00000800 };
+// The second one makes them int.
+enum { kFSCatInfoFinderInfo = 0x00000800, kFSCatInfoReserved = (int)0xFFFC0000 };
 enum { kFSPathMakeRefDefaultOptions = 0, kFSPathMakeRefDoNotFollowLeafSymlink = 0x01 };
 
 CF_EXPORT OSStatus FSPathMakeRefWithOptions(const UInt8* path, OptionBits options, FSRef* ref, Boolean* isDirectory)
-    CV_DEPRECATED_IN(10.8);
+    CV_DEPRECATED(10.4, 10.8);
 CF_EXPORT OSErr FSGetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, FSCatalogInfo* catalogInfo,
-                                 HFSUniStr255* outName, FSSpecPtr fsSpec, FSRef* parentRef) CV_DEPRECATED_IN(10.8);
+                                 HFSUniStr255* outName, FSSpecPtr fsSpec, FSRef* parentRef) CV_DEPRECATED(10.0, 10.8);
 CF_EXPORT OSErr FSSetCatalogInfo(const FSRef* ref, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo* catalogInfo)
-    CV_DEPRECATED_IN(10.8);
-CF_EXPORT OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef) CV_DEPRECATED_IN(10.8);
+    CV_DEPRECATED(10.0, 10.8);
+CF_EXPORT OSErr FSExchangeObjects(const FSRef* ref, const FSRef* destRef) CV_DEPRECATED(10.0, 10.8);
 
 enum { kHasCustomIcon = 0x0400, kIsInvisible = 0x4000 };
-typedef struct FileInfo {
+struct FileInfo {
     OSType fileType;
     OSType fileCreator;
     UInt16 finderFlags;
     Point location;
     UInt16 reservedField;
-} FileInfo;
+};
+typedef struct FileInfo FileInfo;
 
-// AEDataModel.h, AEInteraction.h, AEObjects.h, AERegistry.h, Folders.h
+// AEDataModel.h, AEInteraction.h, AEObjects.h, AEPackObject.h, AERegistry.h, AppleEvents.h, Folders.h
 
 typedef ResType DescType;
 typedef FourCharCode AEKeyword;
@@ -95,20 +104,24 @@ typedef SInt32 AESendMode;
 typedef SInt16 AESendPriority;
 typedef struct OpaqueAEDataStorageType* AEDataStorageType;
 typedef AEDataStorageType* AEDataStorage;
-typedef struct AEDesc {
+struct AEDesc {
     DescType descriptorType;
     AEDataStorage dataHandle;
-} AEDesc;
+};
+typedef struct AEDesc AEDesc;
 typedef AEDesc AEAddressDesc;
 typedef AEDesc AppleEvent;
-typedef Boolean (*AEIdleUPP)(struct EventRecord* event, SInt32* sleepTime, void* mouseRgn);
-typedef Boolean (*AEFilterUPP)(struct EventRecord* event, SInt32 returnID, SInt32 transactionID, const AEDesc* sender);
+typedef Boolean (*AEIdleUPP)(struct EventRecord* event, SInt32* sleepTime, struct OpaqueRgnHandle** mouseRgn);
+typedef Boolean (*AEFilterUPP)(struct EventRecord* event, SInt32 returnID, AETransactionID transactionID,
+                               const AEAddressDesc* sender);
 
 enum { typeNull = 'null', typeType = 'type', typeFSRef = 'fsrf', typeApplSignature = 'sign' };
 enum { keyDirectObject = '----', keyAEInsertHere = 'insh' };
 enum { kAECoreSuite = 'core', kAEMove = 'move', cObject = 'cobj', formPropertyID = 'prop', kTrashFolderType = 'trsh' };
 enum { kAutoGenerateReturnID = -1, kAnyTransactionID = 0 };
-enum { kAEWaitReply = 0x00000003, kAENormalPriority = 0x00000000, kAEDefaultTimeout = -1 };
+enum { kAEWaitReply = 0x00000003 };
+enum { kAENormalPriority = 0x00000000 };
+enum { kAEDefaultTimeout = -1 };
 
 CF_EXPORT OSErr AECreateDesc(DescType type, const void* data, Size dataSize, AEDesc* result);
 CF_EXPORT OSErr AEDisposeDesc(AEDesc* desc);
@@ -126,13 +139,13 @@ CF_EXPORT OSErr AESend(const AppleEvent* event, AppleEvent* reply, AESendMode mo
 #if !__LP64__
 typedef SInt16 DialogItemIndex;
 typedef Boolean (*ModalFilterUPP)(struct OpaqueDialogPtr* dialog, struct EventRecord* event, DialogItemIndex* itemHit);
-CF_EXPORT DialogItemIndex StopAlert(SInt16 alertID, ModalFilterUPP modalFilter) CV_DEPRECATED_IN(10.5);
+CF_EXPORT DialogItemIndex StopAlert(SInt16 alertID, ModalFilterUPP modalFilter);
 #endif
 
-CF_EXPORT Ptr NewPtr(Size byteCount);
-CF_EXPORT void DisposePtr(Ptr p);
+CF_EXPORT Ptr NewPtr(Size byteCount) CV_DEPRECATED(10.0, 10.8);
+CF_EXPORT void DisposePtr(Ptr p) CV_DEPRECATED(10.0, 10.8);
 
-CF_EXPORT ItemCount MPProcessors(void) CV_DEPRECATED_IN(10.7);
+CF_EXPORT ItemCount MPProcessors(void) CV_DEPRECATED(10.0, 10.7);
 
 // Processes.h
 
@@ -157,7 +170,7 @@ struct ProcessInfoRec {
 };
 typedef struct ProcessInfoRec ProcessInfoRec;
 enum { kCurrentProcess = 2 };
-CF_EXPORT OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info) CV_DEPRECATED_IN(10.9);
+CF_EXPORT OSErr GetProcessInformation(const ProcessSerialNumber* psn, ProcessInfoRec* info) CV_DEPRECATED(10.0, 10.9);
 
 #pragma pack(pop)
 }

@@ -7,8 +7,8 @@
 #include <stdbool.h>
 #include <stddef.h>
 
-/// Systems from `version` on warn about a use.
-#define CV_DEPRECATED_IN(version) __attribute__((availability(macosx, introduced = 10.0, deprecated = version)))
+/// There from release `from` on; systems from `version` on warn about a use.
+#define CV_DEPRECATED(from, version) __attribute__((availability(macosx, introduced = from, deprecated = version)))
 
 #define CF_EXPORT extern
 #define CF_INLINE static __inline__ __attribute__((always_inline))

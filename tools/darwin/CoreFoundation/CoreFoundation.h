@@ -63,7 +63,7 @@ struct FSRef;
 enum CFURLPathStyle : CFIndex { kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle, kCFURLWindowsPathStyle };
 CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style,
                                                  Boolean isDirectory);
-CF_EXPORT Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* ref) CV_DEPRECATED_IN(10.9);
+CF_EXPORT Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* ref) CV_DEPRECATED(10.0, 10.9);
 
 // CFUUID.h
 
