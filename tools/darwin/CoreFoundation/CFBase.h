@@ -10,6 +10,15 @@
 /// There from release `from` on; systems from `version` on warn about a use.
 #define CV_DEPRECATED(from, version) __attribute__((availability(macosx, introduced = from, deprecated = version)))
 
+/// An enumeration: a type of its own with the SDK of 10.9, with that of 10.7 a number and constants.
+#if __LP64__
+#define CV_ENUM(name, type, ...) enum name : type { __VA_ARGS__ }
+#else
+#define CV_ENUM(name, type, ...) \
+    typedef type name;           \
+    enum { __VA_ARGS__ }
+#endif
+
 #define CF_EXPORT extern
 #define CF_INLINE static __inline__ __attribute__((always_inline))
 

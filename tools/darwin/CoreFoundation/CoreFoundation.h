@@ -18,7 +18,7 @@ CF_EXPORT CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFStringRef key);
 
 // CFNumber.h
 
-enum CFNumberType : CFIndex { kCFNumberSInt32Type = 3, kCFNumberIntType = 9 };
+CV_ENUM(CFNumberType, CFIndex, kCFNumberSInt32Type = 3, kCFNumberIntType = 9);
 CF_EXPORT CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void* value);
 CF_EXPORT Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 
@@ -35,13 +35,8 @@ CF_EXPORT Boolean CFPreferencesSynchronize(CFStringRef domain, CFStringRef user,
 // CFString.h
 
 typedef UInt32 CFStringEncoding;
-enum : CFStringEncoding {
-    kCFStringEncodingMacRoman = 0,
-    kCFStringEncodingASCII = 0x0600,
-    kCFStringEncodingUTF16 = 0x0100,
-    kCFStringEncodingUTF8 = 0x08000100,
-    kCFStringEncodingUTF32LE = 0x1c000100
-};
+CV_ENUM(CFStringBuiltInEncodings, CFStringEncoding, kCFStringEncodingMacRoman = 0, kCFStringEncodingASCII = 0x0600,
+        kCFStringEncodingUTF16 = 0x0100, kCFStringEncodingUTF8 = 0x08000100, kCFStringEncodingUTF32LE = 0x1c000100);
 
 // The compiler makes the object.
 #define CFSTR(text) ((CFStringRef)__builtin___CFStringMakeConstantString("" text ""))
@@ -60,7 +55,7 @@ CF_EXPORT CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEnco
 // CFURL.h
 
 struct FSRef;
-enum CFURLPathStyle : CFIndex { kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle, kCFURLWindowsPathStyle };
+CV_ENUM(CFURLPathStyle, CFIndex, kCFURLPOSIXPathStyle = 0, kCFURLHFSPathStyle, kCFURLWindowsPathStyle);
 CF_EXPORT CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef path, CFURLPathStyle style,
                                                  Boolean isDirectory);
 CF_EXPORT Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* ref) CV_DEPRECATED(10.0, 10.9);
