@@ -2,6 +2,9 @@
 
 // Carbon as a Mac's own headers declare it, as far as this project calls it, for tools/check-darwin.
 
+// Until 10.13, this brought the macros check, verify, require and their kin as well.
+#define __ASSERT_MACROS_DEFINE_VERSIONS_WITHOUT_UNDERSCORES 1
+#include <AssertMacros.h>
 #include <CoreFoundation/CoreFoundation.h>
 
 extern "C" {
