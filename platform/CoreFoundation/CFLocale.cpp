@@ -31,7 +31,7 @@ struct __CFLocale : objc_object {
     const cv::Owned<__CFString> decimalSeparator;  ///< may be null
 };
 
-const CFLocaleKey kCFLocaleDecimalSeparator = &DECIMAL_SEPARATOR_KEY;
+const CFStringRef kCFLocaleDecimalSeparator = &DECIMAL_SEPARATOR_KEY;
 
 namespace {
 
@@ -155,6 +155,6 @@ CFLocaleRef CFLocaleCopyCurrent() {
     return new __CFLocale(copyDecimalSeparator(localeName()));
 }
 
-CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFLocaleKey key) {
+CFTypeRef CFLocaleGetValue(CFLocaleRef locale, CFStringRef key) {
     return CFEqual(key, kCFLocaleDecimalSeparator) ? locale->decimalSeparator.get() : nullptr;
 }
