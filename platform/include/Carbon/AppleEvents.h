@@ -15,7 +15,7 @@ typedef SInt16 AESendPriority;
 typedef struct OpaqueAEDataStorage* AEDataStorage;
 
 /// A piece of data with its type, or an event. Owned by whoever made it, until AEDisposeDesc.
-typedef struct {
+typedef struct AEDesc {
     DescType descriptorType;   ///< how the data is to be read; typeNull: there is none
     AEDataStorage dataHandle;  ///< the data, opaque
 } AEDesc;

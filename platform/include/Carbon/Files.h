@@ -22,14 +22,14 @@ typedef UInt32 FSCatalogInfoBitmap;
 enum { kHasCustomIcon = 0x0400, kIsInvisible = 0x4000 };
 
 /// A place on the screen, or in a window, in pixels.
-typedef struct {
+typedef struct Point {
     SInt16 v;  ///< down from the top
     SInt16 h;  ///< from the left
 } Point;
 
 /// The 16 bytes of Finder information of a file, in the processor's own byte order. A folder has the rectangle of its
 /// window in place of the first two fields, so that its flags lie at byte 8, too.
-typedef struct {
+typedef struct FileInfo {
     OSType fileType;       ///< 0: none
     OSType fileCreator;    ///< 0: none
     UInt16 finderFlags;    ///< kHasCustomIcon, kIsInvisible, ...
@@ -38,7 +38,7 @@ typedef struct {
 } FileInfo;
 
 /// The catalogue information of an object, as far as this project asks for it.
-typedef struct {
+typedef struct FSCatalogInfo {
     UInt8 finderInfo[16];  ///< a FileInfo
 } FSCatalogInfo;
 

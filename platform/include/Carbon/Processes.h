@@ -6,7 +6,7 @@
 CF_EXTERN_C_BEGIN
 
 /// Names a process; {0, kCurrentProcess} is the one that asks.
-typedef struct {
+typedef struct ProcessSerialNumber {
     UInt32 highLongOfPSN;  ///< upper half of the number
     UInt32 lowLongOfPSN;   ///< lower half
 } ProcessSerialNumber;
@@ -15,7 +15,7 @@ enum { kCurrentProcess = 2 };
 
 /// What the Process Manager knows about a process. The caller sets processInfoLength to the record's size and
 /// processName to a buffer of 256 bytes or null; the other fields that a Mac fills are zero here.
-typedef struct {
+typedef struct ProcessInfoRec {
     /// Set by the caller, as said above.
     UInt32 processInfoLength;
     StringPtr processName;
