@@ -41,7 +41,7 @@ ExitStatus runCommand(const Options& given) {
     const Plan plan(given);
     const Options& options = plan.options();
     Changes everything;
-    const RunResult result = performRun(plan, &everything);
+    const RunResult result = performRun(plan, expectation ? &everything : nullptr);
     const Verdict verdict = judgeAsExpected(result, everything, expectation, "");
     if (!options.writeExpect.empty() && result.end != WorkerEnd::Interrupted) {
         replaceFile(options.writeExpect, expectationFileText(factsOf(verdict.document)));

@@ -21,9 +21,9 @@ std::optional<Entry> listIn(const std::optional<Entry>& entry) {
     return entry && isPropertyList(*entry) ? entry : std::nullopt;
 }
 
-std::map<std::string, TypedValue> keysOf(const std::optional<Entry>& list) {
+PreferenceDomain domainOf(const std::string& path, const std::optional<Entry>& list, ValueBudget& budget) {
     const auto& bytes = list ? detailsOf(*list).propertyList : std::nullopt;
-    return bytes ? parsePreferenceDomain(*bytes).keys : std::map<std::string, TypedValue>();
+    return bytes ? parsePreferenceDomain(path, *bytes, budget) : PreferenceDomain();
 }
 
 template <typename Value>
@@ -90,10 +90,14 @@ private:
             return;
         }
         FileEdit edit{path, before, after, {}};
-        const auto old = keysOf(before);
-        const auto now = keysOf(after);
-        for (const std::string& key : namesIn(old, now)) {
-            KeyEdit one{key, valueIn(old, key, TypedValue()), valueIn(now, key, TypedValue())};
+        const PreferenceDomain old = domainOf(path, before, budget_);
+        const PreferenceDomain now = domainOf(path, after, budget_);
+        if (old.isTooMuch || now.isTooMuch) {
+            edits_.notHeld.push_back({path, "contents"});
+            return;
+        }
+        for (const std::string& key : namesIn(old.keys, now.keys)) {
+            KeyEdit one{key, valueIn(old.keys, key, TypedValue()), valueIn(now.keys, key, TypedValue())};
             if (one.before != one.after) {
                 edit.keys.push_back(std::move(one));
             }
@@ -117,6 +121,7 @@ private:
 
     const Inventory& before_;
     const Inventory& after_;
+    ValueBudget budget_;
     Edits edits_;
 };
 

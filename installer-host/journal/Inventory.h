@@ -51,11 +51,18 @@ struct AttributeEdit {
     std::optional<std::string> after;
 };
 
+/// Something that a run changed and that its journal does not hold.
+struct NotHeld {
+    std::string path;
+    std::string what;  ///< "created", "removed", "contents", "mode", ...
+};
+
 /// What a run changed of the things that a journal tells.
 struct Edits {
     std::vector<FileEdit> files;            ///< by path
     std::vector<AttributeEdit> attributes;  ///< by path, then by name
     std::vector<std::string> foldersMade;   ///< by path
+    std::vector<NotHeld> notHeld;           ///< property lists that hold too much to be told, by path
 };
 
 /// What differs between two looks. Of what one of them could not see nothing is told.

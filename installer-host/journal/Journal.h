@@ -16,12 +16,6 @@ struct JournalName {
     std::string id;
 };
 
-/// Something that a run changed and that its journal does not hold.
-struct NotHeld {
-    std::string path;
-    std::string what;  ///< "created", "removed", "contents", "mode", ...
-};
-
 /// What undoing one run takes. docs/journal.schema.json describes it as a file.
 struct Journal {
     enum class State {

@@ -23,14 +23,19 @@ std::string randomId() {
     return hexText(bytes);
 }
 
+/// Whether the entry, if there is one, is a property list that was read.
+bool isReadList(const std::optional<Entry>& entry) {
+    return entry && isPropertyList(*entry) && detailsOf(*entry).propertyList.has_value();
+}
+
 /// What became of an entry, as far as the journal does not hold it; empty when it does.
 std::string whatIsNotHeld(const EntryChange& change) {
     using Kind = EntryChange::Kind;
-    const bool isList = change.kind != Kind::Created && isPropertyList(*change.before) &&
-                        detailsOf(*change.before).propertyList.has_value();
+    const bool isUnread = change.after && isPropertyList(*change.after) && !isReadList(change.after);
+    const bool isList = isReadList(change.before) && !isUnread;
     switch (change.kind) {
         case Kind::Created:
-            return S_ISDIR(change.after->status.mode) || isPropertyList(*change.after) ? "" : "created";
+            return S_ISDIR(change.after->status.mode) || isReadList(change.after) ? "" : "created";
         case Kind::Removed:
             return isList ? "" : "removed";
         case Kind::Moved:
@@ -158,6 +163,7 @@ std::optional<cv::Fault> RunJournal::complete(const Tree& after, const Changes& 
     complete.state = Journal::State::Complete;
     complete.edits = editsBetween(journal_.inventory, inventoryOf(after));
     complete.notHeld = notHeldOf(changes);
+    complete.notHeld.insert(complete.notHeld.end(), complete.edits.notHeld.begin(), complete.edits.notHeld.end());
     complete.inventory = {};
     try {
         file_->write(complete);

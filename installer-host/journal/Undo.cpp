@@ -64,6 +64,7 @@ void requireTurn(const Journal& journal, const RootRecord& record, const std::st
 void tellKilledRun(Journal& journal, const RootFolder& root, const std::function<void()>& endIfInterrupted) {
     const Tree now = lookAt(root, journal.scope, nullptr, endIfInterrupted);
     journal.edits = editsBetween(journal.inventory, inventoryOf(now));
+    journal.notHeld = journal.edits.notHeld;
 }
 
 /// Removes what a killed run left half written, beside the record and beside the property lists.

@@ -266,7 +266,8 @@ private:
     /// of the file comes back, too.
     std::string wantedBytes() const {
         if (edit_.before) {
-            const PreferenceDomain old = parsePreferenceDomain(oldBytes());
+            ValueBudget ofOneFile;
+            const PreferenceDomain old = parsePreferenceDomain(edit_.path, oldBytes(), ofOneFile);
             if (old.problem.empty() ? old.keys == dataOf(present_.keys) : present_.keys.empty()) {
                 return oldBytes();
             }

@@ -32,22 +32,23 @@ FinderObject finderObjectOf(const std::string& path, const std::optional<Entry>&
     return finderObject(path, found == attributes.end() ? nullptr : &found->second);
 }
 
-/// Compares the keys of all property lists.
+/// Compares the keys of all property lists, of those first that changed.
 void comparePropertyLists(const Tree& after, const std::vector<EntryChange>& entries, bool all, Changes& changes) {
     std::set<std::string> compared;
+    ValueBudget budget;
     for (const EntryChange& change : entries) {
         const bool isMoved = change.kind == EntryChange::Kind::Moved;
         const Entry* before = propertyListIn(isMoved && change.replaced ? change.replaced : change.before);
         const Entry* now = propertyListIn(change.after);
         compared.insert(change.path);
         if ((before != nullptr || now != nullptr) && (!isMoved || change.replaced || change.differs.contents)) {
-            compareKeys(change.path, before, now, all, changes);
+            compareKeys(change.path, before, now, all, budget, changes);
         }
     }
     for (const auto& [path, folder] : after.folders) {
         for (const Entry& entry : folder.entries) {
             if (entry.details != nullptr && isPropertyList(entry) && compared.count(pathOf(path, entry.name)) == 0) {
-                compareKeys(pathOf(path, entry.name), &entry, &entry, all, changes);
+                compareKeys(pathOf(path, entry.name), &entry, &entry, all, budget, changes);
             }
         }
     }

@@ -33,7 +33,7 @@ bool differs(const FinderChange& change);
 /// Something that could not be read.
 struct Unreadable {
     enum class Kind {
-        Older,   ///< a preference file that was damaged before, and was left alone
+        Older,   ///< a preference file that could not be read before either, and was left alone
         Stored,  ///< a preference file that was damaged by what was stored in it
         Finder,  ///< the Finder flags of an object, which then cannot have been set either
         Unseen   ///< a file, a folder or what belongs to it

@@ -1,6 +1,7 @@
 #include "installer-host/look/KeyChanges.h"
 
 #include <set>
+#include <utility>
 
 #include "installer-host/look/Snapshot.h"
 
@@ -25,28 +26,43 @@ const std::string* bytesOf(const Entry* entry) {
     return isKnown ? &*detailsOf(*entry).propertyList : nullptr;
 }
 
-PreferenceDomain domainOf(const Entry* entry) {
+PreferenceDomain domainOf(const std::string& path, const Entry* entry, ValueBudget& budget) {
     const std::string* bytes = bytesOf(entry);
-    return bytes == nullptr ? PreferenceDomain() : parsePreferenceDomain(*bytes);
+    return bytes == nullptr ? PreferenceDomain() : parsePreferenceDomain(path, *bytes, budget);
+}
+
+/// Only what is wrong with the file.
+PreferenceDomain withoutKeys(const Entry& entry) {
+    PreferenceDomain domain;
+    const std::string* bytes = bytesOf(&entry);
+    domain.problem = bytes == nullptr ? "" : damageOf(*bytes);
+    return domain;
 }
 
 /// Notes a file that is there and cannot be read, or is damaged. Damage outside the preferences is no one's business:
 /// other programs have other forms for such files.
 bool isUnreadable(const std::string& path, const Entry* entry, const PreferenceDomain& domain, bool isOlder,
                   Changes& changes) {
+    using Kind = Unreadable::Kind;
     const std::string problem = entry == nullptr ? "" : detailsOf(*entry).propertyListProblem;
     if (!problem.empty()) {
-        changes.unreadable.push_back({Unreadable::Kind::Unseen, path, problem});
-    } else if (!domain.problem.empty() && !domainAt(path).empty()) {
-        changes.unreadable.push_back(
-            {isOlder ? Unreadable::Kind::Older : Unreadable::Kind::Stored, path, domain.problem});
+        changes.unreadable.push_back({Kind::Unseen, path, problem});
+    } else if (domain.isTooMuch || (!domain.problem.empty() && !domainAt(path).empty())) {
+        const Kind kind = isOlder ? Kind::Older : domain.isTooMuch ? Kind::Unseen : Kind::Stored;
+        changes.unreadable.push_back({kind, path, domain.problem});
     }
     return !problem.empty() || !domain.problem.empty();
 }
 
+/// Why it is not known what a file held before, to end a sentence with; empty when it is, or when it was damaged.
+std::string problemBefore(const Entry* entry, const PreferenceDomain& domain) {
+    return domain.isTooMuch ? domain.problem : entry == nullptr ? "" : detailsOf(*entry).propertyListProblem;
+}
+
 }  // namespace
 
-void compareKeys(const std::string& path, const Entry* before, const Entry* after, bool all, Changes& changes) {
+void compareKeys(const std::string& path, const Entry* before, const Entry* after, bool all, ValueBudget& budget,
+                 Changes& changes) {
     const bool isUntouchedFile = before != nullptr && after != nullptr && isUntouched(*before, *after);
     const bool isDomain = !domainAt(path).empty();
     const bool listUnchanged = isDomain && (all || !isUntouchedFile);
@@ -54,13 +70,17 @@ void compareKeys(const std::string& path, const Entry* before, const Entry* afte
         return;
     }
     changes.storedAnew = changes.storedAnew || (isDomain && !isUntouchedFile);
-    const PreferenceDomain now = domainOf(after);
-    const PreferenceDomain old = isUntouchedFile ? now : domainOf(before);
+    if (isUntouchedFile && !listUnchanged) {
+        isUnreadable(path, after, withoutKeys(*after), true, changes);
+        return;
+    }
+    const PreferenceDomain now = domainOf(path, after, budget);
+    const PreferenceDomain old = isUntouchedFile ? now : domainOf(path, before, budget);
     if (isUnreadable(path, after, now, isUntouchedFile, changes)) {
         return;
     }
-    if (before != nullptr && (!detailsOf(*before).propertyListProblem.empty())) {
-        changes.unreadable.push_back({Unreadable::Kind::Unseen, path, detailsOf(*before).propertyListProblem});
+    if (const std::string problem = problemBefore(before, old); !problem.empty()) {
+        changes.unreadable.push_back({Unreadable::Kind::Unseen, path, problem});
         return;
     }
     compareKeys({path, domainAt(path)}, old.keys, now.keys, listUnchanged, changes.preferences);
@@ -75,11 +95,11 @@ void compareKeys(const KeyPlace& place, const Keys& before, const Keys& after, b
         }
     }
     for (const std::string& key : keys) {
-        const TypedValue was = valueOr(before, key);
-        const TypedValue is = valueOr(after, key);
+        TypedValue was = valueOr(before, key);
+        TypedValue is = valueOr(after, key);
         const Change change = kindOf(was, is);
         if (change != Change::Unchanged || listUnchanged) {
-            changes.push_back({place.path, place.domain, key, change, was, is});
+            changes.push_back({place.path, place.domain, key, change, std::move(was), std::move(is)});
         }
     }
 }

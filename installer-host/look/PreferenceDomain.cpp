@@ -3,29 +3,44 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <string_view>
 
 #include "platform/Descriptor.h"
 #include "platform/PropertyList/PropertyList.h"
 
 namespace host {
 
-PreferenceDomain parsePreferenceDomain(std::string_view bytes) {
+namespace {
+
+std::string damageOf(const cv::plist::Parsed& parsed) {
+    return !parsed.root ? parsed.reason : parsed.root->dictionary() == nullptr ? "it holds no dictionary" : "";
+}
+
+}  // namespace
+
+std::string damageOf(std::string_view bytes) {
+    return damageOf(cv::plist::parse(bytes));
+}
+
+PreferenceDomain parsePreferenceDomain(std::string_view path, std::string_view bytes, ValueBudget& budget) {
     PreferenceDomain domain;
     const cv::plist::Parsed parsed = cv::plist::parse(bytes);
-    if (!parsed.root) {
-        domain.problem = parsed.reason;
-    } else if (const cv::plist::Dictionary* dictionary = parsed.root->dictionary()) {
-        for (const auto& [key, value] : *dictionary) {
-            domain.keys.emplace(key, typedValue(value));
-        }
-    } else {
-        domain.problem = "it holds no dictionary";
+    domain.problem = damageOf(parsed);
+    if (!domain.problem.empty()) {
+        return domain;
+    }
+    const cv::plist::Dictionary& keys = *parsed.root->dictionary();
+    if (!budget.spend(path, keys)) {
+        domain.isTooMuch = true;
+        domain.problem = "it is too large";
+        return domain;
+    }
+    for (const auto& [key, value] : keys) {
+        domain.keys.emplace(key, typedValue(value));
     }
     return domain;
 }
 
-PreferenceDomain readPreferenceDomain(int fd) {
+PreferenceDomain readPreferenceDomain(std::string_view path, int fd, ValueBudget& budget) {
     PreferenceDomain domain;
     struct stat status {};
     std::string bytes;
@@ -38,7 +53,7 @@ PreferenceDomain readPreferenceDomain(int fd) {
         domain.problem = error != 0 ? cv::errorText(error) : "it is not a file";
         return domain;
     }
-    return parsePreferenceDomain(bytes);
+    return parsePreferenceDomain(path, bytes, budget);
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "installer-host/look/TypedValue.h"
+#include "installer-host/look/ValueBudget.h"
 
 namespace host {
 
@@ -12,12 +13,17 @@ namespace host {
 struct PreferenceDomain {
     std::string problem;                     ///< why it cannot be read, to end a sentence with; empty when it can
     std::map<std::string, TypedValue> keys;  ///< empty with a problem
+    bool isTooMuch = false;                  ///< the problem is that there was no budget left for it
 };
 
-/// What these bytes of a file hold. Throws nothing but std::bad_alloc.
-PreferenceDomain parsePreferenceDomain(std::string_view bytes);
+/// What these bytes of the file at `path` hold. Throws nothing but std::bad_alloc.
+PreferenceDomain parsePreferenceDomain(std::string_view path, std::string_view bytes, ValueBudget& budget);
 
-/// Reads the file that is open at `fd`. Throws nothing but std::bad_alloc.
-PreferenceDomain readPreferenceDomain(int fd);
+/// Why these bytes of a file are no preference domain, to end a sentence with; empty when they are one. Throws nothing
+/// but std::bad_alloc.
+std::string damageOf(std::string_view bytes);
+
+/// Reads the file at `path`, which is open at `fd`. Throws nothing but std::bad_alloc.
+PreferenceDomain readPreferenceDomain(std::string_view path, int fd, ValueBudget& budget);
 
 }  // namespace host

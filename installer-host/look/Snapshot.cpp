@@ -67,10 +67,10 @@ private:
         return root_.open(pathOf(relative), O_PATH | O_DIRECTORY | O_NOFOLLOW).isOpen();
     }
 
-    PreferenceDomain readDomain(const std::string& relative) const {
+    PreferenceDomain readDomain(const std::string& relative) {
         const cv::Descriptor file = root_.open(pathOf(relative), O_RDONLY);
         if (file.isOpen()) {
-            return readPreferenceDomain(file.get());
+            return readPreferenceDomain(relative, file.get(), budget_);
         }
         PreferenceDomain unreadable;
         unreadable.problem = cv::errorText(errno);
@@ -79,6 +79,7 @@ private:
 
     const RootFolder& root_;
     Snapshot& snapshot_;
+    ValueBudget budget_;
 };
 
 }  // namespace

@@ -42,7 +42,7 @@ Json performCase(const CaseSettings& settings, const MatrixCase& one) {
     const Plan plan(optionsOf(settings, one));
     putInstallStatus(RootFolder(plan.workedOn()), settings.list.statuses[one.status]);
     Changes everything;
-    const RunResult result = performRun(plan, &everything);
+    const RunResult result = performRun(plan, settings.expectation ? &everything : nullptr);
     Verdict verdict = judgeAsExpected(result, everything, settings.expectation, one.name);
     explain(verdict.judgement);
     if (settings.options.root.empty()) {

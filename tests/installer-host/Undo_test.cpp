@@ -332,9 +332,14 @@ mkdir -p made/inside/deep
 echo '<plist><dict/></plist>' >large.plist
 echo '<plist><dict><key>a</key><date>2026-01-02T03:04:05Z</date></dict></plist>' >made/new.plist
 echo x >made/other
+truncate -s 65M grown.plist
+repeat() { yes "$2" | head -n "$1"; }
+{ echo '<plist><dict><key>a</key>'; repeat 50 '<array>'; repeat 500000 '<true/>'; repeat 50 '</array>'; echo '</dict></plist>'
+} >many.plist
 setfattr -n user.note -v new notes
 end
 echo some >Library/notes; echo x >Library/moved; truncate -s 65M Library/large.plist
+echo '<plist><dict/></plist>' >Library/grown.plist
 echo '<plist><dict/></plist>' >Library/Preferences/removed.plist; chmod 640 Library/Preferences/removed.plist)sh");
     const ProcessResult result = runHost(
         {"run", "--product=1", "--step=pre", "--root", machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
@@ -345,7 +350,8 @@ echo '<plist><dict/></plist>' >Library/Preferences/removed.plist; chmod 640 Libr
     EXPECT_EQ(told(report["restored"]), "file\nkey a\nfile\nattribute\nfolder\nfolder\n");
     EXPECT_EQ(told(report["left"]),
               "folder: it is not empty\nother: the journal does not hold it\nother: the journal does "
-              "not hold it\nother: the journal does not hold it\nother: the journal does not hold it\n");
+              "not hold it\nother: the journal does not hold it\nother: the journal does not hold it\n"
+              "other: the journal does not hold it\nother: the journal does not hold it\n");
     EXPECT_EQ(readFile(machine / "Library/large.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(readFile(machine / "Library/Preferences/removed.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(static_cast<int>(fs::status(machine / "Library/Preferences/removed.plist").permissions()), 0640);

@@ -65,6 +65,8 @@ std::string changesOf(const std::string& before, const std::string& change, bool
 }
 
 constexpr const char* LIST = R"sh(plist() { mkdir -p "$(dirname "$1")"; echo "<plist><dict>$2</dict></plist>" >"$1"; }
+repeat() { yes "$2" | head -n "$1"; }
+many() { plist "$1" "<key>a</key>$(repeat 50 '<array>'; repeat 500000 '<true/>'; repeat 50 '</array>')"; }
 )sh";
 
 TEST(Changes, AreAllToldAndNothingElse) {
@@ -129,6 +131,45 @@ TEST(Changes, AreAllToldAndNothingElse) {
     for (const auto& c : cases) {
         EXPECT_EQ(changesOf(std::string(LIST) + c.before, std::string(LIST) + c.change), c.told) << c.change;
     }
+}
+
+/// What a report has no room for is told as a change of the file, and that its keys are not known.
+TEST(Changes, OfTooManyValuesAreNamed) {
+    const std::string list = "/Library/Preferences/d.plist", unknown = "cannot be read: it is too large\n";
+    const struct {
+        const char* before;
+        const char* change;
+        bool isVerbose;
+        std::string told;
+    } cases[] = {
+        {"", "many o.plist; plist p.plist '<key>k</key><true/>'", false,
+         "  /p.plist\n    + \"k\" = true (boolean)\n  + file /o.plist, 4000890 bytes\n  + file /p.plist, 48 bytes\n  "
+         "/o.plist " +
+             unknown},
+        {"plist Library/Preferences/d.plist; touch f", "many Library/Preferences/d.plist; rm f", false,
+         "  ~ file " + list + ": contents 29 -> 4000890 bytes\n  - file /f\n  " + list + " " + unknown},
+        {"many Library/Preferences/d.plist", "plist Library/Preferences/d.plist", false,
+         "  ~ file " + list + ": contents 4000890 -> 29 bytes\n  " + list + " " + unknown},
+        {"many Library/Preferences/d.plist", "touch f", false, "  + file /f, 0 bytes\n"},
+        {"many Library/Preferences/d.plist", "touch f", true, "  + file /f, 0 bytes\n  " + list + " " + unknown},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(changesOf(std::string(LIST) + c.before, std::string(LIST) + c.change, c.isVerbose), c.told)
+            << c.change;
+    }
+}
+
+TEST(ValueBudget, IsEnoughForAHundredThousandKeysThatChange) {
+    const std::string path = "/Library/Preferences/com.corvane.audioplugins.Ambrel.plist";
+    ValueBudget budget;
+    cv::plist::Dictionary keys;
+    for (int i = 0; i < 100'005; ++i) {
+        keys.emplace("key " + std::to_string(i), cv::plist::Value{std::string("value")});
+    }
+    EXPECT_TRUE(budget.spend(path, keys)) << "before";
+    EXPECT_TRUE(budget.spend(path, keys)) << "after";
+    EXPECT_FALSE(budget.spend(path, keys)) << "of another file";
+    EXPECT_TRUE(budget.spend(path, {{"key", {true}}})) << "what was refused takes nothing";
 }
 
 /// Every kind of thing that becomes another kind under the same name.
@@ -212,6 +253,14 @@ TEST(Changes, OfWhatCannotBeReadAreNotMadeUp) {
         return told.find("cannot be read: Too many open files") != std::string::npos &&
                told.find("- ") == std::string::npos;
     }));
+}
+
+TEST(Snapshot, OfTooManyValuesIsIncomplete) {
+    const test::TempDir folder;
+    shell(folder, std::string(LIST) + "many Library/Preferences/d.plist; plist Library/Preferences/e.plist");
+    const Snapshot snapshot = takeSnapshot(RootFolder(folder.path()));
+    EXPECT_FALSE(snapshot.isComplete());
+    EXPECT_EQ(unreadableText(snapshot), "Problems\n  d cannot be read: it is too large\n");
 }
 
 TEST(Snapshot, OfAClosedFolderIsIncomplete) {
