@@ -16,14 +16,32 @@ ProcessResult runWithAlert(const InstallRoot& root, const Strings& actions, cons
     return runAlertUser(arguments);
 }
 
+/// The report in JSON among what else was printed.
+nlohmann::json reportIn(const ProcessResult& result, int status) {
+    const auto start = result.out.find("{\n");
+    const auto end = result.out.find("\n}\n", start);
+    if (end == std::string::npos) {
+        ADD_FAILURE() << "no report: " << result.out;
+        return {};
+    }
+    return nlohmann::json::parse(kept({status, result.out.substr(start, end + 3 - start), ""}).out);
+}
+
 /// The host shows it as a real panel, outside of the private root.
 TEST(Alert, OfAWrongBlockVersionIsShownAndAnswered) {
     const InstallRoot root;
-    const ProcessResult result = runWithAlert(root, {"--do", "click:0"}, {});
+    const ProcessResult result = runWithAlert(root, {"--do", "click:0"}, {"--format=json"});
     EXPECT_EQ(linesWith(result.out, "alert"), Strings{"Alert of CorvaneInstall.bundle"});
     EXPECT_EQ(linesWith(result.out, "line"), Strings{"'Unable to set post install option keys.'"}) << result.err;
     EXPECT_EQ(linesWith(result.out, "button"), Strings{"OK default focused"});
-    EXPECT_THAT(result.out, testing::HasSubstr("resultFlags 0x00000000 -> 0x00000001\n"));
+    const nlohmann::json report = reportIn(result, 1);
+    EXPECT_EQ(report["steps"].back()["resultFlagsAfter"], 1);
+    ASSERT_EQ(report["alerts"].size(), 1U);
+    EXPECT_EQ(report["alerts"][0], nlohmann::json({{"title", "Alert of CorvaneInstall.bundle"},
+                                                   {"text", "Unable to set post install option keys."},
+                                                   {"buttons", {"OK"}},
+                                                   {"answer", "OK"},
+                                                   {"answeredBy", "user"}}));
     EXPECT_EQ(linesWith(result.out, "exit"), Strings{"1"});
     EXPECT_EQ(linesWith(result.out, "error").size(), 1U)
         << "what the exit status means, and nothing else: " << result.out;
@@ -34,10 +52,7 @@ TEST(Alert, ThatWaitsUntilTheTimeIsOverIsInTheReport) {
     const ProcessResult result = runWithAlert(root, {}, {"--format=json", "--timeout=5"});
     EXPECT_EQ(linesWith(result.out, "exit"), Strings{"9"}) << result.err;
     EXPECT_TRUE(linesWith(result.out, "left").empty()) << "the panel outlives the run: " << result.out;
-    const auto start = result.out.find("{\n");
-    ASSERT_NE(start, std::string::npos) << result.out;
-    const ProcessResult report = kept({9, result.out.substr(start, result.out.find("\n}\n") + 3 - start), ""});
-    const auto alerts = nlohmann::json::parse(report.out)["alerts"];
+    const nlohmann::json alerts = reportIn(result, 9)["alerts"];
     ASSERT_EQ(alerts.size(), 1U);
     EXPECT_EQ(alerts[0]["text"], "Unable to set post install option keys.");
     EXPECT_TRUE(alerts[0]["answer"].is_null());
