@@ -213,7 +213,37 @@ void attackSystemCalls() {
     }
 }
 
+#if defined(__x86_64__)
+/// The calls of 32-bit Intel, and of 64-bit Intel with short pointers: both have other numbers.
+void attackOtherProcessorsCalls() {
+    tell("system call of another processor: int 0x80", inACopy([] {
+             long result = 20;  // getpid
+             asm volatile("int $0x80" : "+a"(result) : : "r8", "r9", "r10", "r11", "memory");
+             return result > 0;
+         }));
+    tell("system call of another processor: x32", inACopy([] {
+             constexpr long X32 = 0x40000000;
+             errno = 0;
+             return syscall(X32 + SYS_getpid) > 0 || errno == ENOSYS;
+         }));
+}
+#else
+void attackOtherProcessorsCalls() {}
+#endif
+
+/// Whether the kernel shows that somebody listens at the abstract socket.
+bool isSeen(const std::string& abstractName) {
+    std::ifstream sockets("/proc/net/unix");
+    for (std::string line; std::getline(sockets, line);) {
+        if (line.find("@" + abstractName) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void attackNetwork(const std::vector<std::string>& order) {
+    tell("network: the machine's sockets", isSeen(order[1]), "are seen");
     for (const int family : {AF_UNIX, AF_INET, AF_INET6, AF_NETLINK, AF_PACKET, AF_VSOCK}) {
         tellCall("socket: family " + std::to_string(family), socket(family, SOCK_STREAM, 0));
     }
@@ -259,13 +289,23 @@ void attackEnvironment() {
     }
 }
 
+bool isIn(const std::string& path, const std::string& folder) {
+    return (path + "/").compare(0, folder.size() + 1, folder + "/") == 0;
+}
+
 bool mayWrite(const std::string& path) {
-    for (const std::string own : {"/Library", "/Applications", "/installer-home", "/dev/shm"}) {
-        if (path == own || path.compare(0, own.size() + 1, own + "/") == 0) {
-            return true;
-        }
-    }
-    return false;
+    const auto holds = [&](const char* own) { return isIn(path, own); };
+    const std::vector<const char*> own{"/Library", "/Applications", "/installer-home", "/dev/shm"};
+    return std::any_of(own.begin(), own.end(), holds);
+}
+
+/// Whether it is the system's, or the code's own: one of its places, its bundle, or on the way there.
+bool maySee(const std::string& path) {
+    const auto holds = [&](const char* shown) { return isIn(path, shown); };
+    const std::vector<const char*> shown{
+        "/usr", "/bin", "/sbin", "/lib",     "/lib32",        "/lib64",          "/libx32",
+        "/etc", "/dev", "/proc", "/Library", "/Applications", "/installer-home", "/installer-host"};
+    return std::any_of(shown.begin(), shown.end(), holds) || isIn(path, ownBundle()) || isIn(ownBundle(), path);
 }
 
 /// Tries to change what there is at `path`, and to add something where it is a folder. Answers what was possible.
@@ -287,15 +327,16 @@ std::string tryToChange(const std::string& path) {
 }
 
 void attackPlaces() {
-    std::size_t places = 0;
+    std::size_t places = 0, settings = 0;
     std::error_code error;
     for (fs::recursive_directory_iterator entries("/", fs::directory_options::skip_permission_denied, error), end;
          entries != end; entries.increment(error)) {
         const std::string path = entries->path();
-        if (path == "/proc" || (path.compare(0, 5, "/usr/") == 0 && entries.depth() > 3)) {
-            entries.disable_recursion_pending();
-        }
         ++places;
+        settings += path.compare(0, 5, "/etc/") == 0 ? 1U : 0U;
+        if (!maySee(path)) {
+            tell("place " + path, true, "is seen");
+        }
         if (!mayWrite(path)) {
             const std::string change = tryToChange(path);
             if (!change.empty()) {
@@ -303,7 +344,8 @@ void attackPlaces() {
             }
         }
     }
-    tell("places: all " + std::to_string(places), places < 100, "so few are seen");
+    tell("places: all " + std::to_string(places), places < 100 || error, error ? error.message() : "so few are seen");
+    tell("places: in /etc", settings > 6, std::to_string(settings) + " are seen");
     tell("place /", !tryToChange("/").empty(), "can be changed");
     for (const char* path : {"/proc/sys/kernel/core_pattern", "/proc/sysrq-trigger", "/proc/sys/kernel/hostname",
                              "/proc/self/oom_score_adj", "/proc/sys/vm/drop_caches"}) {
@@ -346,6 +388,32 @@ std::size_t fill(const std::string& path) {
     close(file);
     unlink(path.c_str());
     return count;
+}
+
+void attackTerminal() {
+    std::ifstream status("/proc/self/stat");
+    std::string fields, state;
+    int parent = 0, group = 0, session = 0, controlling = -1;
+    std::getline(status, fields, ')');
+    status >> state >> parent >> group >> session >> controlling;
+    tell("terminal: of its session", controlling != 0, std::to_string(controlling));
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    tellCall("terminal: opened", terminal);
+    const char typed = 'x';
+    tell("terminal: typed into", terminal >= 0 && ioctl(terminal, TIOCSTI, &typed) == 0);
+}
+
+/// Property lists of a few megabytes each, which a report tells in hundreds.
+void writeManyValues() {
+    std::string list = "<plist><dict><key>a</key><array>";
+    for (int i = 0; i < 500000; ++i) {
+        list += "<true/>";
+    }
+    list += "</array></dict></plist>";
+    fs::create_directories("/Library/Preferences");
+    for (const char* name : {"1", "2", "3", "4"}) {
+        std::ofstream("/Library/Preferences/" + (name + std::string(".plist"))) << list;
+    }
 }
 
 void attackResources() {
@@ -465,6 +533,7 @@ const std::map<std::string, Attack>& attacks() {
              attackSpecialFiles();
              attackProcesses();
              attackSystemCalls();
+             attackOtherProcessorsCalls();
              attackNetwork(order);
              attackEnvironment();
              attackRights();
@@ -472,6 +541,8 @@ const std::map<std::string, Attack>& attacks() {
              attackResources();
          }},
         {"forks", [](const auto&) { attackForks(); }},
+        {"terminal", [](const auto&) { attackTerminal(); }},
+        {"many values", [](const auto&) { writeManyValues(); }},
         {"leave behind", [](const auto&) { leaveBehind(); }},
         {"leave behind and lie",
          [](const auto&) {

@@ -6,21 +6,25 @@
 BUILD is a build folder. Prints what did harm, and the figures; ends with the exit status 1 when something did. As root it
 attacks as root, as root on another user's files, and as an ordinary user. --short leaves out what takes long: most
 exchanges, and as the second and the third user all but what the code tries from inside. --prove takes one protection
-away after the other, by a bwrap of its own, and ends with 1 when no attack notices.
+away after the other, by a bwrap of its own, and ends with 1 when the attacks that are to notice do not.
 """
 
 import argparse
 import ctypes
+import fcntl
 import json
 import os
 import pathlib
+import pty
 import re
+import resource
 import shutil
 import socket
 import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import threading
 import time
 
@@ -28,6 +32,7 @@ import jsonschema
 
 NOBODY = 65534
 NOT_TRIED = "the attack was not tried"
+HOSTS_MEMORY = 2 << 30
 BWRAP = shutil.which("bwrap")
 LIBC = ctypes.CDLL(None, use_errno=True)
 SCHEMA = jsonschema.Draft202012Validator(json.loads(
@@ -45,17 +50,19 @@ FORGED_EVENTS = [
     '{"event":"refused","status":0,"text":"x"}', '{"event":"failure","status":0,"text":"x"}', '{"event":"finished"}',
 ]
 
-# What a bwrap without the protection does with its arguments: what is left out, each with as many words that follow, and
-# what the group of attacks is that notices.
+# What a bwrap without the protection does with its arguments: what is left out, each with as many words that follow; which
+# group of attacks is to notice; and what the harm's name begins with.
 WEAKENINGS = {
-    "system-call filter": ({"--seccomp": 1}, "inside"),
-    "capabilities dropped": ({"--cap-drop": 1, "--unshare-user": 0, "--disable-userns": 0, "--unshare-all": 0}, "inside"),
-    "empty environment": ({"--clearenv": 0}, "inside"),
-    "first process hidden": ({"--tmpfs /proc/1": 0, "--remount-ro /proc/1": 0}, "inside"),
-    "network of its own": ({"--seccomp": 1, "--unshare-all": 0}, "inside"),
-    "devices read-only": ({"--remount-ro": 1}, "inside"),
-    "descriptors closed": ({"keep a descriptor": 0}, "inside"),
-    "folders by descriptor": ({"--bind-fd by path": 0}, "exchange"),
+    "system-call filter": ({"--seccomp": 1}, "inside", "system call"),
+    "capabilities dropped": ({"--cap-drop": 1, "--unshare-user": 0, "--disable-userns": 0, "--unshare-all": 0}, "inside",
+                             "rights:"),
+    "empty environment": ({"--clearenv": 0}, "inside", "environment:"),
+    "first process hidden": ({"--tmpfs /proc/1": 0, "--remount-ro /proc/1": 0}, "inside", "/proc/1/"),
+    "network of its own": ({"share the network": 0}, "inside", "network:"),
+    "devices read-only": ({"--remount-ro": 1}, "inside", "place /dev/"),
+    "descriptors closed": ({"keep a descriptor": 0}, "inside", "descriptor 60"),
+    "folders by descriptor": ({"--bind-fd by path": 0}, "exchange", "exchanged"),
+    "session of its own": ({"--new-session": 0}, "terminal", "terminal:"),
 }
 
 WEAK_BWRAP = """#!/usr/bin/env python3
@@ -70,6 +77,8 @@ while words:
     elif word == "--bind-fd" and "--bind-fd by path" in dropped:
         out += ["--bind", os.readlink("/proc/self/fd/" + words.pop(0))]
         time.sleep(0.01)
+    elif word == "--unshare-all" and "share the network" in dropped:
+        out += [word, "--share-net"]
     elif word == "--":
         out += [word] + words
         break
@@ -182,6 +191,28 @@ class Attacker:
         else:
             self.results(root, "forks")
 
+    def terminal(self):
+        """The host has a terminal, as a user's has."""
+        host_side, terminal = pty.openpty()
+        root = self.root()
+        self.run(root, self.bundle("terminal"), start_new_session=True,
+                 preexec_fn=lambda: fcntl.ioctl(terminal, termios.TIOCSCTTY, 0))
+        os.close(host_side)
+        os.close(terminal)
+        self.results(root, "terminal")
+
+    def many_values(self):
+        """Files that the host names as changed, but does not take apart all."""
+        root, files = self.root(), [f"/Library/Preferences/{name}.plist" for name in "1234"]
+        report = self.host("run", "--product=5100", "--step=pre", "--root", root, self.bundle("many values"),
+                           timeout=60).stdout.decode()
+        taken = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss << 10
+        self.record("many values: the host's memory", f"{taken >> 20} MiB" if taken > HOSTS_MEMORY else "")
+        for file in files:
+            self.record(f"many values: {file}", "" if f"+ file {file}," in report else "is not named")
+        self.record("many values: what is too large",
+                    "" if f"{files[3]} cannot be read: it is too large" in report else "is not named")
+
     def exchange(self):
         """Another process exchanges a folder of the root for a link out of it, all the time."""
         root, evil = self.root(), self.work / "evil"
@@ -269,7 +300,8 @@ class Attacker:
                 self.record(f"escapes in the {form} {name}", f"are in {text!r:.300}" if raw else "")
 
     def all(self):
-        for attack in (self.inside, self.forks, self.links, self.left_behind, self.told, self.escapes, self.exchange):
+        for attack in (self.inside, self.forks, self.terminal, self.many_values, self.links, self.left_behind, self.told,
+                       self.escapes, self.exchange):
             attack()
 
 
@@ -288,13 +320,15 @@ def weak_path(work, dropped):
 
 def prove(build):
     unnoticed = 0
-    for name, (dropped, attack) in WEAKENINGS.items():
+    for name, (dropped, attack, expected) in WEAKENINGS.items():
         with tempfile.TemporaryDirectory() as work:
             attacker = Attacker(build, 0, 0, 60, weak_path(pathlib.Path(work), dropped))
             getattr(attacker, attack)()
             shutil.rmtree(attacker.work, ignore_errors=True)
-        unnoticed += all(NOT_TRIED in harm for harm in attacker.harms)
-        print(f"without {name}: {len(attacker.harms)} of {attacker.tries} attacks did harm", flush=True)
+        noticed = sum(harm.startswith(expected) and NOT_TRIED not in harm for harm in attacker.harms)
+        unnoticed += not noticed
+        print(f"without {name}: {len(attacker.harms)} of {attacker.tries} attacks did harm, {noticed} of them those that "
+              "are to notice", flush=True)
         print("".join(f"    {harm}\n" for harm in attacker.harms[:5]), end="")
     return 1 if unnoticed else 0
 
