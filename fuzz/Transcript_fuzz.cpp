@@ -18,8 +18,8 @@ const struct {
     std::regex begun, told;
 } KINDS[] = {
     {{Step::PreInstall, Step::PostInstall},
-     std::regex("(s(r|b(xn*f?|e(B([EX]n*f?)?)?)?)?)?"),
-     std::regex("sr|sbxn*f|sbeB[EX]n*f")},
+     std::regex("(s(r|b(xn*f?|en*(B([EX]n*f?)?)?)?)?)?"),
+     std::regex("sr|sbxn*f|sben*B[EX]n*f")},
     {{Step::PostInstall}, std::regex("(s(r|b([ex]n*f?)?)?)?"), std::regex("sr|sb[ex]n*f")},
     {{}, std::regex("(s(r|o+f?)?)?"), std::regex("sr|so+f")},
 };

@@ -74,7 +74,7 @@ bool Transcript::isNext(const Started&) {
 }
 
 bool Transcript::isNext(const StepBegins& event) {
-    const bool mayBegin = state_ == State::Between && begun_ < result_.steps.size() && result_.notStored.empty() &&
+    const bool mayBegin = state_ == State::Between && begun_ < result_.steps.size() &&
                           (begun_ == 0 || result_.steps[begun_ - 1].outcome == Outcome::Done);
     if (!mayBegin || result_.steps[begun_].step != event.step) {
         return false;
@@ -92,6 +92,7 @@ bool Transcript::isNext(const StepEnds& event) {
     }
     StepResult& step = result_.steps[begun_ - 1];
     state_ = State::Between;
+    isListOld_ = true;
     step.duration =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - stepBegan_);
     step.flagsAfter = event.flags;
@@ -111,10 +112,18 @@ bool Transcript::ranAll() const {
     return begun_ > 0 && (begun_ == result_.steps.size() || result_.steps[begun_ - 1].outcome == Outcome::Exception);
 }
 
+/// A step may have stored after all what an earlier one could not.
+void Transcript::dropOldList() {
+    if (isListOld_) {
+        result_.notStored.clear();
+        isListOld_ = false;
+    }
+}
+
 bool Transcript::isNext(const NotStored& event) {
-    logEvent("not-stored", event.fault.what + ": " + event.fault.reason);
+    dropOldList();
     result_.notStored.push_back(event.fault);
-    return state_ == State::Between && ranAll() && result_.notStored.size() <= MOST_FAULTS;
+    return state_ == State::Between && begun_ > 0 && result_.notStored.size() <= MOST_FAULTS;
 }
 
 bool Transcript::isNext(const Refused& event) {
@@ -131,6 +140,7 @@ bool Transcript::isNext(const Finished&) {
     if (state_ != State::Between || !isAllTold) {
         return false;
     }
+    dropOldList();
     state_ = State::Over;
     return true;
 }
@@ -159,6 +169,9 @@ RunResult Transcript::finish(const ChildEnd& end) {
         endEarly(WorkerEnd::Died, endText(end.exitStatus));
     }
     goOnWith("", result_.endText);
+    for (const cv::Fault& fault : result_.notStored) {
+        logEvent("not-stored", fault.what + ": " + fault.reason);
+    }
     return result_;
 }
 

@@ -46,6 +46,7 @@ private:
 
     bool refuse(std::string_view line);
     bool ranAll() const;
+    void dropOldList();
     void endEarly(WorkerEnd end, const std::string& text);
     void endFindings();
     void goOnWith(const std::string& activity, const std::string& resultOfLast = "");
@@ -55,6 +56,7 @@ private:
     std::size_t begun_ = 0;  ///< of the steps
     std::size_t heard_ = 0;
     std::chrono::steady_clock::time_point stepBegan_;
+    bool isListOld_ = false;  ///< what was not stored will be told anew
     bool isBroken_ = false;
     std::optional<Activity> activity_;  ///< what goes on, for the user
 };

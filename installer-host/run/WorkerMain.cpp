@@ -61,7 +61,7 @@ bool isFinderObject(const std::string& path) {
     });
 }
 
-/// Reports what the steps stored and is not on the disk.
+/// Reports all that the steps so far stored and that is not on the disk. After each step: the next one may not end.
 void tellFailures(const WorkerOrder& order) {
     std::size_t left = MOST_FAULTS;
     for (const cv::StoreFailure& failure : cv::storeFailures()) {
@@ -76,11 +76,12 @@ void runSteps(const WorkerOrder& order) {
     const BundleSession session(order.bundle);
     const StepEntries entries(session, order.installation);
     for (const Step step : order.installation.steps) {
-        if (!runStep(order, step, entries.entry(step))) {
+        const bool returned = runStep(order, step, entries.entry(step));
+        tellFailures(order);
+        if (!returned) {
             break;
         }
     }
-    tellFailures(order);
 }
 
 void runChecks(const WorkerOrder& order) {

@@ -69,7 +69,7 @@ using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, Re
 constexpr std::size_t LONGEST_EVENT = 65536;
 
 /// The most events that the worker sends, and how many of them may be faults.
-constexpr std::size_t MOST_EVENTS = 2000;
+constexpr std::size_t MOST_EVENTS = 3000;
 constexpr std::size_t MOST_FAULTS = 1000;
 
 /// The event as a line of JSON with its line feed. Long texts are cut, and bytes that are not UTF-8 are replaced.

@@ -198,6 +198,8 @@ void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef
                            CFStringRef host) {
     const auto target = targetOf(SET_VALUE, domain, user, host);
     if (!target) {
+        cv::storeFailed((cv::utf8Of(domain).value_or("") + ", a preference").c_str(),
+                        "its domain, user or host cannot be used");
         return;
     }
     const auto name = cv::utf8Of(key);

@@ -65,7 +65,14 @@ TEST(NotStored, IsAnExitStatusAndInTheReport) {
         EXPECT_THAT(result.out, HasSubstr("\"Lang\" = \"en\" (string)")) << "the rest is stored";
     };
     fs::create_directories(root.preferenceFile(UPDATER) + "/in the way");
-    expectInReport(7, "  not stored: /Library/Preferences/com.corvane.updater.plist: ");
+    const std::string inTheWay = "  not stored: /Library/Preferences/com.corvane.updater.plist: ";
+    expectInReport(7, inTheWay);
+    fs::create_directories(fs::path(root.statusPath()).parent_path());
+    ASSERT_EQ(mkfifo(root.statusPath().c_str(), 0600), 0);
+    const ProcessResult hanging = install(root, {"--timeout=1"});
+    EXPECT_EQ(hanging.exitStatus, 9);
+    EXPECT_THAT(hanging.out, HasSubstr(inTheWay)) << "the first step's, although the second one does not end";
+    fs::remove(root.statusPath());
 
     fs::remove_all(root.preferenceFile(UPDATER));
     const std::string damaged = "bplist00 and then nothing of the kind";

@@ -134,6 +134,7 @@ TEST_F(UserPreferences, KeysDomainsAndScopesThatNameNothingAreRefused) {
             EXPECT_EQ(CFPreferencesCopyValue(row.key, row.domain, row.user, row.host), nullptr);
         });
         EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), row.lines) << "row " << &row - rows << errors;
+        EXPECT_THAT(cv::storeFailures().back().reason, StartsWith(row.lines == 1 ? "a key" : "its domain"));
     }
     EXPECT_FALSE(fs::exists(home_ / "Library"));
 }

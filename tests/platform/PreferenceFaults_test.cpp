@@ -72,9 +72,10 @@ TEST_F(PreferenceFaults, WhatCannotBeReplacedIsLeftAloneAndTheChangeIsStoredLate
     }
 }
 
-/// Whether a process waits for a lock that it shares with nobody.
-bool someoneWaitsForALock() {
-    return readFile("/proc/locks").find("-> FLOCK  ADVISORY  WRITE") != std::string::npos;
+/// Whether this process waits for a lock that it shares with nobody.
+bool waitsForALock() {
+    const std::string waiter = "-> FLOCK  ADVISORY  WRITE " + std::to_string(getpid()) + " ";
+    return readFile("/proc/locks").find(waiter) != std::string::npos;
 }
 
 TEST_F(PreferenceFaults, AWriterWaitsUntilItIsTheOnlyOne) {
@@ -86,7 +87,7 @@ TEST_F(PreferenceFaults, AWriterWaitsUntilItIsTheOnlyOne) {
         setText("Lang", "fr");
         isStored = synchronize();
     });
-    while (!isStored && !someoneWaitsForALock()) {
+    while (!isStored && !waitsForALock()) {
         std::this_thread::yield();
     }
     EXPECT_FALSE(isStored);
@@ -117,8 +118,8 @@ TEST_F(PreferenceFaults, ThreadsAndProcessesThatWriteAtTheSameTimeLoseNothing) {
 }
 
 /// Stores one change in another process and kills it before its system call number `call`, counted from when it took
-/// the lock. False when the process made fewer calls, and so came to its end. Until then what it writes, and what it
-/// renames, is flushed before it goes on.
+/// the lock. False when the process made fewer calls, and so came to its end. Until then the file that it writes, and
+/// the folder in which it renames it, are flushed before it goes on.
 bool storeAndKill(int call) {
     const pid_t writer = fork();
     if (writer == 0) {
@@ -128,7 +129,9 @@ bool storeAndKill(int call) {
         _exit(127);
     }
     int status = 0;
-    bool isLocked = false, isFlushed = true;
+    bool isLocked = false;
+    constexpr std::uint64_t NONE = ~0ULL;
+    std::uint64_t unflushed = NONE;  // the descriptor
     while (waitpid(writer, &status, 0) == writer && WIFSTOPPED(status)) {
         __ptrace_syscall_info info{};
         ptrace(PTRACE_SETOPTIONS, writer, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
@@ -143,14 +146,18 @@ bool storeAndKill(int call) {
         if (isCall && info.entry.nr == SYS_openat && (info.entry.args[2] & O_CREAT) != 0) {
             EXPECT_NE(info.entry.args[2] & O_EXCL, 0U) << "what somebody else put there would be written into";
         }
+        const std::uint64_t descriptor = info.entry.args[0];
         if (isCall && info.entry.nr == SYS_renameat) {
-            EXPECT_TRUE(std::exchange(isFlushed, false)) << "a file without its bytes would take the old one's place";
-        } else if (isCall && (info.entry.nr == SYS_fsync || (info.entry.nr == SYS_write && info.entry.args[0] > 2))) {
-            isFlushed = info.entry.nr == SYS_fsync;
+            EXPECT_EQ(unflushed, NONE) << "a file without its bytes would take the old one's place";
+            unflushed = descriptor;
+        } else if (isCall && info.entry.nr == SYS_write && descriptor > 2) {
+            unflushed = descriptor;
+        } else if (isCall && info.entry.nr == SYS_fsync && unflushed == descriptor) {
+            unflushed = NONE;
         }
         ptrace(PTRACE_SYSCALL, writer, nullptr, nullptr);
     }
-    EXPECT_TRUE(isFlushed) << "the folder";
+    EXPECT_EQ(unflushed, NONE) << "the folder";
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     return false;
 }

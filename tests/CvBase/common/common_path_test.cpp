@@ -65,10 +65,10 @@ TEST_F(PathTest, AWorkingFolderThatCannotBeReadGivesTheRoot) {
 
 TEST_F(PathTest, FoldingALongPathTakesLinearTime) {
     std::string text;
-    for (int i = 0; i < 400000; ++i) {
+    for (int i = 0; i < 4000000; ++i) {
         text += "/a/..";
     }
-    EXPECT_EQ(str(file(text + "/b").ToString()), "/b");
+    EXPECT_TRUE(holdsInACopy([&text] { return str(file(text + "/b").ToString()) == "/b"; })) << "an hour otherwise";
 }
 
 /// Calls `use` with every text of at most `length` characters out of `letters`.

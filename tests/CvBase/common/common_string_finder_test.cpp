@@ -58,4 +58,15 @@ TEST(Finder, FindsEveryPlace) {
     }
 }
 
+TEST(Finder, TakesLinearTime) {
+    const std::string half(2000000, 'a');
+    const std::string nearly = half.substr(1) + "b";
+    for (const std::string& text : {half + half + half + half, nearly + nearly + nearly + nearly}) {
+        for (const std::string& pattern : {"b" + half + half, half + "b" + half, half + half + "b"}) {
+            EXPECT_TRUE(holdsInACopy([&] { return Finder(text, pattern).find(0) == std::string::npos; }))
+                << "hours otherwise";
+        }
+    }
+}
+
 }  // namespace

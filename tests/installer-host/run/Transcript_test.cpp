@@ -71,10 +71,10 @@ TEST(Transcript, BelievesOnlyWhatAWorkerCanTell) {
         {"sbE", "broke, crashed, not run"},       {"sbee", "broke, returned, not run"},
         {"sbeb", "broke, returned, not run"},     {"sbxB", "broke, exception, not run"},
         {"sbeBEB", "broke, returned, returned"},  {"sbn", "broke, crashed, not run"},
-        {"sben", "broke, returned, not run"},     {"sbr", "broke, crashed, not run"},
+        {"sben", "died, returned, not run"},      {"sbr", "broke, crashed, not run"},
         {"sber", "broke, returned, not run"},     {"sbf", "broke, crashed, not run"},
         {"so", "broke, not run, not run"},        {"sbeBEfs", "broke, returned, returned"},
-        {"sbeBEff", "broke, returned, returned"},
+        {"sbeBEff", "broke, returned, returned"}, {"sn", "broke, not run, not run"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(toldBy(lettersOf(c.story)), c.told) << c.story;
