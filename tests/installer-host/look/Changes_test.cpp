@@ -159,6 +159,15 @@ TEST(Changes, OfTooManyValuesAreNamed) {
     }
 }
 
+TEST(Changes, LeaveTheStatusToFilesThatChanged) {
+    const test::TempDir folder;
+    shell(folder, std::string(LIST) + "many Library/Preferences/d.plist");
+    const Look before = look(RootFolder(folder.path()), {"/"});
+    const Changes changes = compare(before, before, true);
+    ASSERT_EQ(changes.unreadable.size(), 1U);
+    EXPECT_EQ(changes.unreadable[0].kind, Unreadable::Kind::Older) << "-v changes no exit status";
+}
+
 TEST(ValueBudget, IsEnoughForAHundredThousandKeysThatChange) {
     const std::string path = "/Library/Preferences/com.corvane.audioplugins.Ambrel.plist";
     ValueBudget budget;
