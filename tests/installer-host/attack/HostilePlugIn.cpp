@@ -411,7 +411,7 @@ void writeManyValues() {
     }
     list += "</array></dict></plist>";
     fs::create_directories("/Library/Preferences");
-    for (const char* name : {"1", "2", "3", "4"}) {
+    for (const char* name : {"1", "2", "3", "4", "5", "6", "7", "8"}) {
         std::ofstream("/Library/Preferences/" + (name + std::string(".plist"))) << list;
     }
 }
@@ -531,9 +531,9 @@ const std::map<std::string, Attack>& attacks() {
              attackMounts();
              attackNamespaces();
              attackSpecialFiles();
+             attackOtherProcessorsCalls();
              attackProcesses();
              attackSystemCalls();
-             attackOtherProcessorsCalls();
              attackNetwork(order);
              attackEnvironment();
              attackRights();

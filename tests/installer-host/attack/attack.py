@@ -203,7 +203,7 @@ class Attacker:
 
     def many_values(self):
         """Files that the host names as changed, but does not take apart all."""
-        root, files = self.root(), [f"/Library/Preferences/{name}.plist" for name in "1234"]
+        root, files = self.root(), [f"/Library/Preferences/{name}.plist" for name in "12345678"]
         report = self.host("run", "--product=5100", "--step=pre", "--root", root, self.bundle("many values"),
                            timeout=60).stdout.decode()
         taken = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss << 10
@@ -211,7 +211,7 @@ class Attacker:
         for file in files:
             self.record(f"many values: {file}", "" if f"+ file {file}," in report else "is not named")
         self.record("many values: what is too large",
-                    "" if f"{files[3]} cannot be read: it is too large" in report else "is not named")
+                    "" if f"{files[-1]} cannot be read: it is too large" in report else "is not named")
 
     def exchange(self):
         """Another process exchanges a folder of the root for a link out of it, all the time."""
