@@ -12,6 +12,7 @@
 #include "installer-host/ExitStatus.h"
 #include "installer-host/JsonInput.h"
 #include "installer-host/look/JsonPath.h"
+#include "installer-host/look/QuietOpen.h"
 #include "platform/Descriptor.h"
 #include "platform/Result.h"
 
@@ -78,8 +79,7 @@ RootRecord::RootRecord(const RootFolder& root, const std::string& rootPath)
 }
 
 void RootRecord::read() {
-    const cv::Descriptor file(
-        openat(folder_.descriptor(), name_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const cv::Descriptor file = openQuietly(folder_.descriptor(), name_, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen() && errno == ENOENT) {
         return;
     }

@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "installer-host/look/PrivateFolders.h"
+#include "installer-host/look/QuietOpen.h"
 #include "installer-host/run/NamespaceAdvice.h"
 #include "installer-host/run/SystemCallFilter.h"
 
@@ -92,7 +93,7 @@ bool hasAnotherOwner(int folder) {
         return true;
     }
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(
-        fdopendir(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOATIME)), closedir);
+        fdopendir(openQuietly(folder, ".", O_RDONLY | O_DIRECTORY).release()), closedir);
     while (const dirent* entry = entries == nullptr ? nullptr : readdir(entries.get())) {
         if (std::string(entry->d_name) != ".." && belongsToAnother(folder, entry->d_name)) {
             return true;

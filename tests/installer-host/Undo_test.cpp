@@ -256,7 +256,10 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     fs::copy_file(machine.journal("second"), machine.journal("copy"));
     std::vector<std::string> dryRun = machine.undoCommand("second");
     dryRun.emplace_back("--dry-run");
+    machine.script("find . -exec touch -h -a -d 2001-02-03 {} +");
     EXPECT_EQ(json::parse(runHost(dryRun).out)["counts"]["restored"], 3);
+    EXPECT_EQ(run({"bwrap", "--ro-bind", "/", "/", "find", machine.root(), "-newerat", "2001-02-04"}).out, "")
+        << "read";
     EXPECT_EQ(stateOf(machine.root()), both);
 
     // A root that was moved takes its record along.
