@@ -95,7 +95,7 @@ RunJournal::RunJournal(const std::string& path, Journal journal, const RootFolde
                        const std::function<void()>& endIfInterrupted)
     : journal_(std::move(journal)) {
     file_.emplace(path, endIfInterrupted);
-    RootRecord::requireOutside(file_->path(), journal_);
+    RootRecord::requireOutside(file_->path(), journal_.root, journal_);
     RootRecord::makeFolder(root);
     record_.emplace(root, journal_.root);
     journal_.name.id = randomId();

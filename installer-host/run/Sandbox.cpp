@@ -14,6 +14,7 @@
 #include <iterator>
 #include <memory>
 
+#include "installer-host/look/Places.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "installer-host/look/QuietOpen.h"
 #include "installer-host/run/NamespaceAdvice.h"
@@ -28,9 +29,6 @@ namespace fs = std::filesystem;
 constexpr const char* HOME_FOLDER = "/installer-home";
 constexpr const char* PROGRAM_FOLDER = "/installer-host";
 constexpr const char* BUNDLE_FOLDER = "/installer-bundle";
-
-/// The machine's folders that programs and libraries are in. Some are links to others.
-constexpr const char* SYSTEM_FOLDERS[] = {"/usr", "/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"};
 
 /// What libraries read of the machine's settings.
 constexpr const char* SETTINGS[] = {"/etc/ld.so.cache", "/etc/localtime", "/etc/nsswitch.conf", "/etc/machine-id"};

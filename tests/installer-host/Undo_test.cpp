@@ -371,20 +371,29 @@ mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library
 
 TEST(Undo, RefusesAPlaceForTheJournalThatTheRunCouldChange) {
     const Machine machine;
-    machine.script("ln -s nowhere ../link");
-    const std::string before = stateOf(machine.root());
+    machine.script("ln -s nowhere ../link; mkdir ../bound; ln -s root/Library ../inside");
+    const std::string before = stateOf(machine.root()), bundle = machine.journal("a.bundle");
+    const char* const view = R"(exec bwrap --dev-bind / / --ro-bind /usr /usr --bind "$0/Library" "$0/../bound" "$@")";
+    fs::copy(PLUGIN_BUNDLE, bundle, fs::copy_options::recursive);
     const struct {
         std::string journal;
         int exitStatus;
         const char* message;
     } cases[] = {
-        {machine / "journal", 2, "lies in '"},          {machine / "Library/journal", 2, "lies in '"},
-        {machine.journal("link"), 6, "exists already"}, {machine.journal("no/folder"), 6, "has no folder to lie in"},
+        {machine / "journal", 2, "lies in '"},
+        {machine / "Library/journal", 2, "lies in '"},
+        {machine.journal("link"), 6, "exists already"},
+        {machine.journal("no/folder"), 6, "has no folder to lie in"},
         {"/proc/journal", 6, "cannot be made"},
+        {machine.journal("inside/journal"), 2, "lies in '"},
+        {machine.journal("bound/journal"), 2, "lies in '"},
+        {bundle + "/Contents/journal", 2, "lies in '"},
+        {"/usr/lib/journal", 2, "lies in '"},
+        {"/bin/journal", 2, "lies in '"},
     };
     for (const auto& c : cases) {
-        const ProcessResult result =
-            runHost({"run", "--product=5100", "--root", machine.root(), "--journal", c.journal, PLUGIN_BUNDLE});
+        const ProcessResult result = run({"sh", "-c", view, machine.root(), HOST_PROGRAM, "run", "--product=5100",
+                                          "--root", machine.root(), "--journal", c.journal, bundle});
         EXPECT_EQ(result.exitStatus, c.exitStatus) << c.journal << result.err;
         EXPECT_THAT(result.err, HasSubstr(c.message));
         EXPECT_EQ(stateOf(machine.root()), before);
