@@ -355,18 +355,35 @@ echo '<plist><dict/></plist>' >Library/Preferences/removed.plist; chmod 640 Libr
     EXPECT_TRUE(fs::exists(machine / "Library/made/other"));
 }
 
-TEST(Undo, LeavesWhatSomebodyPutInTheJournalsPlaceDuringTheRun) {
-    const Machine machine;
-    machine.script(R"sh(printf script >Library/plugin-fault
+TEST(Undo, ReportsWhatBefellTheJournalDuringTheRun) {
+    const struct {
+        const char* meanwhile;  ///< what a shell does while the step waits for the file "go"
+        const char* reason;
+        const char* journal;
+    } cases[] = {
+        {R"(mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go")",
+         "something else was put in its place", "other\n"},
+        {R"(exec 9<"$0/.."; flock 9; touch "$0/Library/go"
+until grep -q 'looking at what changed' "$0/../said" || ! kill -0 $!; do sleep 0.02; done; kill $!)",
+         "the user ended the wait for another process that has its folder locked", "\"prepared\""},
+    };
+    for (const auto& c : cases) {
+        const Machine machine;
+        machine.script(R"sh(printf script >Library/plugin-fault
 echo 'touch /Library/ready; until [ -e /Library/go ]; do sleep 0.02; done' >Library/script)sh");
-    const ProcessResult result = run({"sh", "-c", R"sh(
-"$@" & until [ -e "$0/Library/ready" ] || ! kill -0 $!; do sleep 0.02; done
-mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go"; wait $!)sh",
-                                      machine.root(), HOST_PROGRAM, "run", "--product=1", "--step=pre", "--root",
-                                      machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
-    EXPECT_EQ(result.exitStatus, 7) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("not stored: " + machine.journal() + ": something"));
-    EXPECT_EQ(readFile(machine.journal()), "other\n");
+        const std::string begin = R"("$@" 2>"$0/../said" &
+until [ -e "$0/Library/ready" ] || ! kill -0 $!; do sleep 0.02; done
+)";
+        const ProcessResult result = run({"sh", "-c", begin + c.meanwhile + "\nwait $!", machine.root(), HOST_PROGRAM,
+                                          "run", "--verbose", "--format=json", "--product=1", "--step=pre", "--root",
+                                          machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
+        EXPECT_EQ(result.exitStatus, 7) << c.reason << readFile(machine.journal("said"));
+        const json report = json::parse(result.out);
+        EXPECT_EQ(report["steps"][0]["outcome"], "done");
+        EXPECT_EQ(report["notStored"][0]["what"], machine.journal());
+        EXPECT_EQ(report["notStored"][0]["reason"], c.reason);
+        EXPECT_THAT(readFile(machine.journal()), HasSubstr(c.journal));
+    }
 }
 
 TEST(Undo, RefusesAPlaceForTheJournalThatTheRunCouldChange) {
