@@ -468,9 +468,16 @@ TEST(Undo, WorksForAnOrdinaryUser) {
     EXPECT_EQ(stateOf(machine.root()), before);
 }
 
+/// The program with these arguments, to be killed: without a control group, which it could not remove then.
+std::vector<std::string> killable(std::vector<std::string> arguments) {
+    const std::vector<std::string> sandbox{"bwrap",   "--dev-bind",     "/",  "/",
+                                           "--tmpfs", "/sys/fs/cgroup", "--", HOST_PROGRAM};
+    arguments.insert(arguments.begin(), sandbox.begin(), sandbox.end());
+    return arguments;
+}
+
 /// Kills the command before each of its calls that change the disk, undoes, and checks that the root is as it was.
 void killAndUndo(const std::string& prepare, bool isUndo) {
-    const std::string hidden = "/sys/fs/cgroup";  // a killed host cannot remove its control group
     for (int call = 0, goesOn = 1; goesOn != 0; ++call) {
         SCOPED_TRACE(call);
         const Machine machine;
@@ -479,9 +486,7 @@ void killAndUndo(const std::string& prepare, bool isUndo) {
         if (isUndo) {
             machine.install();
         }
-        std::vector<std::string> command = isUndo ? machine.undoCommand() : machine.installCommand();
-        const std::vector<std::string> sandbox{"bwrap", "--dev-bind", "/", "/", "--tmpfs", hidden, "--", HOST_PROGRAM};
-        command.insert(command.begin(), sandbox.begin(), sandbox.end());
+        const auto command = killable(isUndo ? machine.undoCommand() : machine.installCommand());
         goesOn = runAndKill(command, "installer-host", call) ? 1 : 0;
         ASSERT_TRUE(goesOn != 0 || call >= (isUndo ? 15 : 40)) << "it did not come to its work";
         if (fs::exists(machine.journal())) {
@@ -505,6 +510,20 @@ TEST(Undo, TakesBackARunThatWasKilledAnywhere) {
 
 TEST(Undo, TakesBackARunThatMadeAllItsFilesAndWasKilledAnywhere) {
     killAndUndo("rmdir Library/Preferences", false);
+}
+
+/// Nobody noted what the killed run left.
+TEST(Undo, TakesBackWithAKilledRunWhatWasChangedSince) {
+    const Machine machine;
+    machine.script(OLD_VALUES);
+    const std::string before = stateOf(machine.root());
+    ASSERT_TRUE(runAndKill(killable(machine.installCommand()), "installer-host-", 0))
+        << "before the worker's first change";
+    machine.script("store com.corvane.updater 'p[\"UpdateInterval\"]=3'");
+    const ProcessResult would = runHost({"undo", "--dry-run", machine.journal(), "--root", machine.root()});
+    EXPECT_THAT(would.out, HasSubstr("whoever"));
+    EXPECT_EQ(told(machine.undo()["restored"]), "key UpdateInterval\n");
+    EXPECT_EQ(stateOf(machine.root()), before);
 }
 
 TEST(Undo, GoesOnWhereItWasKilled) {
