@@ -16,6 +16,7 @@
 #include "installer-host/journal/RunJournal.h"
 #include "installer-host/look/BundleInfo.h"
 #include "installer-host/report/Phrases.h"
+#include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/Listener.h"
 
 namespace host {
@@ -95,9 +96,16 @@ RunResult runSteps(const Options& options, const RootFolder& root, const std::ve
     }
 }
 
+/// The steps are done: whatever becomes of the journal, there is a report.
 void completeJournal(RunJournal& journal, const Tree& after, RunResult& result) {
     result.options.journal = journal.path();
-    if (const std::optional<cv::Fault> fault = journal.complete(after, result.changes)) {
+    std::optional<cv::Fault> fault;
+    try {
+        fault = journal.complete(after, result.changes);
+    } catch (const Interrupted&) {
+        fault = cv::Fault{journal.path(), "the user ended the wait for another process that has its folder locked"};
+    }
+    if (fault) {
         result.notStored.push_back(*fault);
     }
 }

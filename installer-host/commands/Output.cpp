@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -11,6 +10,7 @@
 
 #include "installer-host/EventLog.h"
 #include "installer-host/Message.h"
+#include "installer-host/look/Places.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "installer-host/page/HtmlPage.h"
 #include "installer-host/run/ChildProcess.h"
@@ -23,11 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isBelow(const fs::path& path, const fs::path& folder) {
-    const auto [end, ignored] = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
-    return end == folder.end();
-}
-
 /// The log must not change what the command looks at.
 void refuseLookedAt(const Options& options) {
     std::vector<std::string> folders = options.scope;
@@ -38,7 +33,8 @@ void refuseLookedAt(const Options& options) {
     }
     for (const std::string& folder : folders) {
         std::error_code ignored;
-        if (isBelow(fs::weakly_canonical(options.log, ignored), fs::weakly_canonical(folder, ignored))) {
+        const fs::path log = fs::weakly_canonical(fs::absolute(options.log, ignored), ignored);
+        if (liesIn(log.parent_path(), fs::weakly_canonical(folder, ignored))) {
             throw Failure(ExitStatus::Usage, "--log: '" + options.log + "' lies in '" + folder + "'",
                           "Each line of the log would be a change there; choose a file somewhere else.");
         }

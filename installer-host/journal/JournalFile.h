@@ -11,8 +11,8 @@
 
 namespace host {
 
-/// The file of one journal. It is its owner's alone (mode 0600), it is never reached through a symbolic link, and each
-/// writing puts a whole new file, flushed to the disk, in the place of the old one.
+/// The file of one journal. It is its owner's alone (mode 0600), a symbolic link in its place is never followed, and
+/// each writing puts a whole new file, flushed to the disk, in the place of the old one.
 class JournalFile {
 public:
     /// Finds the folder that the file is to lie in, or lies in. `perWait` is called while another process writes a

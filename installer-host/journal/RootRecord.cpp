@@ -6,12 +6,17 @@
 
 #include <cerrno>
 #include <exception>
+#include <filesystem>
+#include <iterator>
 #include <new>
 #include <vector>
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/JsonInput.h"
 #include "installer-host/look/JsonPath.h"
+#include "installer-host/look/Places.h"
+#include "installer-host/look/PrivateFolders.h"
+#include "installer-host/look/QuietOpen.h"
 #include "platform/Descriptor.h"
 #include "platform/Result.h"
 
@@ -44,18 +49,29 @@ cv::Descriptor openRecordFolder(const RootFolder& root, const std::string& path)
     return folder;
 }
 
+/// The folders in which no journal may lie.
+std::vector<std::string> refusedFolders(const std::string& rootPath, const Journal& journal) {
+    std::vector<std::string> folders{journal.bundle};
+    if (rootPath.empty()) {
+        folders.emplace_back(MACHINE_FOLDER);
+        folders.insert(folders.end(), journal.scope.begin(), journal.scope.end());
+        return folders;
+    }
+    folders.push_back(rootPath);
+    for (const char* name : PRIVATE_FOLDERS) {
+        folders.push_back(pathInRoot(rootPath, name));
+    }
+    folders.insert(folders.end(), std::begin(SYSTEM_FOLDERS), std::end(SYSTEM_FOLDERS));
+    return folders;
+}
+
 }  // namespace
 
-void RootRecord::requireOutside(const std::string& path, const Journal& journal) {
-    std::vector<std::string> folders = journal.scope;
-    folders.emplace_back(MACHINE_FOLDER);
-    if (!journal.root.empty()) {
-        folders = {journal.root};
-    }
-    for (const std::string& folder : folders) {
-        if (folder == "/" || (path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/')) {
+void RootRecord::requireOutside(const std::string& path, const std::string& rootPath, const Journal& journal) {
+    for (const std::string& folder : refusedFolders(rootPath, journal)) {
+        if (liesIn(std::filesystem::path(path).parent_path(), folder)) {
             throw Failure(ExitStatus::Usage, "the journal '" + path + "' lies in '" + folder + "'",
-                          "The bundle's code could change it there. Choose another folder for it.");
+                          "The bundle's code could read or change it there. Choose another folder for it.");
         }
     }
 }
@@ -78,8 +94,7 @@ RootRecord::RootRecord(const RootFolder& root, const std::string& rootPath)
 }
 
 void RootRecord::read() {
-    const cv::Descriptor file(
-        openat(folder_.descriptor(), name_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const cv::Descriptor file = openQuietly(folder_.descriptor(), name_, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!file.isOpen() && errno == ENOENT) {
         return;
     }

@@ -16,9 +16,10 @@ namespace host {
 /// As long as the object lives, no other run with a journal and no undo works on the root.
 class RootRecord {
 public:
-    /// Throws Failure (Usage) when the journal's file at `path`, absolute, lies in what its run looks at, where the
-    /// bundle's code could change it, or in the folder of the machine's record.
-    static void requireOutside(const std::string& path, const Journal& journal);
+    /// Throws Failure (Usage) when the journal's file at `path`, absolute and without symbolic links, lies in the
+    /// bundle, in what the bundle's code sees of the private root at `rootPath` and of the system, or, where `rootPath`
+    /// is empty, in what its run looks at or the folder of the machine's record.
+    static void requireOutside(const std::string& path, const std::string& rootPath, const Journal& journal);
 
     /// Makes the folder that the machine's record lies in, if it is missing and may be made.
     static void makeFolder(const RootFolder& root);

@@ -100,7 +100,7 @@ RunJournal::RunJournal(const std::string& path, Journal journal, const RootFolde
                        const std::function<void()>& endIfInterrupted)
     : journal_(std::move(journal)) {
     file_.emplace(path, endIfInterrupted);
-    RootRecord::requireOutside(file_->path(), journal_);
+    RootRecord::requireOutside(file_->path(), journal_.root, journal_);
     RootRecord::makeFolder(root);
     record_.emplace(root, journal_.root);
     journal_.name.id = randomId();
@@ -151,7 +151,8 @@ std::vector<std::string> RunJournal::promises() const {
         "the journal '" + path() + "' holds the property lists (" + std::to_string(lists) +
             ") and the extended attributes, such as Finder flags, of all that is there; undo can put these back, and "
             "remove the property lists and folders that the run makes",
-        "it does not hold other files, links and access lists: undo cannot put back what the run changes in them"};
+        "it does not hold other files, links, access lists, folders that the run removes or moves, nor modes, owners "
+        "and times of anything but property lists: undo cannot put back what the run changes in them"};
     for (const auto& [unseen, problem] : journal_.inventory.unseen) {
         sentences.push_back("it does not hold '" + unseen + "': " + problem);
     }

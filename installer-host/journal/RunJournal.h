@@ -18,7 +18,8 @@ namespace host {
 class RunJournal {
 public:
     /// Makes the file at `path` and puts it on record. `journal` says what is run where; its name, state and previous
-    /// journal are set here. Throws Failure when that cannot be done, and when `path` lies in what the run looks at.
+    /// journal are set here. `endIfInterrupted` is called while another process has the lock of the file's folder; what
+    /// it throws ends the wait. Throws Failure when that cannot be done, and where RootRecord::requireOutside does.
     RunJournal(const std::string& path, Journal journal, const RootFolder& root,
                const std::function<void()>& endIfInterrupted);
     ~RunJournal();
@@ -35,7 +36,7 @@ public:
     std::vector<std::string> promises() const;
 
     /// Cuts the journal down to what the run changed. Returns what went wrong; the journal then still tells what stood
-    /// in the root before the run.
+    /// in the root before the run. It does so, too, when this throws what `endIfInterrupted` threw.
     std::optional<cv::Fault> complete(const Tree& after, const Changes& changes);
 
     /// The run came to nothing: forgets it when the second look shows that nothing was changed.

@@ -145,11 +145,11 @@ UndoResult undo(const std::string& path, const RootFolder& root, const std::stri
     if (journal.root.empty() != rootPath.empty()) {
         refuseElsewhere(journal, rootPath);
     }
-    RootRecord::requireOutside(file.path(), journal);
     result.root = rootPath;
     result.dryRun = dryRun;
     RootRecord record(root, rootPath);
     requireTurn(journal, record, rootPath);
+    RootRecord::requireOutside(file.path(), rootPath, journal);
     UndoWork work{root, result, endIfInterrupted, {}};
     if (!dryRun) {
         removeLeftovers(work, record, journal.inventory);

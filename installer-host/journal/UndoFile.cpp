@@ -17,6 +17,7 @@
 
 #include "installer-host/journal/UndoWork.h"
 #include "installer-host/look/PreferenceDomain.h"
+#include "installer-host/look/QuietOpen.h"
 #include "platform/Descriptor.h"
 #include "platform/PropertyList/PropertyList.h"
 #include "platform/Result.h"
@@ -49,12 +50,6 @@ std::string ownerText(uid_t owner, gid_t group) {
     return std::to_string(owner) + ":" + std::to_string(group);
 }
 
-int openQuietly(int folder, const std::string& name) {
-    constexpr int FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const int fd = openat(folder, name.c_str(), FLAGS | O_NOATIME);
-    return fd >= 0 || errno != EPERM ? fd : openat(folder, name.c_str(), FLAGS);
-}
-
 void parseInto(Present& present) {
     plist::Parsed parsed = plist::parse(present.bytes);
     if (!parsed.root) {
@@ -69,7 +64,7 @@ void parseInto(Present& present) {
 /// Looks at what stands there. Throws cv::Fault.
 Present presentAt(const cv::LockedFolder& folder, const std::string& name) {
     Present present;
-    present.file = cv::Descriptor(openQuietly(folder.descriptor(), name));
+    present.file = openQuietly(folder.descriptor(), name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!present.file.isOpen() && errno == ENOENT) {
         return present;
     }

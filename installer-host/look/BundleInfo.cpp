@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "installer-host/look/QuietOpen.h"
 #include "platform/Descriptor.h"
 #include "platform/PropertyList/PropertyList.h"
 
@@ -19,7 +20,7 @@ std::string textOf(const cv::plist::Dictionary& dictionary, const char* key) {
 }  // namespace
 
 BundleInfo readBundleInfo(const std::string& path) {
-    const cv::Descriptor file(open((path + "/Contents/Info.plist").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const cv::Descriptor file = openQuietly(AT_FDCWD, path + "/Contents/Info.plist", O_RDONLY | O_NONBLOCK);
     struct stat status {};
     std::string bytes;
     if (!file.isOpen() || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||

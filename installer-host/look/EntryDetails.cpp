@@ -12,6 +12,7 @@
 #include <string_view>
 #include <utility>
 
+#include "installer-host/look/QuietOpen.h"
 #include "platform/Descriptor.h"
 #include "platform/PropertyList/PropertyList.h"
 
@@ -67,12 +68,6 @@ void readTarget(Entry& entry, const std::string& name, Details& details) {
     }
 }
 
-int openFile(const std::string& name) {
-    constexpr int FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    const int fd = open(name.c_str(), FLAGS | O_NOATIME);
-    return fd >= 0 || errno != EPERM ? fd : open(name.c_str(), FLAGS);
-}
-
 }  // namespace
 
 bool isPropertyList(const Entry& entry) {
@@ -87,7 +82,7 @@ void DetailsReader::readPropertyList(const Entry& entry, const std::string& name
         details.propertyListProblem = "it is too large";
         return;
     }
-    const cv::Descriptor file(openFile(name));
+    const cv::Descriptor file = openQuietly(AT_FDCWD, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     struct stat status {};
     std::string bytes;
     int error = file.isOpen() && fstat(file.get(), &status) == 0 ? 0 : errno;

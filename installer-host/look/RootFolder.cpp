@@ -14,6 +14,7 @@
 
 #include "installer-host/ExitStatus.h"
 #include "installer-host/look/PrivateFolders.h"
+#include "installer-host/look/QuietOpen.h"
 
 namespace host {
 
@@ -46,13 +47,6 @@ int openWithoutLinks(int folder, const char* path, int flags) {
 int openRoot(const char* path) {
     const int fd = openFrom(AT_FDCWD, path, ONLY_NAMED, RESOLVE_NO_SYMLINKS);
     return isTooOld(fd) ? ::open(path, ONLY_NAMED) : fd;
-}
-
-/// Opens with `flags`, and leaves the access time alone where the system lets us.
-template <typename Open>
-cv::Descriptor openQuietly(int flags, Open open) {
-    cv::Descriptor file(open(flags | O_NOATIME));
-    return file.isOpen() || errno != EPERM ? std::move(file) : cv::Descriptor(open(flags));
 }
 
 /// Takes the first names off `path`: as many as the system takes at once, or just one.

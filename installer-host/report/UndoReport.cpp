@@ -96,8 +96,9 @@ std::string noteOf(const UndoResult& result) {
         case Journal::State::Undone:
             return "This journal was undone at " + result.journal.undone + "; nothing is left to do.";
         case Journal::State::Prepared:
-            return "The run was killed: all that differs from what stood there before it counts as its work, but for "
-                   "the contents of files that are not property lists, which its journal does not hold.";
+            return "The run was killed: all that differs from what stood there before it counts as its work, whoever "
+                   "changed it, but for the contents of files that are not property lists, which its journal does not "
+                   "hold.";
         case Journal::State::Begun:
             return "The run was killed before its first step.";
         case Journal::State::Complete:

@@ -14,7 +14,9 @@
 #include <iterator>
 #include <memory>
 
+#include "installer-host/look/Places.h"
 #include "installer-host/look/PrivateFolders.h"
+#include "installer-host/look/QuietOpen.h"
 #include "installer-host/run/NamespaceAdvice.h"
 #include "installer-host/run/SystemCallFilter.h"
 
@@ -27,9 +29,6 @@ namespace fs = std::filesystem;
 constexpr const char* HOME_FOLDER = "/installer-home";
 constexpr const char* PROGRAM_FOLDER = "/installer-host";
 constexpr const char* BUNDLE_FOLDER = "/installer-bundle";
-
-/// The machine's folders that programs and libraries are in. Some are links to others.
-constexpr const char* SYSTEM_FOLDERS[] = {"/usr", "/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"};
 
 /// What libraries read of the machine's settings.
 constexpr const char* SETTINGS[] = {"/etc/ld.so.cache", "/etc/localtime", "/etc/nsswitch.conf", "/etc/machine-id"};
@@ -92,7 +91,7 @@ bool hasAnotherOwner(int folder) {
         return true;
     }
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(
-        fdopendir(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOATIME)), closedir);
+        fdopendir(openQuietly(folder, ".", O_RDONLY | O_DIRECTORY).release()), closedir);
     while (const dirent* entry = entries == nullptr ? nullptr : readdir(entries.get())) {
         if (std::string(entry->d_name) != ".." && belongsToAnother(folder, entry->d_name)) {
             return true;

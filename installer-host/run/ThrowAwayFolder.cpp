@@ -2,14 +2,17 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <vector>
 
 #include "installer-host/Activity.h"
 #include "installer-host/ExitStatus.h"
+#include "installer-host/look/Places.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "platform/Descriptor.h"
 
@@ -19,27 +22,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isSame(const fs::path& one, const fs::path& other) {
-    std::error_code error;
-    return fs::equivalent(one, other, error) && !error;
-}
-
 /// Whether what is made in `folder` would change the root: in one of its private folders, or, but for the machine's
 /// root, anywhere in it.
-bool isInRoot(fs::path folder, const std::string& root) {
-    for (;; folder = folder.parent_path()) {
-        for (const char* name : PRIVATE_FOLDERS) {
-            if (isSame(folder, pathInRoot(root, name))) {
-                return true;
-            }
-        }
-        if (isSame(folder, "/")) {
-            return false;
-        }
-        if (isSame(folder, root)) {
-            return true;
-        }
-    }
+bool isInRoot(const fs::path& folder, const std::string& root) {
+    return std::any_of(std::begin(PRIVATE_FOLDERS), std::end(PRIVATE_FOLDERS),
+                       [&](const char* name) { return liesIn(folder, pathInRoot(root, name)); }) ||
+           (root != "/" && liesIn(folder, root));
 }
 
 /// The folders that a copy may be made in, the best first. Not /tmp: it is often kept in memory, where older kernels

@@ -68,6 +68,7 @@ fi
 void fill(const InstallRoot& root) {
     root.makeVendorFolder();
     root.writeStatus("UpdatesEnabled");
+    fs::copy(PLUGIN_BUNDLE, root / "Library/a.bundle", fs::copy_options::recursive);
     writeFile(root.preferenceFile("com.corvane.updater"), "<plist><dict><key>Old</key><true/></dict></plist>");
     writeFile(root / "Library/read-only", "x");
     writeFile(root / "Library/sealed/inside", "x");
@@ -93,7 +94,8 @@ TEST(DryRun, ChangesNothingAndReportsWhatWouldChange) {
     const InstallRoot root;
     fill(root);
     const std::string before = listing(root);
-    const ProcessResult result = install(root, {"--dry-run", "--language=6"});
+    const ProcessResult result = runHost(
+        {"run", "--product=5100", "--root", root.path(), "--dry-run", "--language=6", root / "Library/a.bundle"});
     const std::string after = listing(root);
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_EQ(before, after);

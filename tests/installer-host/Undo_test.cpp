@@ -256,7 +256,10 @@ TEST(Undo, GoesBackwardsAndUsesAJournalOnce) {
     fs::copy_file(machine.journal("second"), machine.journal("copy"));
     std::vector<std::string> dryRun = machine.undoCommand("second");
     dryRun.emplace_back("--dry-run");
+    machine.script("find . -exec touch -h -a -d 2001-02-03 {} +");
     EXPECT_EQ(json::parse(runHost(dryRun).out)["counts"]["restored"], 3);
+    EXPECT_EQ(run({"bwrap", "--ro-bind", "/", "/", "find", machine.root(), "-newerat", "2001-02-04"}).out, "")
+        << "read";
     EXPECT_EQ(stateOf(machine.root()), both);
 
     // A root that was moved takes its record along.
@@ -323,7 +326,10 @@ TEST(Undo, SaysWhatAJournalDoesNotHold) {
     const Machine machine;
     machine.script(R"sh(printf script >Library/plugin-fault
 cat >Library/script <<'end'
+echo begun
 cd /Library
+rmdir empty
+chmod 700 kept
 echo more >>notes
 chmod 600 notes
 mv moved away
@@ -338,56 +344,87 @@ repeat() { yes "$2" | head -n "$1"; }
 } >many.plist
 setfattr -n user.note -v new notes
 end
+mkdir Library/empty Library/kept
 echo some >Library/notes; echo x >Library/moved; truncate -s 65M Library/large.plist
 echo '<plist><dict/></plist>' >Library/grown.plist
 echo '<plist><dict/></plist>' >Library/Preferences/removed.plist; chmod 640 Library/Preferences/removed.plist)sh");
     const ProcessResult result = runHost(
         {"run", "--product=1", "--step=pre", "--root", machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
     ASSERT_EQ(result.exitStatus, 7) << "large.plist could not be read before" << result.err;
-    EXPECT_THAT(result.err, HasSubstr("it does not hold other files, links and access lists"))
-        << "before the first step";
+    const std::size_t begun = result.err.find("| begun\n");
+    ASSERT_NE(begun, std::string::npos) << result.err;
+    for (const char* sentence : {"it does not hold other files, links, access lists, folders that the run removes",
+                                 "modes, owners and times of anything but property lists",
+                                 "it does not hold '/Library/large.plist': it is too large"}) {
+        EXPECT_LT(result.err.find(sentence), begun) << sentence << " is not said before the first step" << result.err;
+    }
     const json report = machine.undo();
     EXPECT_EQ(told(report["restored"]), "file\nkey a\nfile\nattribute\nfolder\nfolder\n");
+    const std::string other = "other: the journal does not hold it\n";
     EXPECT_EQ(told(report["left"]),
-              "folder: it is not empty\nother: the journal does not hold it\nother: the journal does "
-              "not hold it\nother: the journal does not hold it\nother: the journal does not hold it\n"
-              "other: the journal does not hold it\nother: the journal does not hold it\n");
+              "folder: it is not empty\n" + other + other + other + other + other + other + other + other);
     EXPECT_EQ(readFile(machine / "Library/large.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(readFile(machine / "Library/Preferences/removed.plist"), "<plist><dict/></plist>\n");
     EXPECT_EQ(static_cast<int>(fs::status(machine / "Library/Preferences/removed.plist").permissions()), 0640);
     EXPECT_TRUE(fs::exists(machine / "Library/made/other"));
 }
 
-TEST(Undo, LeavesWhatSomebodyPutInTheJournalsPlaceDuringTheRun) {
-    const Machine machine;
-    machine.script(R"sh(printf script >Library/plugin-fault
+TEST(Undo, ReportsWhatBefellTheJournalDuringTheRun) {
+    const struct {
+        const char* meanwhile;  ///< what a shell does while the step waits for the file "go"
+        const char* reason;
+        const char* journal;
+    } cases[] = {
+        {R"(mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go")",
+         "something else was put in its place", "other\n"},
+        {R"(exec 9<"$0/.."; flock 9; touch "$0/Library/go"
+until grep -q 'looking at what changed' "$0/../said" || ! kill -0 $!; do sleep 0.02; done; kill $!)",
+         "the user ended the wait for another process that has its folder locked", "\"prepared\""},
+    };
+    for (const auto& c : cases) {
+        const Machine machine;
+        machine.script(R"sh(printf script >Library/plugin-fault
 echo 'touch /Library/ready; until [ -e /Library/go ]; do sleep 0.02; done' >Library/script)sh");
-    const ProcessResult result = run({"sh", "-c", R"sh(
-"$@" & until [ -e "$0/Library/ready" ] || ! kill -0 $!; do sleep 0.02; done
-mv "$0/../journal" "$0/../moved"; echo other >"$0/../journal"; touch "$0/Library/go"; wait $!)sh",
-                                      machine.root(), HOST_PROGRAM, "run", "--product=1", "--step=pre", "--root",
-                                      machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
-    EXPECT_EQ(result.exitStatus, 7) << result.err;
-    EXPECT_THAT(result.out, HasSubstr("not stored: " + machine.journal() + ": something"));
-    EXPECT_EQ(readFile(machine.journal()), "other\n");
+        const std::string begin = R"("$@" 2>"$0/../said" &
+until [ -e "$0/Library/ready" ] || ! kill -0 $!; do sleep 0.02; done
+)";
+        const ProcessResult result = run({"sh", "-c", begin + c.meanwhile + "\nwait $!", machine.root(), HOST_PROGRAM,
+                                          "run", "--verbose", "--format=json", "--product=1", "--step=pre", "--root",
+                                          machine.root(), "--journal", machine.journal(), FAULTY_BUNDLE});
+        EXPECT_EQ(result.exitStatus, 7) << c.reason << readFile(machine.journal("said"));
+        const json report = json::parse(result.out);
+        EXPECT_EQ(report["steps"][0]["outcome"], "done");
+        EXPECT_EQ(report["notStored"][0]["what"], machine.journal());
+        EXPECT_EQ(report["notStored"][0]["reason"], c.reason);
+        EXPECT_THAT(readFile(machine.journal()), HasSubstr(c.journal));
+    }
 }
 
 TEST(Undo, RefusesAPlaceForTheJournalThatTheRunCouldChange) {
     const Machine machine;
-    machine.script("ln -s nowhere ../link");
-    const std::string before = stateOf(machine.root());
+    machine.script("ln -s nowhere ../link; mkdir ../bound; ln -s root/Library ../inside");
+    const std::string before = stateOf(machine.root()), bundle = machine.journal("a.bundle");
+    const char* const view = R"(exec bwrap --dev-bind / / --ro-bind /usr /usr --bind "$0/Library" "$0/../bound" "$@")";
+    fs::copy(PLUGIN_BUNDLE, bundle, fs::copy_options::recursive);
     const struct {
         std::string journal;
         int exitStatus;
         const char* message;
     } cases[] = {
-        {machine / "journal", 2, "lies in '"},          {machine / "Library/journal", 2, "lies in '"},
-        {machine.journal("link"), 6, "exists already"}, {machine.journal("no/folder"), 6, "has no folder to lie in"},
+        {machine / "journal", 2, "lies in '"},
+        {machine / "Library/journal", 2, "lies in '"},
+        {machine.journal("link"), 6, "exists already"},
+        {machine.journal("no/folder"), 6, "has no folder to lie in"},
         {"/proc/journal", 6, "cannot be made"},
+        {machine.journal("inside/journal"), 2, "lies in '"},
+        {machine.journal("bound/journal"), 2, "lies in '"},
+        {bundle + "/Contents/journal", 2, "lies in '"},
+        {"/usr/lib/journal", 2, "lies in '"},
+        {"/bin/journal", 2, "lies in '"},
     };
     for (const auto& c : cases) {
-        const ProcessResult result =
-            runHost({"run", "--product=5100", "--root", machine.root(), "--journal", c.journal, PLUGIN_BUNDLE});
+        const ProcessResult result = run({"sh", "-c", view, machine.root(), HOST_PROGRAM, "run", "--product=5100",
+                                          "--root", machine.root(), "--journal", c.journal, bundle});
         EXPECT_EQ(result.exitStatus, c.exitStatus) << c.journal << result.err;
         EXPECT_THAT(result.err, HasSubstr(c.message));
         EXPECT_EQ(stateOf(machine.root()), before);
@@ -437,9 +474,16 @@ TEST(Undo, WorksForAnOrdinaryUser) {
     EXPECT_EQ(stateOf(machine.root()), before);
 }
 
+/// The program with these arguments, to be killed: without a control group, which it could not remove then.
+std::vector<std::string> killable(std::vector<std::string> arguments) {
+    const std::vector<std::string> sandbox{"bwrap",   "--dev-bind",     "/",  "/",
+                                           "--tmpfs", "/sys/fs/cgroup", "--", HOST_PROGRAM};
+    arguments.insert(arguments.begin(), sandbox.begin(), sandbox.end());
+    return arguments;
+}
+
 /// Kills the command before each of its calls that change the disk, undoes, and checks that the root is as it was.
 void killAndUndo(const std::string& prepare, bool isUndo) {
-    const std::string hidden = "/sys/fs/cgroup";  // a killed host cannot remove its control group
     for (int call = 0, goesOn = 1; goesOn != 0; ++call) {
         SCOPED_TRACE(call);
         const Machine machine;
@@ -448,9 +492,7 @@ void killAndUndo(const std::string& prepare, bool isUndo) {
         if (isUndo) {
             machine.install();
         }
-        std::vector<std::string> command = isUndo ? machine.undoCommand() : machine.installCommand();
-        const std::vector<std::string> sandbox{"bwrap", "--dev-bind", "/", "/", "--tmpfs", hidden, "--", HOST_PROGRAM};
-        command.insert(command.begin(), sandbox.begin(), sandbox.end());
+        const auto command = killable(isUndo ? machine.undoCommand() : machine.installCommand());
         goesOn = runAndKill(command, "installer-host", call) ? 1 : 0;
         ASSERT_TRUE(goesOn != 0 || call >= (isUndo ? 15 : 40)) << "it did not come to its work";
         if (fs::exists(machine.journal())) {
@@ -476,6 +518,20 @@ TEST(Undo, TakesBackARunThatMadeAllItsFilesAndWasKilledAnywhere) {
     killAndUndo("rmdir Library/Preferences", false);
 }
 
+/// Nobody noted what the killed run left.
+TEST(Undo, TakesBackWithAKilledRunWhatWasChangedSince) {
+    const Machine machine;
+    machine.script(OLD_VALUES);
+    const std::string before = stateOf(machine.root());
+    ASSERT_TRUE(runAndKill(killable(machine.installCommand()), "installer-host-", 0))
+        << "before the worker's first change";
+    machine.script("store com.corvane.updater 'p[\"UpdateInterval\"]=3'");
+    const ProcessResult would = runHost({"undo", "--dry-run", machine.journal(), "--root", machine.root()});
+    EXPECT_THAT(would.out, HasSubstr("whoever"));
+    EXPECT_EQ(told(machine.undo()["restored"]), "key UpdateInterval\n");
+    EXPECT_EQ(stateOf(machine.root()), before);
+}
+
 TEST(Undo, GoesOnWhereItWasKilled) {
     killAndUndo(OLD_VALUES, true);
 }
@@ -483,7 +539,10 @@ TEST(Undo, GoesOnWhereItWasKilled) {
 /// What a kill does not show, a power failure would: that a change is on the disk before the next one begins.
 TEST(Undo, FlushesEachChangeBeforeTheNext) {
     const std::pair<const char*, const char*> cases[] = {
-        {OLD_VALUES, ""}, {"rmdir Library/Preferences", ""}, {"true", "chmod 600 Library/Preferences/*"}};
+        {OLD_VALUES, ""},
+        {"rmdir Library/Preferences", ""},
+        {"true", "chmod 600 Library/Preferences/*"},
+        {"true", "chown 1:2 Library/Preferences/* || :  # only root may"}};
     for (const auto& [before, afterARun] : cases) {
         SCOPED_TRACE(before);
         const Machine machine;

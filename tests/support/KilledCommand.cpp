@@ -19,16 +19,23 @@ namespace {
 
 /// Calls that change the disk whatever their arguments are. One that this processor lacks has a number that no call
 /// has.
-const std::set<int> CHANGING{SCMP_SYS(mkdir),     SCMP_SYS(mkdirat),     SCMP_SYS(rename),       SCMP_SYS(renameat),
-                             SCMP_SYS(renameat2), SCMP_SYS(link),        SCMP_SYS(linkat),       SCMP_SYS(unlink),
-                             SCMP_SYS(unlinkat),  SCMP_SYS(rmdir),       SCMP_SYS(fchmod),       SCMP_SYS(fchmodat),
-                             SCMP_SYS(chmod),     SCMP_SYS(fchown),      SCMP_SYS(chown),        SCMP_SYS(fchownat),
-                             SCMP_SYS(setxattr),  SCMP_SYS(fsetxattr),   SCMP_SYS(fsync),        SCMP_SYS(ftruncate),
-                             SCMP_SYS(lsetxattr), SCMP_SYS(removexattr), SCMP_SYS(lremovexattr), SCMP_SYS(utimensat)};
+const std::set<int> CHANGING{SCMP_SYS(mkdir),       SCMP_SYS(mkdirat),         SCMP_SYS(rename),
+                             SCMP_SYS(renameat),    SCMP_SYS(renameat2),       SCMP_SYS(link),
+                             SCMP_SYS(linkat),      SCMP_SYS(unlink),          SCMP_SYS(unlinkat),
+                             SCMP_SYS(rmdir),       SCMP_SYS(fchmod),          SCMP_SYS(fchmodat),
+                             SCMP_SYS(chmod),       SCMP_SYS(fchown),          SCMP_SYS(chown),
+                             SCMP_SYS(fchownat),    SCMP_SYS(setxattr),        SCMP_SYS(fsetxattr),
+                             SCMP_SYS(fsync),       SCMP_SYS(ftruncate),       SCMP_SYS(lsetxattr),
+                             SCMP_SYS(removexattr), SCMP_SYS(lremovexattr),    SCMP_SYS(utimensat),
+                             SCMP_SYS(fchown32),    SCMP_SYS(utimensat_time64)};
 
-/// Calls that begin a change, besides the making of a file.
-const std::set<int> BEGINNING{SCMP_SYS(rename),   SCMP_SYS(renameat), SCMP_SYS(linkat),
-                              SCMP_SYS(unlinkat), SCMP_SYS(setxattr), SCMP_SYS(removexattr)};
+/// Calls that begin a change, besides the making of a file. Another program may change what it likes.
+const std::set<int> BEGINNING{SCMP_SYS(rename),   SCMP_SYS(renameat),    SCMP_SYS(linkat), SCMP_SYS(unlinkat),
+                              SCMP_SYS(setxattr), SCMP_SYS(removexattr), SCMP_SYS(execve)};
+
+/// Calls that go on with one: a file gets its owner, its mode and its times, and then one flush.
+const std::set<int> CONTINUING{SCMP_SYS(fchmod), SCMP_SYS(fchown), SCMP_SYS(fchown32), SCMP_SYS(utimensat),
+                               SCMP_SYS(utimensat_time64)};
 
 bool isOnDisk(pid_t process, unsigned long fd) {
     std::error_code error;
@@ -130,11 +137,13 @@ bool flushesEachChange(const std::vector<std::string>& command, const std::strin
         const auto call = static_cast<int>(info.entry.nr);
         const bool isMaking = call == SCMP_SYS(openat) && (info.entry.args[2] & O_CREAT) != 0;
         const bool begins = BEGINNING.count(call) != 0 || isMaking;
-        if ((!begins && call != SCMP_SYS(fchmod) && call != SCMP_SYS(fsync)) || nameOf(process) != name + "\n") {
+        if ((!begins && CONTINUING.count(call) == 0 && call != SCMP_SYS(fsync)) || nameOf(process) != name + "\n") {
             return false;
         }
         const bool isTooEarly = begins && !isFlushed;
-        isFlushed = call == SCMP_SYS(fsync) || call == SCMP_SYS(linkat);  // of two names of a file either may be lost
+        if (call != SCMP_SYS(execve)) {                                       // which itself changes nothing
+            isFlushed = call == SCMP_SYS(fsync) || call == SCMP_SYS(linkat);  // of two names either may be lost
+        }
         return isTooEarly;
     });
 }

@@ -10,8 +10,8 @@ namespace test {
 /// command came to its end.
 bool runAndKill(const std::vector<std::string>& command, const std::string& name, int call);
 
-/// Runs the command, and kills it before its process with this very name begins a change of the disk although its
-/// change before that is not flushed. True when it began none, and the command came to its end.
+/// Runs the command, and kills it before its process with this very name begins a change of the disk, or another
+/// program, although its change before that is not flushed. True when it began none, and the command came to its end.
 bool flushesEachChange(const std::vector<std::string>& command, const std::string& name);
 
 }  // namespace test
