@@ -98,6 +98,7 @@ void checkOrder(fuzz::Input& input) {
         words.push_back(input.ConsumeBool() ? input.PickValueInArray(usual) : input.ConsumeRandomLengthString(12));
     }
     std::vector<const char*> argv;
+    argv.reserve(words.size());
     for (const std::string& word : words) {
         argv.push_back(word.c_str());
     }
