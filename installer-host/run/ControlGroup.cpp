@@ -77,9 +77,15 @@ Place placeFor(const Controller& controller) {
     return unified;
 }
 
+/// A group of that name with nobody in it is what a host left that was killed, and whose process had this number.
+bool makeGroup(const std::string& folder) {
+    const auto make = [&] { return mkdir(folder.c_str(), 0755) == 0; };
+    return make() || (errno == EEXIST && rmdir(folder.c_str()) == 0 && make());
+}
+
 /// Waits a moment for the kernel to be done with the processes that were in it.
 void removeGroup(const std::string& folder) {
-    constexpr int ATTEMPTS = 50;
+    constexpr int ATTEMPTS = 500;
     for (int i = 0; i < ATTEMPTS && rmdir(folder.c_str()) != 0 && errno == EBUSY; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
@@ -100,7 +106,7 @@ bool ControlGroup::limit(const Controller& controller, std::uint64_t most, pid_t
     }
     const std::string folder = place.parent + "/installer-host-" + std::to_string(process);
     const bool isNew = std::find(folders_.begin(), folders_.end(), folder) == folders_.end();
-    if (isNew && mkdir(folder.c_str(), 0755) != 0) {
+    if (isNew && !makeGroup(folder)) {
         return false;
     }
     if (writeFile(folder + "/" + place.file, std::to_string(most)) &&
