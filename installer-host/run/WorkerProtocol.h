@@ -68,7 +68,7 @@ using Event = std::variant<Started, StepBegins, StepEnds, Finding, NotStored, Re
 /// The longest line that an event takes, with its line feed.
 constexpr std::size_t LONGEST_EVENT = 65536;
 
-/// The most events that the worker sends, and how many of them may be faults.
+/// The most events that the worker sends, and how many faults it tells after each of the two steps.
 constexpr std::size_t MOST_EVENTS = 3000;
 constexpr std::size_t MOST_FAULTS = 1000;
 

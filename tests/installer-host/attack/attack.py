@@ -330,6 +330,7 @@ def prove(build):
         print(f"without {name}: {len(attacker.harms)} of {attacker.tries} attacks did harm, {noticed} of them those that "
               "are to notice", flush=True)
         print("".join(f"    {harm}\n" for harm in attacker.harms[:5]), end="")
+    print(f"{len(WEAKENINGS)} protections taken away, {len(WEAKENINGS) - unnoticed} noticed")
     return 1 if unnoticed else 0
 
 
