@@ -43,7 +43,7 @@ std::string shown(const Value& value) {
 
 /// Ends the program, upon which the input is kept, after saying what is wrong.
 [[noreturn]] inline void fail(const std::string& what) {
-    std::fprintf(stderr, "after%s: %s\n", trace().c_str(), what.c_str());
+    std::fprintf(stderr, "wrong: %s\nafter:%s\n", what.c_str(), trace().c_str());
     std::abort();
 }
 

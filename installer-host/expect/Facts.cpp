@@ -34,6 +34,19 @@ int ownStatus(int status) {
     return is(ExitStatus::NotAsExpected) || is(ExitStatus::SomethingChanged) ? 0 : status;
 }
 
+[[noreturn]] void refuse(const std::string& name, const std::string& what) {
+    throw std::invalid_argument(inQuotes(name) + " " + what);
+}
+
+/// What a fact is about. Throws for an empty name: no run's document has one, and an expectation's file cannot.
+std::string subjectIn(const Json& object, const char* key) {
+    const std::string subject = object.at(key).get<std::string>();
+    if (subject.empty()) {
+        refuse(key, "is empty");
+    }
+    return subject;
+}
+
 /// "done, resultFlags 0x00000000"
 std::string stepText(const Json& step) {
     const Json& flags = step.at("resultFlagsAfter");
@@ -73,7 +86,7 @@ bool isTyped(const Json& value) {
 
 void addSteps(const Json& document, Facts& facts) {
     for (const Json& step : document.at("steps")) {
-        facts[{FactKind::Step, step.at("step"), ""}] = {stepText(step)};
+        facts[{FactKind::Step, subjectIn(step, "step"), ""}] = {stepText(step)};
     }
     std::size_t number = 0;
     for (const Json& alert : document.at("alerts")) {
@@ -87,7 +100,7 @@ void addPreferences(const Json& document, Facts& facts) {
         if (!key.at("after").is_null() && !isTyped(key.at("after"))) {
             throw std::invalid_argument("a preference has a value without a type");
         }
-        const std::string subject = (key.at("domain").is_null() ? key.at("path") : key.at("domain")).get<std::string>();
+        const std::string subject = subjectIn(key, key.at("domain").is_null() ? "path" : "domain");
         facts[{FactKind::Preference, subject, key.at("key")}] = {TypedValue(key.at("after")),
                                                                  key.at("change") != "unchanged"};
     }
@@ -97,13 +110,13 @@ void addObjects(const Json& document, Facts& facts) {
     for (const Json& object : document.at("finderFlags")) {
         const Json& after = object.at("after");
         const bool isKnown = !after.at("flags").is_null();
-        facts[{FactKind::FinderFlags, object.at("path"), ""}] = {
+        facts[{FactKind::FinderFlags, subjectIn(object, "path"), ""}] = {
             isKnown ? TypedValue(wholeNumberIn<std::uint16_t>(after, "flags")) : TypedValue(),
             object.at("before") != after};
     }
     for (const Json& entry : document.at("entries")) {
         if (entry.at("change") != "times") {
-            facts[{FactKind::Entry, entry.at("path"), ""}] = {entryText(entry)};
+            facts[{FactKind::Entry, subjectIn(entry, "path"), ""}] = {entryText(entry)};
         }
     }
 }
@@ -114,10 +127,6 @@ Json plain(const TypedValue& value) {
                                                value["type"] == "boolean" || value["type"] == "real");
     const bool isOddReal = isPlain && value["type"] == "real" && value["value"].is_string();
     return Json(isPlain && !isOddReal ? value["value"] : value);
-}
-
-[[noreturn]] void refuse(const std::string& name, const std::string& what) {
-    throw std::invalid_argument(inQuotes(name) + " " + what);
 }
 
 /// The value of a preference that was written in either way.
