@@ -117,15 +117,22 @@ void checkRerun(const std::string& text) {
     readBy([&](const std::string&) { return casesOf(options); }, text);
 }
 
-/// The document with another value in the place of one of its own.
-Json changed(Json document, unsigned int seed) {
-    const Json values[] = {nullptr, true, -1, 1.5, 1e300, 2147483648, "", "x", "5100", Json::array(), Json::object()};
-    std::minstd_rand random(seed);
+/// One of the values in the document, at any depth.
+Json& valueIn(Json& document, std::minstd_rand& random) {
     Json* place = &document;
     while (place->is_structured() && !place->empty() && random() % 8 != 0) {
         place = &*std::next(place->begin(), static_cast<std::ptrdiff_t>(random() % place->size()));
     }
-    *place = values[random() % std::size(values)];
+    return *place;
+}
+
+/// The document with another value in the place of one of its own: an odd one, or one that stands elsewhere in it.
+Json changed(Json document, unsigned int seed) {
+    const Json odd[] = {nullptr, true, -1, 1.5, 1e300, 2147483648, "", "x", "5100", Json::array(), Json::object()};
+    std::minstd_rand random(seed);
+    Json& place = valueIn(document, random);
+    const Json value = random() % 4 == 0 ? valueIn(document, random) : odd[random() % std::size(odd)];
+    place = value;
     return document;
 }
 
