@@ -92,6 +92,9 @@ void keepOpen(const std::vector<int>& kept) {
     dup2(order.output, STDOUT_FILENO);
     dup2(order.output, STDERR_FILENO);
     keepOpen(order.descriptors);
+    if (order.prepare && !order.prepare()) {
+        _exit(127);
+    }
     std::vector<char*> arguments;
     arguments.reserve(order.command.size() + 1);
     for (const std::string& argument : order.command) {

@@ -36,6 +36,7 @@ struct ChildOrder {
     int input = 0;                    ///< what the child has as its standard input
     int output = 2;                   ///< where the child's standard output and standard error go
     std::vector<int> descriptors;     ///< what the child has open, too, under the same numbers
+    std::function<bool()> prepare;    ///< called in the child, which ends when the answer is false; may be empty
     bool isApart = false;             ///< in a process group of its own: what the terminal sends does not reach it
     std::chrono::seconds timeout{0};  ///< 0: none
     std::vector<Watcher> watchers;    ///< the first is served first

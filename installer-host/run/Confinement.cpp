@@ -56,6 +56,7 @@ ChildOrder Confinement::order(const std::vector<std::string>& arguments, const s
     order.watchers.push_back(left_.watcher());
     if (sandbox_) {
         order.isApart = true;
+        order.prepare = [this] { return sandbox_->prepare(); };
         const std::vector<int> needed = sandbox_->descriptors();
         order.descriptors.insert(order.descriptors.end(), needed.begin(), needed.end());
         order.descriptors.insert(order.descriptors.end(), {first_.info(), first_.go()});
@@ -89,8 +90,14 @@ void Confinement::complete(RunResult& result) const {
     if (!result.steps.empty()) {
         result.leftProcesses = left_.names();
     }
-    result.limits = sandbox_ ? limits_.sentences(timeout_)
-                             : std::vector<std::string>{"none but the time-out: the bundle's code was not confined"};
+    if (!sandbox_) {
+        result.limits = {"none but the time-out: the bundle's code was not confined"};
+        return;
+    }
+    result.limits = limits_.sentences(timeout_);
+    if (!sandbox_->hasDevices()) {
+        result.limits.emplace_back("devices: none can be opened, not even /dev/null");
+    }
 }
 
 }  // namespace host

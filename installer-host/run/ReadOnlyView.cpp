@@ -1,7 +1,6 @@
 #include "installer-host/run/ReadOnlyView.h"
 
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -11,6 +10,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+
+#include "installer-host/run/MountNamespace.h"
 
 namespace host {
 
@@ -24,20 +25,6 @@ cv::Descriptor makeView(int folder) {
         return cv::Descriptor();
     }
     return view;
-}
-
-bool writeFile(const char* path, const std::string& text) {
-    const cv::Descriptor file(open(path, O_WRONLY | O_CLOEXEC));
-    return file.isOpen() && cv::writeAll(file.get(), text) == 0;
-}
-
-/// Moves this process into namespaces in which it may mount.
-bool enterNamespaces() {
-    const std::string uid = std::to_string(geteuid());
-    const std::string gid = std::to_string(getegid());
-    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeFile("/proc/self/setgroups", "deny") &&
-           writeFile("/proc/self/uid_map", uid + " " + uid + " 1") &&
-           writeFile("/proc/self/gid_map", gid + " " + gid + " 1");
 }
 
 bool isSameFolder(int one, int other) {
@@ -63,7 +50,7 @@ struct DescriptorMessage {
 
 /// Makes the view in namespaces of this process's own and sends it.
 void sendView(int folder, const std::string& path, int socket) {
-    if (!enterNamespaces()) {
+    if (!enterMountNamespace()) {
         return;
     }
     // The namespace's own mount of the folder, which the descriptor from outside does not lead to.

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
@@ -17,6 +18,7 @@
 #include "installer-host/look/Places.h"
 #include "installer-host/look/PrivateFolders.h"
 #include "installer-host/look/QuietOpen.h"
+#include "installer-host/run/Devices.h"
 #include "installer-host/run/NamespaceAdvice.h"
 #include "installer-host/run/SystemCallFilter.h"
 
@@ -36,9 +38,6 @@ constexpr const char* SETTINGS[] = {"/etc/ld.so.cache", "/etc/localtime", "/etc/
 /// What the bundle's code may know of the user's environment: the language and the time zone.
 constexpr const char* USERS_VARIABLES[] = {"LANG",        "LANGUAGE",    "LC_ALL",     "LC_COLLATE", "LC_CTYPE",
                                            "LC_MESSAGES", "LC_MONETARY", "LC_NUMERIC", "LC_TIME",    "TZ"};
-
-constexpr const char* DEVICES[] = {"/dev/null",    "/dev/zero", "/dev/full", "/dev/random",
-                                   "/dev/urandom", "/dev/tty",  "/dev/pts"};
 
 /// What the kernel shows root in /proc about itself and about other processes.
 constexpr const char* HIDDEN_FILES[] = {"kcore", "keys", "kmsg", "latency_stats", "sched_debug", "timer_list"};
@@ -137,7 +136,7 @@ std::string libraryName(const char* name) {
 
 }  // namespace
 
-Sandbox::Sandbox(const RootFolder* root) : root_(root), filter_(systemCallFilter()) {
+Sandbox::Sandbox(const RootFolder* root) : root_(root), hasDevices_(canProtectDevices()), filter_(systemCallFilter()) {
     requireBubblewrap();
     add({"bwrap", "--die-with-parent", "--new-session"});
     add(isolation(root));
@@ -194,11 +193,13 @@ void Sandbox::addSystem() {
     addFile("installer:x:" + gid + ":\n", "/etc/group");
 }
 
-/// The devices themselves are the machine's: root could change their modes.
+/// What bubblewrap makes read-only cannot be opened any more.
 void Sandbox::addDevices() {
-    add({"--dev", "/dev"});
+    add({"--dev", "/dev", "--remount-ro", "/dev/tty", "--remount-ro", "/dev/pts"});
     for (const char* device : DEVICES) {
-        add({"--remount-ro", device});
+        if (!hasDevices_) {
+            add({"--remount-ro", device});
+        }
     }
     add({"--size", std::to_string(SANDBOX_TEMPORARY_MEBIBYTES << 20U), "--tmpfs", "/dev/shm", "--remount-ro", "/dev"});
 }
@@ -262,6 +263,14 @@ std::string Sandbox::showWorker(const std::string& program) {
 
 void Sandbox::setVariable(const std::string& name, const std::string& value) {
     add({"--setenv", name, value});
+}
+
+bool Sandbox::prepare() const {
+    const bool isDone = !hasDevices_ || protectDevices();
+    if (!isDone) {
+        std::perror("the devices cannot be made read-only");
+    }
+    return isDone;
 }
 
 std::vector<std::string> Sandbox::wrap(const std::vector<std::string>& command, int info, int go) const {

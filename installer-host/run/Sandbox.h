@@ -33,9 +33,16 @@ public:
     /// Gives the command inside an environment variable; it has none but those that are given and a few of the user's.
     void setVariable(const std::string& name, const std::string& value);
 
+    /// Prepares the process that is about to become the command, which must have one thread. False when that cannot be,
+    /// after it said why on standard error.
+    bool prepare() const;
+
     /// The command that runs `command` inside. bubblewrap writes to the descriptor `info` which process is the first
     /// one inside (--info-fd), and starts the command when it has read a byte from `go` (--block-fd). Valid once.
     std::vector<std::string> wrap(const std::vector<std::string>& command, int info, int go) const;
+
+    /// Whether the code inside can use the machine's devices (Devices.h), and not just see them.
+    bool hasDevices() const { return hasDevices_; }
 
     /// The descriptors that bubblewrap is to have open, beside those of the call of wrap().
     std::vector<int> descriptors() const;
@@ -49,6 +56,7 @@ private:
     void addProcesses();
 
     const RootFolder* root_;
+    bool hasDevices_;
     std::vector<std::string> arguments_;
     std::vector<cv::Descriptor> open_;
     cv::Descriptor filter_;

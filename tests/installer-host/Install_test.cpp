@@ -155,6 +155,24 @@ TEST(Install, MakesTheRootsFoldersAndLeavesTheRestOfTheMachineAlone) {
     EXPECT_THAT(result.out, Not(HasSubstr("written"))) << "standard output is for the report alone";
 }
 
+TEST(Install, LetsTheBundlesCodeUseTheDevices) {
+    const TempDir folder;
+    ASSERT_EQ(run({"cp", "-rL", FAULTY_BUNDLE, folder / "Faulty.bundle"}).exitStatus, 0);
+    writeFile(folder / "Library/plugin-fault", "script");
+    writeFile(folder / "Library/script",
+              "echo nothing >/dev/null </dev/null\n"
+              "test $(head -c 8 /dev/zero | wc -c) = 8 && test $(head -c 8 /dev/urandom | wc -c) = 8\n"
+              "if echo too much 2>/dev/null >/dev/full; then exit 1; fi\n");
+    const std::vector<std::string> arguments{"run",    "--product=1", "--step=pre",
+                                             "--root", folder.path(), folder / "Faulty.bundle"};
+    const ProcessResult result = runHost(arguments);
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    const OrdinaryUser user;
+    user.own(folder.path());
+    const ProcessResult users = user.runHost(arguments);
+    EXPECT_EQ(users.exitStatus, 0) << users.err;
+}
+
 TEST(Check, FindsThePlugInComplete) {
     const ProcessResult result = runHost({"check", "--format=json", PLUGIN_BUNDLE});
     EXPECT_EQ(result.exitStatus, 0) << result.err << result.out;

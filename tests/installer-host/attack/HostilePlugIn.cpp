@@ -317,6 +317,9 @@ std::string tryToChange(const std::string& path) {
     if (chmod(path.c_str(), status.st_mode & 07777U) == 0) {
         return "its mode can be changed";
     }
+    if (utimensat(AT_FDCWD, path.c_str(), nullptr, 0) == 0) {
+        return "its times can be changed";
+    }
     if (S_ISREG(status.st_mode)) {
         const int file = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
         return file >= 0 ? "it can be written to" : "";

@@ -59,14 +59,15 @@ WEAKENINGS = {
     "empty environment": ({"--clearenv": 0}, "inside", "environment:"),
     "first process hidden": ({"--tmpfs /proc/1": 0, "--remount-ro /proc/1": 0}, "inside", "/proc/1/"),
     "network of its own": ({"share the network": 0}, "inside", "network:"),
-    "devices read-only": ({"--remount-ro": 1}, "inside", "place /dev/"),
+    "the rest read-only": ({"--remount-ro": 1}, "inside", "place /dev"),
+    "devices read-only": ({"protected devices": 0}, "inside", "place /dev/null"),
     "descriptors closed": ({"keep a descriptor": 0}, "inside", "descriptor 60"),
     "folders by descriptor": ({"--bind-fd by path": 0}, "exchange", "exchanged"),
     "session of its own": ({"--new-session": 0}, "terminal", "terminal:"),
 }
 
 WEAK_BWRAP = """#!/usr/bin/env python3
-import os, sys, time
+import os, subprocess, sys, time
 dropped, out, words = {dropped}, [], sys.argv[1:]
 while words:
     word = words.pop(0)
@@ -84,6 +85,8 @@ while words:
         break
     else:
         out.append(word)
+if "protected devices" in dropped:
+    subprocess.run("for device in null zero full; do mount -o remount,bind,rw /dev/$device; done", shell=True, check=True)
 if "keep a descriptor" in dropped:
     os.dup2(os.open("/", os.O_RDONLY), 60, inheritable=True)
 os.execv("{bwrap}", ["bwrap"] + out)

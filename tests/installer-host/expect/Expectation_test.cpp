@@ -82,7 +82,8 @@ TEST(Expectation, RefusesWhatIsNone) {
          "\"step\" is empty"},
         {"{" + run + R"("preferences": [{"domain": "", "key": "k", "change": "removed", "after": null}]})",
          "\"domain\" is empty"},
-        {"{" + run + R"("preferences": [{"domain": null, "path": "", "key": "k", "change": "removed", "after": null}]})",
+        {"{" + run +
+             R"("preferences": [{"domain": null, "path": "", "key": "k", "change": "removed", "after": null}]})",
          "\"path\" is empty"},
         {"{" + run + R"("preferences": [], "finderFlags": [{"path": "", "before": {}, "after": {"flags": 0}}]})",
          "\"path\" is empty"},

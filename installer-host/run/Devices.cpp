@@ -1,0 +1,43 @@
+#include "installer-host/run/Devices.h"
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+
+#include "installer-host/run/MountNamespace.h"
+
+namespace host {
+
+namespace {
+
+/// Mounts the device over itself, read-only.
+bool protect(const char* device) {
+    mount_attr readOnly{};
+    readOnly.attr_set = MOUNT_ATTR_RDONLY;
+    return mount(device, device, nullptr, MS_BIND, nullptr) == 0 &&
+           mount_setattr(AT_FDCWD, device, 0, &readOnly, sizeof readOnly) == 0;
+}
+
+}  // namespace
+
+bool protectDevices() {
+    return enterMountNamespace() && std::all_of(std::begin(DEVICES), std::end(DEVICES), protect);
+}
+
+bool canProtectDevices() {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(protectDevices() ? 0 : 1);
+    }
+    int status = -1;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status == 0;
+}
+
+}  // namespace host

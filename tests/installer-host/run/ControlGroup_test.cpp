@@ -1,0 +1,80 @@
+#include "installer-host/run/ControlGroup.h"
+
+#include <gtest/gtest.h>
+#include <linux/sched.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+
+namespace {
+
+using namespace host;
+
+/// A process that only waits, until the end of the scope.
+class IdleProcess {
+public:
+    /// With this number, or with any for 0.
+    explicit IdleProcess(pid_t number = 0) {
+        clone_args arguments{};
+        arguments.exit_signal = SIGCHLD;
+        arguments.set_tid = number == 0 ? 0 : reinterpret_cast<std::uintptr_t>(&number);
+        arguments.set_tid_size = number == 0 ? 0 : 1;
+        number_ = static_cast<pid_t>(syscall(SYS_clone3, &arguments, sizeof arguments));
+        if (number_ == 0) {
+            alarm(60);
+            pause();
+            _exit(0);
+        }
+    }
+    ~IdleProcess() { end(); }
+    IdleProcess(const IdleProcess&) = delete;
+    IdleProcess& operator=(const IdleProcess&) = delete;
+
+    /// Negative when the system did not let it begin.
+    pid_t number() const { return number_; }
+
+    void end() {
+        if (number_ > 0) {
+            kill(number_, SIGKILL);
+            waitpid(number_, nullptr, 0);
+            number_ = -1;
+        }
+    }
+
+private:
+    pid_t number_;
+};
+
+/// Limits the process as a host does that is then killed. False where nobody may make groups.
+bool limitAndLeave(pid_t process) {
+    const pid_t host = fork();
+    if (host == 0) {
+        ControlGroup group;
+        _exit(group.limit(PROCESS_CONTROLLER, 8, process) ? 0 : 1);
+    }
+    int status = 1;
+    waitpid(host, &status, 0);
+    return status == 0;
+}
+
+TEST(ControlGroup, IsTakenOverFromAHostThatWasKilled) {
+    IdleProcess any;
+    const pid_t number = any.number();
+    ASSERT_GT(number, 0);
+    any.end();
+    IdleProcess first(number);
+    if (first.number() < 0 || !limitAndLeave(number)) {
+        GTEST_SKIP() << "nobody may choose the numbers of processes here, or make control groups";
+    }
+    first.end();
+    for (const char* which : {"the one that takes over", "the one after it"}) {
+        ControlGroup group;
+        const IdleProcess next(number);
+        EXPECT_TRUE(group.limit(PROCESS_CONTROLLER, 8, number)) << which;
+    }
+}
+
+}  // namespace
