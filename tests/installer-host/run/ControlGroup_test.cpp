@@ -13,16 +13,19 @@ namespace {
 
 using namespace host;
 
+pid_t forkAs(pid_t number) {
+    clone_args arguments{};
+    arguments.exit_signal = SIGCHLD;
+    arguments.set_tid = reinterpret_cast<std::uintptr_t>(&number);
+    arguments.set_tid_size = 1;
+    return static_cast<pid_t>(syscall(SYS_clone3, &arguments, sizeof arguments));
+}
+
 /// A process that only waits, until the end of the scope.
 class IdleProcess {
 public:
     /// With this number, or with any for 0.
-    explicit IdleProcess(pid_t number = 0) {
-        clone_args arguments{};
-        arguments.exit_signal = SIGCHLD;
-        arguments.set_tid = number == 0 ? 0 : reinterpret_cast<std::uintptr_t>(&number);
-        arguments.set_tid_size = number == 0 ? 0 : 1;
-        number_ = static_cast<pid_t>(syscall(SYS_clone3, &arguments, sizeof arguments));
+    explicit IdleProcess(pid_t number = 0) : number_(number == 0 ? fork() : forkAs(number)) {
         if (number_ == 0) {
             alarm(60);
             pause();
