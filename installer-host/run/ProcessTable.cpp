@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace host {
@@ -24,6 +25,11 @@ ProcessEntry readEntry(const std::string& id) {
     std::istringstream rest(line.substr(std::min(line.size(), end + 1)));
     rest >> entry.state >> entry.parent;
     return entry;
+}
+
+/// Whether it has not ended: not even while its parent takes note of that, which is when it is 'X'.
+bool isRunning(const ProcessEntry& entry) {
+    return entry.state != 0 && std::string_view("ZXx").find(entry.state) == std::string_view::npos;
 }
 
 /// For kernels that do not list the children of a process (CONFIG_PROC_CHILDREN).
@@ -78,7 +84,7 @@ std::vector<ProcessEntry> descendantsOf(pid_t ancestor) {
     while (!left.empty()) {
         const ProcessEntry entry = readEntry(std::to_string(left.back()));
         left.pop_back();
-        if (entry.state != 0 && entry.state != 'Z') {
+        if (isRunning(entry)) {
             found.push_back(entry);
             const std::vector<pid_t> children = childrenOf(entry.id);
             left.insert(left.end(), children.begin(), children.end());

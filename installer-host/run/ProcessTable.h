@@ -12,7 +12,7 @@ struct ProcessEntry {
     pid_t id = 0;
     pid_t parent = 0;
     std::string name;  ///< of its program, cut after 15 bytes; any bytes
-    char state = 0;    ///< as proc(5) has it; 'Z' for one that has ended
+    char state = 0;    ///< as proc(5) has it; 'Z' or 'X' for one that has ended
 };
 
 /// The processes that there are; without those that end meanwhile.
