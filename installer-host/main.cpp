@@ -92,6 +92,7 @@ ExitStatus tellUsage(const ParsedOptions& parsed) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGCHLD, SIG_DFL);  // where the caller ignores it, nobody learns how a child ended
     keepStandardDescriptors();
     takeInterruption();  // from now on the user's signals are held until they are asked for
     ExitStatus status = ExitStatus::Done;

@@ -26,7 +26,9 @@ bool protect(const char* device) {
 }  // namespace
 
 bool protectDevices() {
-    return enterMountNamespace() && std::all_of(std::begin(DEVICES), std::end(DEVICES), protect);
+    // In a user namespace root would lose the rights that it needs for another user's files.
+    const bool isEntered = geteuid() == 0 ? enterMountNamespace() : enterUserNamespace();
+    return isEntered && std::all_of(std::begin(DEVICES), std::end(DEVICES), protect);
 }
 
 bool canProtectDevices() {

@@ -18,19 +18,18 @@ bool writeFile(const char* path, const std::string& text) {
     return file.isOpen() && cv::writeAll(file.get(), text) == 0;
 }
 
-bool enterAsUser() {
+}  // namespace
+
+bool enterMountNamespace() {
+    return unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
+}
+
+bool enterUserNamespace() {
     const std::string uid = std::to_string(geteuid());
     const std::string gid = std::to_string(getegid());
     return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeFile("/proc/self/setgroups", "deny") &&
            writeFile("/proc/self/uid_map", uid + " " + uid + " 1") &&
            writeFile("/proc/self/gid_map", gid + " " + gid + " 1");
-}
-
-}  // namespace
-
-bool enterMountNamespace() {
-    const bool isEntered = unshare(CLONE_NEWNS) == 0 || enterAsUser();
-    return isEntered && mount(nullptr, "/", nullptr, MS_REC | MS_SLAVE, nullptr) == 0;
 }
 
 }  // namespace host

@@ -2,9 +2,12 @@
 
 namespace host {
 
-/// Moves this process, which must have one thread, into a mount namespace of its own, in which it may mount: what it
-/// mounts there, nobody else sees. An ordinary user needs a user namespace for that, in which his number stays the
-/// same. False where the system does not let this user have one; the process may then be in one of the two.
+/// Moves this process into a mount namespace of its own: what it mounts there, nobody else sees. False where the system
+/// does not let it, as it lets root alone.
 bool enterMountNamespace();
+
+/// The same for everybody, by way of a user namespace in which the user's number stays the same, and no other is known.
+/// The process must have one thread. False where the system lets nobody do so; it may then be in a part of them.
+bool enterUserNamespace();
 
 }  // namespace host

@@ -37,8 +37,9 @@ std::string namespaceAdvice(bool isRoot, const std::string& system) {
                "--cap-add SYS_ADMIN --security-opt seccomp=unconfined\n"
                "--security-opt apparmor=unconfined --security-opt systempaths=unconfined";
     }
-    if (lineOf(system + "/proc/sys/user/max_user_namespaces") == "0") {
-        return "User namespaces are switched off here. Allow them:\n"
+    const std::string most = lineOf(system + "/proc/sys/user/max_user_namespaces");
+    if (!most.empty() && most.size() < 3) {
+        return "User namespaces are switched off here, or too few are allowed. Allow more:\n"
                "sudo sysctl user.max_user_namespaces=10000";
     }
     if (!isRoot && lineOf(system + "/proc/sys/kernel/unprivileged_userns_clone") == "0") {

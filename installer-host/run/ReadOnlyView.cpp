@@ -50,7 +50,7 @@ struct DescriptorMessage {
 
 /// Makes the view in namespaces of this process's own and sends it.
 void sendView(int folder, const std::string& path, int socket) {
-    if (!enterMountNamespace()) {
+    if (!enterUserNamespace()) {
         return;
     }
     // The namespace's own mount of the folder, which the descriptor from outside does not lead to.

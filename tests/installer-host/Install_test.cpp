@@ -155,22 +155,50 @@ TEST(Install, MakesTheRootsFoldersAndLeavesTheRestOfTheMachineAlone) {
     EXPECT_THAT(result.out, Not(HasSubstr("written"))) << "standard output is for the report alone";
 }
 
+/// A root that a script as the step works on.
+struct ScriptRoot {
+    explicit ScriptRoot(const std::string& script) {
+        EXPECT_EQ(run({"cp", "-rL", FAULTY_BUNDLE, folder / "Faulty.bundle"}).exitStatus, 0);
+        writeFile(folder / "Library/plugin-fault", "script");
+        writeFile(folder / "Library/script", script);
+    }
+
+    std::vector<std::string> arguments() const {
+        return {"run", "--product=1", "--step=pre", "--root", folder.path(), folder / "Faulty.bundle"};
+    }
+
+    TempDir folder;
+};
+
 TEST(Install, LetsTheBundlesCodeUseTheDevices) {
-    const TempDir folder;
-    ASSERT_EQ(run({"cp", "-rL", FAULTY_BUNDLE, folder / "Faulty.bundle"}).exitStatus, 0);
-    writeFile(folder / "Library/plugin-fault", "script");
-    writeFile(folder / "Library/script",
-              "echo nothing >/dev/null </dev/null\n"
-              "test $(head -c 8 /dev/zero | wc -c) = 8 && test $(head -c 8 /dev/urandom | wc -c) = 8\n"
-              "if echo too much 2>/dev/null >/dev/full; then exit 1; fi\n");
-    const std::vector<std::string> arguments{"run",    "--product=1", "--step=pre",
-                                             "--root", folder.path(), folder / "Faulty.bundle"};
-    const ProcessResult result = runHost(arguments);
+    const ScriptRoot root(
+        "echo nothing >/dev/null </dev/null\n"
+        "for name in zero full random urandom; do test $(head -c 8 /dev/$name | wc -c) = 8; done\n"
+        "if echo too much 2>/dev/null >/dev/full; then exit 1; fi\n");
+    const ProcessResult result = runHost(root.arguments());
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     const OrdinaryUser user;
-    user.own(folder.path());
-    const ProcessResult users = user.runHost(arguments);
+    user.own(root.folder.path());
+    const ProcessResult users = user.runHost(root.arguments());
     EXPECT_EQ(users.exitStatus, 0) << users.err;
+}
+
+TEST(Install, DoesNotDependOnItsCallersRights) {
+    const ScriptRoot root("echo made >/Library/made\n");
+    const auto runAfter = [&](std::vector<std::string> command) {
+        const std::vector<std::string> arguments = root.arguments();
+        command.push_back(HOST_PROGRAM);
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return run(command);
+    };
+    const ProcessResult deaf = runAfter({"sh", "-c", "trap '' CHLD; exec \"$@\"", "sh"});
+    EXPECT_EQ(deaf.exitStatus, 0) << "SIGCHLD is ignored: " << deaf.err;
+    if (geteuid() == 0) {
+        // Root may change another user's files by capabilities alone, which a user namespace takes away.
+        run({"chown", "-R", "65534", root.folder.path()});
+        const ProcessResult weak = runAfter({"setpriv", "--bounding-set=-sys_admin"});
+        EXPECT_EQ(weak.exitStatus, 6) << "without CAP_SYS_ADMIN: " << weak.err;
+    }
 }
 
 TEST(Check, FindsThePlugInComplete) {

@@ -59,8 +59,7 @@ bool limitAndLeave(pid_t process) {
         _exit(group.limit(PROCESS_CONTROLLER, 8, process) ? 0 : 1);
     }
     int status = 1;
-    waitpid(host, &status, 0);
-    return status == 0;
+    return host > 0 && waitpid(host, &status, 0) == host && status == 0;
 }
 
 TEST(ControlGroup, IsTakenOverFromAHostThatWasKilled) {
@@ -76,6 +75,9 @@ TEST(ControlGroup, IsTakenOverFromAHostThatWasKilled) {
     for (const char* which : {"the one that takes over", "the one after it"}) {
         ControlGroup group;
         const IdleProcess next(number);
+        if (next.number() != number) {
+            GTEST_SKIP() << "somebody else got the number";
+        }
         EXPECT_TRUE(group.limit(PROCESS_CONTROLLER, 8, number)) << which;
     }
 }

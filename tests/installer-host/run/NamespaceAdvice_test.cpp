@@ -16,6 +16,8 @@ TEST(NamespaceAdvice, FitsTheSystem) {
         {".dockerenv", "", "--privileged", "--privileged"},
         {"run/.containerenv", "", "--cap-add SYS_ADMIN", "--cap-add SYS_ADMIN"},
         {"proc/sys/user/max_user_namespaces", "0\n", "user.max_user_namespaces", "user.max_user_namespaces"},
+        {"proc/sys/user/max_user_namespaces", "12\n", "user.max_user_namespaces", "user.max_user_namespaces"},
+        {"proc/sys/user/max_user_namespaces", "62000\n", "itself in a sandbox", "as root"},
         {"proc/sys/kernel/unprivileged_userns_clone", "0\n", "itself in a sandbox", "unprivileged_userns_clone=1"},
         {"proc/sys/kernel/apparmor_restrict_unprivileged_userns", "1\n", "itself in a sandbox", "profile bwrap"},
         {"proc/sys/kernel/unprivileged_userns_clone", "1\n", "itself in a sandbox", "as root"},
