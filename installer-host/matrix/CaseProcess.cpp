@@ -115,8 +115,7 @@ CaseProcess::CaseProcess(const CaseSettings& settings, std::size_t index) : inde
 CaseProcess::~CaseProcess() {
     if (pid_ > 0) {
         end(SIGTERM);
-        while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-        }
+        reap(pid_);
     }
 }
 
@@ -133,9 +132,7 @@ void CaseProcess::end(int signal) const {
 }
 
 CaseResult CaseProcess::finish() {
-    int status = 0;
-    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = reap(pid_);
     pid_ = 0;
     hear();
     CaseResult result;

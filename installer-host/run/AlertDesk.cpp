@@ -2,7 +2,6 @@
 
 #include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -175,8 +174,7 @@ void AlertDesk::end() {
         return;
     }
     kill(pid_, SIGKILL);
-    while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    reap(pid_);
     pid_ = 0;
     still_.reset();
     told_.write = cv::Descriptor();

@@ -131,7 +131,7 @@ public:
         if (!end_.isOpen()) {
             const int error = errno;
             kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
+            reap(pid_);
             throw std::system_error(error, std::generic_category(), "pidfd_open");
         }
     }
@@ -222,8 +222,7 @@ private:
         pollfd end{end_.get(), POLLIN, 0};
         int status = 0;
         if (poll(&end, 1, millisecondsUntil(deadline)) > 0) {
-            while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-            }
+            status = reap(pid_);
         }
         pid_ = 0;
         endOrphans(deadline);
@@ -266,6 +265,13 @@ Pipe::Pipe() {
 
 ChildEnd runChild(const ChildOrder& order) {
     return ChildProcess(order).follow();
+}
+
+int reap(pid_t child) {
+    int status = -1;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
 }
 
 int takeInterruption() {

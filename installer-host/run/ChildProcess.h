@@ -65,6 +65,10 @@ struct ChildEnd {
 /// its children. Throws std::system_error when the child cannot be started, and what a watcher throws.
 ChildEnd runChild(const ChildOrder& order);
 
+/// Waits for the end of a child of this process, and takes it off the list of processes. Returns its status as
+/// waitpid(2) has it, or -1 when it is none.
+int reap(pid_t child);
+
 /// The signal by which the user asked for the end since the last call, or 0.
 int takeInterruption();
 

@@ -2,13 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <iterator>
 
+#include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/MountNamespace.h"
 
 namespace host {
@@ -36,10 +35,7 @@ bool canProtectDevices() {
     if (child == 0) {
         _exit(protectDevices() ? 0 : 1);
     }
-    int status = -1;
-    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status == 0;
+    return child > 0 && reap(child) == 0;
 }
 
 }  // namespace host

@@ -4,13 +4,12 @@
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <cstring>
 
+#include "installer-host/run/ChildProcess.h"
 #include "installer-host/run/MountNamespace.h"
 
 namespace host {
@@ -99,7 +98,8 @@ cv::Descriptor readOnlyView(int folder, const std::string& path) {
     }
     theirs = cv::Descriptor();
     view = receiveView(ours.get());
-    while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    if (child > 0) {
+        reap(child);
     }
     return view;
 }
