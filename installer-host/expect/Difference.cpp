@@ -48,6 +48,11 @@ std::string valueText(FactKind kind, const TypedValue& value) {
     return value.is_string() ? escaped(value.get_ref<const std::string&>()) : value.dump();
 }
 
+/// All that there is to a value.
+std::string wholeText(const TypedValue& value) {
+    return value.dump(-1, ' ', true, TypedValue::error_handler_t::replace);
+}
+
 const char* whatOf(const Difference& difference) {
     static constexpr const char* WHAT[] = {"exit status", "step", "alert", "preference", "finder flags", "entry"};
     return difference.isCase ? "case" : WHAT[static_cast<int>(difference.name.kind)];
@@ -82,8 +87,13 @@ std::string describe(const Difference& difference) {
     if (difference.expected.is_null() && difference.found.is_null()) {
         return subjectText(name) + ": was removed, and nothing is expected of it";
     }
-    return subjectText(name) + ": expected " + valueText(name.kind, difference.expected) + ", found " +
-           valueText(name.kind, difference.found);
+    std::string expected = valueText(name.kind, difference.expected);
+    std::string found = valueText(name.kind, difference.found);
+    if (expected == found) {  // a real of 32 bits and one of 64, or dates within a second
+        expected = wholeText(difference.expected);
+        found = wholeText(difference.found);
+    }
+    return subjectText(name) + ": expected " + expected + ", found " + found;
 }
 
 Json toJson(const Difference& difference) {

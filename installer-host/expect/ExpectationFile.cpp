@@ -111,7 +111,7 @@ std::string dumped(const Json& value) {
 }
 
 bool isTypedValue(const Json& value) {
-    return value.is_object() && value.size() == 2 && value.contains("type") && value.contains("value");
+    return value.is_object() && value.size() <= 3 && value.contains("type") && value.contains("value");
 }
 
 /// Whether it fits on one line: a value, a list of values, or an object with no more than one such member.

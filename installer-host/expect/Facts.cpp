@@ -1,7 +1,7 @@
 #include "installer-host/expect/Facts.h"
 
-#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 
 #include "installer-host/ExitStatus.h"
@@ -70,18 +70,15 @@ std::string entryText(const Json& entry) {
     return text;
 }
 
-/// Whether it is a value with its type, and so is all that it holds.
-bool isTyped(const Json& value) {
-    if (!value.is_object() || !value.contains("type") || !value["type"].is_string() || !value.contains("value")) {
-        return false;
+/// The value with its type, and nothing else beside it; nothing when it is none.
+std::optional<TypedValue> typedIn(const Json& value) {
+    try {
+        return typedValue(plistValue(TypedValue(value)));
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    } catch (const std::invalid_argument&) {
+        return std::nullopt;
     }
-    const std::string type = value["type"];
-    const Json& content = value["value"];
-    if (type == "array" || type == "dictionary") {
-        return content.is_structured() && std::all_of(content.begin(), content.end(), isTyped);
-    }
-    const bool isText = type == "string" || type == "data" || type == "date";
-    return isText ? content.is_string() : content.is_primitive();
 }
 
 void addSteps(const Json& document, Facts& facts) {
@@ -97,12 +94,13 @@ void addSteps(const Json& document, Facts& facts) {
 
 void addPreferences(const Json& document, Facts& facts) {
     for (const Json& key : document.at("preferences")) {
-        if (!key.at("after").is_null() && !isTyped(key.at("after"))) {
+        const Json& after = key.at("after");
+        const std::optional<TypedValue> now = after.is_null() ? TypedValue() : typedIn(after);
+        if (!now) {
             throw std::invalid_argument("a preference has a value without a type");
         }
         const std::string subject = subjectIn(key, key.at("domain").is_null() ? "path" : "domain");
-        facts[{FactKind::Preference, subject, key.at("key")}] = {TypedValue(key.at("after")),
-                                                                 key.at("change") != "unchanged"};
+        facts[{FactKind::Preference, subject, key.at("key")}] = {*now, key.at("change") != "unchanged"};
     }
 }
 
@@ -121,28 +119,31 @@ void addObjects(const Json& document, Facts& facts) {
     }
 }
 
-/// The value as a person writes it, where that tells the type, too.
-Json plain(const TypedValue& value) {
-    const bool isPlain = value.is_object() && (value["type"] == "string" || value["type"] == "integer" ||
-                                               value["type"] == "boolean" || value["type"] == "real");
-    const bool isOddReal = isPlain && value["type"] == "real" && value["value"].is_string();
-    return Json(isPlain && !isOddReal ? value["value"] : value);
-}
-
-/// The value of a preference that was written in either way.
-TypedValue typed(const std::string& name, const Json& value) {
-    if (value.is_structured()) {
-        if (!isTyped(value)) {
-            refuse(name, R"(needs a plain value, or {"type": TYPE, "value": VALUE} with more of these in it)");
-        }
-        return TypedValue(value);
-    }
+/// What JSON's own value stands for; null for null, and for what stands for none.
+TypedValue ofPlain(const Json& value) {
     const char* type = value.is_string()           ? "string"
                        : value.is_boolean()        ? "boolean"
                        : value.is_number_integer() ? "integer"
                        : value.is_number()         ? "real"
                                                    : nullptr;
     return type == nullptr ? TypedValue() : TypedValue{{"type", type}, {"value", TypedValue(value)}};
+}
+
+/// The value as a person writes it, where that tells all.
+Json plain(const TypedValue& value) {
+    const Json bare = value.is_object() ? Json(value["value"]) : Json();
+    return ofPlain(bare) == value ? bare : Json(value);
+}
+
+/// The value of a preference that was written in either way.
+TypedValue typed(const std::string& name, const Json& value) {
+    if (!value.is_structured()) {
+        return ofPlain(value);
+    }
+    if (const std::optional<TypedValue> typed = typedIn(value)) {
+        return *typed;
+    }
+    refuse(name, R"(needs a plain value, or {"type": TYPE, "value": VALUE} with more of these in it)");
 }
 
 TypedValue valueOf(FactKind kind, const std::string& name, const Json& value) {

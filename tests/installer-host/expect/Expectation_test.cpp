@@ -25,7 +25,9 @@ Facts facts(const char* text) {
 
 TEST(Expectation, NamesEachDifferenceWithTypes) {
     constexpr const char* FOUND = R"({"exitStatus": 0, "steps": {"pre": "done"}, "finderFlags": {"/a\r": 1024},
-        "preferences": {"d": {"n": 2, "s": "2", "gone": null}, "/x.plist": {"l": {"type": "array", "value": []}}},
+        "preferences": {"d": {"n": 2, "s": "2", "gone": null},
+                        "/x.plist": {"l": {"type": "array", "value": []},
+                                     "r": {"type": "real", "value": 1.5, "single": true}}},
         "entries": {"/b": "created file"}, "alerts": {"1": "T: text"}})";
     const std::pair<const char*, const char*> cases[] = {
         {FOUND, ""},
@@ -35,6 +37,9 @@ TEST(Expectation, NamesEachDifferenceWithTypes) {
         {R"({"preferences": {"d": {"n": 2.0}}})", R"(d: "n": expected 2.0 (real), found 2 (integer);)"},
         {R"({"preferences": {"d": {"n": {"type": "uid", "value": 2}}}})",
          "d: \"n\": expected 2 (uid), found 2 (integer);"},
+        {R"({"preferences": {"/x.plist": {"r": 1.5}}})",
+         "/x.plist: \"r\": expected {\"type\":\"real\",\"value\":1.5}, "
+         "found {\"single\":true,\"type\":\"real\",\"value\":1.5};"},
         {R"({"preferences": {"e": {"n": true}}})", R"(e: "n": expected true (boolean), found nothing;)"},
         {R"({"exitStatus": 1, "steps": {"pre": "crashed"}})",
          "exit status: expected 1, found 0;pre-install step: expected crashed, found done;"},
@@ -44,6 +49,7 @@ TEST(Expectation, NamesEachDifferenceWithTypes) {
         {R"({"complete": true, "preferences": {"d": {"n": 2, "s": "2"}}, "finderFlags": {"/a\r": 1024},
              "entries": {"/b": "created file"}, "steps": {"pre": "done"}})",
          "alert 1: expected nothing, found T: text;/x.plist: \"l\": expected nothing, found [] (array);"
+         "/x.plist: \"r\": expected nothing, found 1.5 (real);"
          "d: \"gone\": was removed, and nothing is expected of it;"},
     };
     for (const auto& [expected, differences] : cases) {
@@ -77,6 +83,9 @@ TEST(Expectation, RefusesWhatIsNone) {
         {R"({"preferences": {"d": {"n": )" + deep, "nested too deeply"},
         {R"({"finderFlags": {"/a": 65536}})", "\"/a\" needs a whole number from 0 to 65535"},
         {"{" + run + R"("preferences": [{"domain": "d", "key": "k", "change": "added", "after": {}}]})",
+         "a value without a type"},
+        {"{" + run + R"("preferences": [{"domain": "d", "key": "k", "change": "added",
+            "after": {"type": "integer", "value": null}}]})",
          "a value without a type"},
         {R"({"schema": "2.1", "command": "run", "steps": [{"step": "", "outcome": "done", "resultFlagsAfter": 0}]})",
          "\"step\" is empty"},
@@ -148,6 +157,22 @@ TEST(ExpectationFile, LosesNothingWhereCasesAreAlike) {
         }
         EXPECT_THAT(read.unused(names), testing::IsEmpty());
         EXPECT_EQ(read.unused({}).size(), cases.size());
+    }
+}
+
+TEST(ExpectationFile, LosesNothingOfAValue) {
+    const char* const values[] = {
+        "1.5",
+        R"({"type": "real", "value": 1.5, "single": true})",
+        R"({"type": "real", "value": "nan"})",
+        R"({"type": "uid", "value": 1})",
+        R"({"type": "date", "value": "2026-01-02T03:04:05Z", "seconds": 1.5})",
+        R"({"type": "dictionary", "value": {"type": {"type": "data", "value": "00ff"}}})",
+    };
+    for (const char* const value : values) {
+        const Facts some = facts((std::string(R"({"preferences": {"d": {"k": )") + value + "}}}").c_str());
+        const std::string text = expectationFileText(some);
+        EXPECT_THAT(compare(*expectation(text).of(""), true, some), testing::IsEmpty()) << text;
     }
 }
 
