@@ -40,7 +40,7 @@ int ownStatus(int status) {
 
 /// What a fact is about. Throws for an empty name: no run's document has one, and an expectation's file cannot.
 std::string subjectIn(const Json& object, const char* key) {
-    const std::string subject = object.at(key).get<std::string>();
+    auto subject = object.at(key).get<std::string>();
     if (subject.empty()) {
         refuse(key, "is empty");
     }
