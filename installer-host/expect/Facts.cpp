@@ -97,7 +97,7 @@ void addPreferences(const Json& document, Facts& facts) {
         const Json& after = key.at("after");
         const std::optional<TypedValue> now = after.is_null() ? TypedValue() : typedIn(after);
         if (!now) {
-            throw std::invalid_argument("a preference has a value without a type");
+            refuse("after", "is not a value with its type");
         }
         const std::string subject = subjectIn(key, key.at("domain").is_null() ? "path" : "domain");
         facts[{FactKind::Preference, subject, key.at("key")}] = {*now, key.at("change") != "unchanged"};

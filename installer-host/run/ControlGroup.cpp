@@ -1,6 +1,5 @@
 #include "installer-host/run/ControlGroup.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,18 +10,13 @@
 #include <sstream>
 #include <thread>
 
-#include "platform/Descriptor.h"
+#include "installer-host/run/KernelFile.h"
 
 namespace host {
 
 namespace {
 
 constexpr const char* HIERARCHIES = "/sys/fs/cgroup";
-
-bool writeFile(const std::string& path, const std::string& text) {
-    const cv::Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    return file.isOpen() && cv::writeAll(file.get(), text) == 0;
-}
 
 /// Whether `word` is one of the words of `text`.
 bool hasWord(const std::string& text, char separator, const std::string& word) {
@@ -109,8 +103,8 @@ bool ControlGroup::limit(const Controller& controller, std::uint64_t most, pid_t
     if (isNew && !makeGroup(folder)) {
         return false;
     }
-    if (writeFile(folder + "/" + place.file, std::to_string(most)) &&
-        writeFile(folder + "/cgroup.procs", std::to_string(process))) {
+    if (writeKernelFile(folder + "/" + place.file, std::to_string(most)) &&
+        writeKernelFile(folder + "/cgroup.procs", std::to_string(process))) {
         if (isNew) {
             folders_.push_back(folder);
         }

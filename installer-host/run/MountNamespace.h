@@ -7,7 +7,7 @@ namespace host {
 bool enterMountNamespace();
 
 /// The same for everybody, by way of a user namespace in which the user's number stays the same, and no other is known.
-/// The process must have one thread. False where the system lets nobody do so; it may then be in a part of them.
+/// The process must have one thread. False where the system does not allow it; the process is of no use any more then.
 bool enterUserNamespace();
 
 }  // namespace host
